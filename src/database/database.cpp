@@ -1,1 +1,402 @@
-// placeholder
+#include "database.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+#include <QSaveFile>
+#include <QSet>
+
+#include <algorithm>
+#include <deque>
+#include <limits>
+#include <vector>
+
+#include "collation.h"
+
+namespace qor {
+
+namespace {
+
+// The text of field i of a packed row, or an empty view when it is missing.
+QStringView field(QStringView text, int i, QChar sep = FieldSep)
+{
+    qsizetype start = 0;
+    for (int f = 0; f < i; ++f) {
+        const qsizetype at = text.indexOf(sep, start);
+        if (at < 0) return {};
+        start = at + 1;
+    }
+    const qsizetype end = text.indexOf(sep, start);
+    return end < 0 ? text.mid(start) : text.mid(start, end - start);
+}
+
+qsizetype countOf(QStringView text, QChar c)
+{
+    qsizetype n = 0;
+    for (QChar x : text) n += x == c;
+    return n;
+}
+
+// The number an item entry names: what stands before the "x" ("12x3" -> "12").
+QStringView entryNumber(QStringView entry)
+{
+    const qsizetype x = entry.indexOf(u'x');
+    return x < 0 ? entry : entry.left(x);
+}
+
+// Val of the key digits: leading number, blanks skipped, anything else ends it.
+double leadingNumber(QStringView s)
+{
+    qsizetype i = 0;
+    while (i < s.size() && s[i] == u' ') ++i;
+    double sign = 1;
+    if (i < s.size() && (s[i] == u'-' || s[i] == u'+')) sign = s[i++] == u'-' ? -1 : 1;
+    double v = 0, scale = 0;
+    for (; i < s.size(); ++i) {
+        const char16_t c = s[i].unicode();
+        if (c >= u'0' && c <= u'9') {
+            if (scale) {
+                v += (c - u'0') * scale;
+                scale /= 10;
+            } else {
+                v = v * 10 + (c - u'0');
+            }
+        } else if (c == u'.' && !scale) {
+            scale = 0.1;
+        } else {
+            break;
+        }
+    }
+    return sign * v;
+}
+
+QString withoutK(QStringView key)
+{
+    QString s;
+    s.reserve(key.size());
+    for (QChar c : key)
+        if (c != u'k') s += c;
+    return s;
+}
+
+QString placeholderText()
+{
+    QString t = QStringLiteral("Customer, Deleted");
+    t += FieldSep;
+    t += u"Deleted";
+    t += FieldSep;
+    t += u"Customer";
+    for (int i = 0; i < 6; ++i) t += FieldSep;
+    return t;
+}
+
+}  // namespace
+
+Database::Database() = default;
+
+void Database::clear()
+{
+    m_afterRead = {};
+    lvwCustomers.clear();
+    lvwPeriods.clear();
+    lvwPAndS.clear();
+    lvwInvoiceRecords.clear();
+    for (QString &c : company) c.clear();
+}
+
+qint64 Database::nextKeyNumber(const KeyedList &table)
+{
+    double highest = 0;
+    table.forEach([&highest](QStringView key, QStringView) {
+        highest = std::max(highest, leadingNumber(withoutK(key)));
+        return true;
+    });
+    if (highest >= 9.2e18) return std::numeric_limits<qint64>::max();
+    return qint64(highest);
+}
+
+QString Database::customerNameByCid(const QString &cid)
+{
+    const QString key = cid + u'k';
+    if (lvwCustomers.contains(key)) {
+        const QString text = lvwCustomers.textOf(key);
+        const qsizetype sep = text.indexOf(FieldSep);
+        return sep < 0 ? text : text.left(sep);
+    }
+    // The records point to a customer who has gone: hold the spot.
+    lvwCustomers.add(key, placeholderText());
+    if (onPlaceholderCreated) onPlaceholderCreated();
+    return QString();
+}
+
+QString detail::itemProblem(QStringView period, QStringView cid, QStringView entry)
+{
+    return QStringLiteral("Bill period \"%1\", customer number %2: the record names item number %3, which is not "
+                          "in the database.")
+        .arg(period, cid, entryNumber(entry));
+}
+
+QStringList Database::fillInvoiceRecordNames()
+{
+    detail::AfterRead after = std::move(m_afterRead);
+    m_afterRead = {};
+    const int n = lvwInvoiceRecords.count();
+    // What the read found still holds if nothing has touched the records since.
+    const bool fromRead = after.valid && after.records == n;
+
+    // Names by customer key without its final "k" (record CID + "k" = key).
+    // The hashes hold views into strings kept in a deque, so a look-up costs
+    // no allocation per record.
+    std::deque<QString> owned;
+    QHash<QStringView, QString> names;
+    names.reserve(lvwCustomers.count());
+    lvwCustomers.forEach([&](QStringView key, QStringView text) {
+        if (key.endsWith(u'k')) {
+            QStringView name = field(text, 0);
+            if (name.startsWith(ArchiveMark)) name = name.mid(ArchiveMark.size());
+            owned.push_back(key.chopped(1).toString());
+            names.insert(owned.back(), name.toString());
+        }
+        return true;
+    });
+
+    // Rows still without a name have five fields.
+    std::vector<int> unnamed;
+    if (fromRead) {
+        unnamed = std::move(after.unnamedRows);
+    } else {
+        for (int i = 1; i <= n; ++i)
+            if (countOf(lvwInvoiceRecords.textView(i), FieldSep) == 4) unnamed.push_back(i);
+    }
+
+    QStringList itemProblems;
+    qint64 itemProblemCount = 0;
+    if (fromRead && after.itemsChecked) {
+        itemProblems = std::move(after.itemProblems);
+        itemProblemCount = after.itemProblemCount;
+    } else {
+        QSet<QStringView> items;
+        lvwPAndS.forEach([&](QStringView key, QStringView) {
+            if (!key.isEmpty()) {
+                owned.push_back(key.chopped(1).toString());
+                items.insert(owned.back());
+            }
+            return true;
+        });
+        for (int i = 1; i <= n; ++i) {
+            const QStringView text = lvwInvoiceRecords.textView(i);
+            const int listField = countOf(text, FieldSep) == 4 ? 3 : 4;
+            const QStringView list = field(text, listField);
+            if (list.isEmpty()) continue;
+            qsizetype start = 0;
+            for (;;) {
+                const qsizetype at = list.indexOf(ItemSep, start);
+                const QStringView entry = at < 0 ? list.mid(start) : list.mid(start, at - start);
+                if (!entry.isEmpty() && !items.contains(entryNumber(entry)) &&
+                    itemProblemCount++ < detail::MaxItemProblems)
+                    itemProblems << detail::itemProblem(field(text, 0), field(text, listField - 2), entry);
+                if (at < 0) break;
+                start = at + 1;
+            }
+        }
+    }
+
+    // Records naming a missing customer. The first of them in table order asks
+    // for the name, gets the placeholder made and an empty name; the others
+    // find the placeholder.
+    struct Missing {
+        QString cid;
+        int first;
+    };
+    std::vector<Missing> missing;
+    QHash<QString, size_t> missingIndex;
+    for (int i : unnamed) {
+        const QStringView text = lvwInvoiceRecords.textView(i);
+        const QStringView cid = field(text, 1);
+        if (names.contains(cid)) continue;
+        const QString c = cid.toString();
+        auto it = missingIndex.find(c);
+        if (it == missingIndex.end()) {
+            missingIndex.insert(c, missing.size());
+            missing.push_back({c, i});
+        } else {
+            Missing &m = missing[*it];
+            if (compareRowText(text, lvwInvoiceRecords.textView(m.first)) < 0) m.first = i;
+        }
+    }
+    std::vector<size_t> order(missing.size());
+    for (size_t i = 0; i < order.size(); ++i) order[i] = i;
+    std::sort(order.begin(), order.end(), [&](size_t a, size_t b) {
+        return compareRowText(lvwInvoiceRecords.textView(missing[a].first),
+                              lvwInvoiceRecords.textView(missing[b].first)) < 0;
+    });
+    QStringList problems;
+    std::vector<int> askers;
+    askers.reserve(missing.size());
+    for (size_t idx : order) {
+        const Missing &m = missing[idx];
+        problems << QStringLiteral("Bill period \"%1\" has a record of customer number %2, who is not in the "
+                                   "database: a placeholder customer \"Customer, Deleted\" was created.")
+                        .arg(field(lvwInvoiceRecords.textView(m.first), 0), m.cid);
+        customerNameByCid(m.cid);
+        owned.push_back(m.cid);
+        names.insert(owned.back(), QStringLiteral("Customer, Deleted"));
+        askers.push_back(m.first);
+    }
+    std::sort(askers.begin(), askers.end());
+    problems += itemProblems;
+    if (itemProblemCount > detail::MaxItemProblems)
+        problems << QStringLiteral("... and %1 more entries naming a missing item.")
+                        .arg(itemProblemCount - detail::MaxItemProblems);
+
+    // Field 0, the name, then fields 1 to 4 of the five-field row.
+    for (int i : unnamed) {
+        const QStringView text = lvwInvoiceRecords.textView(i);
+        const qsizetype sep0 = text.indexOf(FieldSep);
+        const QStringView bp = sep0 < 0 ? text : text.left(sep0);
+        QStringView rest = sep0 < 0 ? QStringView() : text.mid(sep0 + 1);
+        qsizetype cut = -1;
+        for (qsizetype f = 0, from = 0; f < 4; ++f) {
+            cut = rest.indexOf(FieldSep, from);
+            if (cut < 0) break;
+            from = cut + 1;
+        }
+        if (cut >= 0) rest = rest.left(cut);
+        QString name;
+        if (!std::binary_search(askers.begin(), askers.end(), i)) name = names.value(field(rest, 0));
+        QString row;
+        row.reserve(bp.size() + name.size() + rest.size() + 2);
+        row += bp;
+        row += FieldSep;
+        row += name;
+        row += FieldSep;
+        row += rest;
+        lvwInvoiceRecords.setText(i, row);
+    }
+    lvwInvoiceRecords.resort();
+    return problems;
+}
+
+bool Database::customerIsBilled(const QString &cid, const std::function<void(float)> &progress) const
+{
+    const QString plain = withoutK(cid);
+    const int n = lvwInvoiceRecords.count();
+    int i = 0;
+    bool found = false;
+    lvwInvoiceRecords.forEach([&](QStringView, QStringView text) {
+        ++i;
+        if (progress) progress(float(i) / float(n) * 100.0f);
+        found = field(text, 2) == plain;
+        return !found;
+    });
+    return found;
+}
+
+bool Database::productIsBilled(const QString &psid, const std::function<void(float)> &progress) const
+{
+    const QString plain = withoutK(psid);
+    const int n = lvwInvoiceRecords.count();
+    int i = 0;
+    bool found = false;
+    lvwInvoiceRecords.forEach([&](QStringView, QStringView text) {
+        ++i;
+        if (progress) progress(float(i) / float(n) * 100.0f);
+        if (fieldSepCount(text) < 4) return true;
+        const QStringView list = field(text, 4);
+        qsizetype start = 0;
+        for (;;) {
+            const qsizetype at = list.indexOf(ItemSep, start);
+            const QStringView entry = at < 0 ? list.mid(start) : list.mid(start, at - start);
+            if (entryNumber(entry) == plain) {
+                found = true;
+                return false;
+            }
+            if (at < 0) break;
+            start = at + 1;
+        }
+        return true;
+    });
+    return found;
+}
+
+QString Database::deleteOrArchiveCustomer(KeyedList &customers, const QString &key, bool found)
+{
+    if (!found) {
+        customers.remove(key);
+        return QStringLiteral("deleted");
+    }
+    QString text = customers.textOf(key);
+    customers.remove(key);
+    if (!text.startsWith(ArchiveMark)) text.prepend(ArchiveMark);
+    // Removing and adding again moves the row behind every current customer.
+    customers.add(key, text);
+    return QStringLiteral("archived");
+}
+
+QString Database::deleteOrArchiveProduct(KeyedList &products, const QString &key, bool found)
+{
+    if (!found) {
+        products.remove(key);
+        return QStringLiteral("deleted");
+    }
+    QString text = products.textOf(key);
+    products.remove(key);
+    if (!isArchivedItemText(text)) text.insert(std::min<qsizetype>(SortPriceLength, text.size()), ArchiveMark);
+    products.add(key, text);
+    return QStringLiteral("archived");
+}
+
+SaveResult Database::save(const QString &path)
+{
+    SaveResult r;
+    const QFileInfo info(path);
+    const QString canonical = info.canonicalFilePath();
+    const QString absolute = canonical.isEmpty() ? info.absoluteFilePath() : canonical;
+    const QString name = QDir::toNativeSeparators(path);
+
+    // A file that could not be read is never overwritten blindly: keep its
+    // old content beside it first.
+    if (m_keepCopyOf.contains(absolute) && QFileInfo::exists(path)) {
+        const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+        QString copy = path + QStringLiteral(".unreadable-") + stamp;
+        for (int i = 2; QFileInfo::exists(copy); ++i)
+            copy = path + QStringLiteral(".unreadable-") + stamp + u'-' + QString::number(i);
+        QFile old(path);
+        if (!old.copy(copy)) {
+            r.ok = false;
+            r.message = QStringLiteral("The database was not saved to \"%1\": that file could not be read, and the "
+                                       "copy of it that must be kept first could not be made (%2).")
+                            .arg(name, old.errorString());
+            return r;
+        }
+        r.keptCopy = copy;
+        m_keepCopyOf.remove(absolute);
+    }
+
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        r.ok = false;
+        r.message = QStringLiteral("The database could not be saved to \"%1\": %2.").arg(name, file.errorString());
+        return r;
+    }
+    if (!writeTo(file)) {
+        const QString reason = file.errorString();
+        file.cancelWriting();
+        r.ok = false;
+        r.message = QStringLiteral("The database could not be saved to \"%1\": %2. The file was left as it was.")
+                        .arg(name, reason);
+        return r;
+    }
+    if (!file.commit()) {
+        r.ok = false;
+        r.message = QStringLiteral("The database could not be saved to \"%1\": %2. The file was left as it was.")
+                        .arg(name, file.errorString());
+        return r;
+    }
+    m_keepCopyOf.remove(absolute);
+    return r;
+}
+
+}  // namespace qor

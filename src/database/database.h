@@ -4,12 +4,34 @@
 #include "keyedlist.h"
 #include "rows.h"
 
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <array>
 #include <functional>
+#include <vector>
+
+class QIODevice;
 
 namespace qor {
+
+namespace detail {
+// What a read learned about the invoice records for the step that follows it
+// (fillInvoiceRecordNames), so that step need not walk a million rows again.
+struct AfterRead {
+    bool valid = false;
+    int records = 0;                // count of records the read left behind
+    std::vector<int> unnamedRows;   // positions of rows still without a name
+    bool itemsChecked = false;      // every entry was checked against the items
+    QStringList itemProblems;       // records naming a missing item
+    qint64 itemProblemCount = 0;
+};
+// At most this many records naming a missing item are told one by one.
+inline constexpr int MaxItemProblems = 1000;
+// The line telling that a record names a missing item; entry may hold "x" and
+// the quantity.
+QString itemProblem(QStringView period, QStringView cid, QStringView entry);
+}  // namespace detail
 
 // Company fields by the index of txtCompanyDetails(i): 0 name, 1-3 address
 // lines, 4 phone/fax/e-mail, 5 slogan, 6 general invoice description,
@@ -25,6 +47,9 @@ struct ReadResult {
     Status status = Status::Read;
     QString message;  // for Rejected: names the file and, where known, the line
     int line = 0;     // 1-based line of the problem, 0 when not tied to a line
+    // The file held something but it could not be used as it is (Rejected,
+    // or no section found): the first save under its name keeps a copy of it.
+    bool keepsCopyOnSave = false;
     bool ok() const { return status != Status::Rejected; }
 };
 
@@ -48,8 +73,19 @@ public:
     // ReadDatabase: empties everything, then reads path. A missing file is
     // created empty. A file that can't be accepted leaves every table and
     // company field empty and marks the path so that the first save over it
-    // keeps a copy of the old file beside it.
+    // keeps a copy of the old file beside it. Refused: a key that comes twice
+    // (customer number, item number, period name, customer within a period),
+    // bytes no text file holds (NUL, control bytes other than TAB, LF, FF,
+    // CR), a file that can't be opened or read, a folder, a file larger than
+    // MaxFileSize. Records without a usable number are dropped silently.
     ReadResult read(const QString &path);
+    // What read() does when no file is there: the program makes an empty one,
+    // a checking tool must not create anything and rejects the path instead.
+    enum class MissingFile { Create, Reject };
+    ReadResult read(const QString &path, MissingFile missing);
+    // Files larger than this are rejected rather than risking running out of
+    // memory half-way through a load.
+    static constexpr qint64 MaxFileSize = qint64(4) << 30;
 
     // SaveDatabase: writes the whole database to path safely — the old file
     // stays byte-identical unless the new content was written completely.
@@ -58,8 +94,11 @@ public:
     QByteArray serialize() const;
 
     // FillInvoiceRecordNames: gives each invoice record its customer name and
-    // re-sorts the records. Returns the problems noticed, one line each
-    // (placeholder customers created, records naming a missing item).
+    // re-sorts the records. Until it has run after a read, the records stand
+    // in the order of the file, and a record whose customer was not known
+    // when it was read has the five-field form (no name). Rows that already
+    // have six fields are left as they are. Returns the problems noticed, one
+    // line each (placeholder customers created, records naming a missing item).
     QStringList fillInvoiceRecordNames();
     // CustomerNameByCid: the display name of a customer number; when there is
     // no such customer a placeholder "Customer, Deleted" is created, the
@@ -84,7 +123,10 @@ public:
     void clear();
 
 private:
-    QString m_keepCopyOf;  // canonical path whose old content must be kept before overwriting
+    // Files (canonical paths) whose old content must be kept before they are overwritten.
+    QSet<QString> m_keepCopyOf;
+    detail::AfterRead m_afterRead;
+    bool writeTo(QIODevice &device) const;
 };
 
 }  // namespace qor

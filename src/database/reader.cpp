@@ -1,1 +1,1160 @@
-// placeholder
+// ReadDatabase: the line reader of the database file.
+//
+// The file is taken in large blocks and worked on as bytes. Each physical line
+// is cleaned once (outer blanks and tabs dropped, entities resolved) straight
+// into the line or record buffer; element values are decoded from
+// Windows-1252 only when they go into a row text. The structure follows the
+// line-based scheme the writer lays out: sections found by whole lines,
+// records collected line by line and their elements found in the joined text.
+#include "codec.h"
+#include "database.h"
+#include "regional.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <vector>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace qor {
+
+namespace {
+
+constexpr qsizetype BlockSize = qsizetype(256) << 10;
+
+// Bytes that never stand in a text database: NUL and the control bytes other
+// than TAB, LF, FF and CR.
+inline bool isBadByte(unsigned char c)
+{
+    return c < 0x20 && c != 0x09 && c != 0x0A && c != 0x0C && c != 0x0D;
+}
+
+// Looks at newly read bytes: the first byte a text file never holds, and
+// whether a CR stands without an LF behind it (then lines are split the slow
+// way). next is the byte after the range, or -1 when it isn't read yet.
+struct BlockScan {
+    qsizetype bad = -1;
+    bool loneCr = false;
+    bool crAtEnd = false;
+};
+
+BlockScan scanBlock(const char *p, qsizetype n)
+{
+    BlockScan r;
+    qsizetype i = 0;
+#if defined(__SSE2__)
+    const __m128i limit = _mm_set1_epi8(0x1F);
+    const __m128i tab = _mm_set1_epi8(0x09), lf = _mm_set1_epi8(0x0A);
+    const __m128i ff = _mm_set1_epi8(0x0C), cr = _mm_set1_epi8(0x0D);
+    for (; i + 17 <= n; i += 16) {
+        const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i));
+        const __m128i y = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i + 1));
+        const __m128i low = _mm_cmpeq_epi8(_mm_max_epu8(x, limit), limit);  // x <= 0x1F
+        const __m128i isCr = _mm_cmpeq_epi8(x, cr);
+        const __m128i ok = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(x, tab), _mm_cmpeq_epi8(x, lf)),
+                                        _mm_or_si128(_mm_cmpeq_epi8(x, ff), isCr));
+        if (_mm_movemask_epi8(_mm_andnot_si128(ok, low))) break;
+        if (!r.loneCr && _mm_movemask_epi8(_mm_andnot_si128(_mm_cmpeq_epi8(y, lf), isCr))) r.loneCr = true;
+    }
+#endif
+    for (; i < n; ++i) {
+        const unsigned char c = static_cast<unsigned char>(p[i]);
+        if (isBadByte(c)) {
+            r.bad = i;
+            return r;
+        }
+        if (c == '\r') {
+            if (i + 1 < n) {
+                if (p[i + 1] != '\n') r.loneCr = true;
+            } else {
+                r.crAtEnd = true;
+            }
+        }
+    }
+    return r;
+}
+
+// The first CR or LF, or null.
+const char *findLineEnd(const char *s, qsizetype n)
+{
+    qsizetype i = 0;
+#if defined(__SSE2__)
+    const __m128i cr = _mm_set1_epi8('\r'), lf = _mm_set1_epi8('\n');
+    for (; i + 16 <= n; i += 16) {
+        const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(s + i));
+        const unsigned m = unsigned(_mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(x, cr), _mm_cmpeq_epi8(x, lf))));
+        if (m) return s + i + __builtin_ctz(m);
+    }
+#endif
+    for (; i < n; ++i)
+        if (s[i] == '\r' || s[i] == '\n') return s + i;
+    return nullptr;
+}
+
+// Lower case of a Windows-1252 byte, as the program lower-cases whole lines.
+struct LowerTable {
+    unsigned char t[256];
+    constexpr LowerTable() : t()
+    {
+        for (int c = 0; c < 256; ++c) t[c] = static_cast<unsigned char>(c);
+        for (int c = 'A'; c <= 'Z'; ++c) t[c] = static_cast<unsigned char>(c + 32);
+        for (int c = 0xC0; c <= 0xDE; ++c)
+            if (c != 0xD7) t[c] = static_cast<unsigned char>(c + 32);
+        t[0x8A] = 0x9A;
+        t[0x8C] = 0x9C;
+        t[0x8E] = 0x9E;
+        t[0x9F] = 0xFF;
+    }
+};
+constexpr LowerTable Lower;
+
+inline unsigned char lowerByte(char c) { return Lower.t[static_cast<unsigned char>(c)]; }
+
+// Case-blind comparison of bytes with a lower-case ASCII literal.
+bool equalsLower(const char *s, qsizetype n, const char *lit, qsizetype litLen)
+{
+    if (n != litLen) return false;
+    for (qsizetype i = 0; i < n; ++i)
+        if (lowerByte(s[i]) != static_cast<unsigned char>(lit[i])) return false;
+    return true;
+}
+
+// A numeric character reference is kept in the cleaned text as a NUL byte and
+// three bytes of the code point (seven bits each, high bit set). NUL never
+// stands in an accepted file, and the three bytes are never ASCII, so the
+// marker can't be mistaken for markup.
+constexpr char Marker = '\0';
+
+// Val: does the leading number of the text exceed 0?
+bool leadingNumberPositive(QStringView s)
+{
+    qsizetype i = 0;
+    while (i < s.size() && s[i] == u' ') ++i;
+    bool negative = false;
+    if (i < s.size() && (s[i] == u'-' || s[i] == u'+')) negative = s[i++] == u'-';
+    bool nonZero = false;
+    bool point = false;
+    for (; i < s.size(); ++i) {
+        const char16_t c = s[i].unicode();
+        if (c >= u'0' && c <= u'9') {
+            if (c != u'0') nonZero = true;
+        } else if (c == u'.' && !point) {
+            point = true;
+        } else {
+            break;
+        }
+    }
+    return nonZero && !negative;
+}
+
+// Windows-1252 byte to character, as a table the decoder can inline.
+struct DecodeTable {
+    char16_t t[256];
+    DecodeTable()
+    {
+        for (int b = 0; b < 256; ++b) t[b] = codec::toUnicode(static_cast<unsigned char>(b));
+    }
+};
+const DecodeTable Decode;
+
+// Appends bytes of a cleaned value, decoded, to s.
+void appendDecoded(QString &s, const char *p, qsizetype n)
+{
+    if (n <= 0) return;
+    const qsizetype at = s.size();
+    s.resize(at + n);
+    char16_t *base = reinterpret_cast<char16_t *>(s.data());
+    char16_t *d = base + at;
+    const char *e = p + n;
+    while (p < e) {
+        const unsigned char c = static_cast<unsigned char>(*p);
+        if (c == 0 && e - p >= 4) {
+            const char32_t cp = (char32_t(p[1] & 0x7F) << 14) | (char32_t(p[2] & 0x7F) << 7) | char32_t(p[3] & 0x7F);
+            if (cp > 0xFFFF) {
+                *d++ = QChar::highSurrogate(cp);
+                *d++ = QChar::lowSurrogate(cp);
+            } else {
+                *d++ = char16_t(cp);
+            }
+            p += 4;
+            continue;
+        }
+        *d++ = Decode.t[c];
+        ++p;
+    }
+    s.truncate(d - base);
+}
+
+QString decoded(const char *p, qsizetype n)
+{
+    QString s;
+    s.reserve(n);
+    appendDecoded(s, p, n);
+    return s;
+}
+
+// A view of bytes inside a buffer; positions survive the buffer growing.
+struct Span {
+    qsizetype at = 0;
+    qsizetype len = 0;
+};
+
+// Physical lines of the file, read in large blocks. A line ends at CR LF, at
+// LF alone or at CR alone.
+class LineSource {
+public:
+    // Every line handed out is followed by at least this many readable bytes.
+    static constexpr qsizetype Slack = 16;
+    explicit LineSource(QFile &file) : m_file(file) { m_buf.resize(BlockSize + Slack); }
+
+    bool next(const char *&b, qsizetype &n)
+    {
+        for (;;) {
+            if (m_failed) return false;
+            const char *s = m_buf.constData() + m_pos;
+            const qsizetype avail = m_end - m_pos;
+            const char *lineEnd = nullptr;
+            qsizetype after = 0;  // bytes consumed, line end included
+            if (!m_loneCr) {
+                const char *nl = avail ? static_cast<const char *>(std::memchr(s, '\n', size_t(avail))) : nullptr;
+                // Lines end in LF or CR LF: one search per line.
+                if (nl) {
+                    lineEnd = (nl > s && nl[-1] == '\r') ? nl - 1 : nl;
+                    after = nl + 1 - s;
+                } else if (m_exhausted) {
+                    if (!avail) return false;
+                    lineEnd = s + avail;
+                    if (lineEnd[-1] == '\r') --lineEnd;
+                    after = avail;
+                } else {
+                    refill();
+                    continue;
+                }
+            } else {
+                // Some line ends are CR alone: the nearest CR or LF ends the line.
+                const char *p = findLineEnd(s, avail);
+                if (p && *p == '\n') {
+                    lineEnd = p;
+                    after = p + 1 - s;
+                } else if (p && p + 1 < s + avail) {
+                    lineEnd = p;
+                    after = p + (p[1] == '\n' ? 2 : 1) - s;
+                } else if (m_exhausted) {
+                    if (!avail) return false;
+                    lineEnd = p ? p : s + avail;
+                    after = avail;
+                } else {
+                    refill();
+                    continue;
+                }
+            }
+            if (m_bad >= 0 && m_bad < m_bufOffset + m_pos + after) {
+                m_failed = true;
+                m_badLine = m_line + 1;
+                return false;
+            }
+            b = s;
+            n = lineEnd - s;
+            m_pos += after;
+            ++m_line;
+            return true;
+        }
+    }
+
+    bool atEnd()
+    {
+        while (!m_failed && m_pos >= m_end && !m_exhausted) refill();
+        return m_failed || m_pos >= m_end;
+    }
+
+    qint64 lineNumber() const { return m_line; }
+    // After a failed read: the line that holds a byte a text file never has.
+    qint64 badLine() const { return m_badLine; }
+    unsigned char badByte() const { return m_badValue; }
+    bool failed() const { return m_failed; }
+    QString ioError() const { return m_ioError; }
+
+private:
+    void refill()
+    {
+        const qsizetype rest = m_end - m_pos;
+        if (m_pos > 0) {
+            if (rest) std::memmove(m_buf.data(), m_buf.constData() + m_pos, rest);
+            m_bufOffset += m_pos;
+            m_pos = 0;
+            m_end = rest;
+        }
+        if (m_end == m_buf.size() - Slack) m_buf.resize(m_buf.size() * 2);  // one very long line
+        const qint64 got = m_file.read(m_buf.data() + m_end, m_buf.size() - Slack - m_end);
+        if (got < 0) {
+            m_ioError = m_file.errorString();
+            m_failed = true;
+            m_exhausted = true;
+            return;
+        }
+        if (got == 0) {
+            m_exhausted = true;
+            return;
+        }
+        if (m_crAtEnd && m_buf.at(m_end) != '\n') m_loneCr = true;
+        if (m_bad < 0) {
+            const BlockScan scan = scanBlock(m_buf.constData() + m_end, got);
+            if (scan.bad >= 0) {
+                m_bad = m_bufOffset + m_end + scan.bad;
+                m_badValue = static_cast<unsigned char>(m_buf.at(m_end + scan.bad));
+            }
+            if (scan.loneCr) m_loneCr = true;
+            m_crAtEnd = scan.crAtEnd;
+        }
+        m_end += got;
+    }
+
+    QFile &m_file;
+    QByteArray m_buf;
+    qsizetype m_pos = 0;
+    qsizetype m_end = 0;
+    qint64 m_bufOffset = 0;
+    qint64 m_line = 0;
+    qint64 m_bad = -1;
+    qint64 m_badLine = 0;
+    unsigned char m_badValue = 0;
+    bool m_exhausted = false;
+    bool m_failed = false;
+    bool m_loneCr = false;   // some line ends in CR alone
+    bool m_crAtEnd = false;  // the last byte read is a CR
+    QString m_ioError;
+};
+
+// The elements of one record buffer: every "<" with the first ">" after it.
+class TagIndex {
+public:
+    void build(const QByteArray &buf)
+    {
+        m_s = buf.constData();
+        m_tags.clear();
+        m_lt.clear();
+        m_gt.clear();
+        const qsizetype n = buf.size();
+        qsizetype i = 0;
+#if defined(__SSE2__)
+        const __m128i lt = _mm_set1_epi8('<'), gt = _mm_set1_epi8('>');
+        for (; i + 16 <= n; i += 16) {
+            const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(m_s + i));
+            unsigned a = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(x, lt)));
+            unsigned b = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(x, gt)));
+            while (a) { m_lt.push_back(i + __builtin_ctz(a)); a &= a - 1; }
+            while (b) { m_gt.push_back(i + __builtin_ctz(b)); b &= b - 1; }
+        }
+#endif
+        for (; i < n; ++i) {
+            if (m_s[i] == '<') m_lt.push_back(i);
+            else if (m_s[i] == '>') m_gt.push_back(i);
+        }
+        size_t g = 0;
+        for (qsizetype p : m_lt) {
+            while (g < m_gt.size() && m_gt[g] <= p) ++g;
+            if (g == m_gt.size()) break;
+            m_tags.push_back({p, m_gt[g]});
+        }
+    }
+
+    // First tag whose name equals lowerName without regard to case; -1 if none.
+    int findLower(const char *lowerName, qsizetype len, qsizetype from = 0) const
+    {
+        for (size_t t = 0; t < m_tags.size(); ++t) {
+            const Tag &g = m_tags[t];
+            if (g.lt < from || g.gt - g.lt - 1 != len) continue;
+            if (equalsLower(m_s + g.lt + 1, len, lowerName, len)) return int(t);
+        }
+        return -1;
+    }
+    int findExact(const char *name, qsizetype len, qsizetype from = 0) const
+    {
+        for (size_t t = 0; t < m_tags.size(); ++t) {
+            const Tag &g = m_tags[t];
+            if (g.lt < from || g.gt - g.lt - 1 != len) continue;
+            if (std::memcmp(m_s + g.lt + 1, name, size_t(len)) == 0) return int(t);
+        }
+        return -1;
+    }
+
+    // XmlElementText in modes 0 and 1: the text between the first opening tag
+    // and the first closing tag, both found from the start without regard to case.
+    Span element(const char *lowerName) const
+    {
+        const qsizetype len = qsizetype(std::strlen(lowerName));
+        const int open = findLower(lowerName, len);
+        if (open < 0) return {};
+        char closing[64];
+        closing[0] = '/';
+        std::memcpy(closing + 1, lowerName, size_t(len));
+        const int close = findLower(closing, len + 1);
+        if (close < 0) return {};
+        const qsizetype pos = m_tags[size_t(open)].gt + 1;
+        const qsizetype end = m_tags[size_t(close)].lt;
+        if (end - pos < 1) return {};
+        return {pos, end - pos};
+    }
+
+    // The tags of an invoice record, sorted out in one pass: the first opening
+    // and closing tag of each field (any case), and per entry number the first
+    // tag of that name in any case and whether the exact spelling stands.
+    struct RecordTags {
+        enum Field { BP, CID, Balance, Note, FieldCount };
+        int open[FieldCount], close[FieldCount];
+        std::vector<int> entryFirst;   // by number; -1 none
+        std::vector<char> entryExact;  // by number
+        std::vector<qsizetype> closeExact;  // "</PSID>" positions
+        bool tooMany = false;  // entry numbers beyond the table: look them up one by one
+    };
+    static constexpr qint64 MaxQuickEntry = 4096;
+
+    void classify(RecordTags &r) const
+    {
+        static const char *const names[RecordTags::FieldCount] = {"bp", "cid", "accountbalance", "note"};
+        static const qsizetype lengths[RecordTags::FieldCount] = {2, 3, 14, 4};
+        for (int f = 0; f < RecordTags::FieldCount; ++f) r.open[f] = r.close[f] = -1;
+        r.entryFirst.clear();
+        r.entryExact.clear();
+        r.closeExact.clear();
+        r.tooMany = false;
+        for (size_t t = 0; t < m_tags.size(); ++t) {
+            const char *p = m_s + m_tags[t].lt + 1;
+            const qsizetype len = m_tags[t].gt - m_tags[t].lt - 1;
+            if (len <= 0) continue;
+            const bool closing = p[0] == '/';
+            const char *name = closing ? p + 1 : p;
+            const qsizetype nameLen = closing ? len - 1 : len;
+            bool matched = false;
+            for (int f = 0; f < RecordTags::FieldCount && !matched; ++f) {
+                if (nameLen == lengths[f] && equalsLower(name, nameLen, names[f], lengths[f])) {
+                    int &slot = closing ? r.close[f] : r.open[f];
+                    if (slot < 0) slot = int(t);
+                    matched = true;
+                }
+            }
+            if (matched) continue;
+            if (closing) {
+                if (len == 5 && std::memcmp(p, "/PSID", 5) == 0) r.closeExact.push_back(m_tags[t].lt);
+                continue;
+            }
+            // psid number="N"
+            if (len < 15 || p[len - 1] != '"' || !equalsLower(p, 13, "psid number=\"", 13)) continue;
+            const qsizetype digits = len - 14;
+            if (p[13] < '1' || p[13] > '9') continue;  // never the text of a running number
+            qint64 n = 0;
+            bool number = true;
+            for (qsizetype i = 0; i < digits && number; ++i) {
+                const char c = p[13 + i];
+                if (c < '0' || c > '9') number = false;
+                else if (n <= MaxQuickEntry) n = n * 10 + (c - '0');
+            }
+            if (!number) continue;
+            if (n > MaxQuickEntry) {
+                r.tooMany = true;
+                continue;
+            }
+            if (size_t(n) >= r.entryFirst.size()) {
+                r.entryFirst.resize(size_t(n) + 1, -1);
+                r.entryExact.resize(size_t(n) + 1, 0);
+            }
+            if (r.entryFirst[size_t(n)] < 0) r.entryFirst[size_t(n)] = int(t);
+            if (std::memcmp(p, "PSID Number=\"", 13) == 0) r.entryExact[size_t(n)] = 1;
+        }
+    }
+
+    Span field(const RecordTags &r, int f) const
+    {
+        if (r.open[f] < 0 || r.close[f] < 0) return {};
+        const qsizetype pos = m_tags[size_t(r.open[f])].gt + 1;
+        const qsizetype end = m_tags[size_t(r.close[f])].lt;
+        return end - pos < 1 ? Span{} : Span{pos, end - pos};
+    }
+
+    // Entry n from the sorted-out tags; false when it isn't there (the list ends).
+    bool entry(const RecordTags &r, qint64 n, Span &out) const
+    {
+        if (size_t(n) >= r.entryExact.size() || !r.entryExact[size_t(n)]) return false;
+        const qsizetype pos = m_tags[size_t(r.entryFirst[size_t(n)])].gt + 1;
+        const auto close = std::lower_bound(r.closeExact.begin(), r.closeExact.end(), pos);
+        out = {};
+        if (close != r.closeExact.end() && *close - pos >= 1) out = {pos, *close - pos};
+        return true;
+    }
+
+    // An item entry: present only if the tag stands with exact case; its text
+    // runs from the first tag of that name in any case to the next "</PSID>".
+    bool entry(const char *name, qsizetype len, Span &out) const
+    {
+        if (findExact(name, len) < 0) return false;
+        char lowerName[48];
+        for (qsizetype i = 0; i < len; ++i) lowerName[i] = char(lowerByte(name[i]));
+        const int open = findLower(lowerName, len);
+        const qsizetype pos = m_tags[size_t(open)].gt + 1;
+        const int close = findExact("/PSID", 5, pos);
+        out = {};
+        if (close >= 0 && m_tags[size_t(close)].lt - pos >= 1) out = {pos, m_tags[size_t(close)].lt - pos};
+        return true;
+    }
+
+private:
+    struct Tag {
+        qsizetype lt, gt;
+    };
+    const char *m_s = nullptr;
+    std::vector<Tag> m_tags;
+    std::vector<qsizetype> m_lt, m_gt;
+};
+
+struct DuplicateKey {
+    qint64 line;
+    QString what;
+};
+
+// Customer and item numbers seen so far. Plain decimal numbers (the form the
+// program writes) are looked up by value; any other text by itself.
+class NumberSet {
+public:
+    static qint64 plainNumber(const char *p, qsizetype n)
+    {
+        if (n < 1 || n > 9 || p[0] < '1' || p[0] > '9') return -1;
+        qint64 v = 0;
+        for (qsizetype i = 0; i < n; ++i) {
+            if (p[i] < '0' || p[i] > '9') return -1;
+            v = v * 10 + (p[i] - '0');
+        }
+        return v;
+    }
+    void insert(const QString &number, int value)
+    {
+        const QByteArray latin = number.toLatin1();
+        const qint64 v = number.size() == latin.size() ? plainNumber(latin.constData(), latin.size()) : -1;
+        if (v >= 0 && v < (qint64(1) << 24)) {
+            if (size_t(v) >= m_small.size()) m_small.resize(size_t(v) + 1, -1);
+            m_small[size_t(v)] = value;
+        } else {
+            m_other.insert(number, value);
+        }
+    }
+    int find(const QString &number) const
+    {
+        for (QChar c : number)
+            if (c.unicode() >= 0x80) return m_other.value(number, -1);
+        const QByteArray latin = number.toLatin1();
+        return find(latin.constData(), latin.size());
+    }
+    // The value stored for a number given as cleaned bytes; -1 when unknown.
+    int find(const char *p, qsizetype n) const
+    {
+        if (std::memchr(p, Marker, size_t(n))) return find(decoded(p, n));
+        const qint64 v = plainNumber(p, n);
+        if (v >= 0 && v < (qint64(1) << 24)) return size_t(v) < m_small.size() ? m_small[size_t(v)] : -1;
+        if (m_other.isEmpty()) return -1;
+        return m_other.value(decoded(p, n), -1);
+    }
+
+private:
+    std::vector<int> m_small;
+    QHash<QString, int> m_other;
+};
+
+class Reader {
+public:
+    Reader(QFile &file, Database &db, detail::AfterRead &after) : m_src(file), m_db(db), m_after(after)
+    {
+        m_line.reserve(1024);
+        m_rec.reserve(4096);
+    }
+
+    bool sectionFound = false;
+    std::optional<DuplicateKey> duplicate;
+    LineSource &source() { return m_src; }
+
+    void run()
+    {
+        while (!m_src.atEnd() && !duplicate) {
+            m_line.truncate(0);
+            xmlUnescape(m_line);
+            if (current("<companyinfo>")) { sectionFound = true; readCompanyInfo(); }
+            else if (current("<customers>")) { sectionFound = true; readCustomers(); }
+            else if (current("<billperiods>")) { sectionFound = true; readBillPeriods(); }
+            else if (current("<productsandservices>")) {
+                sectionFound = true;
+                // Items that come after records: the records must be checked again later.
+                if (m_recordsSeen) m_itemsLate = true;
+                readProductsAndServices();
+            }
+            else if (current("<invoicerecords>")) { sectionFound = true; m_recordsSeen = true; readInvoiceRecords(); }
+        }
+        m_after.valid = true;
+        m_after.records = m_db.lvwInvoiceRecords.count();
+        m_after.itemsChecked = !m_itemsLate;
+    }
+
+private:
+    enum class Next { Value, EndOfTable, EndOfFile };
+
+    template <qsizetype N>
+    bool current(const char (&lowerLit)[N]) const
+    {
+        return equalsLower(m_cur->constData() + m_curSpan.at, m_curSpan.len, lowerLit, N - 1);
+    }
+
+    // Cleans one physical line into out: outer blanks off, entities resolved,
+    // tabs removed. Never longer than the line. Tells whether a "!" was seen,
+    // the only way the line can hold the start of a comment.
+    static bool clean(const char *b, qsizetype n, QByteArray &out)
+    {
+        while (n && *b == ' ') { ++b; --n; }
+        while (n && b[n - 1] == ' ') --n;
+        const qsizetype at = out.size();
+        out.resize(at + n + 16);  // room for whole 16-byte stores
+        char *const d0 = out.data();
+        char *d = d0 + at;
+        const char *e = b + n;
+        bool bang = false;
+        auto special = [&]() {
+            const char c = *b;
+            if (c == '\t') { ++b; }
+            else if (c == '&') { b += entity(b, e, d); }
+            else { *d++ = c; ++b; bang |= c == '!'; }
+        };
+        // Indentation: the tabs in front go before the blanks after them count.
+        while (b < e && *b == '\t') ++b;
+#if defined(__SSE2__)
+        // Sixteen bytes at a time. The line source leaves readable slack behind
+        // every line, so the last load may reach past the line; only the bytes
+        // of the line count.
+        const __m128i tab = _mm_set1_epi8('\t'), amp = _mm_set1_epi8('&'), excl = _mm_set1_epi8('!');
+        while (b < e) {
+            const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(b));
+            unsigned m = unsigned(_mm_movemask_epi8(
+                _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(x, tab), _mm_cmpeq_epi8(x, amp)), _mm_cmpeq_epi8(x, excl))));
+            const qsizetype left = e - b;
+            if (left < 16) m &= (1u << left) - 1;
+            _mm_storeu_si128(reinterpret_cast<__m128i *>(d), x);
+            if (!m) {
+                const qsizetype step = left < 16 ? left : 16;
+                d += step;
+                b += step;
+                continue;
+            }
+            const int k = __builtin_ctz(m);
+            d += k;
+            b += k;
+            special();
+        }
+#else
+        while (b < e) {
+            const char c = *b;
+            if (c != '\t' && c != '&' && c != '!') { *d++ = c; ++b; }
+            else special();
+        }
+#endif
+        out.truncate(d - d0);
+        return bang;
+    }
+
+    // At an "&": writes what the entity stands for and gives the bytes used.
+    static qsizetype entity(const char *b, const char *e, char *&d)
+    {
+        const qsizetype left = e - b;
+        auto is = [&](const char *lit, qsizetype len) { return left >= len && std::memcmp(b, lit, size_t(len)) == 0; };
+        if (is("&lt;", 4)) { *d++ = '<'; return 4; }
+        if (is("&gt;", 4)) { *d++ = '>'; return 4; }
+        if (is("&amp;", 5)) { *d++ = '&'; return 5; }
+        if (is("&apos;", 6)) { *d++ = '\''; return 6; }
+        if (is("&quot;", 6)) { *d++ = '"'; return 6; }
+        if (left >= 4 && b[1] == '#') {
+            const bool hex = b[2] == 'x';
+            qsizetype i = hex ? 3 : 2;
+            char32_t cp = 0;
+            int digits = 0;
+            for (; i < left && digits <= 8; ++i, ++digits) {
+                const char c = b[i];
+                int v;
+                if (c >= '0' && c <= '9') v = c - '0';
+                else if (hex && c >= 'a' && c <= 'f') v = c - 'a' + 10;
+                else if (hex && c >= 'A' && c <= 'F') v = c - 'A' + 10;
+                else break;
+                cp = cp * (hex ? 16 : 10) + char32_t(v);
+            }
+            // The two separators of the row texts never come from a file.
+            const bool usable = cp > 2 && cp <= 0x10FFFF;
+            if (digits > 0 && digits <= 8 && i < left && b[i] == ';' && usable) {
+                *d++ = Marker;
+                *d++ = char(0x80 | ((cp >> 14) & 0x7F));
+                *d++ = char(0x80 | ((cp >> 7) & 0x7F));
+                *d++ = char(0x80 | (cp & 0x7F));
+                return i + 1;
+            }
+        }
+        *d++ = '&';
+        return 1;
+    }
+
+    static bool hasComment(const char *s, qsizetype n)
+    {
+        const char *e = s + n;
+        while (s < e) {
+            const char *lt = static_cast<const char *>(std::memchr(s, '<', size_t(e - s)));
+            if (!lt) return false;
+            if (e - lt >= 4 && lt[1] == '!' && lt[2] == '-' && lt[3] == '-') return true;
+            s = lt + 1;
+        }
+        return false;
+    }
+
+    // XmlUnescape: appends the next significant line, cleaned, to out and
+    // makes it CurrentLine. At the end of the file the last line read is
+    // given back even if it was blank or a comment.
+    void xmlUnescape(QByteArray &out)
+    {
+        const qsizetype mark = out.size();
+        m_cur = &out;
+        m_curSpan = {mark, 0};
+        const char *b;
+        qsizetype n;
+        while (m_src.next(b, n)) {
+            out.truncate(mark);
+            const bool bang = clean(b, n, out);
+            m_curSpan = {mark, out.size() - mark};
+            const bool accepted = m_curSpan.len > 0 && !(bang && hasComment(out.constData() + mark, m_curSpan.len));
+            if (accepted || m_src.atEnd()) return;
+        }
+        out.truncate(mark);
+        m_curSpan = {mark, 0};
+    }
+
+    // XmlNextRecord: the attribute value of a record header line, in lower case.
+    Next xmlNextRecord(const char *closeTag, const char *recordTag, const char *attr, QByteArray &value)
+    {
+        value.clear();
+        if (m_src.atEnd()) return Next::EndOfFile;
+        m_line.truncate(0);
+        xmlUnescape(m_line);
+        m_recordLine = m_src.lineNumber();
+        char *s = m_line.data();
+        qsizetype n = m_line.size();
+        for (qsizetype i = 0; i < n; ++i) {
+            if (s[i] == Marker) i += 3;  // a character reference stays as it is
+            else s[i] = char(lowerByte(s[i]));
+        }
+        if (equalsLower(s, n, closeTag, qsizetype(std::strlen(closeTag)))) return Next::EndOfTable;
+        qsizetype w = 0;
+        for (qsizetype i = 0; i < n; ++i)
+            if (s[i] != ' ') s[w++] = s[i];
+        m_line.truncate(w);
+        s = m_line.data();
+        n = w;
+        QByteArray head = "<";
+        head += recordTag;
+        head += attr;
+        head += "=\"";
+        const qsizetype h = head.size();
+        if (n < h + 2 || std::memcmp(s, head.constData(), size_t(h)) != 0 || s[n - 2] != '"' || s[n - 1] != '>')
+            return Next::Value;
+        for (qsizetype i = h; i + 1 < n; ++i)
+            if (s[i] == '"' && s[i + 1] == '>') {
+                value = QByteArray(s + h, i - h);
+                break;
+            }
+        return Next::Value;
+    }
+
+    QString text(Span sp) const { return decoded(m_rec.constData() + sp.at, sp.len); }
+    QString element(const char *lowerName) const { return text(m_tags.element(lowerName)); }
+    void appendElement(QString &s, const char *lowerName) const
+    {
+        const Span sp = m_tags.element(lowerName);
+        appendDecoded(s, m_rec.constData() + sp.at, sp.len);
+    }
+
+    void readCompanyInfo()
+    {
+        m_rec.truncate(0);
+        while (!m_src.atEnd()) {
+            xmlUnescape(m_rec);
+            if (current("</companyinfo>")) break;
+        }
+        m_tags.build(m_rec);
+        static const char *const names[CompanyFieldCount] = {
+            "companyname", "companyadd1", "companyadd2", "companyadd3", "companyphone",
+            "companyslogan", "generalinvoicedescription", "checkspayableto", "invoiceclosing",
+        };
+        for (int i = 0; i < CompanyFieldCount; ++i) m_db.company[size_t(i)] = element(names[i]);
+    }
+
+    bool addRow(KeyedList &table, const QString &key, const QString &rowText, qint64 line, const QString &what)
+    {
+        try {
+            table.append(key, rowText);
+            return true;
+        } catch (const KeyedListError &) {
+            duplicate = DuplicateKey{line, what};
+            return false;
+        }
+    }
+
+    void readCustomers()
+    {
+        QByteArray value;
+        while (!current("</customers>") && !m_src.atEnd()) {
+            if (xmlNextRecord("</customers>", "customer", "cid", value) != Next::Value) return;
+            value.replace('k', "");
+            const qint64 headerLine = m_recordLine;
+            m_rec.truncate(0);
+            while (!m_src.atEnd()) {
+                xmlUnescape(m_rec);
+                if (current("</customer>") || current("</customers>")) break;
+            }
+            const QString number = decoded(value.constData(), value.size());
+            if (!leadingNumberPositive(number)) continue;
+            m_tags.build(m_rec);
+            const QString first = element("fname");
+            const QString last = element("lname");
+            const bool archived = element("current").toLower() == u"no";
+            QString name = last.isEmpty() ? first : last + QStringLiteral(", ") + first;
+            QString row;
+            row.reserve(m_rec.size() + 16);
+            if (archived) row += ArchiveMark;
+            row += name;
+            row += FieldSep;
+            row += first;
+            row += FieldSep;
+            row += last;
+            for (const char *element : {"add1", "add2", "add3", "email", "phone", "notes"}) {
+                row += FieldSep;
+                appendElement(row, element);
+            }
+            if (!addRow(m_db.lvwCustomers, number + u'k', row, headerLine,
+                        QStringLiteral("a second customer with the number %1").arg(number)))
+                return;
+            m_customers.insert(number, int(m_nameAt.size()));
+            m_nameAt.push_back({m_namePool.size(), name.size()});
+            m_namePool += name;
+        }
+    }
+
+    void readBillPeriods()
+    {
+        while (!m_src.atEnd()) {
+            m_rec.truncate(0);
+            qint64 firstLine = 0;
+            while (!m_src.atEnd()) {
+                xmlUnescape(m_rec);
+                if (!firstLine) firstLine = m_src.lineNumber();
+                if (current("</billperiods>")) return;
+                if (current("</billperiod>")) break;
+            }
+            if (m_rec.isEmpty()) continue;  // nothing but the end of the file
+            m_tags.build(m_rec);
+            const QString name = element("bpname");
+            QString row = element("bpstart");
+            row += FieldSep;
+            row += name;
+            row += FieldSep;
+            appendElement(row, "bpend");
+            row += FieldSep;
+            appendElement(row, "billdue");
+            if (!addRow(m_db.lvwPeriods, name + FieldSep, row, firstLine,
+                        QStringLiteral("a second bill period named \"%1\"").arg(name)))
+                return;
+        }
+    }
+
+    void readProductsAndServices()
+    {
+        QByteArray value;
+        while (!m_src.atEnd()) {
+            if (xmlNextRecord("</productsandservices>", "ps", "psid", value) != Next::Value) return;
+            const qint64 headerLine = m_recordLine;
+            m_rec.truncate(0);
+            bool sectionEnd = false;
+            while (!m_src.atEnd()) {
+                xmlUnescape(m_rec);
+                if (current("</productsandservices>")) { sectionEnd = true; break; }
+                if (current("</ps>")) break;
+            }
+            if (sectionEnd) return;
+            const QString number = decoded(value.constData(), value.size());
+            if (!leadingNumberPositive(number)) continue;
+            m_tags.build(m_rec);
+            const bool archived = element("current").toLower() == u"no";
+            const QString price = element("itemprice");
+            QString row = regional::sortPrice(price);
+            if (archived) row += ArchiveMark;
+            row += price;
+            row += u" - ";
+            appendElement(row, "item");
+            if (!addRow(m_db.lvwPAndS, number + u'k', row, headerLine,
+                        QStringLiteral("a second item with the number %1").arg(number)))
+                return;
+            m_items.insert(number, 1);
+        }
+    }
+
+    // An entry names a known item? Only the part before the "x" counts.
+    bool knownItem(const char *p, qsizetype n) const
+    {
+        if (std::memchr(p, Marker, size_t(n))) {
+            // A character reference inside: decide on the decoded text.
+            const QString entry = decoded(p, n);
+            const qsizetype x = entry.indexOf(u'x');
+            return m_items.find(x < 0 ? entry : entry.left(x)) >= 0;
+        }
+        const char *x = static_cast<const char *>(std::memchr(p, 'x', size_t(n)));
+        return m_items.find(p, x ? x - p : n) >= 0;
+    }
+
+    void readInvoiceRecords()
+    {
+        char name[48] = "PSID Number=\"";
+        const qsizetype prefix = 13;
+        std::vector<Span> entries;
+        while (!m_src.atEnd()) {
+            m_rec.truncate(0);
+            qint64 firstLine = 0;
+            while (!m_src.atEnd()) {
+                xmlUnescape(m_rec);
+                if (!firstLine) firstLine = m_src.lineNumber();
+                if (current("</invoicerecords>")) return;
+                if (current("</invoicerecord>")) break;
+            }
+            if (m_rec.isEmpty()) continue;
+            m_tags.build(m_rec);
+            m_tags.classify(m_recordTags);
+            const Span bp = m_tags.field(m_recordTags, TagIndex::RecordTags::BP);
+            const Span cid = m_tags.field(m_recordTags, TagIndex::RecordTags::CID);
+            const Span balance = m_tags.field(m_recordTags, TagIndex::RecordTags::Balance);
+            const Span note = m_tags.field(m_recordTags, TagIndex::RecordTags::Note);
+            const char *s = m_rec.constData();
+
+            entries.clear();
+            qsizetype entryBytes = 0;
+            for (qint64 i = 1;; ++i) {
+                Span entry;
+                if (i <= TagIndex::MaxQuickEntry || !m_recordTags.tooMany) {
+                    if (!m_tags.entry(m_recordTags, i, entry)) break;
+                } else {
+                    qsizetype len = prefix;
+                    char digits[24];
+                    int nd = 0;
+                    for (qint64 v = i; v; v /= 10) digits[nd++] = char('0' + v % 10);
+                    while (nd) name[len++] = digits[--nd];
+                    name[len++] = '"';
+                    if (!m_tags.entry(name, len, entry)) break;
+                }
+                entries.push_back(entry);
+                entryBytes += entry.len + 1;
+            }
+
+            // The customer's name when the customer is known already, so the
+            // row is built once in its final six-field form.
+            const int customer = m_customers.find(s + cid.at, cid.len);
+            const QStringView customerName =
+                customer >= 0 ? QStringView(m_namePool).mid(m_nameAt[size_t(customer)].at, m_nameAt[size_t(customer)].len)
+                              : QStringView();
+            const bool named = customer >= 0;
+
+            QString row;
+            row.reserve(bp.len + cid.len + balance.len + entryBytes + note.len + 5 +
+                        (named ? customerName.size() + 1 : 0));
+            appendDecoded(row, s + bp.at, bp.len);
+            row += FieldSep;
+            if (named) {
+                row += customerName;
+                row += FieldSep;
+            }
+            const qsizetype cidAt = row.size();
+            appendDecoded(row, s + cid.at, cid.len);
+            row += FieldSep;
+            const qsizetype cidEnd = row.size();
+            appendDecoded(row, s + balance.at, balance.len);
+            row += FieldSep;
+            for (size_t e = 0; e < entries.size(); ++e) {
+                if (e) row += ItemSep;
+                appendDecoded(row, s + entries[e].at, entries[e].len);
+            }
+            row += FieldSep;
+            appendDecoded(row, s + note.at, note.len);
+
+            QString key;
+            key.reserve(bp.len + cid.len + 2);
+            key += QStringView(row).left(cidAt - (named ? customerName.size() + 1 : 0));
+            key += QStringView(row).mid(cidAt, cidEnd - cidAt);
+            if (!addRow(m_db.lvwInvoiceRecords, key, row, firstLine,
+                        QStringLiteral("a second record of customer %1 in bill period \"%2\"")
+                            .arg(decoded(s + cid.at, cid.len), decoded(s + bp.at, bp.len))))
+                return;
+            if (!named) m_after.unnamedRows.push_back(m_db.lvwInvoiceRecords.count());
+
+            for (const Span &entry : entries) {
+                if (!entry.len || knownItem(s + entry.at, entry.len)) continue;
+                if (m_after.itemProblemCount++ < detail::MaxItemProblems)
+                    m_after.itemProblems << detail::itemProblem(decoded(s + bp.at, bp.len), decoded(s + cid.at, cid.len),
+                                                        decoded(s + entry.at, entry.len));
+            }
+        }
+    }
+
+    LineSource m_src;
+    Database &m_db;
+    detail::AfterRead &m_after;
+    QByteArray m_line;  // CurrentLine outside records
+    QByteArray m_rec;   // record buffer: the record's lines joined directly
+    const QByteArray *m_cur = &m_line;
+    Span m_curSpan;
+    qint64 m_recordLine = 0;
+    TagIndex m_tags;
+    TagIndex::RecordTags m_recordTags;
+    NumberSet m_customers;        // customer number -> index in m_nameAt
+    QString m_namePool;           // customer names without the archive mark, one after the other
+    std::vector<Span> m_nameAt;
+    NumberSet m_items;
+    bool m_recordsSeen = false;
+    bool m_itemsLate = false;
+};
+
+QString shownName(const QString &path) { return QDir::toNativeSeparators(path); }
+
+// The name under which a file is remembered for keeping a copy of it: the
+// same file reached by another path is the same file.
+QString fileKey(const QString &path)
+{
+    const QFileInfo info(path);
+    const QString canonical = info.canonicalFilePath();
+    return canonical.isEmpty() ? info.absoluteFilePath() : canonical;
+}
+
+ReadResult rejected(const QString &message, int line = 0, bool keepCopy = false)
+{
+    ReadResult r;
+    r.status = ReadResult::Status::Rejected;
+    r.message = message;
+    r.line = line;
+    r.keepsCopyOnSave = keepCopy;
+    return r;
+}
+
+}  // namespace
+
+ReadResult Database::read(const QString &path) { return read(path, MissingFile::Create); }
+
+ReadResult Database::read(const QString &path, MissingFile missing)
+{
+    clear();
+    const QFileInfo info(path);
+    const QString absolute = fileKey(path);
+    const QString name = shownName(path);
+
+    if (!info.exists()) {
+        if (missing == MissingFile::Reject)
+            return rejected(QStringLiteral("The database file \"%1\" does not exist.").arg(name));
+        QFile made(path);
+        if (!made.open(QIODevice::WriteOnly))
+            return rejected(QStringLiteral("The database file \"%1\" does not exist and cannot be created: %2.")
+                                .arg(name, made.errorString()));
+        made.close();
+        m_keepCopyOf.remove(absolute);  // nothing left of an older, unreadable file
+        ReadResult r;
+        r.status = ReadResult::Status::Created;
+        return r;
+    }
+    if (info.isDir())
+        return rejected(QStringLiteral("\"%1\" is a folder, not a database file.").arg(name));
+
+    // From here on the path holds something this program did not read: the
+    // first save over it must keep a copy unless the read succeeds.
+    QFile file(path);
+    // The reader keeps its own blocks; a second buffer would only copy them.
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        m_keepCopyOf.insert(absolute);
+        return rejected(QStringLiteral("The database file \"%1\" cannot be opened: %2.").arg(name, file.errorString()),
+                        0, true);
+    }
+    if (file.size() > MaxFileSize) {
+        m_keepCopyOf.insert(absolute);
+        return rejected(QStringLiteral("The database file \"%1\" cannot be loaded: at %2 MB it is larger than the "
+                                       "%3 MB this program can hold in memory.")
+                            .arg(name)
+                            .arg(file.size() >> 20)
+                            .arg(MaxFileSize >> 20),
+                        0, true);
+    }
+
+    // Read into fresh tables; they replace the current ones only on success,
+    // so a rejected file never leaves half-filled tables behind.
+    Database fresh;
+    detail::AfterRead after;
+    Reader reader(file, fresh, after);
+    reader.run();
+    LineSource &src = reader.source();
+
+    if (src.failed() && !src.ioError().isEmpty()) {
+        m_keepCopyOf.insert(absolute);
+        return rejected(QStringLiteral("The database file \"%1\" could not be read: %2.").arg(name, src.ioError()),
+                        0, true);
+    }
+    if (src.failed()) {
+        m_keepCopyOf.insert(absolute);
+        const int line = int(src.badLine());
+        return rejected(QStringLiteral("The database file \"%1\" is not a text database: line %2 holds the byte "
+                                       "0x%3, which such a file never contains.")
+                            .arg(name)
+                            .arg(line)
+                            .arg(int(src.badByte()), 2, 16, QLatin1Char('0')),
+                        line, true);
+    }
+    if (reader.duplicate) {
+        m_keepCopyOf.insert(absolute);
+        const int line = int(reader.duplicate->line);
+        return rejected(QStringLiteral("The database file \"%1\" cannot be loaded: line %2 holds %3, and a key may "
+                                       "stand only once.")
+                            .arg(name)
+                            .arg(line)
+                            .arg(reader.duplicate->what),
+                        line, true);
+    }
+
+    lvwCustomers.swap(fresh.lvwCustomers);
+    lvwPeriods.swap(fresh.lvwPeriods);
+    lvwPAndS.swap(fresh.lvwPAndS);
+    lvwInvoiceRecords.swap(fresh.lvwInvoiceRecords);
+    company.swap(fresh.company);
+    m_afterRead = std::move(after);
+    lvwCustomers.resort();
+    lvwPeriods.resort();
+    lvwPAndS.resort();
+    // The records are sorted once, by fillInvoiceRecordNames(), which every
+    // load runs next: their final text is only known then.
+
+    ReadResult r;
+    if (!reader.sectionFound) {
+        // A non-empty file without any section: read as empty, but its content
+        // is not ours to throw away on the next save.
+        file.seek(0);
+        bool content = false;
+        char chunk[65536];
+        qint64 got;
+        while (!content && (got = file.read(chunk, sizeof chunk)) > 0)
+            for (qint64 i = 0; i < got && !content; ++i)
+                content = chunk[i] != ' ' && chunk[i] != '\t' && chunk[i] != '\r' && chunk[i] != '\n';
+        if (content) {
+            m_keepCopyOf.insert(absolute);
+            r.keepsCopyOnSave = true;
+        }
+    }
+    if (!r.keepsCopyOnSave) m_keepCopyOf.remove(absolute);
+    return r;
+}
+
+}  // namespace qor

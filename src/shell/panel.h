@@ -24,8 +24,13 @@ public:
     // ArrangePanels for this panel: W and H are the panel's new width and
     // height in twips, M is W / 2 rounded half to even.
     virtual void arrange(double W, double H, int M);
-    // Expert mode hides the hints; checked means expert.
-    virtual void applyExpertMode(bool expert) { Q_UNUSED(expert); }
+    // Expert mode hides the hints; checked means expert. The base handles
+    // every hint of the window that stands on this panel.
+    virtual void applyExpertMode(bool expert);
+
+    // M of the layout: W / 2 rounded to the nearest whole number, an exact
+    // half to the even neighbour, kept within 16 bits.
+    static int middleOf(double W);
 
 protected:
     AppContext &ctx;

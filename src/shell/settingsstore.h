@@ -20,9 +20,19 @@ struct KeyInfo {
     const char *defaultValue;  // nullptr when the default is worked out elsewhere
     ReadRule rule;
     bool writtenBack;          // the default is written back when the key is read absent
+    // Numbers with a valid range: a value outside [low, high] counts as
+    // outOfRange (not written back). low > high means no range.
+    int low = 1;
+    int high = 0;
+    const char *outOfRange = nullptr;
+    // GetStoredSetting keeps the case of this key's text ("KeepCaps").
+    bool keepCaps = false;
+    // The key is a suffix under a form's name (FormPositions).
+    bool perForm = false;
 };
 
-// Every key the program keeps (FormPositions keys are made per form).
+// Every key the program keeps (FormPositions keys are made per form: findKey
+// of "frmQOR_Left" gives the entry of "_Left").
 const KeyInfo *findKey(QStringView section, QStringView key);
 const KeyInfo *allKeys(int *count);
 
@@ -31,10 +41,39 @@ QString read(const QString &section, const QString &key, const QString &defaultV
 void write(const QString &section, const QString &key, const QString &value);
 // A Boolean key read by its rule from the table.
 bool isOn(const QString &section, const QString &key);
+// Stores a Boolean as "True" or "False", as a check box writes it.
+void setOn(const QString &section, const QString &key, bool on);
+
+// A key read by the table: a stored empty text counts as absent; an absent
+// key gives the table's default (or defaultValue when the table has none),
+// written back where the table says so. The case of the text is kept.
+QString value(const QString &section, const QString &key, const QString &defaultValue = {});
+// The leading number of value() (regional::val), rounded half to even, with
+// the table's range rule applied. defaultValue serves keys whose default the
+// table leaves open (form sizes) and keys outside the table.
+int readNumber(const QString &section, const QString &key, int defaultValue = 0);
+double readDouble(const QString &section, const QString &key, double defaultValue = 0.0);
+
+// The customer list print options, by the table's rules.
+int customerListColumns();       // 1 to 4
+int customerListBlankLines();    // 0 to 4
+// The envelope margins in centimetres; when X-Margin is empty both margins
+// are set to their defaults first ("2" and "12"), as the envelope run does.
+double envelopeMarginX();
+double envelopeMarginY();
 
 // GetStoredSetting / PutStoredSetting on the section "Settings".
 QString getStoredSetting(const QString &key, const QString &defaultValue, const QString &option = {});
 void putStoredSetting(const QString &key, const QString &value);
+
+// Where the database file lives when no path is stored: QOR.xml in the
+// program's folder if that folder is writable, else in the per-user data
+// folder (~/.local/share/QOR, made if needed).
+QString defaultDatabasePath();
+// The same rule for a given program folder.
+QString defaultDatabasePath(const QString &programFolder);
+// FileHandling/DatabasePath, or defaultDatabasePath() (not written back).
+QString databasePath();
 
 // Where the store lives (for messages and tests).
 QString storePath();

@@ -1,0 +1,623 @@
+#include "customers/customerpanel.h"
+
+#include "billing/archiving.h"
+#include "billing/frmchecking.h"
+#include "database/collation.h"
+#include "database/database.h"
+#include "database/regional.h"
+#include "database/rows.h"
+#include "shell/appcontext.h"
+#include "shell/roster.h"
+#include "shell/settingsstore.h"
+#include "uiservices/listsearch.h"
+#include "uiservices/twips.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCoreApplication>
+#include <QEvent>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QTextEdit>
+#include <QTreeWidget>
+#include <QHash>
+#include <algorithm>
+
+namespace qor {
+
+namespace {
+// Read raw, as stored: the edit compares it exactly, the delete in lower case.
+QString confirmEditsSetting()
+{
+    return settings::read(QStringLiteral("Settings"), QStringLiteral("CheckToConfirmEdits"), QStringLiteral("True"));
+}
+const QString kNewCustomer = QStringLiteral("&New Customer");
+const QString kAddNew = QStringLiteral("&Add New");
+const QString kApplyEdit = QStringLiteral("Apply &Edit");
+const QString kDeleteExisting = QStringLiteral("&Delete Existing");
+const QString kCancelNew = QStringLiteral("&Cancel New");
+const QString kUndoEdit = QStringLiteral("&Undo Edit");
+const QString kListOfCustomers = QStringLiteral("List of Customers:");
+const QString kSearch = QStringLiteral("Search:");
+
+QString fieldName(int i) { return QStringLiteral("txtField(%1)").arg(i); }
+}  // namespace
+
+CustomerPanel::CustomerPanel(AppContext &ctx, QWidget *parent) : Panel(0, ctx, parent)
+{
+    for (int i = 0; i < FieldCount; ++i) {
+        QWidget *w = controlWidget(fieldName(i));
+        m_fields[size_t(i)] = w;
+        if (!w) continue;
+        w->setProperty("Tag", QString());
+        if (auto *le = qobject_cast<QLineEdit *>(w)) {
+            if (fieldLimit(i) > 0) le->setMaxLength(fieldLimit(i));
+            connect(le, &QLineEdit::textChanged, this, [this, i] { txtFieldChange(i); });
+            le->installEventFilter(this);
+        } else if (auto *pe = qobject_cast<QPlainTextEdit *>(w)) {
+            connect(pe, &QPlainTextEdit::textChanged, this, [this, i] { txtFieldChange(i); });
+            pe->viewport()->installEventFilter(this);
+        } else if (auto *te = qobject_cast<QTextEdit *>(w)) {
+            te->setAcceptRichText(false);
+            connect(te, &QTextEdit::textChanged, this, [this, i] { txtFieldChange(i); });
+            te->viewport()->installEventFilter(this);
+        }
+    }
+    m_cmdAddNew = control<QAbstractButton>(QStringLiteral("cmdAddNew"));
+    m_cmdUndo = control<QAbstractButton>(QStringLiteral("cmdUndo"));
+    m_cmdPrint = control<QAbstractButton>(QStringLiteral("cmdPrint"));
+    m_cmdSearch = control<QAbstractButton>(QStringLiteral("cmdSearch"));
+    m_txtSearch = control<QLineEdit>(QStringLiteral("txtSearch"));
+    m_lblCustomers = control<QLabel>(QStringLiteral("lblCustomers"));
+    m_list = control<QTreeWidget>(QStringLiteral("lvwCustomersVis"));
+
+    if (m_cmdAddNew) connect(m_cmdAddNew, &QAbstractButton::clicked, this, &CustomerPanel::cmdAddNewClick);
+    if (m_cmdUndo) connect(m_cmdUndo, &QAbstractButton::clicked, this, &CustomerPanel::cmdUndoClick);
+    if (m_cmdSearch) connect(m_cmdSearch, &QAbstractButton::clicked, this, &CustomerPanel::cmdSearchClick);
+    if (m_txtSearch) connect(m_txtSearch, &QLineEdit::textChanged, this, &CustomerPanel::txtSearchChange);
+    if (m_cmdSearch && m_txtSearch) QWidget::setTabOrder(m_cmdSearch, m_txtSearch);
+    if (m_list) {
+        // The list keeps the table's order itself; a sorting view would fight it.
+        m_list->setSortingEnabled(false);
+        m_list->setUniformRowHeights(true);
+        m_list->setSelectionMode(QAbstractItemView::SingleSelection);
+        connect(m_list, &QTreeWidget::itemClicked, this, [this] { showCustomerDetails(); });
+        m_list->installEventFilter(this);
+    }
+}
+
+void CustomerPanel::arrange(double W, double H, int M) { Panel::arrange(W, H, M); }
+
+// ---------------------------------------------------------------- helpers
+
+QTreeWidget *CustomerPanel::list() const { return m_list; }
+int CustomerPanel::rowCount() const { return m_list ? m_list->topLevelItemCount() : 0; }
+
+int CustomerPanel::selectedPosition() const
+{
+    QTreeWidgetItem *it = selectedRow();
+    return it ? m_list->indexOfTopLevelItem(it) + 1 : 0;
+}
+
+// The selected row is the list's current row: a new entry takes the
+// highlight away but keeps the row, so that a cancel can select it again.
+QTreeWidgetItem *CustomerPanel::selectedRow() const
+{
+    return m_list ? m_list->currentItem() : nullptr;
+}
+
+void CustomerPanel::selectRow(QTreeWidgetItem *item)
+{
+    if (!m_list || !item) return;
+    m_list->setCurrentItem(item);
+    item->setSelected(true);
+    m_list->scrollToItem(item);
+}
+
+void CustomerPanel::selectPosition(int position)
+{
+    if (!m_list || position < 1 || position > rowCount()) return;
+    selectRow(m_list->topLevelItem(position - 1));
+}
+
+void CustomerPanel::focusList()
+{
+    if (m_list && rowCount() > 0 && m_list->isVisible()) m_list->setFocus(Qt::OtherFocusReason);
+}
+
+bool CustomerPanel::isShown(QWidget *w) const { return w && !w->isHidden(); }
+
+QString CustomerPanel::caption(QAbstractButton *b) const { return b ? b->text() : QString(); }
+
+void CustomerPanel::setButton(QAbstractButton *b, const QString &text, bool visible)
+{
+    if (!b) return;
+    b->setText(text);
+    b->setVisible(visible);
+}
+
+void CustomerPanel::setPrintShown(bool shown)
+{
+    if (m_cmdPrint) m_cmdPrint->setVisible(shown);
+}
+
+QString CustomerPanel::fieldText(int index) const
+{
+    QWidget *w = field(index);
+    if (auto *le = qobject_cast<QLineEdit *>(w)) return le->text();
+    if (auto *pe = qobject_cast<QPlainTextEdit *>(w)) return pe->toPlainText();
+    if (auto *te = qobject_cast<QTextEdit *>(w)) return te->toPlainText();
+    return {};
+}
+
+void CustomerPanel::setFieldText(int index, const QString &text)
+{
+    QWidget *w = field(index);
+    if (auto *le = qobject_cast<QLineEdit *>(w)) {
+        // A stored field may be longer than typing allows (a file edited
+        // elsewhere); show it whole rather than cut it and call that an edit.
+        const int limit = fieldLimit(index);
+        if (limit > 0) le->setMaxLength(std::max<int>(limit, int(text.size())));
+        le->setText(text);
+    } else if (auto *pe = qobject_cast<QPlainTextEdit *>(w)) {
+        if (pe->toPlainText() != text) pe->setPlainText(text);
+    } else if (auto *te = qobject_cast<QTextEdit *>(w)) {
+        if (te->toPlainText() != text) te->setPlainText(text);
+    }
+}
+
+void CustomerPanel::setTag(int index, const QString &tag)
+{
+    m_tag[size_t(index)] = tag;
+    if (QWidget *w = field(index)) w->setProperty("Tag", tag);
+}
+
+void CustomerPanel::setFieldInfoColour(int index, bool info)
+{
+    roster::setBackColour(field(index), info ? syscolor::InfoBackground : syscolor::Window);
+}
+
+QString CustomerPanel::displayName() const
+{
+    const QString first = fieldText(0), last = fieldText(1);
+    if (last.isEmpty()) return first;
+    return last + QStringLiteral(", ") + first;
+}
+
+bool CustomerPanel::confirm(const QString &title, const QString &text)
+{
+    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok | QMessageBox::Cancel,
+                    ctx.mainWindow());
+    box.setDefaultButton(QMessageBox::Ok);
+    return box.exec() == QMessageBox::Ok;
+}
+
+// ---------------------------------------------------------------- main-window routines
+
+void CustomerPanel::clearEntryFields()
+{
+    for (int i = 0; i < FieldCount; ++i) {
+        setTag(i, QString());
+        setFieldText(i, QString());
+        if (auto *le = qobject_cast<QLineEdit *>(field(i)); le && fieldLimit(i) > 0)
+            le->setMaxLength(fieldLimit(i));
+    }
+}
+
+void CustomerPanel::showNewEntryColours(bool isNew)
+{
+    for (int i = 0; i < FieldCount; ++i) setFieldInfoColour(i, isNew);
+}
+
+// ---------------------------------------------------------------- list
+
+void CustomerPanel::refreshCustomerList()
+{
+    if (!m_list) return;
+    m_list->setUpdatesEnabled(false);
+    const int columnPx = twipsToPx(pxToTwips(m_list->width()) - 330);
+    if (columnPx > 0) m_list->setColumnWidth(0, columnPx);
+
+    std::vector<VisibleRow> rows;
+    const KeyedList &table = ctx.db().lvwCustomers;
+    rows.reserve(size_t(table.count()));
+    table.forEach([&rows](QStringView key, QStringView text) {
+        if (fieldSepCount(text) != 8 || isArchivedCustomerText(text)) return true;
+        rows.push_back({key.toString(), text.left(text.indexOf(FieldSep)).toString()});
+        return true;
+    });
+    if (!patchRows(rows)) {
+        m_list->clear();
+        QList<QTreeWidgetItem *> items;
+        items.reserve(qsizetype(rows.size()));
+        for (const VisibleRow &r : rows) items.append(makeRow(r.key, r.name));
+        m_list->addTopLevelItems(items);
+    }
+
+    const QString stored = settings::read(QStringLiteral("BrowseRecall"),
+                                          QStringLiteral("LastViewedCustomer"), QStringLiteral("1"));
+    bool ok = false;
+    int wanted = stored.trimmed().toInt(&ok);
+    if (!ok) wanted = int(regional::val(stored));
+    if (wanted >= 1 && wanted <= rowCount()) selectPosition(wanted);
+    else if (rowCount() > 0) selectPosition(1);
+    m_list->setUpdatesEnabled(true);
+}
+
+QTreeWidgetItem *CustomerPanel::makeRow(const QString &key, const QString &name)
+{
+    auto *item = new QTreeWidgetItem;
+    item->setText(0, name);
+    item->setData(0, Qt::UserRole, key);
+    return item;
+}
+
+// Brings the list to rows by taking out and putting in only the rows that
+// differ, when those are few: after one delete or archive that is one row out
+// of thousands, and a rebuild would cost more than the whole delete may.
+// Gives false, having changed nothing, when a rebuild is the better way.
+bool CustomerPanel::patchRows(const std::vector<VisibleRow> &rows)
+{
+    constexpr int MaxChanges = 256;
+    const int oldCount = rowCount();
+    if (oldCount == 0) return false;
+    QHash<QString, int> newIndex;
+    newIndex.reserve(qsizetype(rows.size()));
+    for (size_t j = 0; j < rows.size(); ++j) newIndex.insert(rows[j].key, int(j));
+    QList<QString> oldKeys;
+    oldKeys.reserve(oldCount);
+    for (int i = 0; i < oldCount; ++i) oldKeys.append(m_list->topLevelItem(i)->data(0, Qt::UserRole).toString());
+
+    // Both sequences are in table order: walk them side by side. An old row
+    // whose key is gone, or was already put in further up, goes; a new row
+    // that isn't next in the old sequence is put in.
+    int changes = 0;
+    {
+        int i = 0;
+        size_t j = 0;
+        while (j < rows.size() && changes <= MaxChanges) {
+            if (i < oldCount && oldKeys[i] == rows[j].key) { ++i; ++j; continue; }
+            ++changes;
+            if (i < oldCount && newIndex.value(oldKeys[i], -1) < int(j)) ++i;
+            else ++j;
+        }
+        changes += oldCount - i;
+    }
+    if (changes > MaxChanges) return false;
+
+    int pos = 0;
+    size_t j = 0;
+    while (j < rows.size()) {
+        QTreeWidgetItem *item = pos < rowCount() ? m_list->topLevelItem(pos) : nullptr;
+        const QString key = item ? item->data(0, Qt::UserRole).toString() : QString();
+        if (item && key == rows[j].key) {
+            if (item->text(0) != rows[j].name) item->setText(0, rows[j].name);
+            ++pos;
+            ++j;
+        } else if (item && newIndex.value(key, -1) < int(j)) {
+            delete m_list->takeTopLevelItem(pos);
+        } else {
+            m_list->insertTopLevelItem(pos, makeRow(rows[j].key, rows[j].name));
+            ++pos;
+            ++j;
+        }
+    }
+    while (rowCount() > pos) delete m_list->takeTopLevelItem(pos);
+    return true;
+}
+
+int CustomerPanel::findCustomerRow(const QString &name, const QString &excludeKey) const
+{
+    const int n = rowCount();
+    for (int i = 0; i < n; ++i) {
+        const QTreeWidgetItem *it = m_list->topLevelItem(i);
+        if (it->text(0) != name) continue;
+        if (!excludeKey.isEmpty() && it->data(0, Qt::UserRole).toString() == excludeKey) continue;
+        return i + 1;
+    }
+    return 0;
+}
+
+// Puts a row at its sorted place without rebuilding the list. Rows of equal
+// text keep the order their table rows have.
+QTreeWidgetItem *CustomerPanel::insertVisibleRow(const QString &key, const QString &name)
+{
+    int lo = 0, hi = rowCount();
+    while (lo < hi) {  // first row not below name
+        const int mid = (lo + hi) / 2;
+        if (compareRowText(m_list->topLevelItem(mid)->text(0), name) < 0) lo = mid + 1;
+        else hi = mid;
+    }
+    const KeyedList &table = ctx.db().lvwCustomers;
+    const int tablePos = table.indexOf(key);
+    while (lo < rowCount()) {
+        const QTreeWidgetItem *it = m_list->topLevelItem(lo);
+        if (compareRowText(it->text(0), name) != 0) break;
+        if (table.indexOf(it->data(0, Qt::UserRole).toString()) > tablePos) break;
+        ++lo;
+    }
+    QTreeWidgetItem *item = makeRow(key, name);
+    m_list->insertTopLevelItem(lo, item);
+    return item;
+}
+
+// ---------------------------------------------------------------- buttons
+
+void CustomerPanel::cmdAddNewClick()
+{
+    const QString c = caption(m_cmdAddNew);
+    if (c == kNewCustomer) {
+        startNewCustomer();
+    } else if (c == kAddNew) {
+        QString key;
+        addCustomer(key);
+    } else if (c == kApplyEdit) {
+        applyCustomerEdit();
+    }
+}
+
+void CustomerPanel::cmdUndoClick()
+{
+    const QString c = caption(m_cmdUndo);
+    if (c == kCancelNew) resetCustomerPanel();
+    else if (c == kUndoEdit) undoCustomerEdit();
+    else if (c == kDeleteExisting) deleteCustomer();
+}
+
+void CustomerPanel::startNewCustomer()
+{
+    clearEntryFields();
+    if (m_list && rowCount() > 0) m_list->clearSelection();
+    setButton(m_cmdAddNew, kAddNew, false);
+    setButton(m_cmdUndo, kCancelNew, true);
+    setPrintShown(false);
+    showNewEntryColours(true);
+    if (field(0)) field(0)->setFocus(Qt::OtherFocusReason);
+}
+
+bool CustomerPanel::duplicateCheck(const QString &name, const QString &excludeKey)
+{
+    if (findCustomerRow(name, excludeKey) == 0) return true;
+    return confirm(QStringLiteral("Duplicate Name Found"),
+                   QStringLiteral("A customer with the exact same first name and last name was found.\n\n"
+                                  "Press OK if this is a different customer who happens to share the exact same name,\n"
+                                  "otherwise press Cancel and edit the original entry for this customer."));
+}
+
+bool CustomerPanel::addCustomer(QString &key)
+{
+    const QString name = displayName();
+    if (!duplicateCheck(name, QString())) return false;
+    Database &db = ctx.db();
+    if (key.isEmpty()) key = QString::number(Database::nextKeyNumber(db.lvwCustomers) + 1) + QLatin1Char('k');
+
+    QStringList fields{name};
+    for (int i = 0; i < FieldCount; ++i) fields.append(fieldText(i));
+    db.lvwCustomers.add(key, joinFields(fields));
+    if (m_list) {
+        QTreeWidgetItem *item = insertVisibleRow(key, name);
+        selectRow(item);
+        m_list->setFocus(Qt::OtherFocusReason);
+    }
+    ctx.showDatabaseChanged(true);
+    showNewEntryColours(false);
+    if (m_cmdAddNew) m_cmdAddNew->setText(kNewCustomer);
+    if (m_cmdUndo) m_cmdUndo->setText(kDeleteExisting);
+    setPrintShown(true);
+    return true;
+}
+
+void CustomerPanel::applyCustomerEdit()
+{
+    if (confirmEditsSetting() != QLatin1String("False")
+        && !confirm(QStringLiteral("Save Changes to Existing Customer???"),
+                    QStringLiteral("Are you sure you want to change the details on this existing customer?"))) {
+        undoCustomerEdit();
+        return;
+    }
+    QTreeWidgetItem *row = selectedRow();
+    QString key = row ? row->data(0, Qt::UserRole).toString() : QString();
+    Database &db = ctx.db();
+    if (key.isEmpty() || !db.lvwCustomers.contains(key)) {
+        // Nothing stands under edit (typing into an empty panel): keep what was
+        // typed as a new customer instead of throwing it away.
+        if (fieldText(0).isEmpty()) {
+            QMessageBox::warning(ctx.mainWindow(), QStringLiteral("QOR"),
+                                 QStringLiteral("A customer needs at least a first name."));
+            return;
+        }
+        QString newKey;
+        addCustomer(newKey);
+        return;
+    }
+    if (!duplicateCheck(displayName(), key)) return;
+
+    db.lvwCustomers.remove(key);
+    if (m_list) delete m_list->takeTopLevelItem(m_list->indexOfTopLevelItem(row));
+
+    const QString name = displayName();
+    QStringList fields{name};
+    for (int i = 0; i < FieldCount; ++i) fields.append(fieldText(i));
+    db.lvwCustomers.add(key, joinFields(fields));
+    if (m_list) {
+        selectRow(insertVisibleRow(key, name));
+        m_list->setFocus(Qt::OtherFocusReason);
+    }
+    ctx.showDatabaseChanged(true);
+    showNewEntryColours(false);
+    if (m_cmdAddNew) m_cmdAddNew->setText(kNewCustomer);
+    if (m_cmdUndo) m_cmdUndo->setText(kDeleteExisting);
+    setPrintShown(true);
+}
+
+void CustomerPanel::resetCustomerPanel()
+{
+    if (rowCount() == 0) {
+        clearEntryFields();
+        if (m_cmdUndo) m_cmdUndo->hide();
+    } else {
+        QTreeWidgetItem *row = selectedRow();
+        if (!row) row = m_list->topLevelItem(0);
+        selectRow(row);
+        m_list->setFocus(Qt::OtherFocusReason);
+        showCustomerDetails();
+        setPrintShown(true);
+    }
+    showNewEntryColours(false);
+    setButton(m_cmdAddNew, kNewCustomer, true);
+}
+
+void CustomerPanel::undoCustomerEdit()
+{
+    showCustomerDetails();
+    setButton(m_cmdAddNew, kNewCustomer, true);
+    if (m_list) m_list->setFocus(Qt::OtherFocusReason);
+}
+
+void CustomerPanel::showCustomerDetails()
+{
+    if (rowCount() == 0) return;
+    QTreeWidgetItem *row = selectedRow();
+    if (!row) return;
+    const QString key = row->data(0, Qt::UserRole).toString();
+    const KeyedList &table = ctx.db().lvwCustomers;
+    if (!table.contains(key)) return;
+    const QString text = table.textOf(key);
+    if (fieldSepCount(text) != 8) return;
+    const QStringList f = splitFields(text);
+    for (int i = 0; i < FieldCount; ++i) {
+        // Tag first, so the change handler finds the field clean.
+        setTag(i, f.at(i + 1));
+        setFieldText(i, f.at(i + 1));
+    }
+    setButton(m_cmdUndo, kDeleteExisting, true);
+}
+
+void CustomerPanel::deleteCustomer()
+{
+    const QString confirmSetting =
+        confirmEditsSetting().toLower();
+    if (confirmSetting != QLatin1String("false")
+        && !confirm(QStringLiteral("Delete Existing Customer???"),
+                    QStringLiteral("Are you sure you want to delete this customer from the database?"))) {
+        undoCustomerEdit();
+        return;
+    }
+    if (!m_list || m_list->isHidden()) return;
+    m_list->setFocus(Qt::OtherFocusReason);
+    QTreeWidgetItem *row = selectedRow();
+    if (!row) return;
+    int position = m_list->indexOfTopLevelItem(row) + 1;
+    QString key = row->data(0, Qt::UserRole).toString();
+    Database &db = ctx.db();
+    if (!db.lvwCustomers.contains(key)) return;
+
+    const bool found = customerIsBilled(db, key, ctx.mainWindow());
+    archiveCustomerStep(db, key, found);
+    refreshCustomerList();
+    if (FrmChecking *w = FrmChecking::existing()) w->enableOK();
+
+    if (rowCount() == 0) {
+        clearEntryFields();
+        setButton(m_cmdUndo, kCancelNew, false);
+        setPrintShown(false);
+    } else {
+        position = std::min(position, rowCount());
+        selectPosition(position);
+        showCustomerDetails();
+        setPrintShown(true);
+    }
+    showNewEntryColours(false);
+    ctx.showDatabaseChanged(true);
+    if (m_cmdAddNew) m_cmdAddNew->setText(kNewCustomer);
+}
+
+// ---------------------------------------------------------------- typing
+
+void CustomerPanel::txtFieldChange(int index)
+{
+    if (isShown(m_cmdUndo) && caption(m_cmdUndo) == kCancelNew) {
+        if (m_cmdAddNew) m_cmdAddNew->setVisible(!fieldText(0).isEmpty());
+        setFieldInfoColour(index, fieldText(index).isEmpty());
+        return;
+    }
+    bool edited = false;
+    for (int i = 0; i < FieldCount && !edited; ++i) edited = fieldText(i) != m_tag[size_t(i)];
+    if (edited) {
+        setButton(m_cmdUndo, kUndoEdit, true);
+        setButton(m_cmdAddNew, kApplyEdit, true);
+    } else {
+        if (m_cmdUndo) m_cmdUndo->hide();
+        if (m_cmdAddNew) m_cmdAddNew->setText(kNewCustomer);
+    }
+}
+
+void CustomerPanel::txtFieldClick(int)
+{
+    if (rowCount() == 0 && isShown(m_cmdAddNew) && caption(m_cmdAddNew) == kNewCustomer) cmdAddNewClick();
+}
+
+// ---------------------------------------------------------------- search
+
+void CustomerPanel::cmdSearchClick()
+{
+    if (!m_lblCustomers) return;
+    if (m_lblCustomers->text() != kListOfCustomers) {
+        m_lblCustomers->setText(kListOfCustomers);
+        if (m_txtSearch) m_txtSearch->hide();
+        if (m_list && m_list->isVisible()) m_list->setFocus(Qt::OtherFocusReason);
+        return;
+    }
+    // The Tab is handled after this click has ended, when txtSearch is shown:
+    // it moves the focus from the button to the box right behind it.
+    if (m_cmdSearch) {
+        m_cmdSearch->setFocus(Qt::OtherFocusReason);
+        QCoreApplication::postEvent(m_cmdSearch, new QKeyEvent(QEvent::KeyPress, Qt::Key_Tab, Qt::NoModifier));
+        QCoreApplication::postEvent(m_cmdSearch, new QKeyEvent(QEvent::KeyRelease, Qt::Key_Tab, Qt::NoModifier));
+    }
+    m_lblCustomers->setText(kSearch);
+    if (m_txtSearch) {
+        m_txtSearch->clear();
+        m_txtSearch->show();
+    }
+}
+
+void CustomerPanel::txtSearchChange()
+{
+    const QString text = m_txtSearch ? m_txtSearch->text() : QString();
+    // An empty box finds nothing: the selection stays where it is.
+    if (!text.isEmpty() && m_list) {
+        const int position = findListItem(m_list, text);
+        if (position > 0) selectPosition(position);
+    }
+    showCustomerDetails();
+}
+
+// ---------------------------------------------------------------- events
+
+bool CustomerPanel::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_list && event->type() == QEvent::KeyRelease) {
+        auto *k = static_cast<QKeyEvent *>(event);
+        if (!k->isAutoRepeat() && (k->key() == Qt::Key_Up || k->key() == Qt::Key_Down)) showCustomerDetails();
+    } else if (event->type() == QEvent::MouseButtonPress) {
+        for (int i = 0; i < FieldCount; ++i) {
+            QWidget *w = field(i);
+            if (!w) continue;
+            QObject *target = w;
+            if (auto *pe = qobject_cast<QPlainTextEdit *>(w)) target = pe->viewport();
+            else if (auto *te = qobject_cast<QTextEdit *>(w)) target = te->viewport();
+            if (target == watched) {
+                txtFieldClick(i);
+                break;
+            }
+        }
+    }
+    return Panel::eventFilter(watched, event);
+}
+
+}  // namespace qor

@@ -1,0 +1,97 @@
+#pragma once
+// fraMain(0): the customer list and the entry fields of one customer.
+#include "shell/panel.h"
+
+#include <QString>
+#include <array>
+#include <vector>
+
+class QTreeWidget;
+class QTreeWidgetItem;
+class QAbstractButton;
+class QLabel;
+class QLineEdit;
+
+namespace qor {
+
+class CustomerPanel : public Panel {
+    Q_OBJECT
+public:
+    explicit CustomerPanel(AppContext &ctx, QWidget *parent = nullptr);
+
+    void arrange(double W, double H, int M) override;
+
+    void refreshCustomerList();   // RefreshCustomerList
+    void showCustomerDetails();   // ShowCustomerDetails
+    void resetCustomerPanel();    // ResetCustomerPanel (also after every database read)
+    void clearEntryFields();      // ClearEntryFields(0): txtField(0..7) text and tag emptied
+    void showNewEntryColours(bool isNew);  // ShowNewEntryColours
+
+    QTreeWidget *list() const;    // lvwCustomersVis
+    int rowCount() const;         // rows of lvwCustomersVis
+    int selectedPosition() const; // 1-based, 0 when none
+    void focusList();             // gives lvwCustomersVis the focus when it has rows and is visible
+
+    // The handlers and routines of the panel. Each button handler reads its
+    // own caption first: the captions are the panel's state.
+    void cmdAddNewClick();
+    void cmdUndoClick();
+    void startNewCustomer();
+    // key empty: a new CID is given and written back. False when the user
+    // cancelled at the duplicate question (nothing changed then).
+    bool addCustomer(QString &key);
+    void applyCustomerEdit();
+    void undoCustomerEdit();
+    void deleteCustomer();
+    // 1-based position of the first row whose text is exactly name, or 0.
+    // A row under excludeKey is passed over.
+    int findCustomerRow(const QString &name, const QString &excludeKey = {}) const;
+    void cmdSearchClick();
+    void txtSearchChange();
+    void txtFieldChange(int index);
+    void txtFieldClick(int index);
+
+    // Display name from the fields: "Last, First", or the first name alone.
+    QString displayName() const;
+    QString fieldText(int index) const;
+    QString fieldTag(int index) const { return m_tag.at(size_t(index)); }
+
+    static constexpr int FieldCount = 8;
+    static constexpr int fieldLimit(int index) { return index <= 4 ? 32 : (index <= 6 ? 128 : 0); }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    QWidget *field(int index) const { return m_fields.at(size_t(index)); }
+    void setFieldText(int index, const QString &text);
+    void setTag(int index, const QString &tag);
+    void setFieldInfoColour(int index, bool info);
+    QTreeWidgetItem *selectedRow() const;
+    void selectRow(QTreeWidgetItem *item);
+    void selectPosition(int position);
+    struct VisibleRow {
+        QString key, name;
+    };
+    static QTreeWidgetItem *makeRow(const QString &key, const QString &name);
+    bool patchRows(const std::vector<VisibleRow> &rows);
+    QTreeWidgetItem *insertVisibleRow(const QString &key, const QString &name);
+    bool duplicateCheck(const QString &name, const QString &excludeKey);
+    bool confirm(const QString &title, const QString &text);
+    void setButton(QAbstractButton *b, const QString &caption, bool visible);
+    QString caption(QAbstractButton *b) const;
+    bool isShown(QWidget *w) const;
+    void setPrintShown(bool shown);
+
+    std::array<QWidget *, FieldCount> m_fields{};
+    std::array<QString, FieldCount> m_tag;
+    QAbstractButton *m_cmdAddNew = nullptr;
+    QAbstractButton *m_cmdUndo = nullptr;
+    QAbstractButton *m_cmdPrint = nullptr;
+    QAbstractButton *m_cmdSearch = nullptr;
+    QLineEdit *m_txtSearch = nullptr;
+    QLabel *m_lblCustomers = nullptr;
+    QTreeWidget *m_list = nullptr;
+};
+
+}  // namespace qor

@@ -1,0 +1,536 @@
+#include "shell/frmqor.h"
+
+#include "billing/billperiodpanel.h"
+#include "billing/frmchecking.h"
+#include "customers/customerpanel.h"
+#include "database/regional.h"
+#include "printing/printingpanel.h"
+#include "printing/printoptionspanel.h"
+#include "products/productpanel.h"
+#include "shell/companyinfopanel.h"
+#include "shell/formposition.h"
+#include "shell/optionspanel.h"
+#include "shell/panel.h"
+#include "shell/roster.h"
+#include "shell/settingsstore.h"
+#include "uiservices/assetpaths.h"
+#include "uiservices/frmmessage.h"
+#include "uiservices/hovercommand.h"
+#include "uiservices/twips.h"
+
+#include <QAbstractButton>
+#include <QCloseEvent>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFile>
+#include <QIcon>
+#include <QLabel>
+#include <QLockFile>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QResizeEvent>
+#include <QSaveFile>
+#include <QStandardPaths>
+#include <QTreeWidget>
+#include <QUrl>
+#include <algorithm>
+#include <cmath>
+#include <exception>
+
+static void initHelpResource() { Q_INIT_RESOURCE(help); }
+
+namespace qor {
+
+namespace {
+
+const char *const AcceleratorCaptions[7] = {"&C", "&P", "&B", "&N", "&T", "&O", "&I"};
+
+const QString CRLF = QStringLiteral("\r\n");
+
+QRect twipsRect(double left, double top, double width, double height) {
+    return QRect(twipsToPx(left), twipsToPx(top), twipsToPx(width), twipsToPx(height));
+}
+
+QImage loadImage(const QString &path) {
+    assets::ensureLoaded();
+    return QImage(path);  // a missing picture leaves the button without one
+}
+
+// The folder of the per-user configuration of this program.
+QString configFolder() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/QOR");
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------
+// Single instance
+
+SingleInstanceGuard::SingleInstanceGuard() {
+    QDir().mkpath(configFolder());
+    m_lock = std::make_unique<QLockFile>(lockPath());
+    // Age alone never makes the lock stale: a copy may run for days. A lock
+    // whose process has gone is taken over by tryLock all the same.
+    m_lock->setStaleLockTime(0);
+    m_locked = m_lock->tryLock(0);
+}
+
+SingleInstanceGuard::~SingleInstanceGuard() {
+    if (m_locked)
+        m_lock->unlock();
+}
+
+QString SingleInstanceGuard::lockPath() {
+    return configFolder() + QStringLiteral("/qorvane.lock");
+}
+
+// ---------------------------------------------------------------------------
+
+struct FrmQOR::Private {
+    QLabel *picLogo = nullptr;
+    std::array<QPushButton *, 7> cmdAcceleratorKey{};
+};
+
+FrmQOR::FrmQOR(QWidget *parent) : QWidget(parent), p(new Private) {
+    initHelpResource();
+    setObjectName(QStringLiteral("frmQOR"));
+    setWindowTitle(QStringLiteral(" Qorvane"));
+    setProperty("qorFrameTwips", QSizeF(FrameAllowanceWidth, FrameAllowanceHeight));
+    setAutoFillBackground(true);
+    QPalette pal = palette();
+    pal.setColor(QPalette::Window, Qt::white);
+    setPalette(pal);
+    setWindowIcon(QIcon(QPixmap::fromImage(loadImage(QString::fromLatin1(assets::AppIcon)))));
+    setMinimumSize(twipsToPx(MinimumWidth - FrameAllowanceWidth),
+                   twipsToPx(MinimumHeight - FrameAllowanceHeight));
+
+    // The panels, in the order of the tab column.
+    m_panels[0] = new CustomerPanel(*this, this);
+    m_panels[1] = new ProductPanel(*this, this);
+    m_panels[2] = new BillPeriodPanel(*this, this);
+    m_panels[3] = new PrintingPanel(*this, this);
+    m_panels[4] = new PrintOptionsPanel(*this, this);
+    m_panels[5] = new OptionsPanel(*this, this);
+    m_panels[6] = new CompanyInfoPanel(*this, this);
+    for (Panel *panel : m_panels)
+        panel->hide();
+
+    buildFormControls();
+    chainTabOrder();
+
+    m_db.onPlaceholderCreated = [this] { placeholderCreated(); };
+}
+
+FrmQOR::~FrmQOR() {
+    m_db.onPlaceholderCreated = nullptr;
+    delete p;
+}
+
+void FrmQOR::buildFormControls() {
+    p->picLogo = new QLabel(this);
+    p->picLogo->setObjectName(QStringLiteral("picLogo"));
+    p->picLogo->setGeometry(twipsRect(547, 45, 480, 240));
+    p->picLogo->setPixmap(QPixmap::fromImage(loadImage(QString::fromLatin1(assets::Logo))));
+    p->picLogo->setAccessibleName(QStringLiteral("Qorvane"));
+
+    for (int i = 0; i < 7; ++i) {
+        auto *tab = new HoverCommand(this);
+        tab->setObjectName(QStringLiteral("cmdTab(%1)").arg(i));
+        tab->setGeometry(twipsRect(15, 360 + 840 * i, 1545, 840));
+        tab->setStyleBits(33);
+        tab->setBorderOffset(4);
+        tab->setImageOffset(0);
+        tab->setBackColor(Qt::white);
+        tab->setCaption(QString());
+        tab->setPicture(loadImage(assets::tabFace(i)));
+        tab->setHovPicture(loadImage(assets::tabFaceHover(i)));
+        connect(tab, &QAbstractButton::clicked, this, [this, i] { cmdTabClick(i); });
+        m_cmdTab[size_t(i)] = tab;
+    }
+    static const char *const tabNames[7] = {"Customers", "Products", "Bill Periods", "Printing",
+                                            "Print Options", "Options", "Company Info"};
+    for (int i = 0; i < 7; ++i)
+        m_cmdTab[size_t(i)]->setAccessibleName(QString::fromLatin1(tabNames[i]));
+
+    m_cmdSave = new HoverCommand(this);
+    m_cmdSave->setObjectName(QStringLiteral("cmdSave"));
+    m_cmdSave->setGeometry(twipsRect(1680, 135, 390, 480));
+    m_cmdSave->setStyleBits(80);
+    m_cmdSave->setBorderOffset(1);
+    m_cmdSave->setImageOffset(0);
+    m_cmdSave->setBackColor(QColor(0, 192, 0));
+    m_cmdSave->setHighlightColor(QColor(0, 255, 0));
+    m_cmdSave->setPicture(loadImage(QString::fromLatin1(assets::CheckMark)));
+    m_cmdSave->setAccessibleName(QStringLiteral("Save"));
+    m_cmdSave->setToolTip(QStringLiteral("Save"));
+    m_cmdSave->hide();
+    connect(m_cmdSave, &QAbstractButton::clicked, this, &FrmQOR::cmdSaveClick);
+
+    m_cmdCancel = new HoverCommand(this);
+    m_cmdCancel->setObjectName(QStringLiteral("cmdCancel"));
+    m_cmdCancel->setGeometry(twipsRect(2160, 135, 390, 480));
+    m_cmdCancel->setStyleBits(80);
+    m_cmdCancel->setBorderOffset(1);
+    m_cmdCancel->setImageOffset(0);
+    m_cmdCancel->setBackColor(QColor(255, 0, 0));
+    m_cmdCancel->setHighlightColor(QColor(255, 128, 128));
+    m_cmdCancel->setPicture(loadImage(QString::fromLatin1(assets::Cross)));
+    m_cmdCancel->setAccessibleName(QStringLiteral("Abandon changes"));
+    m_cmdCancel->setToolTip(QStringLiteral("Abandon changes"));
+    m_cmdCancel->hide();
+    connect(m_cmdCancel, &QAbstractButton::clicked, this, &FrmQOR::cmdCancelClick);
+
+    // Off the left edge: never seen, but their hot keys switch panels.
+    for (int i = 0; i < 7; ++i) {
+        auto *key = new QPushButton(QString::fromLatin1(AcceleratorCaptions[i]), this);
+        key->setObjectName(QStringLiteral("cmdAcceleratorKey(%1)").arg(i));
+        key->setGeometry(twipsRect(-2000, 6360 + 600 * i, 1215, 495));
+        key->setFocusPolicy(Qt::NoFocus);
+        key->setAccessibleName(m_cmdTab[size_t(i)]->accessibleName());
+        connect(key, &QAbstractButton::clicked, this, [this, i] { cmdTabClick(i); });
+        p->cmdAcceleratorKey[size_t(i)] = key;
+    }
+
+    // The save and abandon buttons stand in the title band of the panels.
+    m_cmdSave->raise();
+    m_cmdCancel->raise();
+
+    connect(optionsPanel(), &OptionsPanel::helpRequested, this, [this] { cmdOpenHelpClick(); });
+    connect(optionsPanel(), &OptionsPanel::expertModeClicked, this, [this] { applyExpertMode(); });
+}
+
+void FrmQOR::chainTabOrder() {
+    // The form-level controls join the panels' controls in one tab order.
+    p->picLogo->setProperty(roster::TabIndexProperty, 112);
+    for (int i = 0; i < 7; ++i) {
+        m_cmdTab[size_t(i)]->setProperty(roster::TabIndexProperty, 113 + i);
+        p->cmdAcceleratorKey[size_t(i)]->setProperty(roster::TabIndexProperty, 142 + i);
+    }
+    m_cmdSave->setProperty(roster::TabIndexProperty, 120);
+    m_cmdCancel->setProperty(roster::TabIndexProperty, 121);
+    roster::chainTabOrder(this);
+}
+
+CustomerPanel *FrmQOR::customerPanel() const { return static_cast<CustomerPanel *>(m_panels[0]); }
+ProductPanel *FrmQOR::productPanel() const { return static_cast<ProductPanel *>(m_panels[1]); }
+BillPeriodPanel *FrmQOR::billPeriodPanel() const { return static_cast<BillPeriodPanel *>(m_panels[2]); }
+PrintingPanel *FrmQOR::printingPanel() const { return static_cast<PrintingPanel *>(m_panels[3]); }
+PrintOptionsPanel *FrmQOR::printOptionsPanel() const { return static_cast<PrintOptionsPanel *>(m_panels[4]); }
+OptionsPanel *FrmQOR::optionsPanel() const { return static_cast<OptionsPanel *>(m_panels[5]); }
+CompanyInfoPanel *FrmQOR::companyInfoPanel() const { return static_cast<CompanyInfoPanel *>(m_panels[6]); }
+
+// ---------------------------------------------------------------------------
+// Form_Load
+
+void FrmQOR::formLoad() {
+    for (Panel *panel : m_panels)
+        panel->move(twipsToPx(PanelLeft), 0);
+    settings::write(QStringLiteral("BrowseRecall"), QStringLiteral("view"), QStringLiteral("lvwpeek"));
+    m_loadingForm = true;
+
+    m_dateFormatString = regional::dateFormatString();
+    m_dateSeparator = regional::dateSeparator();
+    m_currencySymbol = regional::currencySymbol();
+
+    loadDatabaseAndRefresh();
+
+    setFormSizeTwips(this, DesignedWidth, DesignedHeight);
+    restoreFormPosition(this);
+
+    if (auto *version = optionsPanel()->control<QLabel>(QStringLiteral("lblVersionNumber")))
+        version->setText(OptionsPanel::versionText());
+
+    const double stored =
+        regional::val(settings::getStoredSetting(QStringLiteral("LastClicked"), QStringLiteral("0")));
+    int index = int(std::nearbyint(stored));
+    // Only the program writes this value; anything else opens the first panel.
+    if (index < 0 || index > 6)
+        index = 0;
+    m_currentPanel = index;
+    cmdTabClick(m_currentPanel);
+
+    m_loadingForm = false;
+    show();
+    m_wasMinimized = isMinimized();
+    customerPanel()->focusList();
+}
+
+void FrmQOR::loadDatabaseAndRefresh() {
+    if (QWidget *addNew = customerPanel()->controlWidget(QStringLiteral("cmdAddNew")))
+        addNew->setVisible(true);
+    readDatabase();
+    m_db.fillInvoiceRecordNames();
+    refreshAllLists();
+    if (customerPanel()->rowCount() > 0)
+        customerPanel()->showCustomerDetails();
+    applySettings();
+    applyExpertMode();
+}
+
+// ---------------------------------------------------------------------------
+// The changed state
+
+void FrmQOR::showDatabaseChanged(bool changed) {
+    // Hidden rather than "not visible": the state must read right before the
+    // window is first shown.
+    m_cmdSave->setVisible(changed);
+    m_cmdCancel->setVisible(changed);
+}
+
+bool FrmQOR::databaseChanged() const { return !m_cmdSave->isHidden(); }
+
+// ---------------------------------------------------------------------------
+// Panels and size
+
+void FrmQOR::cmdTabClick(int index) {
+    if (index < 0 || index > 6)
+        return;
+    m_panels[size_t(m_currentPanel)]->setVisible(false);
+    m_currentPanel = index;
+    arrangePanels(m_currentPanel);
+    m_panels[size_t(m_currentPanel)]->setVisible(true);
+}
+
+void FrmQOR::arrangePanels(int index) {
+    const double W = formWidthTwips(this) - 1665;
+    const double H = formHeightTwips(this) - 510;
+    Panel *current = m_panels[size_t(m_currentPanel)];
+    current->resize(twipsToPx(W), twipsToPx(H));
+    if (index < 0 || index > 6)
+        return;
+    const int M = Panel::middleOf(W);
+    ++m_arrangeCount;
+    m_panels[size_t(index)]->arrange(W, H, M);
+}
+
+void FrmQOR::resizeEvent(QResizeEvent *event) {
+    QWidget::resizeEvent(event);
+    formResize();
+}
+
+void FrmQOR::changeEvent(QEvent *event) {
+    QWidget::changeEvent(event);
+    if (event->type() != QEvent::WindowStateChange)
+        return;
+    // Coming back from the task bar gives no size change of its own, yet the
+    // panel may not have followed a size change made while minimised.
+    const bool minimized = isMinimized();
+    if (m_wasMinimized && !minimized)
+        formResize();
+    m_wasMinimized = minimized;
+}
+
+void FrmQOR::formResize() {
+    if (isMinimized() || m_loadingForm)
+        return;
+    const double w = formWidthTwips(this);
+    const double h = formHeightTwips(this);
+    // Only the two lower limits exist; there is no largest size.
+    if (w < MinimumWidth - 0.5 || h < MinimumHeight - 0.5)
+        setFormSizeTwips(this, std::max(w, MinimumWidth), std::max(h, MinimumHeight));
+    arrangePanels(m_currentPanel);
+}
+
+// ---------------------------------------------------------------------------
+// Expert mode, settings, entry fields
+
+void FrmQOR::applyExpertMode() {
+    const bool expert = optionsPanel()->expertMode();
+    for (Panel *panel : m_panels)
+        panel->applyExpertMode(expert);
+}
+
+void FrmQOR::applySettings() {
+    optionsPanel()->applySettings();
+    printOptionsPanel()->applySettings();
+}
+
+void FrmQOR::clearEntryFields(int kind) {
+    if (kind == 0)
+        customerPanel()->clearEntryFields();
+    else
+        billPeriodPanel()->clearEntryFields(kind);
+}
+
+void FrmQOR::showNewEntryColours(bool isNew) { customerPanel()->showNewEntryColours(isNew); }
+
+// ---------------------------------------------------------------------------
+// Reading and saving
+
+void FrmQOR::clearViews() {
+    static const char *const views[] = {"lvwCustomersVis", "lvwProducts(0)", "lvwProducts(1)",
+                                        "tvwInvoiceRecords(0)", "tvwInvoiceRecords(1)"};
+    for (const char *name : views) {
+        for (Panel *panel : m_panels) {
+            if (auto *view = panel->control<QTreeWidget>(QString::fromLatin1(name)))
+                view->clear();
+        }
+    }
+}
+
+void FrmQOR::readDatabase() {
+    const QString path = settings::databasePath();
+    clearViews();
+    clearEntryFields(0);
+    // Not guarded: emptying a company field that held text counts as a change.
+    companyInfoPanel()->clearCompanyInfo();
+
+    ReadResult result;
+    try {
+        result = m_db.read(path);
+    } catch (const std::exception &e) {
+        m_db.clear();
+        result.status = ReadResult::Status::Rejected;
+        result.message = QStringLiteral("The database file %1 could not be read: %2")
+                             .arg(QDir::toNativeSeparators(path), QString::fromLocal8Bit(e.what()));
+    }
+    if (result.status == ReadResult::Status::Created)
+        return;
+    if (result.status == ReadResult::Status::Rejected) {
+        QMessageBox::warning(this, QStringLiteral("QOR"), result.message);
+        return;
+    }
+    // Filled under the guard: a read is no change.
+    companyInfoPanel()->readCompanyInfo();
+    showDatabaseChanged(false);
+    customerPanel()->resetCustomerPanel();
+    if (m_panels[0]->isVisible())
+        customerPanel()->focusList();
+}
+
+void FrmQOR::placeholderCreated() {
+    const QString key = QStringLiteral("DeletedCustomer");
+    if (!isMessageMarked(key)) {
+        const QString text = QStringList{QStringLiteral("An entry in your billing records points to a"),
+                                         QStringLiteral("customer who is no longer in the database."),
+                                         QString(),
+                                         QStringLiteral("To hold that spot in the records, a customer"),
+                                         QStringLiteral("named \"Deleted Customer\" will be created.")}
+                                 .join(CRLF);
+        showMessageForm(this, text, key, QStringLiteral("OK"), QStringLiteral("Yes"));
+    }
+    showDatabaseChanged(true);
+}
+
+bool FrmQOR::saveDatabase() {
+    const QString path = settings::databasePath();
+    SaveResult result;
+    try {
+        result = m_db.save(path);
+    } catch (const std::exception &e) {
+        result.ok = false;
+        result.message = QStringLiteral("The database could not be saved to %1: %2")
+                             .arg(QDir::toNativeSeparators(path), QString::fromLocal8Bit(e.what()));
+    }
+    if (!result.ok) {
+        QMessageBox::critical(this, QStringLiteral("QOR"), result.message);
+        return false;
+    }
+    showDatabaseChanged(false);
+    if (m_panels[0]->isVisible())
+        customerPanel()->focusList();
+    return true;
+}
+
+void FrmQOR::refreshAllLists() {
+    refreshCustomerList();
+    refreshBillPeriodList();
+    refreshProductList();
+}
+
+void FrmQOR::refreshCustomerList() { customerPanel()->refreshCustomerList(); }
+
+void FrmQOR::refreshBillPeriodList() {
+    billPeriodPanel()->refreshBillPeriodList();
+    printingPanel()->refreshBillPeriodList();
+}
+
+void FrmQOR::refreshProductList() {
+    productPanel()->refreshProductList();
+    billPeriodPanel()->refreshProductList();
+}
+
+void FrmQOR::cmdSaveClick() { saveDatabase(); }
+
+void FrmQOR::cmdCancelClick() {
+    const QString text = QStringList{
+        QStringLiteral("Are you sure you want to abandon all your changes?"), QString(),
+        QStringLiteral("Press OK to abandon all changes and reload the database file as it was originally."),
+        QStringLiteral("Press Cancel to keep your changes and continue.")}
+                             .join(CRLF);
+    const auto answer = QMessageBox::warning(this, QStringLiteral("ABANDON ALL CHANGES???"), text,
+                                             QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok);
+    if (answer != QMessageBox::Ok)
+        return;
+    readDatabase();
+    m_db.fillInvoiceRecordNames();
+    refreshAllLists();
+}
+
+// ---------------------------------------------------------------------------
+// Help
+
+QString FrmQOR::writeUserGuide() {
+    const QString folder =
+        QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) + QStringLiteral("/QOR");
+    if (!QDir().mkpath(folder))
+        return {};
+    QFile source(QStringLiteral(":/help/qorvane-guide.html"));
+    if (!source.open(QIODevice::ReadOnly))
+        return {};
+    const QString target = folder + QStringLiteral("/qorvane-guide.html");
+    QSaveFile out(target);
+    if (!out.open(QIODevice::WriteOnly))
+        return {};
+    out.write(source.readAll());
+    if (!out.commit())
+        return {};
+    return target;
+}
+
+bool FrmQOR::cmdOpenHelpClick() {
+    const QString path = writeUserGuide();
+    if (path.isEmpty())
+        return false;
+    // A system without a viewer simply shows nothing.
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+}
+
+// ---------------------------------------------------------------------------
+// Form_Unload
+
+void FrmQOR::closeEvent(QCloseEvent *event) {
+    settings::putStoredSetting(QStringLiteral("LastClicked"), QString::number(m_currentPanel));
+
+    if (databaseChanged()) {
+        const QString text = QStringLiteral("Your database has changed.") + CRLF + CRLF +
+                             QStringLiteral("Do you want to save the changes?");
+        const auto answer =
+            QMessageBox::warning(this, QStringLiteral("QOR"), text,
+                                 QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, QMessageBox::Yes);
+        if (answer == QMessageBox::Yes) {
+            if (!saveDatabase()) {
+                event->ignore();
+                return;
+            }
+        } else if (answer != QMessageBox::No) {
+            event->ignore();
+            return;
+        }
+    }
+
+    if (customerPanel()->rowCount() > 0) {
+        const int position = customerPanel()->selectedPosition();
+        if (position > 0)
+            settings::write(QStringLiteral("BrowseRecall"), QStringLiteral("LastViewedCustomer"),
+                            QString::number(position));
+    }
+    saveFormPosition(this);
+    if (FrmChecking *checking = FrmChecking::existing())
+        checking->close();
+    settings::sync();
+    event->accept();
+}
+
+}  // namespace qor

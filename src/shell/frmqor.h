@@ -1,0 +1,145 @@
+#pragma once
+// frmQOR: the one main window — the column of seven tab buttons, the seven
+// panels, the save and abandon buttons — and owner of the database object.
+#include "appcontext.h"
+#include "database/database.h"
+
+#include <QString>
+#include <QWidget>
+#include <array>
+#include <memory>
+
+class QCloseEvent;
+class QLockFile;
+class QResizeEvent;
+
+namespace qor {
+
+class Panel;
+class CustomerPanel;
+class ProductPanel;
+class BillPeriodPanel;
+class PrintingPanel;
+class PrintOptionsPanel;
+class OptionsPanel;
+class CompanyInfoPanel;
+class HoverCommand;
+
+// The outer window in twips is its client area plus this frame allowance, so
+// the designed sizes give the panel sizes the layout is drawn for.
+inline constexpr double FrameAllowanceWidth = 105;
+inline constexpr double FrameAllowanceHeight = 510;
+inline constexpr double DesignedWidth = 10110;
+inline constexpr double DesignedHeight = 6765;
+inline constexpr double MinimumWidth = 10065;
+inline constexpr double MinimumHeight = 6750;
+inline constexpr double PanelLeft = 1560;
+
+// One running copy per user: holds a lock file in the per-user config folder
+// for as long as it lives. A lock left behind by a process that has died does
+// not count.
+class SingleInstanceGuard {
+public:
+    SingleInstanceGuard();  // tries to take the lock at once
+    ~SingleInstanceGuard();
+    SingleInstanceGuard(const SingleInstanceGuard &) = delete;
+    SingleInstanceGuard &operator=(const SingleInstanceGuard &) = delete;
+
+    bool isFirstInstance() const { return m_locked; }
+    static QString lockPath();
+
+private:
+    std::unique_ptr<QLockFile> m_lock;
+    bool m_locked = false;
+};
+
+class FrmQOR : public QWidget, public AppContext {
+    Q_OBJECT
+public:
+    explicit FrmQOR(QWidget *parent = nullptr);
+    ~FrmQOR() override;
+
+    // Form_Load: places the panels, works out the regional values, loads the
+    // database, restores the window's place, opens the last panel and shows
+    // the window.
+    void formLoad();
+
+    // AppContext
+    Database &db() override { return m_db; }
+    void showDatabaseChanged(bool changed) override;
+    bool databaseChanged() const override;
+    void arrangePanels(int index) override;
+    int currentPanel() const override { return m_currentPanel; }
+    QWidget *mainWindow() override { return this; }
+
+    void cmdTabClick(int index);
+    void showCompanyInfoPanel() { cmdTabClick(6); }
+    void loadDatabaseAndRefresh();
+    void readDatabase();
+    bool saveDatabase();   // false when the save failed (the user was told)
+    void refreshAllLists();
+    void refreshCustomerList();
+    void refreshBillPeriodList();
+    void refreshProductList();
+    void applySettings();
+    void applyExpertMode();
+    void clearEntryFields(int kind);
+    void showNewEntryColours(bool isNew);
+
+    // The buttons at the top of the window.
+    void cmdSaveClick();
+    void cmdCancelClick();
+    // Opens the user guide in the system's viewer; false when it could not be
+    // written or no viewer took it (nothing is shown to the user then).
+    bool cmdOpenHelpClick();
+    // Writes the user guide to the per-user cache folder and gives its path
+    // (empty when it could not be written).
+    static QString writeUserGuide();
+
+    Panel *panel(int index) const { return m_panels.at(size_t(index)); }
+    CustomerPanel *customerPanel() const;
+    ProductPanel *productPanel() const;
+    BillPeriodPanel *billPeriodPanel() const;
+    PrintingPanel *printingPanel() const;
+    PrintOptionsPanel *printOptionsPanel() const;
+    OptionsPanel *optionsPanel() const;
+    CompanyInfoPanel *companyInfoPanel() const;
+    HoverCommand *cmdTab(int index) const { return m_cmdTab.at(size_t(index)); }
+    HoverCommand *cmdSave() const { return m_cmdSave; }
+    HoverCommand *cmdCancel() const { return m_cmdCancel; }
+    bool isLoadingForm() const { return m_loadingForm; }
+    // How often a panel was laid out (a resize must arrange one, not seven).
+    int arrangeCount() const { return m_arrangeCount; }
+
+    // Window-level values worked out at load.
+    QString dateFormatString() const { return m_dateFormatString; }
+    QString dateSeparator() const { return m_dateSeparator; }
+    QString currencySymbol() const { return m_currencySymbol; }
+
+protected:
+    void closeEvent(QCloseEvent *event) override;   // Form_Unload
+    void resizeEvent(QResizeEvent *event) override; // Form_Resize
+    void changeEvent(QEvent *event) override;
+
+private:
+    void buildFormControls();
+    void chainTabOrder();
+    void formResize();
+    void clearViews();
+    void placeholderCreated();
+
+    Database m_db;
+    std::array<Panel *, 7> m_panels{};
+    std::array<HoverCommand *, 7> m_cmdTab{};
+    HoverCommand *m_cmdSave = nullptr;
+    HoverCommand *m_cmdCancel = nullptr;
+    int m_currentPanel = 0;
+    bool m_loadingForm = false;
+    bool m_wasMinimized = false;
+    int m_arrangeCount = 0;
+    QString m_dateFormatString, m_dateSeparator, m_currencySymbol;
+    struct Private;
+    Private *p = nullptr;
+};
+
+}  // namespace qor

@@ -1,0 +1,17 @@
+#include "uiservices/assetpaths.h"
+
+#include <QtCore/qglobal.h>
+
+static void registerAssetResources() { Q_INIT_RESOURCE(assets); }
+
+namespace qor::assets {
+
+void ensureLoaded() {
+    static const bool done = (registerAssetResources(), true);
+    Q_UNUSED(done);
+}
+
+// Registered as soon as this object is linked in.
+static const bool registeredAtStart = (ensureLoaded(), true);
+
+}  // namespace qor::assets

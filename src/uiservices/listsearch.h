@@ -1,0 +1,11 @@
+#pragma once
+// FindListItem: prefix search over the rows of a visible list, without regard
+// to case, from the first row. Returns the 1-based position of the first row
+// whose text begins with text, or 0.
+#include <QString>
+
+class QTreeWidget;
+
+namespace qor {
+int findListItem(const QTreeWidget *list, const QString &text);
+}
