@@ -333,10 +333,11 @@ QTreeWidgetItem *CustomerPanel::insertVisibleRow(const QString &key, const QStri
         else hi = mid;
     }
     const KeyedList &table = ctx.db().lvwCustomers;
-    const int tablePos = table.indexOf(key);
+    int tablePos = -1;  // looked up only when a row of equal text is there
     while (lo < rowCount()) {
         const QTreeWidgetItem *it = m_list->topLevelItem(lo);
         if (compareRowText(it->text(0), name) != 0) break;
+        if (tablePos < 0) tablePos = table.indexOf(key);
         if (table.indexOf(it->data(0, Qt::UserRole).toString()) > tablePos) break;
         ++lo;
     }

@@ -356,6 +356,16 @@ SaveResult Database::save(const QString &path)
     const QString absolute = canonical.isEmpty() ? info.absoluteFilePath() : canonical;
     const QString name = QDir::toNativeSeparators(path);
 
+    // Only a regular file is ever replaced: a save must not turn a folder,
+    // device or pipe that happens to carry the name into a file.
+    if (info.exists() && !info.isFile()) {
+        r.ok = false;
+        r.message = QStringLiteral("The database could not be saved to \"%1\": that name belongs to something "
+                                   "that is not a file.")
+                        .arg(name);
+        return r;
+    }
+
     // A file that could not be read is never overwritten blindly: keep its
     // old content beside it first.
     if (m_keepCopyOf.contains(absolute) && QFileInfo::exists(path)) {
@@ -381,7 +391,9 @@ SaveResult Database::save(const QString &path)
         r.message = QStringLiteral("The database could not be saved to \"%1\": %2.").arg(name, file.errorString());
         return r;
     }
-    if (!writeTo(file)) {
+    // QSaveFile buffers: a write that fails late (disk full) only shows when
+    // the buffer is flushed, and commit() would still rename the short file.
+    if (!writeTo(file) || !file.flush() || file.error() != QFileDevice::NoError) {
         const QString reason = file.errorString();
         file.cancelWriting();
         r.ok = false;

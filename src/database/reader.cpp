@@ -6,6 +6,12 @@
 // Windows-1252 only when they go into a row text. The structure follows the
 // line-based scheme the writer lays out: sections found by whole lines,
 // records collected line by line and their elements found in the joined text.
+// Invoice records, which are nearly all of a big file, skip the cleaning and
+// the search when every line is a plain element (see PlainRecord).
+//
+// Rows are appended in file order and sorted once at the end; the invoice
+// records get their customer names here when the customer is already known,
+// so most record texts are built once, in their final form.
 #include "codec.h"
 #include "database.h"
 #include "regional.h"
@@ -118,12 +124,23 @@ constexpr LowerTable Lower;
 
 inline unsigned char lowerByte(char c) { return Lower.t[static_cast<unsigned char>(c)]; }
 
-// Case-blind comparison of bytes with a lower-case ASCII literal.
-bool equalsLower(const char *s, qsizetype n, const char *lit, qsizetype litLen)
+// Case-blind comparison of bytes with a lower-case ASCII literal. Every
+// character of the literals (letters, digits, "<", "/", ">", "=", a blank, a
+// double quote) has the 0x20 bit set, and the only bytes that setting the bit
+// could turn into one of them are control bytes a read file never holds here,
+// so setting the bit is lower-casing for this purpose, eight bytes at a time.
+inline bool equalsLower(const char *s, qsizetype n, const char *lit, qsizetype litLen)
 {
     if (n != litLen) return false;
-    for (qsizetype i = 0; i < n; ++i)
-        if (lowerByte(s[i]) != static_cast<unsigned char>(lit[i])) return false;
+    qsizetype i = 0;
+    for (; i + 8 <= n; i += 8) {
+        quint64 a, b;
+        std::memcpy(&a, s + i, 8);
+        std::memcpy(&b, lit + i, 8);
+        if ((a | 0x2020202020202020ull) != b) return false;
+    }
+    for (; i < n; ++i)
+        if ((static_cast<unsigned char>(s[i]) | 0x20) != static_cast<unsigned char>(lit[i])) return false;
     return true;
 }
 
@@ -340,24 +357,7 @@ public:
     {
         m_s = buf.constData();
         m_tags.clear();
-        m_lt.clear();
-        m_gt.clear();
-        const qsizetype n = buf.size();
-        qsizetype i = 0;
-#if defined(__SSE2__)
-        const __m128i lt = _mm_set1_epi8('<'), gt = _mm_set1_epi8('>');
-        for (; i + 16 <= n; i += 16) {
-            const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(m_s + i));
-            unsigned a = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(x, lt)));
-            unsigned b = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(x, gt)));
-            while (a) { m_lt.push_back(i + __builtin_ctz(a)); a &= a - 1; }
-            while (b) { m_gt.push_back(i + __builtin_ctz(b)); b &= b - 1; }
-        }
-#endif
-        for (; i < n; ++i) {
-            if (m_s[i] == '<') m_lt.push_back(i);
-            else if (m_s[i] == '>') m_gt.push_back(i);
-        }
+        collectBrackets(buf);
         size_t g = 0;
         for (qsizetype p : m_lt) {
             while (g < m_gt.size() && m_gt[g] <= p) ++g;
@@ -409,73 +409,39 @@ public:
     // tag of that name in any case and whether the exact spelling stands.
     struct RecordTags {
         enum Field { BP, CID, Balance, Note, FieldCount };
-        int open[FieldCount], close[FieldCount];
-        std::vector<int> entryFirst;   // by number; -1 none
+        qsizetype open[FieldCount], close[FieldCount];  // ">" of the opening, "<" of the closing tag
+        std::vector<qsizetype> entryFirst;  // by number: ">" of the first tag of that name; -1 none
         std::vector<char> entryExact;  // by number
         std::vector<qsizetype> closeExact;  // "</PSID>" positions
         bool tooMany = false;  // entry numbers beyond the table: look them up one by one
     };
     static constexpr qint64 MaxQuickEntry = 4096;
 
-    void classify(RecordTags &r) const
+    // Finds every "<" and the first ">" after it, and sorts the record's tags
+    // out on the way; the tag list itself is only built when needed.
+    void classify(const QByteArray &buf, RecordTags &r)
     {
-        static const char *const names[RecordTags::FieldCount] = {"bp", "cid", "accountbalance", "note"};
-        static const qsizetype lengths[RecordTags::FieldCount] = {2, 3, 14, 4};
+        m_s = buf.constData();
+        m_tags.clear();
+        collectBrackets(buf);
         for (int f = 0; f < RecordTags::FieldCount; ++f) r.open[f] = r.close[f] = -1;
         r.entryFirst.clear();
         r.entryExact.clear();
         r.closeExact.clear();
         r.tooMany = false;
-        for (size_t t = 0; t < m_tags.size(); ++t) {
-            const char *p = m_s + m_tags[t].lt + 1;
-            const qsizetype len = m_tags[t].gt - m_tags[t].lt - 1;
-            if (len <= 0) continue;
-            const bool closing = p[0] == '/';
-            const char *name = closing ? p + 1 : p;
-            const qsizetype nameLen = closing ? len - 1 : len;
-            bool matched = false;
-            for (int f = 0; f < RecordTags::FieldCount && !matched; ++f) {
-                if (nameLen == lengths[f] && equalsLower(name, nameLen, names[f], lengths[f])) {
-                    int &slot = closing ? r.close[f] : r.open[f];
-                    if (slot < 0) slot = int(t);
-                    matched = true;
-                }
-            }
-            if (matched) continue;
-            if (closing) {
-                if (len == 5 && std::memcmp(p, "/PSID", 5) == 0) r.closeExact.push_back(m_tags[t].lt);
-                continue;
-            }
-            // psid number="N"
-            if (len < 15 || p[len - 1] != '"' || !equalsLower(p, 13, "psid number=\"", 13)) continue;
-            const qsizetype digits = len - 14;
-            if (p[13] < '1' || p[13] > '9') continue;  // never the text of a running number
-            qint64 n = 0;
-            bool number = true;
-            for (qsizetype i = 0; i < digits && number; ++i) {
-                const char c = p[13 + i];
-                if (c < '0' || c > '9') number = false;
-                else if (n <= MaxQuickEntry) n = n * 10 + (c - '0');
-            }
-            if (!number) continue;
-            if (n > MaxQuickEntry) {
-                r.tooMany = true;
-                continue;
-            }
-            if (size_t(n) >= r.entryFirst.size()) {
-                r.entryFirst.resize(size_t(n) + 1, -1);
-                r.entryExact.resize(size_t(n) + 1, 0);
-            }
-            if (r.entryFirst[size_t(n)] < 0) r.entryFirst[size_t(n)] = int(t);
-            if (std::memcmp(p, "PSID Number=\"", 13) == 0) r.entryExact[size_t(n)] = 1;
+        size_t g = 0;
+        for (qsizetype lt : m_lt) {
+            while (g < m_gt.size() && m_gt[g] <= lt) ++g;
+            if (g == m_gt.size()) break;
+            classifyTag(r, lt, m_gt[g]);
         }
     }
 
     Span field(const RecordTags &r, int f) const
     {
         if (r.open[f] < 0 || r.close[f] < 0) return {};
-        const qsizetype pos = m_tags[size_t(r.open[f])].gt + 1;
-        const qsizetype end = m_tags[size_t(r.close[f])].lt;
+        const qsizetype pos = r.open[f] + 1;
+        const qsizetype end = r.close[f];
         return end - pos < 1 ? Span{} : Span{pos, end - pos};
     }
 
@@ -483,7 +449,7 @@ public:
     bool entry(const RecordTags &r, qint64 n, Span &out) const
     {
         if (size_t(n) >= r.entryExact.size() || !r.entryExact[size_t(n)]) return false;
-        const qsizetype pos = m_tags[size_t(r.entryFirst[size_t(n)])].gt + 1;
+        const qsizetype pos = r.entryFirst[size_t(n)] + 1;
         const auto close = std::lower_bound(r.closeExact.begin(), r.closeExact.end(), pos);
         out = {};
         if (close != r.closeExact.end() && *close - pos >= 1) out = {pos, *close - pos};
@@ -506,6 +472,75 @@ public:
     }
 
 private:
+    void collectBrackets(const QByteArray &buf)
+    {
+        m_lt.clear();
+        m_gt.clear();
+        const qsizetype n = buf.size();
+        qsizetype i = 0;
+#if defined(__SSE2__)
+        const __m128i lt = _mm_set1_epi8('<'), gt = _mm_set1_epi8('>');
+        for (; i + 16 <= n; i += 16) {
+            const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(m_s + i));
+            unsigned a = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(x, lt)));
+            unsigned b = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(x, gt)));
+            while (a) { m_lt.push_back(i + __builtin_ctz(a)); a &= a - 1; }
+            while (b) { m_gt.push_back(i + __builtin_ctz(b)); b &= b - 1; }
+        }
+#endif
+        for (; i < n; ++i) {
+            if (m_s[i] == '<') m_lt.push_back(i);
+            else if (m_s[i] == '>') m_gt.push_back(i);
+        }
+    }
+
+    void classifyTag(RecordTags &r, qsizetype lt, qsizetype gt) const
+    {
+        const char *p = m_s + lt + 1;
+        const qsizetype len = gt - lt - 1;
+        if (len <= 0) return;
+        const bool closing = p[0] == '/';
+        const char *name = closing ? p + 1 : p;
+        const qsizetype nameLen = closing ? len - 1 : len;
+        int f = -1;
+        switch (nameLen) {
+        case 2: f = equalsLower(name, 2, "bp", 2) ? RecordTags::BP : -1; break;
+        case 3: f = equalsLower(name, 3, "cid", 3) ? RecordTags::CID : -1; break;
+        case 4: f = equalsLower(name, 4, "note", 4) ? RecordTags::Note : -1; break;
+        case 14: f = equalsLower(name, 14, "accountbalance", 14) ? RecordTags::Balance : -1; break;
+        default: break;
+        }
+        if (f >= 0) {
+            qsizetype &slot = closing ? r.close[f] : r.open[f];
+            if (slot < 0) slot = closing ? lt : gt;
+            return;
+        }
+        if (closing) {
+            if (len == 5 && std::memcmp(p, "/PSID", 5) == 0) r.closeExact.push_back(lt);
+            return;
+        }
+        // psid number="N"
+        if (len < 15 || p[len - 1] != '"' || !equalsLower(p, 13, "psid number=\"", 13)) return;
+        const qsizetype digits = len - 14;
+        if (p[13] < '1' || p[13] > '9') return;  // never the text of a running number
+        qint64 n = 0;
+        for (qsizetype i = 0; i < digits; ++i) {
+            const char c = p[13 + i];
+            if (c < '0' || c > '9') return;
+            if (n <= MaxQuickEntry) n = n * 10 + (c - '0');
+        }
+        if (n > MaxQuickEntry) {
+            r.tooMany = true;
+            return;
+        }
+        if (size_t(n) >= r.entryFirst.size()) {
+            r.entryFirst.resize(size_t(n) + 1, -1);
+            r.entryExact.resize(size_t(n) + 1, 0);
+        }
+        if (r.entryFirst[size_t(n)] < 0) r.entryFirst[size_t(n)] = gt;
+        if (std::memcmp(p, "PSID Number=\"", 13) == 0) r.entryExact[size_t(n)] = 1;
+    }
+
     struct Tag {
         qsizetype lt, gt;
     };
@@ -915,36 +950,200 @@ private:
         return m_items.find(p, x ? x - p : n) >= 0;
     }
 
+    // A record whose every line is one element in the form the writer gives
+    // it, "<Name>value</Name>" with nothing to clean, is read straight from
+    // its lines. Its elements are then exactly what the joined record text
+    // gives, since no tag can stand anywhere but at the ends of such a line.
+    // Any other line sends the whole record through the general way.
+    struct PlainRecord {
+        bool plain = true;
+        Span field[TagIndex::RecordTags::FieldCount];
+        bool fieldSet[TagIndex::RecordTags::FieldCount];
+        std::vector<Span> entry;     // by number
+        std::vector<char> entrySet;  // by number
+        void reset()
+        {
+            plain = true;
+            for (bool &f : fieldSet) f = false;
+            for (Span &f : field) f = {};
+            entry.clear();
+            entrySet.clear();
+        }
+    };
+
+    // The shape of a line with nothing to clean: 1 for a single tag, 2 for
+    // "<...>value</...>"; 0 otherwise. gt is the first ">", lt the second "<".
+    // Lines come from the line source, which leaves slack behind each line.
+    static int plainShape(const char *p, qsizetype n, qsizetype &gt, qsizetype &lt)
+    {
+        if (n < 3 || p[0] != '<' || p[n - 1] != '>') return 0;
+        qsizetype lts[3], gts[3];
+        int nlt = 0, ngt = 0;
+#if defined(__SSE2__)
+        const __m128i tab = _mm_set1_epi8('\t'), amp = _mm_set1_epi8('&'), excl = _mm_set1_epi8('!');
+        const __m128i open = _mm_set1_epi8('<'), close = _mm_set1_epi8('>');
+        for (qsizetype i = 0; i < n; i += 16) {
+            const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i));
+            const unsigned valid = n - i >= 16 ? 0xFFFFu : (1u << (n - i)) - 1;
+            const unsigned bad = unsigned(_mm_movemask_epi8(_mm_or_si128(
+                                     _mm_or_si128(_mm_cmpeq_epi8(x, tab), _mm_cmpeq_epi8(x, amp)), _mm_cmpeq_epi8(x, excl)))) &
+                                 valid;
+            if (bad) return 0;
+            unsigned a = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(x, open))) & valid;
+            unsigned c = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(x, close))) & valid;
+            for (; a; a &= a - 1) {
+                if (nlt == 3) return 0;
+                lts[nlt++] = i + __builtin_ctz(a);
+            }
+            for (; c; c &= c - 1) {
+                if (ngt == 3) return 0;
+                gts[ngt++] = i + __builtin_ctz(c);
+            }
+        }
+#else
+        for (qsizetype i = 0; i < n; ++i) {
+            const char c = p[i];
+            if (c == '\t' || c == '&' || c == '!') return 0;
+            if (c == '<') { if (nlt == 3) return 0; lts[nlt++] = i; }
+            else if (c == '>') { if (ngt == 3) return 0; gts[ngt++] = i; }
+        }
+#endif
+        if (nlt == 1 && ngt == 1) return 1;
+        if (nlt != 2 || ngt != 2 || gts[0] > lts[1] || p[lts[1] + 1] != '/') return 0;
+        gt = gts[0];
+        lt = lts[1];
+        return 2;
+    }
+
+    // Notes a plain line that will stand in the record text at offset at;
+    // false when the line isn't one.
+    static bool plainLine(const char *p, qsizetype n, qsizetype at, PlainRecord &r)
+    {
+        qsizetype gtAt = 0, ltAt = 0;
+        const int shape = plainShape(p, n, gtAt, ltAt);
+        if (shape == 0) return false;
+        if (shape == 1) {
+            // One tag alone: only the record's own opening and closing tags.
+            return equalsLower(p, n, "<invoicerecord>", 15) || equalsLower(p, n, "</invoicerecord>", 16) ||
+                   equalsLower(p, n, "</invoicerecords>", 17);
+        }
+        const char *name = p + 1;
+        const qsizetype nameLen = gtAt - 1;
+        const char *closeName = p + ltAt + 2;
+        const qsizetype closeLen = n - 1 - (ltAt + 2);
+        const Span value{at + gtAt + 1, ltAt - gtAt - 1};
+        static const char *const names[TagIndex::RecordTags::FieldCount] = {"bp", "cid", "accountbalance", "note"};
+        static const qsizetype lengths[TagIndex::RecordTags::FieldCount] = {2, 3, 14, 4};
+        for (int f = 0; f < TagIndex::RecordTags::FieldCount; ++f) {
+            if (nameLen != lengths[f] || !equalsLower(name, nameLen, names[f], lengths[f])) continue;
+            if (!equalsLower(closeName, closeLen, names[f], lengths[f])) return false;
+            if (!r.fieldSet[f]) {
+                r.fieldSet[f] = true;
+                r.field[f] = value;
+            }
+            return true;
+        }
+        // <PSID Number="N">value</PSID>, exactly as written.
+        if (nameLen < 15 || std::memcmp(name, "PSID Number=\"", 13) != 0 || name[nameLen - 1] != '"') return false;
+        if (closeLen != 4 || std::memcmp(closeName, "PSID", 4) != 0) return false;
+        const char *digits = name + 13;
+        const qsizetype nd = nameLen - 14;
+        if (digits[0] < '1' || digits[0] > '9') return false;
+        qint64 number = 0;
+        for (qsizetype i = 0; i < nd; ++i) {
+            if (digits[i] < '0' || digits[i] > '9') return false;
+            number = number * 10 + (digits[i] - '0');
+            if (number > TagIndex::MaxQuickEntry) return false;
+        }
+        if (size_t(number) >= r.entry.size()) {
+            r.entry.resize(size_t(number) + 1);
+            r.entrySet.resize(size_t(number) + 1, 0);
+        }
+        if (!r.entrySet[size_t(number)]) {
+            r.entrySet[size_t(number)] = 1;
+            r.entry[size_t(number)] = value;
+        }
+        return true;
+    }
+
+    // XmlUnescape for the lines of a record: a plain line is taken as it
+    // stands, any other line is cleaned and makes the record a general one.
+    void nextRecordLine(PlainRecord &r)
+    {
+        const qsizetype mark = m_rec.size();
+        m_cur = &m_rec;
+        m_curSpan = {mark, 0};
+        const char *b;
+        qsizetype n;
+        while (m_src.next(b, n)) {
+            m_rec.truncate(mark);  // drop a blank or comment line read before
+            qsizetype t = 0;
+            while (t < n && b[t] == '\t') ++t;
+            const char *p = b + t;
+            const qsizetype len = n - t;
+            // Plain: starts with "<" and ends with ">" (so no blank at either
+            // end) and has nothing to clean inside.
+            if (r.plain && plainLine(p, len, mark, r)) {
+                m_rec.resize(mark + len);
+                std::memcpy(m_rec.data() + mark, p, size_t(len));
+                m_curSpan = {mark, len};
+                return;
+            }
+            const bool bang = clean(b, n, m_rec);
+            m_curSpan = {mark, m_rec.size() - mark};
+            const bool accepted = m_curSpan.len > 0 && !(bang && hasComment(m_rec.constData() + mark, m_curSpan.len));
+            if (accepted || m_src.atEnd()) {
+                if (m_curSpan.len > 0) r.plain = false;
+                return;
+            }
+        }
+        m_rec.truncate(mark);
+        m_curSpan = {mark, 0};
+    }
+
     void readInvoiceRecords()
     {
         char name[48] = "PSID Number=\"";
         const qsizetype prefix = 13;
         std::vector<Span> entries;
+        PlainRecord plain;
         while (!m_src.atEnd()) {
             m_rec.truncate(0);
             qint64 firstLine = 0;
+            plain.reset();
             while (!m_src.atEnd()) {
-                xmlUnescape(m_rec);
+                nextRecordLine(plain);
                 if (!firstLine) firstLine = m_src.lineNumber();
                 if (current("</invoicerecords>")) return;
                 if (current("</invoicerecord>")) break;
             }
             if (m_rec.isEmpty()) continue;
-            m_tags.build(m_rec);
-            m_tags.classify(m_recordTags);
-            const Span bp = m_tags.field(m_recordTags, TagIndex::RecordTags::BP);
-            const Span cid = m_tags.field(m_recordTags, TagIndex::RecordTags::CID);
-            const Span balance = m_tags.field(m_recordTags, TagIndex::RecordTags::Balance);
-            const Span note = m_tags.field(m_recordTags, TagIndex::RecordTags::Note);
+            Span bp, cid, balance, note;
+            if (plain.plain) {
+                bp = plain.field[TagIndex::RecordTags::BP];
+                cid = plain.field[TagIndex::RecordTags::CID];
+                balance = plain.field[TagIndex::RecordTags::Balance];
+                note = plain.field[TagIndex::RecordTags::Note];
+            } else {
+                m_tags.classify(m_rec, m_recordTags);
+                bp = m_tags.field(m_recordTags, TagIndex::RecordTags::BP);
+                cid = m_tags.field(m_recordTags, TagIndex::RecordTags::CID);
+                balance = m_tags.field(m_recordTags, TagIndex::RecordTags::Balance);
+                note = m_tags.field(m_recordTags, TagIndex::RecordTags::Note);
+            }
             const char *s = m_rec.constData();
 
             entries.clear();
             qsizetype entryBytes = 0;
             for (qint64 i = 1;; ++i) {
                 Span entry;
-                if (i <= TagIndex::MaxQuickEntry || !m_recordTags.tooMany) {
+                if (plain.plain) {
+                    if (size_t(i) >= plain.entrySet.size() || !plain.entrySet[size_t(i)]) break;
+                    entry = plain.entry[size_t(i)];
+                } else if (i <= TagIndex::MaxQuickEntry || !m_recordTags.tooMany) {
                     if (!m_tags.entry(m_recordTags, i, entry)) break;
                 } else {
+                    if (i == TagIndex::MaxQuickEntry + 1) m_tags.build(m_rec);  // the slow search needs the list
                     qsizetype len = prefix;
                     char digits[24];
                     int nd = 0;

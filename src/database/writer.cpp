@@ -216,15 +216,16 @@ private:
 // Field i of a packed row (0-based); missing fields read as empty.
 struct Fields {
     static constexpr int Max = 10;
-    QStringView f[Max];
+    qsizetype at[Max + 1];  // start of field i; at[i + 1] - 1 is its end
     int count = 0;
-    Fields(QStringView text, QChar sep)
+    const char16_t *p;
+    Fields(QStringView text, QChar sep) : p(text.utf16())
     {
-        // A plain loop: the fields are short, a library search per field costs more.
-        const char16_t *p = text.utf16();
+        // Separator positions straight from the characters; the fields are
+        // short and a library search per field costs more than the field.
         const qsizetype n = text.size();
         const char16_t c = sep.unicode();
-        qsizetype start = 0;
+        at[0] = 0;
         qsizetype i = 0;
 #if defined(__SSE2__)
         const __m128i want = _mm_set1_epi16(qint16(c));
@@ -232,24 +233,21 @@ struct Fields {
             unsigned m = unsigned(_mm_movemask_epi8(
                 _mm_cmpeq_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i)), want)));
             while (m && count < Max - 1) {
-                const qsizetype at = i + (__builtin_ctz(m) >> 1);
-                f[count++] = text.mid(start, at - start);
-                start = at + 1;
+                at[++count] = i + (__builtin_ctz(m) >> 1) + 1;
                 m &= m - 1;
                 m &= m - 1;  // two mask bits per character
             }
         }
-        i = std::max(i, start);
+        if (count) i = std::max(i, at[count]);
 #endif
-        for (; i < n && count < Max - 1; ++i) {
-            if (p[i] == c) {
-                f[count++] = text.mid(start, i - start);
-                start = i + 1;
-            }
-        }
-        f[count++] = text.mid(start);
+        for (; i < n && count < Max - 1; ++i)
+            if (p[i] == c) at[++count] = i + 1;
+        at[++count] = n + 1;
     }
-    QStringView operator[](int i) const { return i < count ? f[i] : QStringView(); }
+    QStringView operator[](int i) const
+    {
+        return i < count ? QStringView(p + at[i], at[i + 1] - 1 - at[i]) : QStringView();
+    }
 };
 
 void writeCompanyInfo(Out &o, const std::array<QString, CompanyFieldCount> &c)

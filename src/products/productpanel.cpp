@@ -6,7 +6,6 @@
 #include "database/regional.h"
 #include "database/rows.h"
 #include "shell/appcontext.h"
-#include "shell/frmqor.h"
 #include "shell/roster.h"
 #include "shell/settingsstore.h"
 
@@ -21,7 +20,7 @@
 namespace qor {
 
 namespace {
-// Read raw, as stored: the edit compares it exactly, the delete in lower case.
+// Read raw, as stored: the item delete compares it exactly with "False".
 QString confirmEditsSetting()
 {
     return settings::read(QStringLiteral("Settings"), QStringLiteral("CheckToConfirmEdits"), QStringLiteral("True"));
@@ -116,12 +115,11 @@ void ProductPanel::refreshProductList()
     }
 }
 
-// The main window refreshes both product lists (this one and the bill
-// period panel's); a panel on its own refreshes its own.
+// Both product lists (this one and the bill period panel's) follow the
+// table, so the main window rebuilds them together.
 void ProductPanel::refreshBothLists()
 {
-    if (auto *win = dynamic_cast<FrmQOR *>(&ctx)) win->refreshProductList();
-    else refreshProductList();
+    ctx.refreshProductList();
 }
 
 void ProductPanel::showProductEntry(bool isNew)

@@ -17,6 +17,8 @@ public:
     virtual void showDatabaseChanged(bool changed) = 0;
     virtual bool databaseChanged() const = 0;
     virtual void arrangePanels(int index) = 0;
+    // Rebuilds both product lists (the catalogue panel's and the bill period panel's).
+    virtual void refreshProductList() = 0;
     virtual int currentPanel() const = 0;
     // The window the panels live in (owner of message boxes).
     virtual QWidget *mainWindow() = 0;

@@ -80,7 +80,7 @@ public:
     void refreshAllLists();
     void refreshCustomerList();
     void refreshBillPeriodList();
-    void refreshProductList();
+    void refreshProductList() override;
     void applySettings();
     void applyExpertMode();
     void clearEntryFields(int kind);

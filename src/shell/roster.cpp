@@ -562,9 +562,8 @@ void build(int panelIndex, QWidget *panel, QHash<QString, QWidget *> &controls)
         setButtonPicture(w, *e);
         if (e->font == F::Link)
             w->setCursor(Qt::PointingHandCursor);
-        // Stated either way, so that "hidden" reads true only for the
-        // controls that start hidden, whether or not the panel shows yet.
-        w->setVisible(!(e->flags & Hidden));
+        if (e->flags & Hidden)
+            w->hide();  // explicitly: showing the panel leaves it hidden
         controls.insert(name, w);
     }
 }

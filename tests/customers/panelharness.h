@@ -1,164 +1,85 @@
 #pragma once
-// What the panel tests share: a throw-away settings store and database file,
-// a main window opened the way the program opens it, an answerer for message
-// boxes, and a writer of small database files.
+// Shared by the panel tests: a throw-away settings store and database file,
+// the main window opened as at start, an answerer for message boxes, and a
+// writer of small database files.
 #include "billing/frmchecking.h"
 #include "shell/frmqor.h"
-#include "shell/panel.h"
 #include "shell/settingsstore.h"
 
 #include <QAbstractButton>
-#include <QApplication>
-#include <QElapsedTimer>
-#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPlainTextEdit>
-#include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTemporaryDir>
-#include <QTimer>
 #include <QTreeWidget>
 #include <QtTest>
-
 #include <memory>
-#include <utility>
 
 namespace qor::testing {
 
-// Answers message boxes while it lives: each one seen is recorded and answered
-// with the given button. Polls, because QMessageBox::exec blocks the caller.
-class ModalAnswerer {
+// Answers every message box with the button last set, and records it.
+class Answerer {
 public:
-    struct Seen {
-        QString title, text;
-        QMessageBox::Icon icon = QMessageBox::NoIcon;
-        QMessageBox::StandardButtons buttons;
-    };
-    explicit ModalAnswerer(QMessageBox::StandardButton answer) : m_answer(answer)
+    struct Seen { QString title, text; QMessageBox::Icon icon; QMessageBox::StandardButtons buttons; };
+    QMessageBox::StandardButton answer = QMessageBox::Cancel;
+    QList<Seen> seen;
+
+    Answerer()
     {
-        m_timer = new QTimer(qApp);
-        m_timer->setInterval(10);
-        QObject::connect(m_timer, &QTimer::timeout, m_timer, [this] {
+        QObject::connect(&m_timer, &QTimer::timeout, [this] {
             auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
             if (!box) return;
-            m_seen.append({box->windowTitle(), box->text(), box->icon(), box->standardButtons()});
-            if (QAbstractButton *b = box->button(m_answer)) b->click();
+            seen.append({box->windowTitle(), box->text(), box->icon(), box->standardButtons()});
+            if (QAbstractButton *b = box->button(answer)) b->click();
             else box->reject();
         });
-        m_timer->start();
+        m_timer.start(10);
     }
-    ~ModalAnswerer() { delete m_timer; }
-    void setAnswer(QMessageBox::StandardButton answer) { m_answer = answer; }
-    int count() const { return int(m_seen.size()); }
-    const Seen &last() const { return m_seen.last(); }
-    void reset() { m_seen.clear(); }
+    Seen last() const { return seen.isEmpty() ? Seen{{}, {}, QMessageBox::NoIcon, {}} : seen.last(); }
 
 private:
-    QTimer *m_timer;
-    QMessageBox::StandardButton m_answer;
-    QList<Seen> m_seen;
+    QTimer m_timer;
 };
 
-// A message box that nobody answers would stall the test until its time
-// limit: this closes any that stays open for two seconds, and says so.
-class ModalWatchdog {
-public:
-    ModalWatchdog()
-    {
-        m_timer = new QTimer(qApp);
-        m_timer->setInterval(100);
-        QObject::connect(m_timer, &QTimer::timeout, m_timer, [this] {
-            QWidget *modal = QApplication::activeModalWidget();
-            if (modal != m_modal) {
-                m_modal = modal;
-                m_since.start();
-                return;
-            }
-            if (modal && m_since.elapsed() > 2000) {
-                qWarning("unanswered modal window closed: %s", qPrintable(modal->windowTitle()));
-                ++m_closed;
-                if (auto *d = qobject_cast<QDialog *>(modal)) d->reject();
-                else modal->close();
-            }
-        });
-        m_timer->start();
-    }
-    ~ModalWatchdog() { delete m_timer; }
-    int takeClosed() { return std::exchange(m_closed, 0); }
+struct DbCustomer { int cid; QString first, last; bool current = true; };
+struct DbItem { int psid; QString name, price; bool current = true; };
+struct DbRecord { int cid; QStringList items; };  // all in one period, "Jan"
 
-private:
-    QTimer *m_timer;
-    QPointer<QWidget> m_modal;
-    QElapsedTimer m_since;
-    int m_closed = 0;
-};
-
-struct DbCustomer {
-    int cid;
-    QString first, last;
-    bool current = true;
-    QString notes = {};
-};
-struct DbItem {
-    int psid;
-    QString name, price;  // price as the file holds it, in the currency form
-    bool current = true;
-};
-struct DbRecord {
-    QString period;
-    int cid;
-    QStringList items;  // "5", "7x2"
-};
-
-inline QString esc(QString v)
-{
-    return v.replace(u'&', QStringLiteral("&amp;")).replace(u'<', QStringLiteral("&lt;")).replace(u'>', QStringLiteral("&gt;"));
-}
-
-// A database file in the program's format; records name their period, which
-// is written with fixed dates.
+// A database file in the program's format.
 inline void writeDatabase(const QString &path, const QList<DbCustomer> &customers,
                           const QList<DbItem> &items = {}, const QList<DbRecord> &records = {})
 {
-    QStringList l{QStringLiteral("<QOR-DB>"), QString(), QStringLiteral("\t<CompanyInfo>"),
-                  QStringLiteral("\t\t<CompanyName>Test Co</CompanyName>"), QStringLiteral("\t</CompanyInfo>"),
-                  QString(), QStringLiteral("\t<Customers>")};
+    QStringList l{"<QOR-DB>", "", "\t<CompanyInfo>", "\t\t<CompanyName>Test Co</CompanyName>", "\t</CompanyInfo>", "",
+                  "\t<Customers>"};
     for (const DbCustomer &c : customers) {
-        l << QStringLiteral("\t\t<Customer CID=\"%1\">").arg(c.cid);
-        if (!c.first.isEmpty()) l << QStringLiteral("\t\t\t<FName>%1</FName>").arg(esc(c.first));
-        if (!c.last.isEmpty()) l << QStringLiteral("\t\t\t<LName>%1</LName>").arg(esc(c.last));
-        if (!c.notes.isEmpty()) l << QStringLiteral("\t\t\t<Notes>%1</Notes>").arg(esc(c.notes));
-        l << QStringLiteral("\t\t\t<Current>%1</Current>").arg(c.current ? "Yes" : "No")
-          << QStringLiteral("\t\t</Customer>");
+        l << QStringLiteral("\t\t<Customer CID=\"%1\">").arg(c.cid) << "\t\t\t<FName>" + c.first + "</FName>";
+        if (!c.last.isEmpty()) l << "\t\t\t<LName>" + c.last + "</LName>";
+        l << QStringLiteral("\t\t\t<Current>%1</Current>").arg(c.current ? "Yes" : "No") << "\t\t</Customer>";
     }
-    l << QStringLiteral("\t</Customers>") << QString() << QStringLiteral("\t<BillPeriods>");
-    QStringList periods;
-    for (const DbRecord &r : records)
-        if (!periods.contains(r.period)) periods << r.period;
-    for (const QString &p : periods)
-        l << QStringLiteral("\t\t<BillPeriod>") << QStringLiteral("\t\t\t<BPName>%1</BPName>").arg(esc(p))
-          << QStringLiteral("\t\t\t<BPStart>2024/01/01</BPStart>") << QStringLiteral("\t\t\t<BPEnd>2024/01/31</BPEnd>")
-          << QStringLiteral("\t\t\t<BillDue>2024/02/15</BillDue>") << QStringLiteral("\t\t</BillPeriod>");
-    l << QStringLiteral("\t</BillPeriods>") << QString() << QStringLiteral("\t<ProductsAndServices>");
+    l << "\t</Customers>" << "" << "\t<BillPeriods>";
+    if (!records.isEmpty())
+        l << "\t\t<BillPeriod>" << "\t\t\t<BPName>Jan</BPName>" << "\t\t\t<BPStart>2024/01/01</BPStart>"
+          << "\t\t\t<BPEnd>2024/01/31</BPEnd>" << "\t\t\t<BillDue>2024/02/15</BillDue>" << "\t\t</BillPeriod>";
+    l << "\t</BillPeriods>" << "" << "\t<ProductsAndServices>";
     for (const DbItem &i : items)
-        l << QStringLiteral("\t\t<PS PSID=\"%1\">").arg(i.psid) << QStringLiteral("\t\t\t<Item>%1</Item>").arg(esc(i.name))
-          << QStringLiteral("\t\t\t<ItemPrice>%1</ItemPrice>").arg(esc(i.price))
-          << QStringLiteral("\t\t\t<Current>%1</Current>").arg(i.current ? "Yes" : "No") << QStringLiteral("\t\t</PS>");
-    l << QStringLiteral("\t</ProductsAndServices>") << QString() << QStringLiteral("\t<InvoiceRecords>");
+        l << QStringLiteral("\t\t<PS PSID=\"%1\">").arg(i.psid) << "\t\t\t<Item>" + i.name + "</Item>"
+          << "\t\t\t<ItemPrice>" + i.price + "</ItemPrice>"
+          << QStringLiteral("\t\t\t<Current>%1</Current>").arg(i.current ? "Yes" : "No") << "\t\t</PS>";
+    l << "\t</ProductsAndServices>" << "" << "\t<InvoiceRecords>";
     for (const DbRecord &r : records) {
-        l << QStringLiteral("\t\t<InvoiceRecord>") << QStringLiteral("\t\t\t<BP>%1</BP>").arg(esc(r.period))
-          << QStringLiteral("\t\t\t<CID>%1</CID>").arg(r.cid) << QStringLiteral("\t\t\t<AccountBalance>10</AccountBalance>");
+        l << "\t\t<InvoiceRecord>" << "\t\t\t<BP>Jan</BP>" << QStringLiteral("\t\t\t<CID>%1</CID>").arg(r.cid)
+          << "\t\t\t<AccountBalance>10</AccountBalance>";
         for (int n = 0; n < r.items.size(); ++n)
             l << QStringLiteral("\t\t\t<PSID Number=\"%1\">%2</PSID>").arg(n + 1).arg(r.items.at(n));
-        l << QStringLiteral("\t\t</InvoiceRecord>");
+        l << "\t\t</InvoiceRecord>";
     }
-    l << QStringLiteral("\t</InvoiceRecords>") << QString() << QStringLiteral("</QOR-DB>");
+    l << "\t</InvoiceRecords>" << "" << "</QOR-DB>";
     QFile f(path);
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate)) qFatal("cannot write %s", qPrintable(path));
-    f.write((l.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n")).toLatin1());
+    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    f.write((l.join("\r\n") + "\r\n").toLatin1());
 }
 
 inline QByteArray fileBytes(const QString &path)
@@ -167,35 +88,23 @@ inline QByteArray fileBytes(const QString &path)
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
-// Settings store and database file in a temporary folder; set up before any
-// window exists.
-class Sandbox {
-public:
+// Settings and database file in a temporary folder, set before any window.
+struct Sandbox {
+    QTemporaryDir dir;
+    QString db = dir.path() + "/QOR.xml";
     Sandbox()
     {
-        qputenv("XDG_CONFIG_HOME", (m_dir.path() + "/config").toLocal8Bit());
-        qputenv("XDG_CACHE_HOME", (m_dir.path() + "/cache").toLocal8Bit());
-        qputenv("XDG_DATA_HOME", (m_dir.path() + "/data").toLocal8Bit());
-        m_db = m_dir.path() + QStringLiteral("/QOR.xml");
-        settings::write(QStringLiteral("FileHandling"), QStringLiteral("DatabasePath"), m_db);
-        settings::write(QStringLiteral("Messages"), QStringLiteral("DeletedCustomer"), QStringLiteral("True"));
-        settings::sync();
+        qputenv("XDG_CONFIG_HOME", (dir.path() + "/config").toLocal8Bit());
+        settings::write("FileHandling", "DatabasePath", db);
+        settings::write("Messages", "DeletedCustomer", "True");
     }
-    bool isValid() const { return m_dir.isValid(); }
-    QString dbPath() const { return m_db; }
-
-private:
-    QTemporaryDir m_dir;
-    QString m_db;
 };
 
-// A main window loaded as at start, on the given panel.
 inline std::unique_ptr<FrmQOR> openWindow(int panel)
 {
-    settings::write(QStringLiteral("Settings"), QStringLiteral("LastClicked"), QString::number(panel));
+    settings::write("Settings", "LastClicked", QString::number(panel));
     auto w = std::make_unique<FrmQOR>();
     w->formLoad();
-    w->activateWindow();
     return w;
 }
 
@@ -207,7 +116,6 @@ inline void discard(std::unique_ptr<FrmQOR> &w)
     w->close();
     w.reset();
     if (FrmChecking *c = FrmChecking::existing()) c->close();
-    QCoreApplication::processEvents();
 }
 
 inline void click(QAbstractButton *b)
@@ -219,7 +127,7 @@ inline void click(QAbstractButton *b)
 inline void retype(QWidget *w, const QString &text)
 {
     if (auto *le = qobject_cast<QLineEdit *>(w)) le->selectAll();
-    else if (auto *pe = qobject_cast<QPlainTextEdit *>(w)) pe->selectAll();
+    if (auto *pe = qobject_cast<QPlainTextEdit *>(w)) pe->selectAll();
     if (text.isEmpty()) QTest::keyClick(w, Qt::Key_Delete);
     else QTest::keyClicks(w, text);
 }
@@ -229,8 +137,7 @@ inline void clickRow(QTreeWidget *list, int position)
     QTreeWidgetItem *it = list->topLevelItem(position - 1);
     QVERIFY(it);
     list->scrollToItem(it);
-    const QRect r = list->visualItemRect(it);
-    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, r.center());
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(it).center());
 }
 
 inline QStringList rowTexts(const QTreeWidget *list)
@@ -240,8 +147,17 @@ inline QStringList rowTexts(const QTreeWidget *list)
     return out;
 }
 
-inline QColor baseColour(const QWidget *w) { return w->palette().color(QPalette::Active, QPalette::Base); }
-inline QColor infoColour() { return QApplication::palette().color(QPalette::Active, QPalette::ToolTipBase); }
-inline QColor windowColour() { return QApplication::palette().color(QPalette::Active, QPalette::Base); }
+inline QString currentText(const QTreeWidget *list) { return list->currentItem() ? list->currentItem()->text(0) : QString(); }
+inline QString currentKey(const QTreeWidget *list)
+{
+    return list->currentItem() ? list->currentItem()->data(0, Qt::UserRole).toString() : QString();
+}
+
+inline bool hasInfoColour(const QWidget *w)
+{
+    return w->palette().color(QPalette::Active, QPalette::Base) == QApplication::palette().color(QPalette::ToolTipBase);
+}
+
+inline QString statusText() { return FrmChecking::existing() ? FrmChecking::existing()->lblStatus()->text() : QString(); }
 
 }  // namespace qor::testing

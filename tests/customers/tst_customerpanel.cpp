@@ -1,7 +1,4 @@
-// The Customers panel driven through its controls inside the main window: a
-// customer's life from new entry to archive, duplicate names, the search box,
-// the confirmation setting, the recall of the last viewed row, and what
-// reaches the file.
+// The Customers panel driven through its controls inside the main window.
 #include "panelharness.h"
 
 #include "customers/customerpanel.h"
@@ -11,607 +8,402 @@
 using namespace qor;
 using namespace qor::testing;
 
-namespace {
-
-CustomerPanel *cp(FrmQOR &w) { return w.customerPanel(); }
-QAbstractButton *btn(FrmQOR &w, const char *name) { return cp(w)->control<QAbstractButton>(QString::fromLatin1(name)); }
-QWidget *field(FrmQOR &w, int i) { return cp(w)->controlWidget(QStringLiteral("txtField(%1)").arg(i)); }
-QLineEdit *line(FrmQOR &w, int i) { return qobject_cast<QLineEdit *>(field(w, i)); }
-QTreeWidget *visList(FrmQOR &w) { return cp(w)->control<QTreeWidget>(QStringLiteral("lvwCustomersVis")); }
-
-QString selectedText(FrmQOR &w)
-{
-    QTreeWidgetItem *it = visList(w)->currentItem();
-    return it ? it->text(0) : QString();
-}
-QString selectedKey(FrmQOR &w)
-{
-    QTreeWidgetItem *it = visList(w)->currentItem();
-    return it ? it->data(0, Qt::UserRole).toString() : QString();
-}
-
-// Display names of the table's current rows, in table order.
-QStringList tableNames(FrmQOR &w)
-{
-    QStringList out;
-    w.db().lvwCustomers.forEach([&out](QStringView, QStringView text) {
-        if (!isArchivedCustomerText(text)) out << text.left(text.indexOf(FieldSep)).toString();
-        return true;
-    });
-    return out;
-}
-
-void typeNewCustomer(FrmQOR &w, const QString &first, const QString &last = {})
-{
-    click(btn(w, "cmdAddNew"));
-    QCOMPARE(btn(w, "cmdAddNew")->text(), QStringLiteral("&Add New"));
-    if (!last.isEmpty()) QTest::keyClicks(field(w, 1), last);
-    if (!first.isEmpty()) QTest::keyClicks(field(w, 0), first);
-}
-
-void setConfirm(const QString &value)
-{
-    settings::putStoredSetting(QStringLiteral("CheckToConfirmEdits"), value);
-}
-
-}  // namespace
-
 class TstCustomerPanel : public QObject {
     Q_OBJECT
-    std::unique_ptr<Sandbox> m_box;
-    std::unique_ptr<ModalWatchdog> m_watchdog;
+    Sandbox m_box;
+    std::unique_ptr<Answerer> m_answers;
     std::unique_ptr<FrmQOR> m_w;
 
-    void startWith(const QList<DbCustomer> &customers, const QList<DbRecord> &records = {})
+    CustomerPanel *cp() { return m_w->customerPanel(); }
+    QAbstractButton *btn(const char *name) { return cp()->control<QAbstractButton>(name); }
+    QWidget *field(int i) { return cp()->controlWidget(QStringLiteral("txtField(%1)").arg(i)); }
+    QTreeWidget *list() { return cp()->list(); }
+    KeyedList &table() { return m_w->db().lvwCustomers; }
+    // The two buttons as the user sees them; "-" marks a hidden one.
+    QString buttons()
+    {
+        auto show = [](QAbstractButton *b) { return (b->isHidden() ? "-" : "") + b->text(); };
+        return show(btn("cmdAddNew")) + " / " + show(btn("cmdUndo"));
+    }
+    QStringList tableNames()  // current rows' display names, in table order
+    {
+        QStringList out;
+        table().forEach([&out](QStringView, QStringView t) {
+            if (!isArchivedCustomerText(t) && fieldSepCount(t) == 8) out << t.left(t.indexOf(FieldSep)).toString();
+            return true;
+        });
+        return out;
+    }
+    // The list shows exactly the table's current rows, in order, under their keys.
+    void checkListMatchesTable()
+    {
+        QStringList keys, shownKeys;
+        table().forEach([&](QStringView k, QStringView t) {
+            if (!isArchivedCustomerText(t) && fieldSepCount(t) == 8) keys << k.toString();
+            return true;
+        });
+        for (int i = 0; i < cp()->rowCount(); ++i) shownKeys << list()->topLevelItem(i)->data(0, Qt::UserRole).toString();
+        QCOMPARE(rowTexts(list()), tableNames());
+        QCOMPARE(shownKeys, keys);
+    }
+    void open(const QList<DbCustomer> &customers, const QList<DbRecord> &records = {}, const char *recall = "1")
     {
         discard(m_w);
-        writeDatabase(m_box->dbPath(), customers, {DbItem{1, QStringLiteral("Soap"), QStringLiteral("$1.00")}}, records);
-        settings::write(QStringLiteral("BrowseRecall"), QStringLiteral("LastViewedCustomer"), QStringLiteral("1"));
+        writeDatabase(m_box.db, customers, {}, records);
+        settings::write("BrowseRecall", "LastViewedCustomer", recall);
         m_w = openWindow(0);
     }
+    void newCustomer(const QString &first, const QString &last = {})
+    {
+        click(btn("cmdAddNew"));
+        QTest::keyClicks(field(1), last);
+        QTest::keyClicks(field(0), first);
+        click(btn("cmdAddNew"));
+    }
+    void select(const QString &name) { clickRow(list(), rowTexts(list()).indexOf(name) + 1); }
 
 private slots:
-    void initTestCase()
+    void init()
     {
-        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-        m_box = std::make_unique<Sandbox>();
-        QVERIFY(m_box->isValid());
-        m_watchdog = std::make_unique<ModalWatchdog>();
+        m_answers = std::make_unique<Answerer>();
+        settings::putStoredSetting("CheckToConfirmEdits", "True");
     }
-    void init() { setConfirm(QStringLiteral("True")); }
-    void cleanup()
-    {
-        discard(m_w);
-        QCOMPARE(m_watchdog->takeClosed(), 0);
-    }
+    void cleanup() { discard(m_w); }
 
-    // From an empty panel to three customers, the states of the buttons and
-    // fields along the way, and an edit that moves a row.
+    // From an empty panel to four customers; edits, undo, apply.
     void customerLife()
     {
-        startWith({});
-        FrmQOR &w = *m_w;
-        QCOMPARE(cp(w)->rowCount(), 0);
-        QCOMPARE(btn(w, "cmdAddNew")->text(), QStringLiteral("&New Customer"));
-        QVERIFY(btn(w, "cmdUndo")->isHidden());
+        open({});
+        QCOMPARE(buttons(), "&New Customer / -&Delete Existing");
+        QTest::mouseClick(field(2), Qt::LeftButton);  // a click into the empty panel starts an entry
+        QCOMPARE(buttons(), "-&Add New / &Cancel New");
+        QVERIFY(btn("cmdPrint")->isHidden());
+        for (int i = 0; i < 8; ++i) QVERIFY(hasInfoColour(field(i)));
 
-        // A click into a field of the empty panel starts a new entry.
-        QTest::mouseClick(field(w, 2), Qt::LeftButton);
-        QVERIFY(btn(w, "cmdAddNew")->isHidden());
-        QCOMPARE(btn(w, "cmdAddNew")->text(), QStringLiteral("&Add New"));
-        QCOMPARE(btn(w, "cmdUndo")->text(), QStringLiteral("&Cancel New"));
-        QVERIFY(!btn(w, "cmdUndo")->isHidden());
-        QVERIFY(btn(w, "cmdPrint")->isHidden());
-        for (int i = 0; i < 8; ++i) QCOMPARE(baseColour(field(w, i)), infoColour());
+        QTest::keyClicks(field(1), "Smith");  // a last name alone is not enough
+        QCOMPARE(buttons(), "-&Add New / &Cancel New");
+        QVERIFY(!hasInfoColour(field(1)) && hasInfoColour(field(0)));
+        QTest::keyClicks(field(0), "Jo");
+        QCOMPARE(buttons(), "&Add New / &Cancel New");
+        QTest::keyClicks(field(2), QString(40, 'a'));  // typing stops at the field's length
+        QTest::keyClicks(field(5), QString(130, 'e'));
+        QTest::keyClicks(field(7), "gate\rdog");
+        click(btn("cmdAddNew"));
+        QCOMPARE(m_answers->seen.size(), 0);
+        QCOMPARE(table().key(1), "1k");
+        QCOMPARE(splitFields(table().text(1)),
+                 QStringList({"Smith, Jo", "Jo", "Smith", QString(32, 'a'), "", "", QString(128, 'e'), "", "gate\ndog"}));
+        QCOMPARE(currentText(list()), "Smith, Jo");
+        QCOMPARE(buttons(), "&New Customer / &Delete Existing");
+        QVERIFY(btn("cmdPrint")->isVisible() && m_w->databaseChanged() && !hasInfoColour(field(0)));
 
-        // A last name alone is not enough.
-        QTest::keyClicks(field(w, 1), QStringLiteral("Smith"));
-        QVERIFY(btn(w, "cmdAddNew")->isHidden());
-        QCOMPARE(baseColour(field(w, 1)), windowColour());
-        QCOMPARE(baseColour(field(w, 0)), infoColour());
-        QTest::keyClicks(field(w, 0), QStringLiteral("Jo"));
-        QVERIFY(!btn(w, "cmdAddNew")->isHidden());
-        QTest::keyClick(field(w, 0), Qt::Key_Backspace);
-        QTest::keyClick(field(w, 0), Qt::Key_Backspace);
-        QVERIFY(btn(w, "cmdAddNew")->isHidden());
-        QCOMPARE(baseColour(field(w, 0)), infoColour());
-        QTest::keyClicks(field(w, 0), QStringLiteral("Jo"));
+        // A first name alone is the display name; new rows land at their place.
+        newCustomer("Sam");
+        newCustomer("Al", "Zane");
+        newCustomer("Al", "Brown");
+        const QStringList names{"Brown, Al", "Sam", "Smith, Jo", "Zane, Al"};
+        QCOMPARE(rowTexts(list()), names);
+        checkListMatchesTable();
+        QCOMPARE(currentKey(list()), "4k");
 
-        // Typing stops at the field's length; notes keep their line breaks.
-        QTest::keyClicks(field(w, 2), QString(40, u'a'));
-        QCOMPARE(line(w, 2)->text().size(), 32);
-        QTest::keyClicks(field(w, 5), QString(130, u'e'));
-        QCOMPARE(line(w, 5)->text().size(), 128);
-        QTest::keyClicks(field(w, 7), QStringLiteral("gate code"));
-        QTest::keyClick(field(w, 7), Qt::Key_Return);
-        QTest::keyClicks(field(w, 7), QStringLiteral("dog"));
+        // Cancelling an entry selects the row selected before it.
+        select("Smith, Jo");
+        click(btn("cmdAddNew"));
+        QVERIFY(list()->selectedItems().isEmpty() && cp()->fieldText(0).isEmpty());
+        click(btn("cmdUndo"));
+        QCOMPARE(currentText(list()), "Smith, Jo");
+        QCOMPARE(cp()->fieldText(0), "Jo");
+        QCOMPARE(buttons(), "&New Customer / &Delete Existing");
 
-        {
-            ModalAnswerer answers(QMessageBox::Cancel);
-            click(btn(w, "cmdAddNew"));
-            QCOMPARE(answers.count(), 0);
-        }
-        QCOMPARE(w.db().lvwCustomers.count(), 1);
-        QCOMPARE(w.db().lvwCustomers.key(1), QStringLiteral("1k"));
-        const QStringList f = splitFields(w.db().lvwCustomers.text(1));
-        QCOMPARE(f.size(), 9);
-        QCOMPARE(f.at(0), QStringLiteral("Smith, Jo"));
-        QCOMPARE(f.at(1), QStringLiteral("Jo"));
-        QCOMPARE(f.at(3), QString(32, u'a'));
-        QCOMPARE(f.at(8), QStringLiteral("gate code\ndog"));
-        QCOMPARE(selectedText(w), QStringLiteral("Smith, Jo"));
-        QCOMPARE(btn(w, "cmdAddNew")->text(), QStringLiteral("&New Customer"));
-        QCOMPARE(btn(w, "cmdUndo")->text(), QStringLiteral("&Delete Existing"));
-        QVERIFY(!btn(w, "cmdPrint")->isHidden());
-        QVERIFY(w.databaseChanged());
-        for (int i = 0; i < 8; ++i) QCOMPARE(baseColour(field(w, i)), windowColour());
+        // Typing is an edit; typed back to the stored text it is none.
+        QTest::keyClicks(field(6), "55");
+        QCOMPARE(buttons(), "Apply &Edit / &Undo Edit");
+        QTest::keyClick(field(6), Qt::Key_Backspace);
+        QTest::keyClick(field(6), Qt::Key_Backspace);
+        QCOMPARE(buttons(), "&New Customer / -&Undo Edit");
+        QTest::keyClicks(field(6), "9");
+        click(btn("cmdUndo"));
+        QCOMPARE(cp()->fieldText(6), "");
+        QCOMPARE(buttons(), "&New Customer / &Delete Existing");
 
-        // A first name alone is the display name, without a comma; each new
-        // row lands at its sorted place.
-        typeNewCustomer(w, QStringLiteral("Sam"));
-        click(btn(w, "cmdAddNew"));
-        typeNewCustomer(w, QStringLiteral("Al"), QStringLiteral("Zane"));
-        click(btn(w, "cmdAddNew"));
-        typeNewCustomer(w, QStringLiteral("Al"), QStringLiteral("Brown"));
-        click(btn(w, "cmdAddNew"));
-        const QStringList expected{QStringLiteral("Brown, Al"), QStringLiteral("Sam"), QStringLiteral("Smith, Jo"),
-                                   QStringLiteral("Zane, Al")};
-        QCOMPARE(rowTexts(visList(w)), expected);
-        QCOMPARE(tableNames(w), expected);
-        QCOMPARE(selectedText(w), QStringLiteral("Brown, Al"));
-        QCOMPARE(selectedKey(w), QStringLiteral("4k"));
+        // Apply asks; Cancel refills the fields, OK moves the row, keeps the CID.
+        retype(field(1), "Adams");
+        click(btn("cmdAddNew"));
+        QCOMPARE(m_answers->last().title, "Save Changes to Existing Customer???");
+        QCOMPARE(m_answers->last().text, "Are you sure you want to change the details on this existing customer?");
+        QCOMPARE(m_answers->last().buttons, QMessageBox::Ok | QMessageBox::Cancel);
+        QCOMPARE(m_answers->last().icon, QMessageBox::Warning);
+        QCOMPARE(cp()->fieldText(1), "Smith");
+        QCOMPARE(tableNames(), names);
+        m_answers->answer = QMessageBox::Ok;
+        retype(field(1), "Adams");
+        click(btn("cmdAddNew"));
+        const QStringList moved{"Adams, Jo", "Brown, Al", "Sam", "Zane, Al"};
+        QCOMPARE(rowTexts(list()), moved);
+        QCOMPARE(tableNames(), moved);
+        QCOMPARE(currentKey(list()), "1k");
+        QCOMPARE(splitFields(table().textOf(u"1k")).at(8), "gate\ndog");
+        QCOMPARE(buttons(), "&New Customer / &Delete Existing");
 
-        // Cancelling a new entry goes back to the row that was selected.
-        clickRow(visList(w), 3);
-        click(btn(w, "cmdAddNew"));
-        QCOMPARE(line(w, 0)->text(), QString());
-        QVERIFY(visList(w)->selectedItems().isEmpty());
-        click(btn(w, "cmdUndo"));
-        QCOMPARE(selectedText(w), QStringLiteral("Smith, Jo"));
-        QCOMPARE(line(w, 0)->text(), QStringLiteral("Jo"));
-        QCOMPARE(btn(w, "cmdAddNew")->text(), QStringLiteral("&New Customer"));
-        QCOMPARE(btn(w, "cmdUndo")->text(), QStringLiteral("&Delete Existing"));
-
-        // Typing into a shown customer is an edit; typing it back is not.
-        QTest::keyClicks(field(w, 6), QStringLiteral("55"));
-        QCOMPARE(btn(w, "cmdAddNew")->text(), QStringLiteral("Apply &Edit"));
-        QCOMPARE(btn(w, "cmdUndo")->text(), QStringLiteral("&Undo Edit"));
-        QTest::keyClick(field(w, 6), Qt::Key_Backspace);
-        QCOMPARE(btn(w, "cmdAddNew")->text(), QStringLiteral("Apply &Edit"));
-        QTest::keyClick(field(w, 6), Qt::Key_Backspace);
-        QCOMPARE(btn(w, "cmdAddNew")->text(), QStringLiteral("&New Customer"));
-        QVERIFY(btn(w, "cmdUndo")->isHidden());
-
-        // Undo refills the fields from the table.
-        QTest::keyClicks(field(w, 6), QStringLiteral("999"));
-        click(btn(w, "cmdUndo"));
-        QCOMPARE(line(w, 6)->text(), QString());
-        QCOMPARE(btn(w, "cmdUndo")->text(), QStringLiteral("&Delete Existing"));
-        QVERIFY(!btn(w, "cmdUndo")->isHidden());
-
-        // Cancelling the confirmation throws the edit away.
-        {
-            ModalAnswerer answers(QMessageBox::Cancel);
-            retype(field(w, 1), QStringLiteral("Adams"));
-            click(btn(w, "cmdAddNew"));
-            QCOMPARE(answers.count(), 1);
-            QCOMPARE(answers.last().title, QStringLiteral("Save Changes to Existing Customer???"));
-            QCOMPARE(answers.last().text,
-                     QStringLiteral("Are you sure you want to change the details on this existing customer?"));
-            QCOMPARE(answers.last().icon, QMessageBox::Warning);
-            QCOMPARE(answers.last().buttons, QMessageBox::Ok | QMessageBox::Cancel);
-        }
-        QCOMPARE(line(w, 1)->text(), QStringLiteral("Smith"));
-        QCOMPARE(tableNames(w), expected);
-
-        // Applying keeps the number and moves the row to its new place.
-        {
-            ModalAnswerer answers(QMessageBox::Ok);
-            retype(field(w, 1), QStringLiteral("Adams"));
-            click(btn(w, "cmdAddNew"));
-            QCOMPARE(answers.count(), 1);
-        }
-        const QStringList moved{QStringLiteral("Adams, Jo"), QStringLiteral("Brown, Al"), QStringLiteral("Sam"),
-                                QStringLiteral("Zane, Al")};
-        QCOMPARE(rowTexts(visList(w)), moved);
-        QCOMPARE(tableNames(w), moved);
-        QCOMPARE(selectedText(w), QStringLiteral("Adams, Jo"));
-        QCOMPARE(selectedKey(w), QStringLiteral("1k"));
-        QCOMPARE(splitFields(w.db().lvwCustomers.textOf(u"1k")).at(8), QStringLiteral("gate code\ndog"));
-        QCOMPARE(btn(w, "cmdAddNew")->text(), QStringLiteral("&New Customer"));
-        QCOMPARE(btn(w, "cmdUndo")->text(), QStringLiteral("&Delete Existing"));
-
-        // Up and down in the list show the row they land on.
-        visList(w)->setFocus();
-        QTest::keyClick(visList(w), Qt::Key_Down);
-        QCOMPARE(selectedText(w), QStringLiteral("Brown, Al"));
-        QCOMPARE(line(w, 1)->text(), QStringLiteral("Brown"));
-        QCOMPARE(cp(w)->fieldTag(1), QStringLiteral("Brown"));
-        QCOMPARE(field(w, 1)->property("Tag").toString(), QStringLiteral("Brown"));
+        // The down key shows the row it lands on, Tag first.
+        QTest::keyClick(list(), Qt::Key_Down);
+        QCOMPARE(cp()->fieldText(1), "Brown");
+        QCOMPARE(field(1)->property("Tag").toString(), "Brown");
     }
 
-    // Delete removes a customer nobody billed, archives one with a record,
-    // and the selection and buttons follow.
+    // Delete removes an unbilled customer, archives a billed one.
     void deleteAndArchive()
     {
-        startWith({{1, QStringLiteral("Ann"), QStringLiteral("Lee")},
-                   {2, QStringLiteral("Bob"), QStringLiteral("Moss")},
-                   {3, QStringLiteral("Cy"), QStringLiteral("Pike")},
-                   {4, QStringLiteral("Di"), QStringLiteral("Ross")}},
-                  {{QStringLiteral("Jan"), 4, {QStringLiteral("1")}}});
-        FrmQOR &w = *m_w;
-        ModalAnswerer answers(QMessageBox::Cancel);
+        open({{1, "Ann", "Lee"}, {2, "Bob", "Moss"}, {3, "Cy", "Pike"}, {4, "Di", "Ross"}}, {{4, {"1"}}});
+        clickRow(list(), 4);
+        click(btn("cmdUndo"));  // Cancel at the question
+        QCOMPARE(m_answers->last().title, "Delete Existing Customer???");
+        QCOMPARE(m_answers->last().text, "Are you sure you want to delete this customer from the database?");
+        QCOMPARE(cp()->rowCount(), 4);
 
-        // Cancel at the question leaves everything, edit included, as stored.
-        clickRow(visList(w), 4);
-        QTest::keyClicks(field(w, 2), QStringLiteral("typed"));
-        click(btn(w, "cmdUndo"));  // "&Undo Edit"
-        QCOMPARE(answers.count(), 0);
-        click(btn(w, "cmdUndo"));  // "&Delete Existing"
-        QCOMPARE(answers.count(), 1);
-        QCOMPARE(answers.last().title, QStringLiteral("Delete Existing Customer???"));
-        QCOMPARE(answers.last().text, QStringLiteral("Are you sure you want to delete this customer from the database?"));
-        QCOMPARE(answers.last().buttons, QMessageBox::Ok | QMessageBox::Cancel);
-        QCOMPARE(cp(w)->rowCount(), 4);
-        QCOMPARE(btn(w, "cmdUndo")->text(), QStringLiteral("&Delete Existing"));
-        answers.setAnswer(QMessageBox::Ok);
+        m_answers->answer = QMessageBox::Ok;
+        click(btn("cmdUndo"));  // Di is billed: archived, behind all others
+        QCOMPARE(statusText(), "Entry archived.");
+        QVERIFY(FrmChecking::existing()->cmdOK()->isEnabled());
+        QCOMPARE(FrmChecking::existing()->staChecking()->value(), 100);
+        QCOMPARE(table().key(4), "4k");
+        QVERIFY(table().text(4).startsWith(ArchiveMark + "Ross, Di"));
+        QCOMPARE(currentText(list()), "Pike, Cy");  // the row now last
+        QCOMPARE(cp()->fieldText(0), "Cy");
 
-        // Di has a record: her row stays, marked, behind all others; the row
-        // now last is selected.
-        click(btn(w, "cmdUndo"));
-        FrmChecking *checking = FrmChecking::existing();
-        QVERIFY(checking);
-        QCOMPARE(checking->lblStatus()->text(), QStringLiteral("Entry archived."));
-        QVERIFY(checking->cmdOK()->isEnabled());
-        QCOMPARE(checking->staChecking()->value(), 100);
-        const KeyedList &t = w.db().lvwCustomers;
-        QCOMPARE(t.count(), 4);
-        QCOMPARE(t.key(t.count()), QStringLiteral("4k"));
-        QVERIFY(t.text(t.count()).startsWith(ArchiveMark + QStringLiteral("Ross, Di")));
-        QCOMPARE(cp(w)->rowCount(), 3);
-        QCOMPARE(selectedText(w), QStringLiteral("Pike, Cy"));
-        QCOMPARE(line(w, 0)->text(), QStringLiteral("Cy"));
-        QVERIFY(w.databaseChanged());
+        select("Moss, Bob");
+        click(btn("cmdUndo"));
+        QCOMPARE(statusText(), "Entry deleted.");
+        QVERIFY(!table().contains(u"2k"));
+        QCOMPARE(rowTexts(list()), QStringList({"Lee, Ann", "Pike, Cy"}));
+        QCOMPARE(currentText(list()), "Pike, Cy");
 
-        // Bob has none: his row goes.
-        clickRow(visList(w), 2);
-        QCOMPARE(selectedText(w), QStringLiteral("Moss, Bob"));
-        click(btn(w, "cmdUndo"));
-        QCOMPARE(FrmChecking::existing()->lblStatus()->text(), QStringLiteral("Entry deleted."));
-        QCOMPARE(w.db().lvwCustomers.contains(u"2k"), false);
-        QCOMPARE(rowTexts(visList(w)), (QStringList{QStringLiteral("Lee, Ann"), QStringLiteral("Pike, Cy")}));
-        QCOMPARE(selectedText(w), QStringLiteral("Pike, Cy"));
+        // An archived name raises no question; its number isn't given again.
+        const int questions = m_answers->seen.size();
+        newCustomer("Di", "Ross");
+        QCOMPARE(m_answers->seen.size(), questions);
+        QCOMPARE(currentKey(list()), "5k");
 
-        // An archived name is in no list, so no duplicate question; the
-        // archived customer's number is not given out again.
-        answers.reset();
-        typeNewCustomer(w, QStringLiteral("Di"), QStringLiteral("Ross"));
-        click(btn(w, "cmdAddNew"));
-        QCOMPARE(answers.count(), 0);
-        QCOMPARE(selectedKey(w), QStringLiteral("5k"));
-
-        // Deleting every row leaves the empty panel.
-        while (cp(w)->rowCount() > 0) click(btn(w, "cmdUndo"));
-        for (int i = 0; i < 8; ++i) {
-            QCOMPARE(cp(w)->fieldText(i), QString());
-            QCOMPARE(cp(w)->fieldTag(i), QString());
-        }
-        QVERIFY(btn(w, "cmdUndo")->isHidden());
-        QCOMPARE(btn(w, "cmdUndo")->text(), QStringLiteral("&Cancel New"));
-        QVERIFY(btn(w, "cmdPrint")->isHidden());
-        QCOMPARE(btn(w, "cmdAddNew")->text(), QStringLiteral("&New Customer"));
-        QCOMPARE(w.db().lvwCustomers.count(), 1);  // Di's archived row
+        while (cp()->rowCount() > 0) click(btn("cmdUndo"));
+        for (int i = 0; i < 8; ++i) QVERIFY(cp()->fieldText(i).isEmpty() && cp()->fieldTag(i).isEmpty());
+        QCOMPARE(buttons(), "&New Customer / -&Cancel New");
+        QVERIFY(btn("cmdPrint")->isHidden());
+        QCOMPARE(table().count(), 1);
     }
 
-    // The duplicate question compares display names exactly, on add and on
-    // apply, and Cancel changes nothing.
+    // The duplicate question compares display names exactly.
     void duplicateNames()
     {
-        startWith({{1, QStringLiteral("Jo"), QStringLiteral("Smith")}, {2, QStringLiteral("Kim"), QStringLiteral("Yu")}});
-        FrmQOR &w = *m_w;
-        ModalAnswerer answers(QMessageBox::Cancel);
+        open({{1, "Jo", "Smith"}, {2, "Kim", "Yu"}});
+        click(btn("cmdAddNew"));
+        QTest::keyClicks(field(1), "Smith");
+        QTest::keyClicks(field(0), "Jo");
+        click(btn("cmdAddNew"));
+        QCOMPARE(m_answers->last().title, "Duplicate Name Found");
+        QCOMPARE(m_answers->last().text,
+                 "A customer with the exact same first name and last name was found.\n\n"
+                 "Press OK if this is a different customer who happens to share the exact same name,\n"
+                 "otherwise press Cancel and edit the original entry for this customer.");
+        QCOMPARE(m_answers->last().buttons, QMessageBox::Ok | QMessageBox::Cancel);
+        QCOMPARE(table().count(), 2);  // Cancel: still in the entry
+        QCOMPARE(buttons(), "&Add New / &Cancel New");
 
-        typeNewCustomer(w, QStringLiteral("Jo"), QStringLiteral("Smith"));
-        click(btn(w, "cmdAddNew"));
-        QCOMPARE(answers.count(), 1);
-        QCOMPARE(answers.last().title, QStringLiteral("Duplicate Name Found"));
-        QCOMPARE(answers.last().text,
-                 QStringLiteral("A customer with the exact same first name and last name was found.\n\n"
-                                "Press OK if this is a different customer who happens to share the exact same name,\n"
-                                "otherwise press Cancel and edit the original entry for this customer."));
-        QCOMPARE(answers.last().buttons, QMessageBox::Ok | QMessageBox::Cancel);
-        QCOMPARE(answers.last().icon, QMessageBox::Warning);
-        QCOMPARE(w.db().lvwCustomers.count(), 2);
-        QCOMPARE(btn(w, "cmdAddNew")->text(), QStringLiteral("&Add New"));
-        QCOMPARE(btn(w, "cmdUndo")->text(), QStringLiteral("&Cancel New"));
-        QCOMPARE(line(w, 1)->text(), QStringLiteral("Smith"));
+        retype(field(1), "smith");  // other case, or a blank more: no duplicate
+        click(btn("cmdAddNew"));
+        newCustomer("Jo ", "Smith");
+        QCOMPARE(m_answers->seen.size(), 1);
+        // OK: a second Jo Smith, who sorts before the first (no address), and
+        // stands before it in the list too.
+        settings::putStoredSetting("CheckToConfirmEdits", "False");
+        select("Smith, Jo");
+        QTest::keyClicks(field(2), "Z St");
+        click(btn("cmdAddNew"));
+        m_answers->answer = QMessageBox::Ok;
+        newCustomer("Jo", "Smith");
+        QCOMPARE(m_answers->seen.size(), 2);
+        QCOMPARE(currentKey(list()), "5k");
+        QCOMPARE(rowTexts(list()).count("Smith, Jo"), 2);
+        checkListMatchesTable();
 
-        // Other case, or a blank more, is another name.
-        answers.reset();
-        retype(field(w, 1), QStringLiteral("smith"));
-        retype(field(w, 0), QStringLiteral("jo"));
-        click(btn(w, "cmdAddNew"));
-        typeNewCustomer(w, QStringLiteral("Jo "), QStringLiteral("Smith"));
-        click(btn(w, "cmdAddNew"));
-        QCOMPARE(answers.count(), 0);
-        QCOMPARE(w.db().lvwCustomers.count(), 4);
-
-        // OK makes a second customer of the same name under a new number.
-        answers.setAnswer(QMessageBox::Ok);
-        typeNewCustomer(w, QStringLiteral("Jo"), QStringLiteral("Smith"));
-        click(btn(w, "cmdAddNew"));
-        QCOMPARE(answers.count(), 1);
-        QCOMPARE(selectedKey(w), QStringLiteral("5k"));
-        QCOMPARE(rowTexts(visList(w)).count(QStringLiteral("Smith, Jo")), 2);
-        QCOMPARE(tableNames(w), rowTexts(visList(w)));
-
-        // Editing Kim Yu into Jo Smith asks; Cancel keeps the stored row and
-        // leaves the edit in the fields.
-        answers.reset();
-        answers.setAnswer(QMessageBox::Cancel);
-        setConfirm(QStringLiteral("False"));
-        const int kim = rowTexts(visList(w)).indexOf(QStringLiteral("Yu, Kim")) + 1;
-        clickRow(visList(w), kim);
-        retype(field(w, 0), QStringLiteral("Jo"));
-        retype(field(w, 1), QStringLiteral("Smith"));
-        click(btn(w, "cmdAddNew"));
-        QCOMPARE(answers.count(), 1);
-        QCOMPARE(answers.last().title, QStringLiteral("Duplicate Name Found"));
-        QCOMPARE(splitFields(w.db().lvwCustomers.textOf(u"2k")).at(0), QStringLiteral("Yu, Kim"));
-        QCOMPARE(line(w, 1)->text(), QStringLiteral("Smith"));
-        QCOMPARE(btn(w, "cmdAddNew")->text(), QStringLiteral("Apply &Edit"));
-
-        // Re-applying an unchanged name is no duplicate of itself.
-        answers.reset();
-        retype(field(w, 0), QStringLiteral("Kim"));
-        retype(field(w, 1), QStringLiteral("Yu"));
-        QTest::keyClicks(field(w, 6), QStringLiteral("0123"));
-        click(btn(w, "cmdAddNew"));
-        QCOMPARE(answers.count(), 0);
-        QCOMPARE(splitFields(w.db().lvwCustomers.textOf(u"2k")).at(7), QStringLiteral("0123"));
+        // An edit into a taken name asks too; Cancel keeps the stored row.
+        m_answers->answer = QMessageBox::Cancel;
+        select("Yu, Kim");
+        retype(field(0), "Jo");
+        retype(field(1), "Smith");
+        click(btn("cmdAddNew"));
+        QCOMPARE(m_answers->last().title, "Duplicate Name Found");
+        QCOMPARE(splitFields(table().textOf(u"2k")).at(0), "Yu, Kim");
+        QCOMPARE(buttons(), "Apply &Edit / &Undo Edit");
+        retype(field(0), "Kim");  // its own name is no duplicate
+        retype(field(1), "Yu");
+        QTest::keyClicks(field(6), "0123");
+        click(btn("cmdAddNew"));
+        QCOMPARE(m_answers->seen.size(), 3);
+        QCOMPARE(splitFields(table().textOf(u"2k")).at(7), "0123");
     }
 
-    // Search on, prefix finds without regard to case, a miss keeps the
-    // selection, search off keeps what was found.
     void searchSession()
     {
-        startWith({{1, QStringLiteral("Ann"), QStringLiteral("Lee")},
-                   {2, QStringLiteral("Bob"), QStringLiteral("Moss")},
-                   {3, QStringLiteral("Cy"), QStringLiteral("Moore")},
-                   {4, QStringLiteral("Di"), QStringLiteral("Ross")}});
-        FrmQOR &w = *m_w;
-        QVERIFY(QTest::qWaitForWindowActive(&w));
-        auto *label = cp(w)->control<QLabel>(QStringLiteral("lblCustomers"));
-        auto *box = cp(w)->control<QLineEdit>(QStringLiteral("txtSearch"));
+        open({{1, "Ann", "Lee"}, {2, "Bob", "Moss"}, {3, "Cy", "Moore"}, {4, "Di", "Ross"}});
+        QVERIFY(QTest::qWaitForWindowActive(m_w.get()));
+        auto *label = cp()->control<QLabel>("lblCustomers");
+        auto *box = cp()->control<QLineEdit>("txtSearch");
+        clickRow(list(), 4);
+        QTest::keyClicks(field(6), "typed");
+        click(btn("cmdSearch"));
+        QCOMPARE(label->text(), "Search:");
+        QVERIFY(box->isVisible() && box->text().isEmpty());
+        QTRY_COMPARE(QApplication::focusWidget(), box);
+        QCOMPARE(currentText(list()), "Ross, Di");  // an empty box finds nothing
+        QCOMPARE(cp()->fieldText(6), "");  // but refills the fields
+
+        QTest::keyClicks(box, "mo");
+        QCOMPARE(currentText(list()), "Moore, Cy");
+        QCOMPARE(cp()->fieldText(0), "Cy");
+        QTest::keyClicks(box, "ssx");  // "moss" finds Bob, "mossx" nothing
+        QCOMPARE(currentText(list()), "Moss, Bob");
+        QCOMPARE(cp()->fieldText(0), "Bob");
+        retype(box, "LEE");
+        QCOMPARE(currentText(list()), "Lee, Ann");
+
+        click(btn("cmdSearch"));
+        QCOMPARE(label->text(), "List of Customers:");
         QVERIFY(box->isHidden());
-
-        clickRow(visList(w), 4);
-        QTest::keyClicks(field(w, 6), QStringLiteral("typed"));  // unapplied
-        click(btn(w, "cmdSearch"));
-        QCOMPARE(label->text(), QStringLiteral("Search:"));
-        QVERIFY(box->isVisible());
-        QCOMPARE(box->text(), QString());
-        QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(box));
-        // The emptied box refilled the fields from the selected row.
-        QCOMPARE(selectedText(w), QStringLiteral("Ross, Di"));
-        QCOMPARE(line(w, 6)->text(), QString());
-
-        QTest::keyClicks(box, QStringLiteral("mo"));
-        QCOMPARE(selectedText(w), QStringLiteral("Moore, Cy"));
-        QCOMPARE(line(w, 0)->text(), QStringLiteral("Cy"));
-        QTest::keyClicks(box, QStringLiteral("ss"));  // "moss"
-        QCOMPARE(selectedText(w), QStringLiteral("Moss, Bob"));
-        QTest::keyClicks(box, QStringLiteral("x"));  // nothing begins with "mossx"
-        QCOMPARE(selectedText(w), QStringLiteral("Moss, Bob"));
-        QCOMPARE(line(w, 0)->text(), QStringLiteral("Bob"));
-        retype(box, QStringLiteral("LEE"));
-        QCOMPARE(selectedText(w), QStringLiteral("Lee, Ann"));
-        QCOMPARE(line(w, 1)->text(), QStringLiteral("Lee"));
-
-        click(btn(w, "cmdSearch"));
-        QCOMPARE(label->text(), QStringLiteral("List of Customers:"));
-        QVERIFY(box->isHidden());
-        QCOMPARE(selectedText(w), QStringLiteral("Lee, Ann"));
-        QCOMPARE(QApplication::focusWidget(), static_cast<QWidget *>(visList(w)));
+        QCOMPARE(currentText(list()), "Lee, Ann");
+        QCOMPARE(QApplication::focusWidget(), list());
     }
 
-    // CheckToConfirmEdits is read exactly for an edit and in lower case for a
-    // delete.
+    // CheckToConfirmEdits: exactly "False" for an edit, "false" in any case
+    // for a delete.
     void confirmationSetting()
     {
-        startWith({{1, QStringLiteral("Ann"), QStringLiteral("Lee")},
-                   {2, QStringLiteral("Bob"), QStringLiteral("Moss")},
-                   {3, QStringLiteral("Cy"), QStringLiteral("Pike")}});
-        FrmQOR &w = *m_w;
-        ModalAnswerer answers(QMessageBox::Ok);
+        open({{1, "Ann", "Lee"}, {2, "Bob", "Moss"}, {3, "Cy", "Pike"}});
+        m_answers->answer = QMessageBox::Ok;
+        settings::putStoredSetting("CheckToConfirmEdits", "False");
+        QTest::keyClicks(field(2), "1 Main St");
+        click(btn("cmdAddNew"));
+        click(btn("cmdUndo"));
+        QCOMPARE(m_answers->seen.size(), 0);
+        QVERIFY(!table().contains(u"1k"));
 
-        setConfirm(QStringLiteral("False"));
-        QTest::keyClicks(field(w, 2), QStringLiteral("1 Main St"));
-        click(btn(w, "cmdAddNew"));
-        QCOMPARE(answers.count(), 0);
-        QCOMPARE(splitFields(w.db().lvwCustomers.textOf(u"1k")).at(3), QStringLiteral("1 Main St"));
-        click(btn(w, "cmdUndo"));
-        QCOMPARE(answers.count(), 0);
-        QCOMPARE(w.db().lvwCustomers.contains(u"1k"), false);
-
-        setConfirm(QStringLiteral("false"));
-        QCOMPARE(selectedText(w), QStringLiteral("Moss, Bob"));
-        QTest::keyClicks(field(w, 2), QStringLiteral("2 High St"));
-        click(btn(w, "cmdAddNew"));
-        QCOMPARE(answers.count(), 1);  // the edit asks: not exactly "False"
-        click(btn(w, "cmdUndo"));
-        QCOMPARE(answers.count(), 1);  // the delete doesn't: "false" in lower case
-        QCOMPARE(w.db().lvwCustomers.contains(u"2k"), false);
+        settings::putStoredSetting("CheckToConfirmEdits", "false");
+        QTest::keyClicks(field(2), "2 High St");
+        click(btn("cmdAddNew"));
+        QCOMPARE(m_answers->seen.size(), 1);
+        click(btn("cmdUndo"));
+        QCOMPARE(m_answers->seen.size(), 1);
+        QVERIFY(!table().contains(u"2k"));
     }
 
-    // The row selected at start comes from LastViewedCustomer; archived rows
-    // and rows with a wrong field count are not shown.
+    // The row selected at start comes from LastViewedCustomer.
     void listRecall()
     {
         QList<DbCustomer> seven;
-        for (int i = 1; i <= 7; ++i) seven.append({i, QStringLiteral("N%1").arg(i), QStringLiteral("Last%1").arg(i)});
-        // Longer than typing allows: a file written elsewhere.
-        const QString longFirst = QStringLiteral("N4") + QString(38, u'x');
+        for (int i = 1; i <= 7; ++i) seven.append({i, QStringLiteral("N%1").arg(i), QStringLiteral("L%1").arg(i)});
+        const QString longFirst = "N4" + QString(38, 'x');  // longer than typing allows
         seven[3].first = longFirst;
-        writeDatabase(m_box->dbPath(), seven);
-        settings::write(QStringLiteral("BrowseRecall"), QStringLiteral("LastViewedCustomer"), QStringLiteral("3"));
-        m_w = openWindow(0);
-        QCOMPARE(cp(*m_w)->selectedPosition(), 3);
-        QCOMPARE(selectedText(*m_w), QStringLiteral("Last3, N3"));
-        QCOMPARE(cp(*m_w)->fieldText(0), QStringLiteral("N3"));
+        open(seven, {}, "3");
+        QCOMPARE(cp()->selectedPosition(), 3);
+        QCOMPARE(cp()->fieldText(0), "N3");
+        settings::write("BrowseRecall", "LastViewedCustomer", "9");
+        cp()->refreshCustomerList();
+        QCOMPARE(cp()->selectedPosition(), 1);
 
-        // The long name shows whole and doesn't count as an edit; the next
-        // customer is limited again.
-        clickRow(visList(*m_w), 4);
-        QCOMPARE(cp(*m_w)->fieldText(0), longFirst);
-        QCOMPARE(btn(*m_w, "cmdAddNew")->text(), QStringLiteral("&New Customer"));
-        QCOMPARE(btn(*m_w, "cmdUndo")->text(), QStringLiteral("&Delete Existing"));
-        clickRow(visList(*m_w), 5);
-        QCOMPARE(line(*m_w, 0)->maxLength(), 32);
+        // A long stored name shows whole and is no edit; the next is limited again.
+        clickRow(list(), 4);
+        QCOMPARE(cp()->fieldText(0), longFirst);
+        QCOMPARE(buttons(), "&New Customer / &Delete Existing");
+        clickRow(list(), 5);
+        QCOMPARE(qobject_cast<QLineEdit *>(field(0))->maxLength(), 32);
 
-        settings::write(QStringLiteral("BrowseRecall"), QStringLiteral("LastViewedCustomer"), QStringLiteral("9"));
-        cp(*m_w)->refreshCustomerList();
-        QCOMPARE(cp(*m_w)->selectedPosition(), 1);
+        // Only archived customers: an empty list, nothing selected.
+        open({{1, "Old", "Gone", false}, {2, "Older", "Gone", false}});
+        QCOMPARE(cp()->rowCount(), 0);
+        QCOMPARE(cp()->selectedPosition(), 0);
 
-        // A broken row stays in the table but out of the list.
-        m_w->db().lvwCustomers.add(QStringLiteral("8k"), QStringLiteral("Broken") + FieldSep + QStringLiteral("x"));
-        cp(*m_w)->refreshCustomerList();
-        QCOMPARE(cp(*m_w)->rowCount(), 7);
-        QVERIFY(!rowTexts(visList(*m_w)).contains(QStringLiteral("Broken")));
-        discard(m_w);
-
-        writeDatabase(m_box->dbPath(), {{1, QStringLiteral("Old"), QStringLiteral("Gone"), false},
-                                        {2, QStringLiteral("Older"), QStringLiteral("Gone"), false}});
-        settings::write(QStringLiteral("BrowseRecall"), QStringLiteral("LastViewedCustomer"), QStringLiteral("1"));
-        m_w = openWindow(0);
-        QCOMPARE(cp(*m_w)->rowCount(), 0);
-        QCOMPARE(cp(*m_w)->selectedPosition(), 0);
-        QCOMPARE(m_w->db().lvwCustomers.count(), 2);
-
-        // Typing into the empty panel without clicking it first reads as an
-        // edit of nobody: applying it keeps the typing as a new customer, or
-        // says why it can't.
-        ModalAnswerer answers(QMessageBox::Ok);
-        QTest::keyClicks(field(*m_w, 1), QStringLiteral("Gray"));
-        QCOMPARE(btn(*m_w, "cmdAddNew")->text(), QStringLiteral("Apply &Edit"));
-        click(btn(*m_w, "cmdAddNew"));
-        QCOMPARE(answers.count(), 2);
-        QCOMPARE(answers.last().text, QStringLiteral("A customer needs at least a first name."));
-        QCOMPARE(m_w->db().lvwCustomers.count(), 2);
-        QCOMPARE(line(*m_w, 1)->text(), QStringLiteral("Gray"));
-        QTest::keyClicks(field(*m_w, 0), QStringLiteral("Al"));
-        click(btn(*m_w, "cmdAddNew"));
-        QCOMPARE(m_w->db().lvwCustomers.count(), 3);
-        QCOMPARE(selectedText(*m_w), QStringLiteral("Gray, Al"));
-        QCOMPARE(selectedKey(*m_w), QStringLiteral("3k"));
+        // Typing into it without a click is an edit of nobody: applying keeps
+        // the typing as a new customer, once it has a first name.
+        m_answers->answer = QMessageBox::Ok;
+        QTest::keyClicks(field(1), "Gray");
+        click(btn("cmdAddNew"));
+        QCOMPARE(m_answers->last().text, "A customer needs at least a first name.");
+        QCOMPARE(table().count(), 2);
+        QTest::keyClicks(field(0), "Al");
+        click(btn("cmdAddNew"));
+        QCOMPARE(currentText(list()), "Gray, Al");
+        QCOMPARE(currentKey(list()), "3k");
     }
 
-    // A refresh shows exactly the table's current rows, in table order and
-    // under their keys, whatever changed behind the list: a few rows or many.
+    // A refresh shows exactly the table's current rows, in order and under
+    // their keys, whatever changed behind the list: a few rows or many.
     void refreshFollowsTable()
     {
         QList<DbCustomer> start;
-        for (int i = 1; i <= 40; ++i) start.append({i, QStringLiteral("F%1").arg(i), QStringLiteral("L%1").arg(i, 3, 10, QLatin1Char('0'))});
-        writeDatabase(m_box->dbPath(), start);
-        m_w = openWindow(0);
-        FrmQOR &w = *m_w;
-        KeyedList &t = w.db().lvwCustomers;
-        auto row = [](const QString &first, const QString &last) {
-            return joinFields({last + QStringLiteral(", ") + first, first, last, {}, {}, {}, {}, {}, {}});
-        };
-        auto check = [&] {
-            QStringList keys, names;
-            t.forEach([&](QStringView k, QStringView text) {
-                if (fieldSepCount(text) == 8 && !isArchivedCustomerText(text)) {
-                    keys << k.toString();
-                    names << text.left(text.indexOf(FieldSep)).toString();
-                }
-                return true;
-            });
-            QStringList shownKeys;
-            for (int i = 0; i < visList(w)->topLevelItemCount(); ++i)
-                shownKeys << visList(w)->topLevelItem(i)->data(0, Qt::UserRole).toString();
-            QCOMPARE(rowTexts(visList(w)), names);
-            QCOMPARE(shownKeys, keys);
-        };
+        for (int i = 1; i <= 40; ++i) start.append({i, "F", QStringLiteral("L%1").arg(i, 3, 10, QLatin1Char('0'))});
+        open(start);
+        auto row = [](const QString &last) { return joinFields({last + ", F", "F", last, "", "", "", "", "", ""}); };
+        table().remove(u"1k");
+        table().remove(u"40k");
+        table().add("41k", row("L020a"));
+        table().add("42k", row("A"));
+        table().add("43k", "Broken" + QString(FieldSep));
+        const QString archived = ArchiveMark + table().textOf(u"7k");
+        table().remove(u"7k");
+        table().add("7k", archived);
+        table().setTextOf(u"9k", row("L009b"));  // renamed in place
+        const QString a = table().textOf(u"2k"), b = table().textOf(u"3k");
+        table().remove(u"2k");  // two rows trade places
+        table().remove(u"3k");
+        table().add("2k", b);
+        table().add("3k", a);
+        cp()->refreshCustomerList();
+        checkListMatchesTable();
+        QCOMPARE(cp()->rowCount(), 39);
 
-        // A few changes: rows out, in, archived, one renamed in place.
-        t.remove(u"1k");
-        t.remove(u"40k");
-        t.add(QStringLiteral("41k"), row(QStringLiteral("New"), QStringLiteral("L020a")));
-        t.add(QStringLiteral("42k"), row(QStringLiteral("First"), QStringLiteral("A")));
-        const QString old = t.textOf(u"7k");
-        t.remove(u"7k");
-        t.add(QStringLiteral("7k"), ArchiveMark + old);
-        t.setTextOf(u"9k", row(QStringLiteral("F9"), QStringLiteral("L009b")));
-        cp(w)->refreshCustomerList();
-        check();
-        QCOMPARE(cp(w)->rowCount(), 39);
-
-        // Two rows trading places.
-        const QString a = t.textOf(u"2k"), b = t.textOf(u"3k");
-        t.remove(u"2k");
-        t.remove(u"3k");
-        t.add(QStringLiteral("2k"), b);
-        t.add(QStringLiteral("3k"), a);
-        cp(w)->refreshCustomerList();
-        check();
-
-        // Many changes at once.
-        for (int i = 100; i < 500; ++i) t.add(QStringLiteral("%1k").arg(i), row(QStringLiteral("M"), QStringLiteral("K%1").arg(i)));
-        for (int i = 10; i < 30; ++i) t.remove(QStringLiteral("%1k").arg(i));
-        cp(w)->refreshCustomerList();
-        check();
-        t.clear();
-        cp(w)->refreshCustomerList();
-        check();
-        QCOMPARE(cp(w)->selectedPosition(), 0);
+        for (int i = 100; i < 500; ++i) table().add(QStringLiteral("%1k").arg(i), row(QStringLiteral("K%1").arg(i)));
+        for (int i = 10; i < 30; ++i) table().remove(QStringLiteral("%1k").arg(i));
+        cp()->refreshCustomerList();
+        checkListMatchesTable();
+        table().clear();
+        cp()->refreshCustomerList();
+        checkListMatchesTable();
     }
 
     // What the panel did is in the file after a save and back after a restart.
     void saveAndReload()
     {
-        startWith({{1, QStringLiteral("Ann"), QStringLiteral("Lee")},
-                   {2, QStringLiteral("Bob"), QStringLiteral("Moss")},
-                   {3, QStringLiteral("Cy"), QStringLiteral("Pike")}},
-                  {{QStringLiteral("Jan"), 3, {QStringLiteral("1")}}});
-        FrmQOR &w = *m_w;
-        setConfirm(QStringLiteral("False"));
-        typeNewCustomer(w, QStringLiteral("Eve"), QStringLiteral("Adams"));
-        QTest::keyClicks(field(w, 7), QStringLiteral("back door"));
-        QTest::keyClick(field(w, 7), Qt::Key_Return);
-        QTest::keyClicks(field(w, 7), QStringLiteral("after 5"));
-        click(btn(w, "cmdAddNew"));
-        clickRow(visList(w), rowTexts(visList(w)).indexOf(QStringLiteral("Lee, Ann")) + 1);
-        retype(field(w, 1), QStringLiteral("Zeller"));
-        click(btn(w, "cmdAddNew"));
-        clickRow(visList(w), rowTexts(visList(w)).indexOf(QStringLiteral("Moss, Bob")) + 1);
-        click(btn(w, "cmdUndo"));  // removed
-        clickRow(visList(w), rowTexts(visList(w)).indexOf(QStringLiteral("Pike, Cy")) + 1);
-        click(btn(w, "cmdUndo"));  // archived
-        QVERIFY(w.saveDatabase());
-        QVERIFY(!w.databaseChanged());
+        open({{1, "Ann", "Lee"}, {2, "Bob", "Moss"}, {3, "Cy", "Pike"}}, {{3, {"1"}}});
+        settings::putStoredSetting("CheckToConfirmEdits", "False");
+        click(btn("cmdAddNew"));
+        QTest::keyClicks(field(1), "Adams");
+        QTest::keyClicks(field(0), "Eve");
+        QTest::keyClicks(field(7), "back\rdoor");
+        click(btn("cmdAddNew"));
+        select("Lee, Ann");
+        retype(field(1), "Zeller");
+        click(btn("cmdAddNew"));
+        select("Moss, Bob");
+        click(btn("cmdUndo"));  // removed
+        select("Pike, Cy");
+        click(btn("cmdUndo"));  // archived
+        QVERIFY(m_w->saveDatabase());
 
-        const QByteArray bytes = fileBytes(m_box->dbPath());
-        QVERIFY(bytes.contains("<Customer CID=\"4\">\r\n\t\t\t<FName>Eve</FName>\r\n\t\t\t<LName>Adams</LName>\r\n"));
-        QVERIFY(bytes.contains("<Notes>back door\r\nafter 5</Notes>"));
+        const QByteArray bytes = fileBytes(m_box.db);
+        QVERIFY(bytes.contains("<Customer CID=\"4\">\r\n\t\t\t<FName>Eve</FName>\r\n\t\t\t<LName>Adams</LName>\r\n"
+                               "\t\t\t<Notes>back\r\ndoor</Notes>"));
         QVERIFY(bytes.contains("<Customer CID=\"1\">\r\n\t\t\t<FName>Ann</FName>\r\n\t\t\t<LName>Zeller</LName>"));
         QVERIFY(!bytes.contains("CID=\"2\""));
         QVERIFY(bytes.contains("<FName>Cy</FName>\r\n\t\t\t<LName>Pike</LName>\r\n\t\t\t<Current>No</Current>"));
 
         discard(m_w);
-        settings::write(QStringLiteral("BrowseRecall"), QStringLiteral("LastViewedCustomer"), QStringLiteral("2"));
+        settings::write("BrowseRecall", "LastViewedCustomer", "2");
         m_w = openWindow(0);
-        QCOMPARE(rowTexts(visList(*m_w)), (QStringList{QStringLiteral("Adams, Eve"), QStringLiteral("Zeller, Ann")}));
-        QCOMPARE(selectedText(*m_w), QStringLiteral("Zeller, Ann"));
-        QCOMPARE(m_w->db().lvwCustomers.count(), 3);
-        QVERIFY(isArchivedCustomerText(m_w->db().lvwCustomers.textOf(u"3k")));
-        clickRow(visList(*m_w), 1);
-        // The reader joins the lines of a value that spans several.
-        QCOMPARE(cp(*m_w)->fieldText(7), QStringLiteral("back doorafter 5"));
-        // Nothing was typed: the reloaded customer reads as unedited.
-        QCOMPARE(btn(*m_w, "cmdAddNew")->text(), QStringLiteral("&New Customer"));
-        QCOMPARE(btn(*m_w, "cmdUndo")->text(), QStringLiteral("&Delete Existing"));
+        QCOMPARE(rowTexts(list()), QStringList({"Adams, Eve", "Zeller, Ann"}));
+        QCOMPARE(currentText(list()), "Zeller, Ann");
+        QVERIFY(isArchivedCustomerText(table().textOf(u"3k")));
+        clickRow(list(), 1);
+        QCOMPARE(cp()->fieldText(7), "backdoor");  // the reader joins a value's lines
+        QCOMPARE(buttons(), "&New Customer / &Delete Existing");
     }
 };
 

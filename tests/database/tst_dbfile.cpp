@@ -9,6 +9,7 @@
 
 #include <csignal>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace qor;
@@ -256,6 +257,18 @@ private slots:
             QVERIFY(readFile(path) == old);
         }
         QFile::setPermissions(own.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+
+        // A name that belongs to a folder or a pipe is left as it is.
+        const QString folder = own.filePath(QStringLiteral("folder.xml"));
+        QVERIFY(QDir(own.path()).mkdir(QStringLiteral("folder.xml")));
+        const SaveResult onFolder = db.save(folder);
+        QVERIFY(!onFolder.ok);
+        QVERIFY(onFolder.message.contains(QDir::toNativeSeparators(folder)));
+        QVERIFY(QFileInfo(folder).isDir());
+        const QString pipe = own.filePath(QStringLiteral("pipe.xml"));
+        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        QVERIFY(!db.save(pipe).ok);
+        QVERIFY(!QFileInfo(pipe).isFile() && QFileInfo::exists(pipe));
 
         // The save that can happen writes everything.
         QVERIFY(db.save(path).ok);

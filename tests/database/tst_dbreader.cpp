@@ -228,6 +228,43 @@ private slots:
         QVERIFY(l.problems.last().contains(QLatin1String("4000 more")));
     }
 
+    void recordLinesReadEitherWay()
+    {
+        // Records whose lines are all single elements are read straight from
+        // their lines; a line of any other kind sends a record the general way.
+        // Both must give the same rows, whatever the record holds.
+        const QList<QList<QByteArray>> bodies = {
+            {"<BP>May</BP>", "<CID>1</CID>", "<AccountBalance>2.5</AccountBalance>", "<PSID Number=\"1\">5</PSID>"},
+            {"<bp>May</BP>", "<cid>2</Cid>", "<BP>June</BP>", "<PSID Number=\"2\">7</PSID>",
+             "<PSID Number=\"1\">5x2</PSID>", "<PSID Number=\"1\">9</PSID>", "<Note>a \"b\" c</Note>"},
+            {"<BP></BP>", "<CID>3</CID>", "<Note></Note>", "<PSID Number=\"1\"></PSID>", "<PSID Number=\"3\">4</PSID>"},
+            {"<BP>May</BP>", "<CID>4</CID>", "<PSID Number=\"01\">5</PSID>", "<PSID Number=\"1\">6</PSID>"},
+            {"<BP>May</BP>", "<CID>5</CID>", "<PSID Number=\"1\">5</psid>", "<PSID Number=\"2\">6</PSID>"},
+            {"<BP>May</BP>", "<CID>6</CID>", "<Note>x</BP>", "<AccountBalance>1</AccountBalance>"},
+        };
+        for (const QList<QByteArray> &body : bodies) {
+            QList<QByteArray> plain{"<InvoiceRecords>", "\t\t<InvoiceRecord>"};
+            for (const QByteArray &l : body) plain << "\t\t\t" + l;
+            plain << "\t\t</InvoiceRecord>" << "</InvoiceRecords>";
+            QList<QByteArray> general = plain;
+            general.insert(2, "<x/>");
+            Database a, b;
+            QVERIFY(load(a, dir, crlf(plain)).result.ok());
+            QVERIFY(load(b, dir, crlf(general)).result.ok());
+            QCOMPARE(rows(a.lvwInvoiceRecords), rows(b.lvwInvoiceRecords));
+            QCOMPARE(a.lvwInvoiceRecords.count(), 1);
+        }
+        // What the general way makes of the second and fifth of them.
+        Database db;
+        load(db, dir, crlf({"<InvoiceRecords>", "<InvoiceRecord>", "<bp>May</BP>", "<cid>2</Cid>", "<BP>June</BP>",
+                            "<PSID Number=\"2\">7</PSID>", "<PSID Number=\"1\">5x2</PSID>",
+                            "<PSID Number=\"1\">9</PSID>", "<Note>a \"b\" c</Note>", "</InvoiceRecord>",
+                            "<InvoiceRecord>", "<BP>May</BP>", "<CID>5</CID>", "<PSID Number=\"1\">5</psid>",
+                            "<PSID Number=\"2\">6</PSID>", "</InvoiceRecord>", "</InvoiceRecords>"}));
+        QCOMPARE(rows(db.lvwInvoiceRecords),
+                 (QStringList{"May|2| = May||2||5x2+7|a \"b\" c", "May|5| = May||5||5</psid><PSID Number=\"2\">6+6|"}));
+    }
+
     void recordsWithoutUsableNumber()
     {
         Database db;
