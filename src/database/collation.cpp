@@ -88,15 +88,21 @@ std::unique_ptr<Tables> buildTables() {
         }
     }
 
-    // Rank-compress to 16 bits so the hot table stays small.
-    std::vector<quint32> distinct(weight);
-    std::sort(distinct.begin(), distinct.end());
-    distinct.erase(std::unique(distinct.begin(), distinct.end()), distinct.end());
+    // Rank-compress to 16 bits so the hot table stays small. The weights are
+    // bounded, so the ranks come from a presence table and a running count.
+    constexpr quint32 WeightLimit = 0x10001 + 0x800;
+    std::vector<quint32> rank(WeightLimit, 0);
+    for (char32_t u = 0; u < 0x10000; ++u) rank[weight[u]] = 1;
+    quint32 below = 0;
+    for (quint32 w = 0; w < WeightLimit; ++w) {
+        const quint32 present = rank[w];
+        rank[w] = below;
+        below += present;
+    }
     for (char32_t u = 0; u < 0x10000; ++u) {
         if (weight[u] == 0) continue;
-        const auto rank = std::lower_bound(distinct.begin(), distinct.end(), weight[u]) - distinct.begin();
-        // distinct[0] is the 0 of the ignored units, so ranks start at 1.
-        t->primary[u] = quint16(std::min<qsizetype>(rank, 0xFFFF));
+        // The 0 of the ignored units is the lowest weight, so ranks start at 1.
+        t->primary[u] = quint16(std::min<quint32>(rank[weight[u]], 0xFFFF));
     }
     return t;
 }
@@ -177,6 +183,33 @@ int compareRowText(QStringView a, QStringView b) {
     const qsizetype skip = commonPrefix(pa, pb, std::min(na, nb));
     if (skip == na && skip == nb) return 0;
     pa += skip; pb += skip; na -= skip; nb -= skip;
+
+    // Plain ASCII, the usual case, needs no tables: its primary weights follow
+    // the case-folded code points, and it has no accents and no ignored units.
+    {
+        const qsizetype n = std::min(na, nb);
+        bool ascii = true;
+        for (qsizetype i = 0; i < n; ++i) {
+            const char16_t x = pa[i], y = pb[i];
+            if ((x | y) >= 0x80) {
+                ascii = false;
+                break;
+            }
+            const char16_t fx = (x >= u'A' && x <= u'Z') ? char16_t(x + 32) : x;
+            const char16_t fy = (y >= u'A' && y <= u'Z') ? char16_t(y + 32) : y;
+            if (fx != fy) return fx < fy ? -1 : 1;
+        }
+        // A longer text whose next unit is ASCII has a weight where the
+        // shorter has ended; a non-ASCII one might be an ignored mark.
+        if (ascii && na != nb && (na > nb ? pa[n] : pb[n]) < 0x80) return na < nb ? -1 : 1;
+        if (ascii && na == nb) {
+            for (qsizetype i = 0; i < n; ++i) {
+                const bool ua = pa[i] >= u'A' && pa[i] <= u'Z', ub = pb[i] >= u'A' && pb[i] <= u'Z';
+                if (ua != ub) return ua ? 1 : -1;
+            }
+            return codePointOrder(pa[0], pb[0]);
+        }
+    }
 
     const Tables &t = tables();
     qsizetype ia = 0, ib = 0;

@@ -17,7 +17,11 @@
 #include <iterator>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
 
 namespace qor {
 namespace {
@@ -26,7 +30,7 @@ constexpr quint32 Nil = 0xFFFFFFFFu;
 constexpr quint32 PendingTag = 0x80000000u;  // Row::where for a row still in the pending vector
 constexpr int LeafCap = 64;
 constexpr int InnerCap = 64;
-constexpr int ChunkBits = 12;
+constexpr int ChunkBits = 10;  // small tables must not pay for a big first chunk
 constexpr quint32 ChunkSize = 1u << ChunkBits;
 
 quint32 hashKey(QStringView key) {
@@ -55,6 +59,25 @@ quint32 hashKey(QStringView key) {
 QString compact(const QString &s) {
     if (s.capacity() > s.size() + 8) return QString(s.constData(), s.size());
     return s;
+}
+QString compact(QString &&s) {
+    if (s.capacity() > s.size() + 8) return QString(s.constData(), s.size());
+    return std::move(s);
+}
+
+// Every look-up of a big key index lands on a random page; large pages
+// spare the address translation most of its misses there.
+void adviseHugePages(void *p, size_t bytes) {
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+    constexpr uintptr_t Huge = uintptr_t(2) << 20;
+    if (bytes < 2 * Huge) return;
+    const uintptr_t b = (reinterpret_cast<uintptr_t>(p) + Huge - 1) & ~(Huge - 1);
+    const uintptr_t e = (reinterpret_cast<uintptr_t>(p) + bytes) & ~(Huge - 1);
+    if (e > b) madvise(reinterpret_cast<void *>(b), e - b, MADV_HUGEPAGE);
+#else
+    Q_UNUSED(p);
+    Q_UNUSED(bytes);
+#endif
 }
 
 }  // namespace
@@ -86,8 +109,9 @@ struct KeyedList::Impl {
     Row &row(quint32 id) { return chunks[id >> ChunkBits][id & (ChunkSize - 1)]; }
     const Row &row(quint32 id) const { return chunks[id >> ChunkBits][id & (ChunkSize - 1)]; }
 
-    quint32 newRow(const QString &keyIn, const QString &textIn) {
-        QString key = compact(keyIn), text = compact(textIn);
+    template <typename K, typename T>
+    quint32 newRow(K &&keyIn, T &&textIn) {
+        QString key = compact(std::forward<K>(keyIn)), text = compact(std::forward<T>(textIn));
         if (freeIds.empty() && (nextId >> ChunkBits) >= chunks.size()) {
             auto chunk = std::make_unique<Row[]>(ChunkSize);
             chunks.push_back(std::move(chunk));
@@ -144,6 +168,8 @@ struct KeyedList::Impl {
         if (want <= keySlots.size()) return;
         std::vector<quint64> old;
         old.swap(keySlots);
+        keySlots.reserve(want);
+        adviseHugePages(keySlots.data(), want * sizeof(quint64));
         keySlots.assign(want, 0);
         mask = want - 1;
         for (quint64 s : old)
@@ -597,6 +623,27 @@ struct KeyedList::Impl {
             throw KeyedListError("KeyedList: the key \"" + key.toStdString() + "\" is already in the table");
     }
 
+    // Bulk append: one hash, one probe for both the duplicate test and the
+    // free slot the new key takes.
+    template <typename K, typename T>
+    void appendRow(K &&key, T &&text) {
+        if (key.isEmpty()) throw KeyedListError("KeyedList: a row key cannot be empty");
+        const quint32 h = hashKey(key);
+        reserveSlots(quint64(live) + 1);
+        quint64 i = h & mask;
+        for (;; i = (i + 1) & mask) {
+            const quint64 s = keySlots[i];
+            if (s == 0) break;
+            if (quint32(s >> 32) == h && row(slotId(s)).key == key)
+                throw KeyedListError("KeyedList: the key \"" + QString(key).toStdString() + "\" is already in the table");
+        }
+        if (pending.size() == pending.capacity()) pending.reserve(std::max<size_t>(64, pending.size() * 2));
+        const quint32 id = newRow(std::forward<K>(key), std::forward<T>(text));
+        row(id).where = PendingTag | quint32(pending.size());
+        pending.push_back(id);
+        keySlots[i] = (quint64(h) << 32) | (quint64(id) + 1);
+    }
+
     template <typename Fn>
     bool walk(quint32 node, int level, Fn &fn) const {
         if (level == 0) {
@@ -644,15 +691,23 @@ int KeyedList::add(const QString &key, const QString &text) {
     return int(pos) + 1;
 }
 
-void KeyedList::append(const QString &key, const QString &text) {
-    d->checkNewKey(key);
-    const quint32 h = hashKey(key);
-    d->reserveSlots(quint64(d->live) + 1);
-    if (d->pending.size() == d->pending.capacity()) d->pending.reserve(std::max<size_t>(64, d->pending.size() * 2));
-    const quint32 id = d->newRow(key, text);
-    d->row(id).where = PendingTag | quint32(d->pending.size());
-    d->pending.push_back(id);
-    d->indexKey(id, h);
+void KeyedList::append(const QString &key, const QString &text) { d->appendRow(key, text); }
+void KeyedList::append(QString &&key, QString &&text) { d->appendRow(std::move(key), std::move(text)); }
+
+void KeyedList::reserve(int n) {
+    if (n <= 0) return;
+    const quint64 rows = quint64(n);
+    d->reserveSlots(rows);
+    if (rows > d->total()) d->pending.reserve(d->pending.size() + (rows - d->total()));
+    d->chunks.reserve(size_t((rows + ChunkSize - 1) >> ChunkBits));
+}
+
+void KeyedList::prefetch(QStringView key) const {
+#if defined(__GNUC__) || defined(__clang__)
+    if (!d->keySlots.empty()) __builtin_prefetch(&d->keySlots[hashKey(key) & d->mask]);
+#else
+    Q_UNUSED(key);
+#endif
 }
 
 bool KeyedList::contains(QStringView key) const { return d->find(key) != Nil; }
@@ -669,6 +724,7 @@ QStringView KeyedList::textView(int index) const { return d->row(d->checkedRowAt
 QString KeyedList::textOf(QStringView key) const { return d->row(d->checkedFind(key)).text; }
 
 void KeyedList::setText(int index, const QString &text) { d->row(d->checkedRowAt(index)).text = compact(text); }
+void KeyedList::setText(int index, QString &&text) { d->row(d->checkedRowAt(index)).text = compact(std::move(text)); }
 void KeyedList::setTextOf(QStringView key, const QString &text) { d->row(d->checkedFind(key)).text = compact(text); }
 
 void KeyedList::remove(QStringView key) {

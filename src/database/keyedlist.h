@@ -37,6 +37,15 @@ public:
     // Bulk loading: appends at the end without ordering; call resort() before
     // relying on the order. Throws on an empty or existing key.
     void append(const QString &key, const QString &text);
+    // Takes the strings only when the row is added: after a throw they are
+    // still the caller's.
+    void append(QString &&key, QString &&text);
+    // Room for n rows in all, so a bulk load of a known size grows nothing
+    // row by row. A hint only: the table stays as it is.
+    void reserve(int n);
+    // A hint ahead of append/contains/textOf with this key: starts fetching
+    // the memory the look-up will need. Changes nothing.
+    void prefetch(QStringView key) const;
 
     bool contains(QStringView key) const;
     int indexOf(QStringView key) const;  // 1-based position, 0 when absent
@@ -50,6 +59,7 @@ public:
 
     // Changing a text leaves the row where it is.
     void setText(int index, const QString &text);
+    void setText(int index, QString &&text);
     void setTextOf(QStringView key, const QString &text);
     void remove(QStringView key);  // throws when the key is absent
 

@@ -182,14 +182,10 @@ struct DecodeTable {
 };
 const DecodeTable Decode;
 
-// Appends bytes of a cleaned value, decoded, to s.
-void appendDecoded(QString &s, const char *p, qsizetype n)
+// Writes bytes of a cleaned value, decoded, at d (at most n characters) and
+// returns the end of what it wrote.
+inline char16_t *putDecoded(char16_t *d, const char *p, qsizetype n)
 {
-    if (n <= 0) return;
-    const qsizetype at = s.size();
-    s.resize(at + n);
-    char16_t *base = reinterpret_cast<char16_t *>(s.data());
-    char16_t *d = base + at;
     const char *e = p + n;
     while (p < e) {
         const unsigned char c = static_cast<unsigned char>(*p);
@@ -207,7 +203,17 @@ void appendDecoded(QString &s, const char *p, qsizetype n)
         *d++ = Decode.t[c];
         ++p;
     }
-    s.truncate(d - base);
+    return d;
+}
+
+// Appends bytes of a cleaned value, decoded, to s.
+void appendDecoded(QString &s, const char *p, qsizetype n)
+{
+    if (n <= 0) return;
+    const qsizetype at = s.size();
+    s.resize(at + n);
+    char16_t *base = reinterpret_cast<char16_t *>(s.data());
+    s.truncate(putDecoded(base + at, p, n) - base);
 }
 
 QString decoded(const char *p, qsizetype n)
@@ -223,6 +229,34 @@ struct Span {
     qsizetype at = 0;
     qsizetype len = 0;
 };
+
+// The first LF in s[0, n), or null. Lines are short, so an inline scan beats
+// a library call; reading up to 15 bytes past n must be allowed (the line
+// source keeps slack behind its data).
+inline const char *findNewline(const char *s, qsizetype n)
+{
+#if defined(__SSE2__)
+    const __m128i lf = _mm_set1_epi8('\n');
+    for (qsizetype i = 0; i < n; i += 16) {
+        const unsigned m = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i *>(s + i)), lf)));
+        if (m) {
+            const qsizetype at = i + __builtin_ctz(m);
+            return at < n ? s + at : nullptr;
+        }
+    }
+    return nullptr;
+#else
+    return n > 0 ? static_cast<const char *>(std::memchr(s, '\n', size_t(n))) : nullptr;
+#endif
+}
+
+// The first c in the few bytes of a value, or null.
+inline const char *findByte(const char *p, qsizetype n, char c)
+{
+    for (qsizetype i = 0; i < n; ++i)
+        if (p[i] == c) return p + i;
+    return nullptr;
+}
 
 // Physical lines of the file, read in large blocks. A line ends at CR LF, at
 // LF alone or at CR alone.
@@ -241,7 +275,7 @@ public:
             const char *lineEnd = nullptr;
             qsizetype after = 0;  // bytes consumed, line end included
             if (!m_loneCr) {
-                const char *nl = avail ? static_cast<const char *>(std::memchr(s, '\n', size_t(avail))) : nullptr;
+                const char *nl = findNewline(s, avail);
                 // Lines end in LF or CR LF: one search per line.
                 if (nl) {
                     lineEnd = (nl > s && nl[-1] == '\r') ? nl - 1 : nl;
@@ -293,6 +327,8 @@ public:
     }
 
     qint64 lineNumber() const { return m_line; }
+    // Bytes of the file not yet handed out as lines.
+    qint64 bytesLeft() const { return std::max<qint64>(0, m_file.size() - (m_bufOffset + m_pos)); }
     // After a failed read: the line that holds a byte a text file never has.
     qint64 badLine() const { return m_badLine; }
     unsigned char badByte() const { return m_badValue; }
@@ -304,7 +340,7 @@ private:
     {
         const qsizetype rest = m_end - m_pos;
         if (m_pos > 0) {
-            if (rest) std::memmove(m_buf.data(), m_buf.constData() + m_pos, rest);
+            if (rest > 0) std::memmove(m_buf.data(), m_buf.constData() + m_pos, size_t(rest));
             m_bufOffset += m_pos;
             m_pos = 0;
             m_end = rest;
@@ -589,7 +625,7 @@ public:
     // The value stored for a number given as cleaned bytes; -1 when unknown.
     int find(const char *p, qsizetype n) const
     {
-        if (std::memchr(p, Marker, size_t(n))) return find(decoded(p, n));
+        if (findByte(p, n, Marker)) return find(decoded(p, n));
         const qint64 v = plainNumber(p, n);
         if (v >= 0 && v < (qint64(1) << 24)) return size_t(v) < m_small.size() ? m_small[size_t(v)] : -1;
         if (m_other.isEmpty()) return -1;
@@ -828,13 +864,15 @@ private:
         for (int i = 0; i < CompanyFieldCount; ++i) m_db.company[size_t(i)] = element(names[i]);
     }
 
-    bool addRow(KeyedList &table, const QString &key, const QString &rowText, qint64 line, const QString &what)
+    // `what` tells the duplicate in the message; it is only worked out then.
+    template <typename What>
+    bool addRow(KeyedList &table, QString key, QString rowText, qint64 line, What &&what)
     {
         try {
-            table.append(key, rowText);
+            table.append(std::move(key), std::move(rowText));
             return true;
         } catch (const KeyedListError &) {
-            duplicate = DuplicateKey{line, what};
+            duplicate = DuplicateKey{line, what()};
             return false;
         }
     }
@@ -870,8 +908,8 @@ private:
                 row += FieldSep;
                 appendElement(row, element);
             }
-            if (!addRow(m_db.lvwCustomers, number + u'k', row, headerLine,
-                        QStringLiteral("a second customer with the number %1").arg(number)))
+            if (!addRow(m_db.lvwCustomers, number + u'k', std::move(row), headerLine,
+                        [&] { return QStringLiteral("a second customer with the number %1").arg(number); }))
                 return;
             m_customers.insert(number, int(m_nameAt.size()));
             m_nameAt.push_back({m_namePool.size(), name.size()});
@@ -900,8 +938,8 @@ private:
             appendElement(row, "bpend");
             row += FieldSep;
             appendElement(row, "billdue");
-            if (!addRow(m_db.lvwPeriods, name + FieldSep, row, firstLine,
-                        QStringLiteral("a second bill period named \"%1\"").arg(name)))
+            if (!addRow(m_db.lvwPeriods, name + FieldSep, std::move(row), firstLine,
+                        [&] { return QStringLiteral("a second bill period named \"%1\"").arg(name); }))
                 return;
         }
     }
@@ -930,8 +968,8 @@ private:
             row += price;
             row += u" - ";
             appendElement(row, "item");
-            if (!addRow(m_db.lvwPAndS, number + u'k', row, headerLine,
-                        QStringLiteral("a second item with the number %1").arg(number)))
+            if (!addRow(m_db.lvwPAndS, number + u'k', std::move(row), headerLine,
+                        [&] { return QStringLiteral("a second item with the number %1").arg(number); }))
                 return;
             m_items.insert(number, 1);
         }
@@ -940,13 +978,13 @@ private:
     // An entry names a known item? Only the part before the "x" counts.
     bool knownItem(const char *p, qsizetype n) const
     {
-        if (std::memchr(p, Marker, size_t(n))) {
+        if (findByte(p, n, Marker)) {
             // A character reference inside: decide on the decoded text.
             const QString entry = decoded(p, n);
             const qsizetype x = entry.indexOf(u'x');
             return m_items.find(x < 0 ? entry : entry.left(x)) >= 0;
         }
-        const char *x = static_cast<const char *>(std::memchr(p, 'x', size_t(n)));
+        const char *x = findByte(p, n, 'x');
         return m_items.find(p, x ? x - p : n) >= 0;
     }
 
@@ -1101,12 +1139,57 @@ private:
         m_curSpan = {mark, 0};
     }
 
+    // Records wait in small batches before they go into the table: each one's
+    // key slot is prefetched when the record is parsed, so by the time the
+    // batch is added the slots are in cache.
+    struct PendingRecord {
+        QString key, row;
+        qint64 line;
+        qsizetype cidAt;  // where the CID starts in the key
+        bool named;
+    };
+    static constexpr size_t BatchSize = 16;
+    std::vector<PendingRecord> m_batch;
+
+    bool flushRecords()
+    {
+        for (PendingRecord &r : m_batch) {
+            try {
+                m_db.lvwInvoiceRecords.append(std::move(r.key), std::move(r.row));
+            } catch (const KeyedListError &) {
+                // A failed append leaves the strings with us.
+                const QStringView key(r.key);
+                duplicate = DuplicateKey{r.line, QStringLiteral("a second record of customer %1 in bill period \"%2\"")
+                                                     .arg(key.mid(r.cidAt).chopped(1), key.left(r.cidAt - 1))};
+                m_batch.clear();
+                return false;
+            }
+            if (!r.named) m_after.unnamedRows.push_back(m_db.lvwInvoiceRecords.count());
+        }
+        m_batch.clear();
+        return true;
+    }
+
     void readInvoiceRecords()
+    {
+        m_batch.reserve(BatchSize);
+        readInvoiceRecordLines();
+        if (!duplicate) flushRecords();
+    }
+
+    void readInvoiceRecordLines()
     {
         char name[48] = "PSID Number=\"";
         const qsizetype prefix = 13;
         std::vector<Span> entries;
         PlainRecord plain;
+        {
+            // The shortest record the writer makes is about this long, so the
+            // table is sized once for the section instead of growing row by row.
+            constexpr qint64 ShortRecordBytes = 150;
+            const qint64 estimate = m_db.lvwInvoiceRecords.count() + m_src.bytesLeft() / ShortRecordBytes;
+            m_db.lvwInvoiceRecords.reserve(int(std::min<qint64>(estimate, 1 << 28)));
+        }
         while (!m_src.atEnd()) {
             m_rec.truncate(0);
             qint64 firstLine = 0;
@@ -1164,37 +1247,42 @@ private:
                               : QStringView();
             const bool named = customer >= 0;
 
-            QString row;
-            row.reserve(bp.len + cid.len + balance.len + entryBytes + note.len + 5 +
-                        (named ? customerName.size() + 1 : 0));
-            appendDecoded(row, s + bp.at, bp.len);
-            row += FieldSep;
-            if (named) {
-                row += customerName;
-                row += FieldSep;
-            }
-            const qsizetype cidAt = row.size();
-            appendDecoded(row, s + cid.at, cid.len);
-            row += FieldSep;
-            const qsizetype cidEnd = row.size();
-            appendDecoded(row, s + balance.at, balance.len);
-            row += FieldSep;
-            for (size_t e = 0; e < entries.size(); ++e) {
-                if (e) row += ItemSep;
-                appendDecoded(row, s + entries[e].at, entries[e].len);
-            }
-            row += FieldSep;
-            appendDecoded(row, s + note.at, note.len);
+            // The key first: the table can start fetching its slot while
+            // the row is put together. Both are written in place, sized for
+            // the bytes (decoding never makes a value longer).
+            QString key(bp.len + cid.len + 2, Qt::Uninitialized);
+            char16_t *const k = reinterpret_cast<char16_t *>(key.data());
+            char16_t *kd = putDecoded(k, s + bp.at, bp.len);
+            *kd++ = FieldSep.unicode();
+            const qsizetype cidAt = kd - k;
+            kd = putDecoded(kd, s + cid.at, cid.len);
+            *kd++ = FieldSep.unicode();
+            const qsizetype keyLen = kd - k;
+            if (keyLen < key.size()) key.truncate(keyLen);
+            m_db.lvwInvoiceRecords.prefetch(key);
 
-            QString key;
-            key.reserve(bp.len + cid.len + 2);
-            key += QStringView(row).left(cidAt - (named ? customerName.size() + 1 : 0));
-            key += QStringView(row).mid(cidAt, cidEnd - cidAt);
-            if (!addRow(m_db.lvwInvoiceRecords, key, row, firstLine,
-                        QStringLiteral("a second record of customer %1 in bill period \"%2\"")
-                            .arg(decoded(s + cid.at, cid.len), decoded(s + bp.at, bp.len))))
-                return;
-            if (!named) m_after.unnamedRows.push_back(m_db.lvwInvoiceRecords.count());
+            const qsizetype nameLen = named ? customerName.size() + 1 : 0;
+            QString row(keyLen + nameLen + balance.len + 1 + std::max<qsizetype>(entryBytes, 1) + note.len,
+                        Qt::Uninitialized);
+            char16_t *const r = reinterpret_cast<char16_t *>(row.data());
+            char16_t *d = std::copy(k, k + cidAt, r);
+            if (named) {
+                d = std::copy(customerName.utf16(), customerName.utf16() + customerName.size(), d);
+                *d++ = FieldSep.unicode();
+            }
+            d = std::copy(k + cidAt, k + keyLen, d);
+            d = putDecoded(d, s + balance.at, balance.len);
+            *d++ = FieldSep.unicode();
+            for (size_t e = 0; e < entries.size(); ++e) {
+                if (e) *d++ = ItemSep.unicode();
+                d = putDecoded(d, s + entries[e].at, entries[e].len);
+            }
+            *d++ = FieldSep.unicode();
+            d = putDecoded(d, s + note.at, note.len);
+            if (d - r < row.size()) row.truncate(d - r);
+
+            m_batch.push_back({std::move(key), std::move(row), firstLine, cidAt, named});
+            if (m_batch.size() == BatchSize && !flushRecords()) return;
 
             for (const Span &entry : entries) {
                 if (!entry.len || knownItem(s + entry.at, entry.len)) continue;

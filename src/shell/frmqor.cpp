@@ -14,7 +14,6 @@
 #include "shell/roster.h"
 #include "shell/settingsstore.h"
 #include "uiservices/assetpaths.h"
-#include "uiservices/fonts.h"
 #include "uiservices/frmmessage.h"
 #include "uiservices/hovercommand.h"
 #include "uiservices/twips.h"
@@ -95,7 +94,6 @@ struct FrmQOR::Private {
 
 FrmQOR::FrmQOR(QWidget *parent) : QWidget(parent), p(new Private) {
     initHelpResource();
-    ensureDesignFonts();
     setObjectName(QStringLiteral("frmQOR"));
     setWindowTitle(QStringLiteral(" Qorvane"));
     setProperty("qorFrameTwips", QSizeF(FrameAllowanceWidth, FrameAllowanceHeight));

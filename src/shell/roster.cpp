@@ -2,6 +2,7 @@
 // of it. One row per control; the program reads the rows, so the place,
 // caption and start state of a control is changed in one spot.
 #include "shell/roster.h"
+#include "uiservices/fonts.h"
 
 #include "uiservices/twips.h"
 #include "uiservices/assetpaths.h"
@@ -10,8 +11,6 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QFile>
-#include <QFontDatabase>
 #include <QGroupBox>
 #include <QIcon>
 #include <QLabel>
@@ -519,26 +518,9 @@ QColor foreColour(const QWidget *w)
     return w ? w->palette().color(QPalette::Active, foreRole(w)) : QColor();
 }
 
-void ensureFonts()
-{
-    static bool done = false;
-    if (done)
-        return;
-    done = true;
-    if (QFontDatabase::hasFamily(QStringLiteral("Tahoma")))
-        return;
-    // The Tahoma files of the wine fonts package are not in the system's font
-    // path; register them with the program instead.
-    const char *const files[] = {"/usr/share/wine/fonts/tahoma.ttf",
-                                 "/usr/share/wine/fonts/tahomabd.ttf"};
-    for (const char *f : files)
-        if (QFile::exists(QString::fromLatin1(f)))
-            QFontDatabase::addApplicationFont(QString::fromLatin1(f));
-}
-
 void build(int panelIndex, QWidget *panel, QHash<QString, QWidget *> &controls)
 {
-    ensureFonts();
+    ensureDesignFonts();
     for (const Entry *e : entriesOf(panelIndex)) {
         QWidget *parent = panel;
         if (e->parent) {

@@ -1,7 +1,8 @@
 #include "fonts.h"
 
-#include <QFile>
+#include <QFont>
 #include <QFontDatabase>
+#include <QStringList>
 
 namespace qor {
 
@@ -9,10 +10,12 @@ void ensureDesignFonts() {
     static bool done = false;
     if (done) return;
     done = true;
-    if (QFontDatabase::families().contains(QStringLiteral("Tahoma"))) return;
-    for (const char *path : {"/usr/share/wine/fonts/tahoma.ttf", "/usr/share/wine/fonts/tahomabd.ttf"}) {
-        if (QFile::exists(QString::fromLatin1(path)))
-            QFontDatabase::addApplicationFont(QString::fromLatin1(path));
+    // Liberation Sans has Arial's metrics and a clear bold; it keeps captions
+    // within the widths the window was designed for when Tahoma is missing.
+    const QString stand_in = QStringLiteral("Liberation Sans");
+    for (const QString family : {QStringLiteral("Tahoma"), QStringLiteral("Arial")}) {
+        if (!QFontDatabase::hasFamily(family) && QFontDatabase::hasFamily(stand_in))
+            QFont::insertSubstitution(family, stand_in);
     }
 }
 

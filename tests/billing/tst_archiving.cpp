@@ -4,8 +4,6 @@
 #include "billing/frmchecking.h"
 #include "database/database.h"
 #include "database/rows.h"
-#include "shell/settingsstore.h"
-#include "uiservices/twips.h"
 
 #include <QLabel>
 #include <QProgressBar>
@@ -18,46 +16,21 @@ using namespace qor;
 
 namespace {
 
-QString customerText(const QString &last, const QString &first) {
-    const QString display = last.isEmpty() ? first : last + QStringLiteral(", ") + first;
-    return joinFields({display, first, last, "1 Road", "", "", "", "", ""});
-}
+QString customerText(const QString &last) { return joinFields({last + ", Pat", "Pat", last, "1 Road", "", "", "", "", ""}); }
 
-void addCustomer(Database &db, int cid, const QString &last, const QString &first) {
-    db.lvwCustomers.add(QString::number(cid) + QLatin1Char('k'), customerText(last, first));
-}
-
-void addProduct(Database &db, int psid, const QString &sortPrice, const QString &rest) {
-    db.lvwPAndS.add(QString::number(psid) + QLatin1Char('k'), sortPrice + rest);
-}
-
-void addRecord(Database &db, const QString &period, const QString &name, int cid,
-               const QString &balance, const QString &items) {
-    const QString c = QString::number(cid);
-    db.lvwInvoiceRecords.add(period + FieldSep + c + FieldSep,
-                             joinFields({period, name, c, balance, items, ""}));
-}
-
-// Customers 1..12, of whom 2, 5 and 12 have records; items 1, 3, 7 and 12.
+// Customers 1..12, of whom 2, 5 and 12 have records (12 only paid ones); items
+// 1, 3, 7 and 12. The records sort Baker (2), Egan (5), Lane (12), P2 Lane.
 void fill(Database &db) {
-    const char *lasts[] = {"Adams", "Baker", "Cole", "Dunn", "Egan", "Ford",
-                           "Gray", "Hale", "Irwin", "Jones", "King", "Lane"};
-    for (int i = 1; i <= 12; ++i) addCustomer(db, i, QString::fromLatin1(lasts[i - 1]), QStringLiteral("Pat"));
-    addProduct(db, 1, QStringLiteral("000000001.00"), QStringLiteral("$1.00 - Pen"));
-    addProduct(db, 3, QStringLiteral("000000003.00"), QStringLiteral("$3.00 - Pad"));
-    addProduct(db, 7, QStringLiteral("000000005.00"), QStringLiteral("$5.00 - Ink"));
-    addProduct(db, 12, QStringLiteral("000000009.00"), QStringLiteral("$9.00 - Desk"));
-    // Sorted by period then name: Baker (2), Egan (5), Lane (12), then P2 Lane.
-    addRecord(db, "P1", "Baker, Pat", 2, "4.5", "7" + QString(ItemSep) + "12x3");
-    addRecord(db, "P1", "Egan, Pat", 5, "0", "7x2");  // paid
-    addRecord(db, "P1", "Lane, Pat", 12, "0", "1");
-    addRecord(db, "P2", "Lane, Pat", 12, "0", "7");
-}
-
-QList<int> values(const QSignalSpy &spy) {
-    QList<int> out;
-    for (const auto &args : spy) out << args.at(0).toInt();
-    return out;
+    const char *lasts[] = {"Adams", "Baker", "Cole", "Dunn", "Egan", "Ford", "Gray", "Hale", "Irwin", "Jones", "King", "Lane"};
+    for (int i = 1; i <= 12; ++i) db.lvwCustomers.add(QStringLiteral("%1k").arg(i), customerText(QString::fromLatin1(lasts[i - 1])));
+    for (auto [psid, price] : {std::pair{1, 1}, std::pair{3, 3}, std::pair{7, 5}, std::pair{12, 9}})
+        db.lvwPAndS.add(QStringLiteral("%1k").arg(psid), QStringLiteral("00000000%1.00$%1.00 - Item%2").arg(price).arg(psid));
+    const std::tuple<const char *, const char *, int, QString> records[] = {
+        {"P1", "Baker, Pat", 2, "7" + QString(ItemSep) + "12x3"}, {"P1", "Egan, Pat", 5, "7x2"},
+        {"P1", "Lane, Pat", 12, "1"}, {"P2", "Lane, Pat", 12, "7"}};
+    for (const auto &[period, name, cid, items] : records)
+        db.lvwInvoiceRecords.add(QStringLiteral("%1\u0001%2\u0001").arg(period).arg(cid),
+                                 joinFields({period, name, QString::number(cid), cid == 2 ? "4.5" : "0", items, ""}));
 }
 
 }  // namespace
@@ -67,126 +40,59 @@ class TestArchiving : public QObject {
     QTemporaryDir m_config;
     QWidget m_main;
 private slots:
-    void initTestCase();
-    void cleanup();
-    void customerScanIsExactAndCountsPaidRecords();
-    void productScanReadsTheItemNumber();
-    void progressEndsAt100InBothOutcomes();
-    void archivedCustomerMovesBehindAllOthers();
-    void archivedProductKeepsItsPricePlace();
-    void checkingWindowIsReusedAndUnloadedByOK();
-};
-
-void TestArchiving::initTestCase() {
-    QVERIFY(m_config.isValid());
-    qputenv("XDG_CONFIG_HOME", m_config.path().toLocal8Bit());
-    m_main.setObjectName(QStringLiteral("frmQOR"));
-}
-
-void TestArchiving::cleanup() {
-    if (FrmChecking *w = FrmChecking::existing()) {
-        w->close();
+    void initTestCase() { qputenv("XDG_CONFIG_HOME", m_config.path().toLocal8Bit()); }
+    void cleanup() {
+        if (FrmChecking *w = FrmChecking::existing()) w->close();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!FrmChecking::existing());
     }
-    QVERIFY(!FrmChecking::existing());
-}
 
-void TestArchiving::customerScanIsExactAndCountsPaidRecords() {
-    Database db;
-    fill(db);
-    struct Case {
-        QString key, number;
-        bool found;
-    };
-    const Case cases[] = {
-        {"12k", "12", true},  // only paid records: still billed
-        {"5k", "5", true},
-        {"2k", "2", true},
-        {"1k", "1", false},   // not a prefix match of 12
-        {"k1k2k", "12", true},  // every "k" goes
-        {"7k", "7", false},   // an item number, not a customer
-        {"99k", "99", false},
-    };
-    for (const Case &c : cases) {
-        QString key = c.key;
-        QCOMPARE(customerIsBilled(db, key, &m_main), c.found);
-        QCOMPARE(key, c.number);
-    }
-    // No records at all: nothing found.
-    Database empty;
-    addCustomer(empty, 1, "Adams", "Pat");
-    QString key = QStringLiteral("1k");
-    QVERIFY(!customerIsBilled(empty, key, &m_main));
-}
-
-void TestArchiving::productScanReadsTheItemNumber() {
-    Database db;
-    fill(db);
-    struct Case {
-        QString key;
-        bool found;
-    };
-    const Case cases[] = {
-        {"12k", true},  // billed as 12x3
-        {"7k", true},   // as 7 and as 7x2
-        {"1k", true},
-        {"3k", false},  // the 3 in 12x3 is a quantity
-        {"2k", false},  // a customer number, not an item
-    };
-    for (const Case &c : cases) {
-        QString key = c.key;
-        QCOMPARE(productIsBilled(db, key, &m_main), c.found);
-        QCOMPARE(key + QLatin1Char('k'), c.key);
-    }
-    // A record without an item list is passed over.
-    Database short_;
-    addProduct(short_, 4, QStringLiteral("000000001.00"), QStringLiteral("$1.00 - Cap"));
-    short_.lvwInvoiceRecords.add(QStringLiteral("P1") + FieldSep + "1" + FieldSep,
-                                 QStringList({"P1", "Adams", "1", "0"}).join(FieldSep));
-    QString key = QStringLiteral("4k");
-    QVERIFY(!productIsBilled(short_, key, &m_main));
-}
-
-void TestArchiving::progressEndsAt100InBothOutcomes() {
-    {
-        // Found at the second of four records: the scan stops there.
+    void scansMatchWholeNumbers() {
         Database db;
         fill(db);
-        FrmChecking *w = FrmChecking::showChecking(&m_main);
-        QSignalSpy spy(w->staChecking(), &QProgressBar::valueChanged);
-        QString key = QStringLiteral("5k");
-        QVERIFY(customerIsBilled(db, key, &m_main));
-        QCOMPARE(values(spy), (QList<int>{25, 50}));
-        QCOMPARE(w->progress(), 50.0f);
-        QCOMPARE(archiveCustomerStep(db, key, true), QStringLiteral("archive"));
-        QCOMPARE(w->staChecking()->value(), 100);
-        QCOMPARE(w->lblStatus()->text(), QStringLiteral("Entry archived."));
+        // Customer: the CID field exactly, paid records too; every "k" of the key goes.
+        const std::tuple<const char *, const char *, bool> customers[] = {
+            {"12k", "12", true}, {"1k", "1", false}, {"k1k2k", "12", true}, {"7k", "7", false}};
+        for (auto [given, number, found] : customers) {
+            QString key = QString::fromLatin1(given);
+            QCOMPARE(customerIsBilled(db, key, &m_main), found);
+            QCOMPARE(key, QString::fromLatin1(number));
+        }
+        // Product: the number before any "x" (3 in 12x3 is a quantity, 2 a customer).
+        for (auto [given, found] : {std::pair{"12k", true}, std::pair{"7k", true}, std::pair{"3k", false}, std::pair{"2k", false}}) {
+            QString key = QString::fromLatin1(given);
+            QCOMPARE(productIsBilled(db, key, &m_main), found);
+        }
+        // A record without an item list is passed over.
+        Database shortRecord;
+        shortRecord.lvwInvoiceRecords.add("P1\u00011\u0001", QStringList({"P1", "A", "1", "0"}).join(FieldSep));
+        QString key = QStringLiteral("1k");
+        QVERIFY(!productIsBilled(shortRecord, key, &m_main));
     }
-    cleanup();
-    {
-        // Not found: every record is visited.
+
+    void progressEndsAt100InBothOutcomes() {
+        struct Case { const char *key; QList<int> steps; const char *outcome, *status; };
+        for (const Case &c : {Case{"5k", {25, 50}, "archive", "Entry archived."},  // found at 2 of 4: stops
+                              Case{"3k", {25, 50, 75, 100}, "delete", "Entry deleted."}}) {
+            Database db;
+            fill(db);
+            FrmChecking *w = FrmChecking::showChecking(&m_main);
+            QSignalSpy spy(w->staChecking(), &QProgressBar::valueChanged);
+            QString key = QString::fromLatin1(c.key);
+            const bool found = customerIsBilled(db, key, &m_main);
+            QList<int> seen;
+            for (const auto &args : spy) seen << args.at(0).toInt();
+            QCOMPARE(seen, c.steps);
+            QCOMPARE(archiveCustomerStep(db, key, found), QString::fromLatin1(c.outcome));
+            QCOMPARE(w->staChecking()->value(), 100);
+            QCOMPARE(w->lblStatus()->text(), QString::fromLatin1(c.status));
+            if (!found) QVERIFY(archiveCustomerStep(db, key, false).isEmpty());  // no row left: no change
+            QCOMPARE(db.lvwCustomers.count(), found ? 12 : 11);
+            cleanup();
+        }
+        // No records: the bar stays during the scan and still ends at 100.
         Database db;
-        fill(db);
-        FrmChecking *w = FrmChecking::showChecking(&m_main);
-        QSignalSpy spy(w->staChecking(), &QProgressBar::valueChanged);
-        QString key = QStringLiteral("3k");
-        QVERIFY(!customerIsBilled(db, key, &m_main));
-        QCOMPARE(values(spy), (QList<int>{25, 50, 75, 100}));
-        QCOMPARE(archiveCustomerStep(db, key, false), QStringLiteral("delete"));
-        QCOMPARE(w->staChecking()->value(), 100);
-        QCOMPARE(w->lblStatus()->text(), QStringLiteral("Entry deleted."));
-        QVERIFY(!db.lvwCustomers.contains(u"3k"));
-        QCOMPARE(db.lvwCustomers.count(), 11);
-        // Repeating the step finds no row: nothing changes, nothing fails.
-        QVERIFY(archiveCustomerStep(db, key, false).isEmpty());
-        QCOMPARE(db.lvwCustomers.count(), 11);
-        QCOMPARE(w->lblStatus()->text(), QStringLiteral("Entry deleted."));
-    }
-    cleanup();
-    {
-        // No records: the bar doesn't move during the scan, and still ends at 100.
-        Database db;
-        addProduct(db, 1, QStringLiteral("000000001.00"), QStringLiteral("$1.00 - Pen"));
+        db.lvwPAndS.add("1k", "000000001.00$1.00 - Pen");
         FrmChecking *w = FrmChecking::showChecking(&m_main);
         QString key = QStringLiteral("1k");
         QVERIFY(!productIsBilled(db, key, &m_main));
@@ -195,94 +101,50 @@ void TestArchiving::progressEndsAt100InBothOutcomes() {
         QCOMPARE(w->staChecking()->value(), 100);
         QCOMPARE(db.lvwPAndS.count(), 0);
     }
-}
 
-void TestArchiving::archivedCustomerMovesBehindAllOthers() {
-    Database db;
-    fill(db);
-    QCOMPARE(db.lvwCustomers.indexOf(u"2k"), 2);  // Baker
-    QString key = QStringLiteral("2k");
-    const bool found = customerIsBilled(db, key, &m_main);
-    QVERIFY(found);
-    archiveCustomerStep(db, key, found);
-    QCOMPARE(db.lvwCustomers.count(), 12);
-    QCOMPARE(db.lvwCustomers.indexOf(u"2k"), 12);
-    QCOMPARE(db.lvwCustomers.textOf(u"2k"), ArchiveMark + customerText("Baker", "Pat"));
+    void archivedRowsKeepTheirPlaceAndNumber() {
+        Database db;
+        fill(db);
+        // A customer moves behind all current ones, and its number stays taken.
+        for (QString key : {QStringLiteral("2k"), QStringLiteral("12k")}) {
+            QVERIFY(customerIsBilled(db, key, &m_main));
+            QCOMPARE(archiveCustomerStep(db, key, true), QStringLiteral("archive"));
+        }
+        QCOMPARE(db.lvwCustomers.indexOf(u"2k"), 11);
+        QCOMPARE(db.lvwCustomers.textOf(u"2k"), ArchiveMark + customerText("Baker"));
+        QVERIFY(!isArchivedCustomerText(db.lvwCustomers.text(10)));
+        db.lvwCustomers.add("20k", customerText("Zane"));  // a removed highest number is free again
+        archiveCustomerStep(db, QStringLiteral("20"), false);
+        QCOMPARE(Database::nextKeyNumber(db.lvwCustomers), 12);
+        // A product keeps its place by price, the mark after the sort price.
+        QCOMPARE(archiveProductStep(db, QStringLiteral("7"), true), QStringLiteral("archive"));
+        QCOMPARE(db.lvwPAndS.textOf(u"7k"), QStringLiteral("000000005.00") + ArchiveMark + "$5.00 - Item7");
+        QCOMPARE(db.lvwPAndS.indexOf(u"7k"), 3);
+    }
 
-    // Archiving the highest number keeps it taken: the next new number is higher.
-    key = QStringLiteral("12k");
-    QVERIFY(customerIsBilled(db, key, &m_main));
-    archiveCustomerStep(db, key, true);
-    QVERIFY(Database::nextKeyNumber(db.lvwCustomers) + 1 > 12);
-    QCOMPARE(db.lvwCustomers.indexOf(u"12k"), 12);
-    QCOMPARE(db.lvwCustomers.indexOf(u"2k"), 11);  // both behind the current ones
-    QVERIFY(isArchivedCustomerText(db.lvwCustomers.text(11)));
-    QVERIFY(!isArchivedCustomerText(db.lvwCustomers.text(10)));
-
-    // Removing an unbilled highest number frees it again.
-    Database db2;
-    fill(db2);
-    addCustomer(db2, 20, "Zane", "Al");
-    key = QStringLiteral("20k");
-    QVERIFY(!customerIsBilled(db2, key, &m_main));
-    archiveCustomerStep(db2, key, false);
-    QCOMPARE(Database::nextKeyNumber(db2.lvwCustomers), 12);
-}
-
-void TestArchiving::archivedProductKeepsItsPricePlace() {
-    Database db;
-    fill(db);
-    QCOMPARE(db.lvwPAndS.indexOf(u"7k"), 3);
-    QString key = QStringLiteral("7k");
-    const bool found = productIsBilled(db, key, &m_main);
-    QVERIFY(found);
-    QCOMPARE(archiveProductStep(db, key, found), QStringLiteral("archive"));
-    QCOMPARE(db.lvwPAndS.textOf(u"7k"), QStringLiteral("000000005.00") + ArchiveMark + "$5.00 - Ink");
-    QCOMPARE(db.lvwPAndS.indexOf(u"7k"), 3);
-    QVERIFY(isArchivedItemText(db.lvwPAndS.text(3)));
-    QCOMPARE(db.lvwPAndS.count(), 4);
-}
-
-void TestArchiving::checkingWindowIsReusedAndUnloadedByOK() {
-    QVERIFY(!FrmChecking::existing());
-    FrmChecking *w = FrmChecking::showChecking(&m_main);
-    QCOMPARE(FrmChecking::existing(), w);
-    QVERIFY(w->isVisible());
-    QCOMPARE(w->objectName(), QStringLiteral("frmChecking"));
-    QVERIFY(w->windowTitle().isEmpty());
-    QVERIFY(w->isWindow());
-    QCOMPARE(w->parentWidget(), &m_main);  // owned by the main window
-    QCOMPARE(w->windowModality(), Qt::NonModal);
-    QCOMPARE(w->size(), QSize(twipsToPx(3855), twipsToPx(2385)));
-    QCOMPARE(w->minimumSize(), w->maximumSize());
-    QCOMPARE(w->findChild<QPushButton *>(QStringLiteral("cmdOK")), w->cmdOK());
-    QCOMPARE(w->lblStatus()->text(),
-             QStringLiteral("Checking bill periods to see if deleted entry needs archiving . . ."));
-    QVERIFY(!w->cmdOK()->isEnabled());
-
-    // A second delete while it is open uses the same window; OK stays enabled.
-    Database db;
-    fill(db);
-    QString key = QStringLiteral("3k");
-    QVERIFY(!customerIsBilled(db, key, &m_main));
-    archiveCustomerStep(db, key, false);
-    w->enableOK();
-    w->move(200, 150);
-    key = QStringLiteral("4k");
-    customerIsBilled(db, key, &m_main);
-    QCOMPARE(FrmChecking::existing(), w);
-    QVERIFY(w->cmdOK()->isEnabled());
-
-    // OK unloads it and keeps its place for the next one.
-    QTest::mouseClick(w->cmdOK(), Qt::LeftButton);
-    QVERIFY(!w->isVisible());
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QVERIFY(!FrmChecking::existing());
-    QVERIFY(!settings::read(QStringLiteral("FormPositions"), QStringLiteral("frmChecking_Left")).isEmpty());
-    FrmChecking *again = FrmChecking::showChecking(&m_main);
-    QVERIFY(!again->cmdOK()->isEnabled());  // a fresh window starts disabled
-    QCOMPARE(again->pos(), QPoint(200, 150));
-}
+    void checkingWindowIsReusedAndUnloadedByOK() {
+        FrmChecking *w = FrmChecking::showChecking(&m_main);
+        QVERIFY(w->isVisible() && w->isWindow() && !w->cmdOK()->isEnabled());
+        QCOMPARE(w->parentWidget(), &m_main);  // beside the main window, not blocking it
+        QCOMPARE(w->windowModality(), Qt::NonModal);
+        // A second delete while it is open uses the same window; OK stays enabled.
+        Database db;
+        fill(db);
+        w->enableOK();
+        w->move(200, 150);
+        QString key = QStringLiteral("4k");
+        customerIsBilled(db, key, &m_main);
+        QCOMPARE(FrmChecking::existing(), w);
+        QVERIFY(w->cmdOK()->isEnabled());
+        // OK unloads it; the next one opens where it was, disabled again.
+        QTest::mouseClick(w->cmdOK(), Qt::LeftButton);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!FrmChecking::existing());
+        FrmChecking *again = FrmChecking::showChecking(&m_main);
+        QVERIFY(!again->cmdOK()->isEnabled());
+        QCOMPARE(again->pos(), QPoint(200, 150));
+    }
+};
 
 QTEST_MAIN(TestArchiving)
 #include "tst_archiving.moc"

@@ -1,17 +1,14 @@
 #pragma once
 // Shared by the panel tests: a throw-away settings store and database file,
-// the main window opened as at start, an answerer for message boxes, and a
-// writer of small database files.
+// the main window opened as at start, and an answerer for message boxes.
 #include "billing/frmchecking.h"
 #include "shell/frmqor.h"
 #include "shell/settingsstore.h"
 
-#include <QAbstractButton>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPlainTextEdit>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTreeWidget>
@@ -20,15 +17,13 @@
 
 namespace qor::testing {
 
-// Answers every message box with the button last set, and records it.
+// Answers every message box with `answer` and records what it saw.
 class Answerer {
 public:
     struct Seen { QString title, text; QMessageBox::Icon icon; QMessageBox::StandardButtons buttons; };
     QMessageBox::StandardButton answer = QMessageBox::Cancel;
     QList<Seen> seen;
-
-    Answerer()
-    {
+    Answerer() {
         QObject::connect(&m_timer, &QTimer::timeout, [this] {
             auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
             if (!box) return;
@@ -38,8 +33,7 @@ public:
         });
         m_timer.start(10);
     }
-    Seen last() const { return seen.isEmpty() ? Seen{{}, {}, QMessageBox::NoIcon, {}} : seen.last(); }
-
+    Seen last() const { return seen.value(seen.size() - 1, Seen{{}, {}, QMessageBox::NoIcon, {}}); }
 private:
     QTimer m_timer;
 };
@@ -48,60 +42,53 @@ struct DbCustomer { int cid; QString first, last; bool current = true; };
 struct DbItem { int psid; QString name, price; bool current = true; };
 struct DbRecord { int cid; QStringList items; };  // all in one period, "Jan"
 
-// A database file in the program's format.
 inline void writeDatabase(const QString &path, const QList<DbCustomer> &customers,
-                          const QList<DbItem> &items = {}, const QList<DbRecord> &records = {})
-{
-    QStringList l{"<QOR-DB>", "", "\t<CompanyInfo>", "\t\t<CompanyName>Test Co</CompanyName>", "\t</CompanyInfo>", "",
-                  "\t<Customers>"};
+                          const QList<DbItem> &items = {}, const QList<DbRecord> &records = {}) {
+    auto tag = [](const char *name, const QString &value) { return QStringLiteral("\t\t\t<%1>%2</%1>").arg(name, value); };
+    auto current = [&](bool c) { return tag("Current", c ? "Yes" : "No"); };
+    QStringList l{"<QOR-DB>", "\t<CompanyInfo>", "\t\t<CompanyName>Test Co</CompanyName>", "\t</CompanyInfo>", "\t<Customers>"};
     for (const DbCustomer &c : customers) {
-        l << QStringLiteral("\t\t<Customer CID=\"%1\">").arg(c.cid) << "\t\t\t<FName>" + c.first + "</FName>";
-        if (!c.last.isEmpty()) l << "\t\t\t<LName>" + c.last + "</LName>";
-        l << QStringLiteral("\t\t\t<Current>%1</Current>").arg(c.current ? "Yes" : "No") << "\t\t</Customer>";
+        l << QStringLiteral("\t\t<Customer CID=\"%1\">").arg(c.cid) << tag("FName", c.first);
+        if (!c.last.isEmpty()) l << tag("LName", c.last);
+        l << current(c.current) << "\t\t</Customer>";
     }
-    l << "\t</Customers>" << "" << "\t<BillPeriods>";
+    l << "\t</Customers>" << "\t<BillPeriods>";
     if (!records.isEmpty())
-        l << "\t\t<BillPeriod>" << "\t\t\t<BPName>Jan</BPName>" << "\t\t\t<BPStart>2024/01/01</BPStart>"
-          << "\t\t\t<BPEnd>2024/01/31</BPEnd>" << "\t\t\t<BillDue>2024/02/15</BillDue>" << "\t\t</BillPeriod>";
-    l << "\t</BillPeriods>" << "" << "\t<ProductsAndServices>";
+        l << "\t\t<BillPeriod>" << tag("BPName", "Jan") << tag("BPStart", "2024/01/01") << tag("BPEnd", "2024/01/31")
+          << tag("BillDue", "2024/02/15") << "\t\t</BillPeriod>";
+    l << "\t</BillPeriods>" << "\t<ProductsAndServices>";
     for (const DbItem &i : items)
-        l << QStringLiteral("\t\t<PS PSID=\"%1\">").arg(i.psid) << "\t\t\t<Item>" + i.name + "</Item>"
-          << "\t\t\t<ItemPrice>" + i.price + "</ItemPrice>"
-          << QStringLiteral("\t\t\t<Current>%1</Current>").arg(i.current ? "Yes" : "No") << "\t\t</PS>";
-    l << "\t</ProductsAndServices>" << "" << "\t<InvoiceRecords>";
+        l << QStringLiteral("\t\t<PS PSID=\"%1\">").arg(i.psid) << tag("Item", i.name) << tag("ItemPrice", i.price)
+          << current(i.current) << "\t\t</PS>";
+    l << "\t</ProductsAndServices>" << "\t<InvoiceRecords>";
     for (const DbRecord &r : records) {
-        l << "\t\t<InvoiceRecord>" << "\t\t\t<BP>Jan</BP>" << QStringLiteral("\t\t\t<CID>%1</CID>").arg(r.cid)
-          << "\t\t\t<AccountBalance>10</AccountBalance>";
+        l << "\t\t<InvoiceRecord>" << tag("BP", "Jan") << tag("CID", QString::number(r.cid)) << tag("AccountBalance", "10");
         for (int n = 0; n < r.items.size(); ++n)
             l << QStringLiteral("\t\t\t<PSID Number=\"%1\">%2</PSID>").arg(n + 1).arg(r.items.at(n));
         l << "\t\t</InvoiceRecord>";
     }
-    l << "\t</InvoiceRecords>" << "" << "</QOR-DB>";
+    l << "\t</InvoiceRecords>" << "</QOR-DB>";
     QFile f(path);
     QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
     f.write((l.join("\r\n") + "\r\n").toLatin1());
-}
-
-inline QByteArray fileBytes(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
 // Settings and database file in a temporary folder, set before any window.
 struct Sandbox {
     QTemporaryDir dir;
     QString db = dir.path() + "/QOR.xml";
-    Sandbox()
-    {
+    Sandbox() {
         qputenv("XDG_CONFIG_HOME", (dir.path() + "/config").toLocal8Bit());
         settings::write("FileHandling", "DatabasePath", db);
         settings::write("Messages", "DeletedCustomer", "True");
     }
+    QByteArray fileBytes() const {
+        QFile f(db);
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }
 };
 
-inline std::unique_ptr<FrmQOR> openWindow(int panel)
-{
+inline std::unique_ptr<FrmQOR> openWindow(int panel) {
     settings::write("Settings", "LastClicked", QString::number(panel));
     auto w = std::make_unique<FrmQOR>();
     w->formLoad();
@@ -109,55 +96,45 @@ inline std::unique_ptr<FrmQOR> openWindow(int panel)
 }
 
 // Ends a window without its closing questions.
-inline void discard(std::unique_ptr<FrmQOR> &w)
-{
-    if (!w) return;
-    w->showDatabaseChanged(false);
-    w->close();
-    w.reset();
+inline void discard(std::unique_ptr<FrmQOR> &w) {
+    if (w) w->showDatabaseChanged(false), w->close(), w.reset();
     if (FrmChecking *c = FrmChecking::existing()) c->close();
 }
 
-inline void click(QAbstractButton *b)
-{
+inline void click(QAbstractButton *b) {
     QVERIFY2(b && b->isVisible(), "button to press is not visible");
     QTest::mouseClick(b, Qt::LeftButton);
 }
 
-inline void retype(QWidget *w, const QString &text)
-{
+inline void retype(QWidget *w, const QString &text) {
     if (auto *le = qobject_cast<QLineEdit *>(w)) le->selectAll();
     if (auto *pe = qobject_cast<QPlainTextEdit *>(w)) pe->selectAll();
     if (text.isEmpty()) QTest::keyClick(w, Qt::Key_Delete);
     else QTest::keyClicks(w, text);
 }
 
-inline void clickRow(QTreeWidget *list, int position)
-{
+inline void clickRow(QTreeWidget *list, int position) {
     QTreeWidgetItem *it = list->topLevelItem(position - 1);
     QVERIFY(it);
     list->scrollToItem(it);
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(it).center());
 }
 
-inline QStringList rowTexts(const QTreeWidget *list)
-{
+inline QStringList rowTexts(const QTreeWidget *list) {
     QStringList out;
     for (int i = 0; i < list->topLevelItemCount(); ++i) out << list->topLevelItem(i)->text(0);
     return out;
 }
 
-inline QString currentText(const QTreeWidget *list) { return list->currentItem() ? list->currentItem()->text(0) : QString(); }
-inline QString currentKey(const QTreeWidget *list)
-{
-    return list->currentItem() ? list->currentItem()->data(0, Qt::UserRole).toString() : QString();
-}
-
-inline bool hasInfoColour(const QWidget *w)
-{
-    return w->palette().color(QPalette::Active, QPalette::Base) == QApplication::palette().color(QPalette::ToolTipBase);
-}
-
+inline QString currentText(const QTreeWidget *l) { return l->currentItem() ? l->currentItem()->text(0) : QString(); }
+inline QString currentKey(const QTreeWidget *l) { return l->currentItem() ? l->currentItem()->data(0, Qt::UserRole).toString() : QString(); }
+inline bool hasInfoColour(const QWidget *w) { return w->palette().color(QPalette::Base) == QApplication::palette().color(QPalette::ToolTipBase); }
 inline QString statusText() { return FrmChecking::existing() ? FrmChecking::existing()->lblStatus()->text() : QString(); }
+
+// The two buttons as the user sees them; "-" marks a hidden one.
+inline QString buttonPair(const QAbstractButton *a, const QAbstractButton *b) {
+    auto show = [](const QAbstractButton *x) { return (x->isHidden() ? "-" : "") + x->text(); };
+    return show(a) + " / " + show(b);
+}
 
 }  // namespace qor::testing

@@ -1,31 +1,23 @@
 #pragma once
-// Helpers shared by the database file tests: files made from text, and the
-// tables shown as plain lists so that comparisons print readable failures.
+// Helpers of the database file tests: files made from bytes, tables as lists.
 #include "database/database.h"
 #include "database/rows.h"
 
 #include <QFile>
 #include <QLocale>
-#include <QString>
-#include <QStringList>
 #include <QTemporaryDir>
 #include <QTest>
 
 namespace dbtest {
 
-// Row texts with the separators made visible.
-inline QString visible(QString text)
-{
-    text.replace(qor::FieldSep, QStringLiteral("|"));
-    text.replace(qor::ItemSep, QStringLiteral("+"));
-    return text;
-}
-
+// "key = text" per row, with FieldSep shown as "|" and ItemSep as "+".
 inline QStringList rows(const qor::KeyedList &t)
 {
     QStringList out;
     t.forEach([&out](QStringView key, QStringView text) {
-        out << visible(key.toString()) + QStringLiteral(" = ") + visible(text.toString());
+        out << QString(key.toString() + QStringLiteral(" = ") + text.toString())
+                   .replace(qor::FieldSep, u'|')
+                   .replace(qor::ItemSep, u'+');
         return true;
     });
     return out;
@@ -34,18 +26,16 @@ inline QStringList rows(const qor::KeyedList &t)
 inline bool writeFile(const QString &path, const QByteArray &bytes)
 {
     QFile f(path);
-    if (!f.open(QIODevice::WriteOnly)) return false;
-    return f.write(bytes) == bytes.size();
+    return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
 }
 
 inline QByteArray readFile(const QString &path)
 {
     QFile f(path);
-    if (!f.open(QIODevice::ReadOnly)) return QByteArray("<cannot open>");
-    return f.readAll();
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<cannot open>");
 }
 
-// Lines joined by CR LF, the file's own line end; a final CR LF included.
+// Lines each ended by CR LF, the file's own line end.
 inline QByteArray crlf(const QList<QByteArray> &lines)
 {
     QByteArray out;
@@ -53,12 +43,18 @@ inline QByteArray crlf(const QList<QByteArray> &lines)
     return out;
 }
 
+inline QString fields(std::initializer_list<const char *> parts)
+{
+    QStringList l;
+    for (const char *p : parts) l << QString::fromUtf8(p);
+    return l.join(qor::FieldSep);
+}
+
 inline bool tablesEmpty(const qor::Database &db)
 {
     for (const QString &c : db.company)
         if (!c.isEmpty()) return false;
-    return db.lvwCustomers.count() == 0 && db.lvwPeriods.count() == 0 && db.lvwPAndS.count() == 0 &&
-           db.lvwInvoiceRecords.count() == 0;
+    return db.lvwCustomers.count() + db.lvwPeriods.count() + db.lvwPAndS.count() + db.lvwInvoiceRecords.count() == 0;
 }
 
 // Reads bytes as the program does at start: the file, then the record names.
@@ -66,22 +62,13 @@ struct Loaded {
     qor::ReadResult result;
     QStringList problems;
 };
-inline Loaded load(qor::Database &db, const QTemporaryDir &dir, const QByteArray &bytes,
-                   const QString &name = QStringLiteral("QOR.xml"))
+inline Loaded load(qor::Database &db, const QTemporaryDir &dir, const QByteArray &bytes)
 {
-    const QString path = dir.filePath(name);
+    const QString path = dir.filePath(QStringLiteral("QOR.xml"));
     writeFile(path, bytes);
-    Loaded l;
-    l.result = db.read(path);
+    Loaded l{db.read(path), {}};
     if (l.result.ok()) l.problems = db.fillInvoiceRecordNames();
     return l;
-}
-
-inline QString fields(std::initializer_list<const char *> parts)
-{
-    QStringList l;
-    for (const char *p : parts) l << QString::fromUtf8(p);
-    return l.join(qor::FieldSep);
 }
 
 }  // namespace dbtest

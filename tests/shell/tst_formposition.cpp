@@ -13,40 +13,38 @@
 #include <memory>
 
 using namespace qor;
+using namespace Qt::StringLiterals;
 
 namespace {
-const QString kSection = QStringLiteral("FormPositions");
-const QString kAbsent = QStringLiteral("<absent>");
-
-QString stored(const QString &key) { return settings::read(kSection, key, kAbsent); }
+const QString kAbsent = u"<absent>"_s;
+QString stored(const QString &key) { return settings::read(u"FormPositions"_s, key, kAbsent); }
 
 // Pixels as the store keeps them: twips, in decimal.
-QString twips(double px)
-{
+QString twips(double px) {
     return QString::number(std::lround(px * 1440.0 / QGuiApplication::primaryScreen()->logicalDotsPerInchX()));
 }
 
-std::unique_ptr<QWidget> makeForm(const QString &name)
-{
+std::unique_ptr<QWidget> makeForm(const QString &name, const QRect &geometry = {}) {
     auto w = std::make_unique<QWidget>();
     w->setObjectName(name);
+    if (geometry.isValid()) {  // the place is the outer corner, frame included
+        w->move(geometry.topLeft());
+        w->resize(geometry.size());
+    }
     return w;
 }
 
-// Where a form of this outer size stands when centred on the primary screen.
-QPoint centredPlace(const QSize &outer)
-{
+QPoint centredPlace(const QSize &outer) {
     const QRect screen = QGuiApplication::primaryScreen()->geometry();
     return screen.topLeft() + QPoint((screen.width() - outer.width()) / 2, (screen.height() - outer.height()) / 2);
 }
 
-void storePlace(const QString &stem, int state, const QRect &px)
-{
-    settings::write(kSection, stem + QStringLiteral("_WindowState"), QString::number(state));
-    settings::write(kSection, stem + QStringLiteral("_Left"), twips(px.x()));
-    settings::write(kSection, stem + QStringLiteral("_Top"), twips(px.y()));
-    settings::write(kSection, stem + QStringLiteral("_Width"), twips(px.width()));
-    settings::write(kSection, stem + QStringLiteral("_Height"), twips(px.height()));
+void storePlace(const QString &stem, int state, const QRect &px) {
+    const QString values[] = {QString::number(state), twips(px.x()), twips(px.y()), twips(px.width()),
+                              twips(px.height())};
+    int i = 0;
+    for (const char *suffix : {"_WindowState", "_Left", "_Top", "_Width", "_Height"})
+        settings::write(u"FormPositions"_s, stem + QLatin1String(suffix), values[i++]);
 }
 }  // namespace
 
@@ -56,226 +54,116 @@ class TestFormPosition : public QObject {
     int round = 0;
 
 private slots:
-    void init()
-    {
-        // Each test starts on a machine where no window was ever placed.
-        const QString dir = configHome.filePath(QStringLiteral("run%1").arg(++round));
+    void init() {  // each test starts where no window was ever placed
+        const QString dir = configHome.filePath(u"run%1"_s.arg(++round));
         QVERIFY(QDir().mkpath(dir));
         qputenv("XDG_CONFIG_HOME", dir.toUtf8());
     }
-    void firstStartIsCentredAtDesignedSize();
-    void normalRoundTrip();
-    void maximisedKeepsEarlierNormalPlace();
-    void minimisedRoundTrip();
-    void formsDontDisturbEachOther();
-    void placeOffAllScreensIsCentred_data();
-    void placeOffAllScreensIsCentred();
-    void fixedFormKeepsNoSize();
-    void frameAllowance();
+
+    void firstStartAndNormalRoundTrip() {
+        auto first = makeForm(u"frmQOR"_s, QRect(0, 0, 400, 300));
+        restoreFormPosition(first.get());
+        QCOMPARE(first->geometry(), QRect(centredPlace(QSize(400, 300)), QSize(400, 300)));
+        QCOMPARE(stored(u"frmQOR_Left"_s) + stored(u"frmQOR_WindowState"_s), kAbsent + kAbsent);  // writes nothing
+
+        auto lists = makeForm(u"frmListLVWs"_s, QRect(41, 57, 333, 222));
+        auto update = makeForm(u"frmUpdate"_s, QRect(20, 30, 200, 100));
+        lists->show();
+        QVERIFY(QTest::qWaitForWindowExposed(lists.get()));
+        saveFormPosition(lists.get());
+        saveFormPosition(update.get());
+        QCOMPARE(stored(u"frmListLVWs_WindowState"_s), u"0"_s);
+        QCOMPARE(stored(u"frmListLVWs_Left"_s), twips(41));
+        QCOMPARE(stored(u"frmListLVWs_Height"_s), twips(222));
+        // Closing maximised keeps the earlier normal place; the other form is untouched.
+        lists->setWindowState(Qt::WindowMaximized);
+        QTRY_VERIFY(lists->isMaximized());
+        saveFormPosition(lists.get());
+        QCOMPARE(stored(u"frmListLVWs_WindowState"_s), u"2"_s);
+        QCOMPARE(stored(u"frmListLVWs_Width"_s), twips(333));
+
+        auto lists2 = makeForm(u"frmListLVWs"_s, QRect(0, 0, 500, 400));  // the designed size counts for nothing
+        auto update2 = makeForm(u"frmUpdate"_s);
+        restoreFormPosition(lists2.get());
+        restoreFormPosition(update2.get());
+        QVERIFY(lists2->windowState() & Qt::WindowMaximized);
+        QCOMPARE(lists2->geometry(), QRect(41, 57, 333, 222));  // the normal geometry under the state
+        QCOMPARE(update2->windowState(), Qt::WindowNoState);
+        QCOMPARE(update2->geometry(), QRect(20, 30, 200, 100));
+
+        auto nameless = makeForm(QString(), QRect(5, 6, 70, 80));  // no name, no keys: left alone
+        restoreFormPosition(nameless.get());
+        QCOMPARE(nameless->geometry(), QRect(5, 6, 70, 80));
+    }
+
+    void maximisedAndMinimisedComeBack() {
+        const QRect normal(60, 40, 300, 200);
+        for (int state : {2, 1}) {
+            storePlace(u"frmChecking"_s, state, normal);
+            auto form = makeForm(u"frmChecking"_s, QRect(10, 10, 500, 450));
+            restoreFormPosition(form.get());
+            form->show();
+            QTRY_VERIFY(state == 2 ? form->isMaximized() : form->isMinimized());
+            saveFormPosition(form.get());  // leaves the normal place in the store
+            QCOMPARE(stored(u"frmChecking_WindowState"_s), QString::number(state));
+            form->setWindowState(Qt::WindowNoState);
+            QTRY_COMPARE(QRect(form->pos(), form->size()), normal);
+            saveFormPosition(form.get());  // closed normal: the next start opens normal
+            QCOMPARE(stored(u"frmChecking_WindowState"_s), u"0"_s);
+        }
+    }
+
+    void placeOffAllScreensIsCentred() {
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        const struct { QPoint place; bool centred; } rows[] = {
+            {{screen.right() + 2000, 50}, true}, {{50, screen.bottom() + 500}, true}, {{-2000, -1500}, true},
+            {{screen.right() - 5, 50}, true},  // only a sliver shows
+            {{-100, 20}, false},               // partly off but grabbable
+            {screen.topLeft() + QPoint(10, 10), false}};
+        for (const auto &r : rows) {
+            storePlace(u"frmChecking"_s, 0, QRect(r.place, QSize(240, 160)));
+            auto form = makeForm(u"frmChecking"_s);
+            restoreFormPosition(form.get());
+            QCOMPARE(form->size(), QSize(240, 160));
+            QCOMPARE(form->pos(), r.centred ? centredPlace(QSize(240, 160)) : r.place);
+        }
+    }
+
+    void sizeRules() {
+        // A fixed form keeps no size, and a size stored by hand doesn't change it.
+        auto fixed = makeForm(u"frmUpdate"_s);
+        fixed->setFixedSize(320, 180);
+        fixed->move(70, 80);
+        saveFormPosition(fixed.get());
+        QCOMPARE(stored(u"frmUpdate_Left"_s), twips(70));
+        QCOMPARE(stored(u"frmUpdate_Width"_s) + stored(u"frmUpdate_Height"_s), kAbsent + kAbsent);
+        settings::write(u"FormPositions"_s, u"frmUpdate_Width"_s, u"9000"_s);
+        restoreFormPosition(fixed.get());
+        QCOMPARE(fixed->geometry(), QRect(70, 80, 320, 180));
+        // A sizable form with a stored zero width keeps its own size.
+        auto zero = makeForm(u"frmZero"_s, QRect(0, 0, 210, 110));
+        storePlace(u"frmZero"_s, 0, QRect(30, 40, 0, 500));
+        restoreFormPosition(zero.get());
+        QCOMPARE(zero->geometry(), QRect(30, 40, 210, 110));
+
+        // A declared frame allowance is part of the stored and centred outer
+        // size, and comes off again when the size is applied.
+        const QSizeF frame(120, 450);
+        auto form = makeForm(u"frmQOR"_s, QRect(0, 0, 600, 400));
+        form->setProperty("qorFrameTwips", frame);
+        QCOMPARE(int(std::lround(formHeightTwips(form.get()))), twips(400).toInt() + 450);
+        saveFormPosition(form.get());
+        QCOMPARE(stored(u"frmQOR_Width"_s), QString::number(twips(600).toInt() + 120));
+        auto again = makeForm(u"frmQOR"_s);
+        again->setProperty("qorFrameTwips", frame);
+        settings::write(u"FormPositions"_s, u"frmQOR_Left"_s, u"-999"_s);
+        settings::write(u"FormPositions"_s, u"frmQOR_Top"_s, u"-999"_s);
+        restoreFormPosition(again.get());
+        QCOMPARE(again->size(), QSize(600, 400));
+        const double tpp = 1440.0 / QGuiApplication::primaryScreen()->logicalDotsPerInchX();
+        QCOMPARE(again->pos(), centredPlace(QSize(600 + std::lround(120 / tpp), 400 + std::lround(450 / tpp))));
+    }
 };
-
-void TestFormPosition::firstStartIsCentredAtDesignedSize()
-{
-    auto form = makeForm(QStringLiteral("frmQOR"));
-    setFormSizeTwips(form.get(), 10110, 6765);
-    const QSize designed = form->size();
-    QCOMPARE(twips(designed.width()), QStringLiteral("10110"));
-    restoreFormPosition(form.get());
-    QCOMPARE(form->size(), designed);
-    QCOMPARE(form->pos(), centredPlace(designed));
-    form->show();
-    QVERIFY(QTest::qWaitForWindowExposed(form.get()));
-    QCOMPARE(form->windowState(), Qt::WindowNoState);
-    // Restoring writes nothing.
-    QCOMPARE(stored(QStringLiteral("frmQOR_Left")), kAbsent);
-    QCOMPARE(stored(QStringLiteral("frmQOR_WindowState")), kAbsent);
-}
-
-void TestFormPosition::normalRoundTrip()
-{
-    // Left and Top are the outer corner, frame included.
-    {
-        auto form = makeForm(QStringLiteral("frmListLVWs"));
-        form->move(41, 57);
-        form->resize(333, 222);
-        form->show();
-        QVERIFY(QTest::qWaitForWindowExposed(form.get()));
-        QCOMPARE(form->pos(), QPoint(41, 57));
-        saveFormPosition(form.get());
-    }
-    QCOMPARE(stored(QStringLiteral("frmListLVWs_WindowState")), QStringLiteral("0"));
-    QCOMPARE(stored(QStringLiteral("frmListLVWs_Left")), twips(41));
-    QCOMPARE(stored(QStringLiteral("frmListLVWs_Top")), twips(57));
-    QCOMPARE(stored(QStringLiteral("frmListLVWs_Width")), twips(333));
-    QCOMPARE(stored(QStringLiteral("frmListLVWs_Height")), twips(222));
-    auto again = makeForm(QStringLiteral("frmListLVWs"));
-    again->resize(500, 400);  // the designed size counts for nothing now
-    restoreFormPosition(again.get());
-    QCOMPARE(again->pos(), QPoint(41, 57));
-    QCOMPARE(again->size(), QSize(333, 222));
-}
-
-void TestFormPosition::maximisedKeepsEarlierNormalPlace()
-{
-    // The last normal place, stored at an earlier close.
-    const QRect normal(60, 40, 300, 200);
-    storePlace(QStringLiteral("frmQOR"), 0, normal);
-    {
-        // The user moves it elsewhere, maximises and closes.
-        auto form = makeForm(QStringLiteral("frmQOR"));
-        form->setGeometry(10, 10, 200, 150);
-        form->show();
-        QVERIFY(QTest::qWaitForWindowExposed(form.get()));
-        form->setWindowState(Qt::WindowMaximized);
-        QTRY_VERIFY(form->isMaximized());
-        saveFormPosition(form.get());
-    }
-    QCOMPARE(stored(QStringLiteral("frmQOR_WindowState")), QStringLiteral("2"));
-    QCOMPARE(stored(QStringLiteral("frmQOR_Left")), twips(normal.x()));
-    QCOMPARE(stored(QStringLiteral("frmQOR_Width")), twips(normal.width()));
-
-    // Next start: maximised, and back to normal at the stored place and size.
-    auto form = makeForm(QStringLiteral("frmQOR"));
-    setFormSizeTwips(form.get(), 10110, 6765);
-    restoreFormPosition(form.get());
-    form->show();
-    QVERIFY(QTest::qWaitForWindowExposed(form.get()));
-    QTRY_VERIFY(form->isMaximized());
-    QVERIFY(form->size() != normal.size());
-    form->setWindowState(Qt::WindowNoState);
-    QTRY_COMPARE(form->size(), normal.size());
-    QCOMPARE(form->pos(), normal.topLeft());
-}
-
-void TestFormPosition::minimisedRoundTrip()
-{
-    {
-        auto form = makeForm(QStringLiteral("frmChecking"));
-        form->setGeometry(100, 90, 250, 120);
-        form->show();
-        QVERIFY(QTest::qWaitForWindowExposed(form.get()));
-        saveFormPosition(form.get());
-        form->setWindowState(Qt::WindowMinimized);
-        QTRY_VERIFY(form->isMinimized());
-        saveFormPosition(form.get());
-    }
-    QCOMPARE(stored(QStringLiteral("frmChecking_WindowState")), QStringLiteral("1"));
-    auto form = makeForm(QStringLiteral("frmChecking"));
-    restoreFormPosition(form.get());
-    form->show();
-    QTRY_VERIFY(form->isMinimized());
-    form->setWindowState(Qt::WindowNoState);
-    QTRY_COMPARE(form->geometry(), QRect(100, 90, 250, 120));
-    // Closed normal again: the next start opens normal.
-    saveFormPosition(form.get());
-    auto third = makeForm(QStringLiteral("frmChecking"));
-    restoreFormPosition(third.get());
-    QCOMPARE(third->windowState(), Qt::WindowNoState);
-}
-
-void TestFormPosition::formsDontDisturbEachOther()
-{
-    auto a = makeForm(QStringLiteral("frmUpdate"));
-    auto b = makeForm(QStringLiteral("frmListLVWs"));
-    a->setGeometry(20, 30, 200, 100);
-    b->setGeometry(300, 200, 150, 170);
-    saveFormPosition(a.get());
-    saveFormPosition(b.get());
-    b->setWindowState(Qt::WindowMaximized);
-    saveFormPosition(b.get());
-    QCOMPARE(stored(QStringLiteral("frmUpdate_WindowState")), QStringLiteral("0"));
-    QCOMPARE(stored(QStringLiteral("frmListLVWs_WindowState")), QStringLiteral("2"));
-
-    auto a2 = makeForm(QStringLiteral("frmUpdate"));
-    auto b2 = makeForm(QStringLiteral("frmListLVWs"));
-    restoreFormPosition(a2.get());
-    restoreFormPosition(b2.get());
-    QCOMPARE(a2->geometry(), QRect(20, 30, 200, 100));
-    QVERIFY(!(a2->windowState() & Qt::WindowMaximized));
-    QCOMPARE(b2->geometry(), QRect(300, 200, 150, 170));  // the normal geometry under the state
-    QVERIFY(b2->windowState() & Qt::WindowMaximized);
-
-    // A form without a name has no keys and is left alone.
-    auto nameless = std::make_unique<QWidget>();
-    nameless->setGeometry(5, 6, 70, 80);
-    restoreFormPosition(nameless.get());
-    QCOMPARE(nameless->geometry(), QRect(5, 6, 70, 80));
-}
-
-void TestFormPosition::placeOffAllScreensIsCentred_data()
-{
-    const QRect screen = QGuiApplication::primaryScreen()->geometry();
-    QTest::addColumn<QPoint>("place");  // pixels
-    QTest::addColumn<bool>("centred");
-    QTest::newRow("far right") << QPoint(screen.right() + 2000, 50) << true;
-    QTest::newRow("far below") << QPoint(50, screen.bottom() + 500) << true;
-    QTest::newRow("far left and up") << QPoint(-2000, -1500) << true;
-    QTest::newRow("only a sliver shows") << QPoint(screen.right() - 5, 50) << true;
-    QTest::newRow("partly off but grabbable") << QPoint(-100, 20) << false;
-    QTest::newRow("on screen") << QPoint(screen.x() + 10, screen.y() + 10) << false;
-}
-
-void TestFormPosition::placeOffAllScreensIsCentred()
-{
-    QFETCH(QPoint, place);
-    QFETCH(bool, centred);
-    const QSize size(240, 160);
-    storePlace(QStringLiteral("frmChecking"), 0, QRect(place, size));
-    auto form = makeForm(QStringLiteral("frmChecking"));
-    restoreFormPosition(form.get());
-    QCOMPARE(form->size(), size);
-    QCOMPARE(form->pos(), centred ? centredPlace(size) : place);
-}
-
-void TestFormPosition::fixedFormKeepsNoSize()
-{
-    auto form = makeForm(QStringLiteral("frmUpdate"));
-    form->setFixedSize(320, 180);
-    form->move(70, 80);
-    saveFormPosition(form.get());
-    QCOMPARE(stored(QStringLiteral("frmUpdate_Left")), twips(70));
-    QCOMPARE(stored(QStringLiteral("frmUpdate_Width")), kAbsent);
-    QCOMPARE(stored(QStringLiteral("frmUpdate_Height")), kAbsent);
-    // A size stored by hand doesn't change a fixed form either.
-    settings::write(kSection, QStringLiteral("frmUpdate_Width"), QStringLiteral("9000"));
-    settings::write(kSection, QStringLiteral("frmUpdate_Height"), QStringLiteral("9000"));
-    auto again = makeForm(QStringLiteral("frmUpdate"));
-    again->setFixedSize(320, 180);
-    restoreFormPosition(again.get());
-    QCOMPARE(again->geometry(), QRect(70, 80, 320, 180));
-
-    // A sizable form with a stored zero width keeps its own size.
-    auto sizable = makeForm(QStringLiteral("frmZero"));
-    sizable->resize(210, 110);
-    storePlace(QStringLiteral("frmZero"), 0, QRect(30, 40, 0, 500));
-    restoreFormPosition(sizable.get());
-    QCOMPARE(sizable->geometry(), QRect(30, 40, 210, 110));
-}
-
-void TestFormPosition::frameAllowance()
-{
-    // A declared frame allowance is part of the stored outer size and of the
-    // size that is centred, and comes off again when the size is applied.
-    auto form = makeForm(QStringLiteral("frmQOR"));
-    form->setProperty("qorFrameTwips", QSizeF(120, 450));
-    form->resize(600, 400);
-    QCOMPARE(QString::number(std::lround(formWidthTwips(form.get()))),
-             QString::number(twips(600).toInt() + 120));
-    QCOMPARE(QString::number(std::lround(formHeightTwips(form.get()))),
-             QString::number(twips(400).toInt() + 450));
-    saveFormPosition(form.get());
-    QCOMPARE(stored(QStringLiteral("frmQOR_Width")), QString::number(twips(600).toInt() + 120));
-
-    auto again = makeForm(QStringLiteral("frmQOR"));
-    again->setProperty("qorFrameTwips", QSizeF(120, 450));
-    restoreFormPosition(again.get());
-    QCOMPARE(again->size(), QSize(600, 400));
-    settings::write(kSection, QStringLiteral("frmQOR_Left"), QStringLiteral("-999"));
-    settings::write(kSection, QStringLiteral("frmQOR_Top"), QStringLiteral("-999"));
-    restoreFormPosition(again.get());
-    const double tpp = 1440.0 / QGuiApplication::primaryScreen()->logicalDotsPerInchX();
-    QCOMPARE(again->pos(), centredPlace(QSize(600 + std::lround(120 / tpp), 400 + std::lround(450 / tpp))));
-}
 
 QTEST_MAIN(TestFormPosition)
 #include "tst_formposition.moc"

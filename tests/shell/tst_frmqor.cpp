@@ -1,123 +1,33 @@
 // The main window's life: first start, closing with changes, failed saves,
 // abandoning changes, panel switching, the size rules, expert mode and files
 // that need the user told.
+#include "../customers/panelharness.h"
 #include "customers/customerpanel.h"
 #include "shell/formposition.h"
-#include "shell/frmqor.h"
 #include "shell/panel.h"
-#include "shell/settingsstore.h"
 #include "uiservices/hovercommand.h"
 #include "uiservices/twips.h"
 
-#include <QApplication>
 #include <QCheckBox>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QPushButton>
-#include <QTemporaryDir>
-#include <QTreeWidget>
-#include <QtTest>
 
 #include <csignal>
-#include <memory>
 #include <sys/resource.h>
 
 using namespace qor;
-
-namespace {
-
-struct Seen {
-    bool seen = false;
-    QString title, text;
-    QMessageBox::Icon icon = QMessageBox::NoIcon;
-    QMessageBox::StandardButtons buttons;
-};
-
-QObject *answerers() {
-    static QObject *owner = new QObject(qApp);
-    return owner;
-}
-
-// Answers the next modal window: a message box with the standard button, any
-// other window with its child button named buttonName.
-std::shared_ptr<Seen> answerNext(QMessageBox::StandardButton button, const QString &buttonName = {}) {
-    auto seen = std::make_shared<Seen>();
-    auto *timer = new QTimer(answerers());
-    QObject::connect(timer, &QTimer::timeout, timer, [=] {
-        QWidget *modal = QApplication::activeModalWidget();
-        if (!modal)
-            return;
-        timer->deleteLater();
-        timer->stop();
-        seen->seen = true;
-        seen->title = modal->windowTitle();
-        if (auto *box = qobject_cast<QMessageBox *>(modal)) {
-            seen->text = box->text();
-            seen->icon = box->icon();
-            seen->buttons = box->standardButtons();
-            box->button(button) ? box->button(button)->click() : box->reject();
-        } else if (auto *b = modal->findChild<QAbstractButton *>(buttonName)) {
-            b->click();
-        }
-    });
-    timer->start(20);
-    return seen;
-}
-
-QByteArray fileBytes(const QString &path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-void writeFile(const QString &path, QByteArray text) {
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    f.write(text.replace("\n", "\r\n"));
-}
-
-const QByteArray Sample = R"(<QOR-DB>
-	<CompanyInfo>
-		<CompanyName>Harbour Supplies</CompanyName>
-		<InvoiceClosing>See you soon</InvoiceClosing>
-	</CompanyInfo>
-	<Customers>
-		<Customer CID="1">
-			<FName>Ann</FName>
-			<LName>Lee</LName>
-		</Customer>
-		<Customer CID="2">
-			<FName>Bob</FName>
-			<LName>Moss</LName>
-		</Customer>
-	</Customers>
-</QOR-DB>
-)";
-
-}  // namespace
+using namespace qor::testing;
+using namespace Qt::StringLiterals;
 
 class TstFrmQOR : public QObject {
     Q_OBJECT
-    QTemporaryDir m_dir;
-    QString m_db;
+    Sandbox sb;
 
-    std::unique_ptr<FrmQOR> open() {
-        auto w = std::make_unique<FrmQOR>();
-        w->formLoad();
-        return w;
-    }
-    static void discard(std::unique_ptr<FrmQOR> &w) {  // ends a window without its close steps
-        w->showDatabaseChanged(false);
-        w->close();
-        w.reset();
-    }
     static QLineEdit *company(FrmQOR &w, int i) {
-        return w.panel(6)->control<QLineEdit>(QStringLiteral("txtCompanyDetails(%1)").arg(i));
+        return w.panel(6)->control<QLineEdit>(u"txtCompanyDetails(%1)"_s.arg(i));
     }
     static int shownPanel(FrmQOR &w) {  // -2 when more than one shows
         int shown = -1;
         for (int i = 0; i < 7; ++i)
-            if (!w.panel(i)->isHidden())
-                shown = shown == -1 ? i : -2;
+            shown = w.panel(i)->isHidden() ? shown : shown == -1 ? i : -2;
         return shown;
     }
     static QString stored(const char *section, const char *key) {
@@ -125,176 +35,135 @@ class TstFrmQOR : public QObject {
     }
 
 private slots:
-    void initTestCase() {
-        QVERIFY(m_dir.isValid());
-        for (const char *var : {"XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_DATA_HOME"})
-            qputenv(var, (m_dir.path() + '/' + var).toLocal8Bit());
-        m_db = m_dir.path() + QStringLiteral("/QOR.xml");
-        settings::write(QStringLiteral("FileHandling"), QStringLiteral("DatabasePath"), m_db);
-    }
+    void initTestCase() { qputenv("XDG_CACHE_HOME", (sb.dir.path() + u"/cache"_s).toLocal8Bit()); }
     void init() {
-        if (qstrcmp(QTest::currentTestFunction(), "firstStart") != 0) {
-            settings::putStoredSetting(QStringLiteral("LastClicked"), QStringLiteral("0"));
-            writeFile(m_db, Sample);
-        }
+        if (qstrcmp(QTest::currentTestFunction(), "firstStart") != 0)
+            writeDatabase(sb.db, {{1, u"Ann"_s, u"Lee"_s}, {2, u"Bob"_s, u"Moss"_s}});
     }
-    void cleanup() { qDeleteAll(answerers()->children()); }  // no answer leaks into the next test
 
     void firstStart() {
-        QVERIFY(!QFile::exists(m_db));
-        auto w = open();
-        QCOMPARE(QFileInfo(m_db).size(), 0);  // created empty
-        QCOMPARE(w->windowTitle(), QStringLiteral(" Qorvane"));
+        QVERIFY(!QFile::exists(sb.db));
+        auto w = std::make_unique<FrmQOR>();
+        w->formLoad();
+        QCOMPARE(QFileInfo(sb.db).size(), 0);  // created empty
         // The designed closing line was emptied by the read: that is a change.
         QCOMPARE(company(*w, 8)->text(), QString());
         QVERIFY(w->cmdSave()->isVisible() && w->cmdCancel()->isVisible());
-        QCOMPARE(stored("Settings", "LastClicked"), QStringLiteral("0"));
-        QCOMPARE(stored("BrowseRecall", "view"), QStringLiteral("lvwpeek"));
+        QCOMPARE(stored("Settings", "LastClicked"), u"0"_s);
         QCOMPARE(shownPanel(*w), 0);
-        QCOMPARE(qRound(formWidthTwips(w.get())), 10110);
-        QCOMPARE(qRound(formHeightTwips(w.get())), 6765);
-        const int centred = (w->screen()->geometry().width() - w->width()) / 2;
-        QVERIFY(qAbs(w->x() - centred) <= 8);
+        QCOMPARE(QSize(qRound(formWidthTwips(w.get())), qRound(formHeightTwips(w.get()))), QSize(10110, 6765));
+        QVERIFY(qAbs(w->x() - (w->screen()->geometry().width() - w->width()) / 2) <= 8);  // centred
 
-        auto box = answerNext(QMessageBox::No);
+        Answerer a;
+        a.answer = QMessageBox::No;
         QVERIFY(w->close());
-        QVERIFY(box->seen);
-        QCOMPARE(QFileInfo(m_db).size(), 0);
+        QCOMPARE(a.seen.size(), 1);
+        QCOMPARE(QFileInfo(sb.db).size(), 0);
     }
 
     void lastClickedPanel() {
-        settings::putStoredSetting(QStringLiteral("LastClicked"), QStringLiteral("3"));
-        auto w = open();
+        auto w = openWindow(3);
         QCOMPARE(shownPanel(*w), 3);
         QVERIFY(!w->databaseChanged());
-        QTest::mouseClick(w->cmdTab(5), Qt::LeftButton);
-        QVERIFY(w->close());
-        QCOMPARE(stored("Settings", "LastClicked"), QStringLiteral("5"));
-        // Only the program writes it; anything else opens the first panel.
-        settings::putStoredSetting(QStringLiteral("LastClicked"), QStringLiteral("9"));
-        w = open();
+        discard(w);
+        w = openWindow(9);  // only the program writes it; anything else opens the first panel
         QCOMPARE(shownPanel(*w), 0);
         discard(w);
     }
 
     void closingWithChanges() {
-        const QByteArray original = fileBytes(m_db);
-        auto w = open();
-        QCOMPARE(company(*w, 0)->text(), QStringLiteral("Harbour Supplies"));
-        company(*w, 0)->setText(QStringLiteral("Harbour Ltd"));
+        const QByteArray original = sb.fileBytes();
+        Answerer a;
+        auto w = openWindow(0);
+        company(*w, 0)->setText(u"Harbour Ltd"_s);
         QVERIFY(w->databaseChanged());
 
-        auto box = answerNext(QMessageBox::Cancel);
-        QVERIFY(!w->close());
-        QCOMPARE(box->title, QStringLiteral("QOR"));
-        QCOMPARE(box->text, QStringLiteral("Your database has changed.\r\n\r\nDo you want to save the changes?"));
-        QCOMPARE(box->icon, QMessageBox::Warning);
-        QCOMPARE(box->buttons, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+        QVERIFY(!w->close());  // Cancel
+        QCOMPARE(a.last().title, u"QOR"_s);
+        QCOMPARE(a.last().text, u"Your database has changed.\r\n\r\nDo you want to save the changes?"_s);
+        QCOMPARE(a.last().icon, QMessageBox::Warning);
+        QCOMPARE(a.last().buttons, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
         QVERIFY(w->isVisible() && w->databaseChanged());
         QTest::mouseClick(w->cmdTab(6), Qt::LeftButton);  // still usable
         QCOMPARE(shownPanel(*w), 6);
-
-        box = answerNext(QMessageBox::No);
+        a.answer = QMessageBox::No;
         QVERIFY(w->close());
-        QCOMPARE(fileBytes(m_db), original);
+        QCOMPARE(sb.fileBytes(), original);
 
-        w = open();
+        w = std::make_unique<FrmQOR>();
+        w->formLoad();
         QCOMPARE(shownPanel(*w), 6);
-        company(*w, 0)->setText(QStringLiteral("Harbour Ltd"));
-        QTreeWidget *list = w->customerPanel()->list();
-        list->setCurrentItem(list->topLevelItem(1));
-        box = answerNext(QMessageBox::Yes);
+        company(*w, 0)->setText(u"Harbour Ltd"_s);
+        w->customerPanel()->list()->setCurrentItem(w->customerPanel()->list()->topLevelItem(1));
+        a.answer = QMessageBox::Yes;
         QVERIFY(w->close());
-        QVERIFY(box->seen);
-        QVERIFY(fileBytes(m_db).contains("Harbour Ltd"));
-        QCOMPARE(stored("BrowseRecall", "LastViewedCustomer"), QStringLiteral("2"));
+        QCOMPARE(a.seen.size(), 3);
+        QVERIFY(sb.fileBytes().contains("Harbour Ltd"));
+        QCOMPARE(stored("BrowseRecall", "LastViewedCustomer"), u"2"_s);
 
         // Saved: no question. An empty list keeps the stored customer.
-        writeFile(m_db, "<QOR-DB>\n</QOR-DB>\n");
-        w = open();
-        box = answerNext(QMessageBox::Cancel);
+        writeDatabase(sb.db, {});
+        w = openWindow(0);
         QVERIFY(w->close());
-        QTest::qWait(60);
-        QVERIFY(!box->seen);
-        QCOMPARE(stored("BrowseRecall", "LastViewedCustomer"), QStringLiteral("2"));
+        QCOMPARE(a.seen.size(), 3);
+        QCOMPARE(stored("BrowseRecall", "LastViewedCustomer"), u"2"_s);
     }
 
-    void failedSave() {
-        const QByteArray original = fileBytes(m_db);
-        auto w = open();
-        company(*w, 1)->setText(QString(4000, QLatin1Char('x')));
+    void abandonAndFailedSave() {
+        const QByteArray original = sb.fileBytes();
+        auto w = openWindow(0);
+        company(*w, 0)->setText(u"Someone Else"_s);
+        Answerer a;
+        w->cmdCancelClick();  // Cancel keeps the changes
+        QCOMPARE(a.last().title, u"ABANDON ALL CHANGES???"_s);
+        QCOMPARE(a.last().icon, QMessageBox::Warning);
+        QCOMPARE(a.last().buttons, QMessageBox::Ok | QMessageBox::Cancel);
+        QCOMPARE(a.last().text, u"Are you sure you want to abandon all your changes?\r\n\r\nPress OK to abandon all "
+                                "changes and reload the database file as it was originally.\r\nPress Cancel to keep "
+                                "your changes and continue."_s);
+        QCOMPARE(company(*w, 0)->text(), u"Someone Else"_s);
+        QVERIFY(w->databaseChanged());
+        a.answer = QMessageBox::Ok;
+        QTest::mouseClick(w->cmdCancel(), Qt::LeftButton);
+        QCOMPARE(company(*w, 0)->text(), u"Test Co"_s);
+        QVERIFY(!w->databaseChanged());
+        QCOMPARE(w->customerPanel()->rowCount(), 2);
+        QCOMPARE(sb.fileBytes(), original);
+
         // Every write past the file's present size fails, as on a full disk.
+        company(*w, 1)->setText(QString(4000, u'x'));
         std::signal(SIGXFSZ, SIG_IGN);
         rlimit old{};
         getrlimit(RLIMIT_FSIZE, &old);
-        rlimit small = old;
-        small.rlim_cur = rlim_t(original.size());
-
+        const rlimit small{rlim_t(original.size()), old.rlim_max};
         setrlimit(RLIMIT_FSIZE, &small);
-        auto box = answerNext(QMessageBox::Ok);
         w->cmdSaveClick();
-        setrlimit(RLIMIT_FSIZE, &old);
-        QVERIFY(box->seen);
-        QVERIFY2(box->text.contains(QStringLiteral("QOR.xml")), qPrintable(box->text));
-        QCOMPARE(fileBytes(m_db), original);
-        QVERIFY(w->databaseChanged());
-
-        // Yes on closing, with a save that fails: the window stays.
-        setrlimit(RLIMIT_FSIZE, &small);
-        auto question = answerNext(QMessageBox::Yes);
-        QTimer::singleShot(200, [&] { box = answerNext(QMessageBox::Ok); });
+        a.answer = QMessageBox::Yes;  // on closing, and the save fails again
         const bool closed = w->close();
         setrlimit(RLIMIT_FSIZE, &old);
-        QVERIFY(question->seen && !closed && w->isVisible());
-        QCOMPARE(fileBytes(m_db), original);
-
+        QCOMPARE(a.seen.size(), 5);
+        QVERIFY2(a.seen[2].text.contains(u"QOR.xml"_s), qPrintable(a.seen[2].text));
+        QCOMPARE(a.seen[3].buttons, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+        QVERIFY(!closed && w->isVisible() && w->databaseChanged());
+        QCOMPARE(sb.fileBytes(), original);
         w->cmdSaveClick();
         QVERIFY(!w->databaseChanged());
-        QVERIFY(fileBytes(m_db).contains(QByteArray(4000, 'x')));
-        discard(w);
-    }
-
-    void abandonChanges() {
-        const QByteArray original = fileBytes(m_db);
-        auto w = open();
-        company(*w, 0)->setText(QStringLiteral("Someone Else"));
-
-        auto box = answerNext(QMessageBox::Cancel);
-        w->cmdCancelClick();
-        QCOMPARE(box->title, QStringLiteral("ABANDON ALL CHANGES???"));
-        QCOMPARE(box->icon, QMessageBox::Warning);
-        QCOMPARE(box->buttons, QMessageBox::Ok | QMessageBox::Cancel);
-        QCOMPARE(box->text, QStringLiteral("Are you sure you want to abandon all your changes?\r\n\r\n"
-                                           "Press OK to abandon all changes and reload the database file as it "
-                                           "was originally.\r\nPress Cancel to keep your changes and continue."));
-        QCOMPARE(company(*w, 0)->text(), QStringLiteral("Someone Else"));
-        QVERIFY(w->databaseChanged());
-
-        box = answerNext(QMessageBox::Ok);
-        QTest::mouseClick(w->cmdCancel(), Qt::LeftButton);
-        QVERIFY(box->seen);
-        QCOMPARE(company(*w, 0)->text(), QStringLiteral("Harbour Supplies"));
-        QCOMPARE(company(*w, 8)->text(), QStringLiteral("See you soon"));
-        QVERIFY(!w->databaseChanged());
-        QCOMPARE(w->customerPanel()->rowCount(), 2);
-        QCOMPARE(fileBytes(m_db), original);
+        QVERIFY(sb.fileBytes().contains(QByteArray(4000, 'x')));
         discard(w);
     }
 
     void panelSwitching() {
-        settings::putStoredSetting(QStringLiteral("LastClicked"), QStringLiteral("6"));
-        auto w = open();
+        auto w = openWindow(6);
         QApplication::setActiveWindow(w.get());
         QVERIFY(QTest::qWaitForWindowActive(w.get()));
         // A route on which no panel has another control with the same letter.
-        const QList<QPair<Qt::Key, int>> route = {{Qt::Key_C, 0}, {Qt::Key_P, 1}, {Qt::Key_B, 2},
-                                                  {Qt::Key_T, 4}, {Qt::Key_I, 6}, {Qt::Key_N, 3},
-                                                  {Qt::Key_I, 6}, {Qt::Key_O, 5}};
+        const QList<QPair<Qt::Key, int>> route = {{Qt::Key_C, 0}, {Qt::Key_P, 1}, {Qt::Key_B, 2}, {Qt::Key_T, 4},
+                                                  {Qt::Key_I, 6}, {Qt::Key_N, 3}, {Qt::Key_I, 6}, {Qt::Key_O, 5}};
         for (const auto &[key, panel] : route) {
             QTest::keyClick(w.get(), key, Qt::AltModifier);
             QTRY_COMPARE(shownPanel(*w), panel);  // a hot key presses its button a moment later
         }
-        auto *hidden = w->findChild<QPushButton *>(QStringLiteral("cmdAcceleratorKey(3)"));
+        auto *hidden = w->findChild<QPushButton *>(u"cmdAcceleratorKey(3)"_s);
         QVERIFY(hidden && hidden->geometry().right() < 0);
         for (int i : {6, 2, 2, 0}) {  // the tab of the panel on show shows it again
             QTest::mouseClick(w->cmdTab(i), Qt::LeftButton);
@@ -304,26 +173,25 @@ private slots:
     }
 
     void resizeRules() {
-        auto w = open();
-        setFormSizeTwips(w.get(), 6000, 4000);
-        QCoreApplication::processEvents();
-        QCOMPARE(qRound(formWidthTwips(w.get())), 10065);
-        QCOMPARE(qRound(formHeightTwips(w.get())), 6750);
-        QCOMPARE(w->panel(0)->size(), QSize(twipsToPx(8400), twipsToPx(6240)));
+        auto w = openWindow(0);
+        const auto panelSize = [](int width, int height) { return QSize(twipsToPx(width), twipsToPx(height)); };
+        const auto resize = [&](int width, int height) {
+            setFormSizeTwips(w.get(), width, height);
+            QCoreApplication::processEvents();
+        };
+        resize(6000, 4000);  // snaps back to the smallest size
+        QCOMPARE(QSize(qRound(formWidthTwips(w.get())), qRound(formHeightTwips(w.get()))), QSize(10065, 6750));
+        QCOMPARE(w->panel(0)->size(), panelSize(8400, 6240));
         const QSize oldPanel1 = w->panel(1)->size();
 
         // Larger: the panel on show follows at once, a hidden one when shown.
-        setFormSizeTwips(w.get(), 13065, 8250);
-        QCoreApplication::processEvents();
-        const QSize big(twipsToPx(13065 - 1665), twipsToPx(8250 - 510));
-        QCOMPARE(w->panel(0)->size(), big);
+        resize(13065, 8250);
+        QCOMPARE(w->panel(0)->size(), panelSize(13065 - 1665, 8250 - 510));
         QCOMPARE(w->panel(1)->size(), oldPanel1);
         QTest::mouseClick(w->cmdTab(1), Qt::LeftButton);
-        QCOMPARE(w->panel(1)->size(), big);
-
+        QCOMPARE(w->panel(1)->size(), panelSize(13065 - 1665, 8250 - 510));
         int before = w->arrangeCount();
-        setFormSizeTwips(w.get(), 12000, 8000);
-        QCoreApplication::processEvents();
+        resize(12000, 8000);
         QCOMPARE(w->arrangeCount() - before, 1);  // one panel, not seven
 
         // Minimised, a size change arranges nothing; the restore does.
@@ -331,38 +199,26 @@ private slots:
         QCoreApplication::processEvents();
         before = w->arrangeCount();
         const QSize minimised = w->panel(1)->size();
-        setFormSizeTwips(w.get(), 14000, 9000);
-        QCoreApplication::processEvents();
+        resize(14000, 9000);
         QCOMPARE(w->arrangeCount(), before);
         QCOMPARE(w->panel(1)->size(), minimised);
         w->showNormal();
         QCoreApplication::processEvents();
-        QCOMPARE(w->panel(1)->size(), QSize(twipsToPx(14000 - 1665), twipsToPx(9000 - 510)));
-        discard(w);
-    }
+        QCOMPARE(w->panel(1)->size(), panelSize(14000 - 1665, 9000 - 510));
 
-    void windowComesBackAsLeft() {
-        auto w = open();
+        // The window comes back as it was left.
         setFormSizeTwips(w.get(), 11025, 7260);
         w->move(40, 30);
         QVERIFY(w->close());
-        w = open();
+        w = openWindow(0);
         QCOMPARE(w->pos(), QPoint(40, 30));
-        QCOMPARE(w->panel(0)->size(), QSize(twipsToPx(11025 - 1665), twipsToPx(7260 - 510)));
-        w->showMaximized();
-        QVERIFY(w->close());
-        w = open();
-        QVERIFY(w->isMaximized());
-        w->showMinimized();
-        QVERIFY(w->close());
-        w = open();
-        QVERIFY(w->isMinimized());
+        QCOMPARE(w->panel(0)->size(), panelSize(11025 - 1665, 7260 - 510));
         discard(w);
     }
 
     void expertModeHints() {
-        settings::putStoredSetting(QStringLiteral("ExpertMode"), QStringLiteral("False"));
-        auto w = open();
+        settings::putStoredSetting(u"ExpertMode"_s, u"False"_s);
+        auto w = openWindow(0);
         auto shown = [&](int panel, const char *name) {
             QWidget *c = w->panel(panel)->controlWidget(QString::fromLatin1(name));
             return c && !c->isHidden();
@@ -375,63 +231,59 @@ private slots:
         // Options follows the changed state each time it is arranged.
         QTest::mouseClick(w->cmdTab(5), Qt::LeftButton);
         QVERIFY(!shown(5, "lblQuickestWay") && !shown(5, "cmdChangePath(2)"));
-        company(*w, 2)->setText(QStringLiteral("Dock Road"));
+        company(*w, 2)->setText(u"Dock Road"_s);
         QTest::mouseClick(w->cmdTab(5), Qt::LeftButton);
         QVERIFY(shown(5, "lblQuickestWay") && shown(5, "cmdChangePath(2)"));
 
-        w->panel(5)->control<QCheckBox>(QStringLiteral("chkExpertMode"))->click();
-        QCOMPARE(stored("Settings", "ExpertMode"), QStringLiteral("True"));
+        w->panel(5)->control<QCheckBox>(u"chkExpertMode"_s)->click();
+        QCOMPARE(stored("Settings", "ExpertMode"), u"True"_s);
         QCOMPARE(hints(), 0);
         QVERIFY(!shown(5, "lblQuickestWay"));
         discard(w);
-
-        settings::putStoredSetting(QStringLiteral("ExpertMode"), QStringLiteral("tRUe"));
-        w = open();
+        settings::putStoredSetting(u"ExpertMode"_s, u"tRUe"_s);
+        w = openWindow(0);
         QCOMPARE(hints(), 0);
         discard(w);
-        settings::putStoredSetting(QStringLiteral("ExpertMode"), QStringLiteral("False"));
     }
 
     void filesThatNeedTelling() {
         // A record of a customer who is gone: placeholder, one-time message, a change.
-        writeFile(m_db, "<QOR-DB>\n<BillPeriods>\n<BillPeriod>\n<BPName>May</BPName>\n"
-                        "<BPStart>2024/05/01</BPStart>\n<BPEnd>2024/05/31</BPEnd>\n"
-                        "<BillDue>2024/06/15</BillDue>\n</BillPeriod>\n</BillPeriods>\n<InvoiceRecords>\n"
-                        "<InvoiceRecord>\n<BP>May</BP>\n<CID>7</CID>\n<AccountBalance>10</AccountBalance>\n"
-                        "</InvoiceRecord>\n</InvoiceRecords>\n</QOR-DB>\n");
-        const QByteArray dangling = fileBytes(m_db);
-        for (const char *mark : {"False", "True"}) {
-            settings::write(QStringLiteral("Messages"), QStringLiteral("DeletedCustomer"), QString::fromLatin1(mark));
-            auto message = answerNext(QMessageBox::NoButton, QStringLiteral("cmdOkay"));
-            auto w = open();
-            QTest::qWait(60);
-            QCOMPARE(message->seen, qstrcmp(mark, "False") == 0);
+        for (bool marked : {false, true}) {
+            writeDatabase(sb.db, {}, {}, {{7, {}}});
+            settings::setOn(u"Messages"_s, u"DeletedCustomer"_s, marked);
+            bool told = false;
+            QTimer okay;
+            connect(&okay, &QTimer::timeout, [&] {
+                QWidget *modal = QApplication::activeModalWidget();
+                if (auto *b = modal ? modal->findChild<QAbstractButton *>(u"cmdOkay"_s) : nullptr)
+                    told = true, b->click();
+            });
+            okay.start(20);
+            auto w = openWindow(0);
+            QCOMPARE(told, !marked);
             QVERIFY(w->databaseChanged());
-            QCOMPARE(w->customerPanel()->list()->topLevelItem(0)->text(0), QStringLiteral("Customer, Deleted"));
+            QCOMPARE(w->customerPanel()->list()->topLevelItem(0)->text(0), u"Customer, Deleted"_s);
             discard(w);
-            qDeleteAll(answerers()->children());  // the one left unused
-            writeFile(m_db, dangling);
         }
 
         // A file that can't be accepted: the engine's message, nothing half-filled.
-        writeFile(m_db, QByteArray(Sample).replace("CID=\"2\"", "CID=\"1\""));
-        const QByteArray original = fileBytes(m_db);
-        auto box = answerNext(QMessageBox::Ok);
-        auto w = open();
-        QVERIFY(box->seen);
-        QVERIFY2(box->text.contains(QStringLiteral("QOR.xml")), qPrintable(box->text));
+        writeDatabase(sb.db, {{1, u"Ann"_s, u"Lee"_s}, {1, u"Bob"_s, u"Moss"_s}});
+        const QByteArray original = sb.fileBytes();
+        Answerer a;
+        auto w = openWindow(0);
+        QCOMPARE(a.seen.size(), 1);
+        QVERIFY2(a.last().text.contains(u"QOR.xml"_s), qPrintable(a.last().text));
         QCOMPARE(w->customerPanel()->rowCount(), 0);
         QCOMPARE(w->db().lvwCustomers.count(), 0);
         QCOMPARE(company(*w, 0)->text(), QString());
-        QCOMPARE(fileBytes(m_db), original);
+        QCOMPARE(sb.fileBytes(), original);
         discard(w);
     }
 
     void userGuide() {
-        const QString path = FrmQOR::writeUserGuide();
-        QVERIFY(path.startsWith(m_dir.path()));
-        const QByteArray html = fileBytes(path);
-        QVERIFY(html.contains("<html") && html.contains("Company Info"));
+        QFile guide(FrmQOR::writeUserGuide());
+        QVERIFY(guide.fileName().startsWith(sb.dir.path()) && guide.open(QIODevice::ReadOnly));
+        QVERIFY(guide.readAll().contains("Company Info"));
     }
 };
 

