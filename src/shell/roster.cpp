@@ -2,6 +2,7 @@
 // of it. One row per control; the program reads the rows, so the place,
 // caption and start state of a control is changed in one spot.
 #include "shell/roster.h"
+#include "uiservices/caption.h"
 #include "uiservices/fonts.h"
 
 #include "uiservices/twips.h"
@@ -394,19 +395,7 @@ const Entry *find(QStringView name)
 
 QString shownCaption(QStringView caption)
 {
-    QString out;
-    out.reserve(caption.size());
-    for (qsizetype i = 0; i < caption.size(); ++i) {
-        if (caption[i] == u'&') {
-            if (i + 1 < caption.size() && caption[i + 1] == u'&') {
-                out += u'&';
-                ++i;
-            }
-            continue;  // a single "&" only marks the hot key
-        }
-        out += caption[i];
-    }
-    return out;
+    return captionAsShown(caption);
 }
 
 QString accessibleNameOf(const Entry &e)

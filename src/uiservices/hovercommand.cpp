@@ -1,6 +1,7 @@
 #include "uiservices/hovercommand.h"
 
 #include "uiservices/assetpaths.h"
+#include "uiservices/caption.h"
 
 #include <QFocusEvent>
 #include <QFontMetrics>
@@ -121,23 +122,6 @@ QImage disabledPicture(const QImage &keyed, const QColor &light, const QColor &s
 using hover::State;
 
 namespace {
-
-// The caption as shown: single "&" removed, "&&" as one "&".
-QString displayText(const QString &caption) {
-    QString out;
-    out.reserve(caption.size());
-    for (qsizetype i = 0; i < caption.size(); ++i) {
-        if (caption[i] == u'&') {
-            if (i + 1 < caption.size() && caption[i + 1] == u'&') {
-                out += u'&';
-                ++i;
-            }
-            continue;
-        }
-        out += caption[i];
-    }
-    return out;
-}
 
 int buttonValue(Qt::MouseButtons b) {
     int v = 0;
@@ -335,7 +319,7 @@ void HoverCommand::readProperties(const QVariantMap &stored) {
 }
 
 int HoverCommand::textWidth() const {
-    const QString shown = displayText(text());
+    const QString shown = captionAsShown(text());
     return shown.isEmpty() ? 0 : QFontMetrics(font()).horizontalAdvance(shown);
 }
 
