@@ -55,8 +55,27 @@ std::unique_ptr<Tables> buildTables() {
             weight[u] = 0x10001 + (u - 0xD800);
             continue;
         }
-        if (isIgnorableMark(u)) {
+        // CJK ideographs and Hangul syllables have no case, are no marks and
+        // have no decomposition into a letter and marks: they stand for
+        // themselves, and the Unicode look-ups below can be spared for them.
+        if ((u >= 0x4E00 && u <= 0x9FFF) || (u >= 0xAC00 && u <= 0xD7A3)) {
+            weight[u] = u + 1;
+            continue;
+        }
+        const auto category = QChar::category(u);
+        if (category == QChar::Mark_NonSpacing || category == QChar::Mark_Enclosing) {
             weight[u] = 0;
+            continue;
+        }
+        // Most units neither fold nor decompose: they stand for themselves.
+        if (category == QChar::Other_NotAssigned || category == QChar::Other_PrivateUse) {
+            weight[u] = u + 1;
+            continue;
+        }
+        const char32_t folded = QChar::toCaseFolded(u);
+        t->upper[u] = folded != u ? 1 : 0;
+        if (folded == u && QChar::decompositionTag(u) != QChar::Canonical) {
+            weight[u] = u + 1;
             continue;
         }
         char32_t base = u;
@@ -80,7 +99,6 @@ std::unique_ptr<Tables> buildTables() {
             base = next;
         }
         weight[u] = base + 1;  // +1 keeps U+0000 apart from "ignored"
-        t->upper[u] = QChar::toCaseFolded(u) != u ? 1 : 0;
         if (!stripped.isEmpty()) {
             t->markAt[u] = quint16(t->marks.size());
             t->marks.push_back(char16_t(stripped.size()));

@@ -146,21 +146,7 @@ QStringList Database::fillInvoiceRecordNames()
     // What the read found still holds if nothing has touched the records since.
     const bool fromRead = after.valid && after.records == n;
 
-    // Names by customer key without its final "k" (record CID + "k" = key).
-    // The hashes hold views into strings kept in a deque, so a look-up costs
-    // no allocation per record.
-    std::deque<QString> owned;
-    QHash<QStringView, QString> names;
-    names.reserve(lvwCustomers.count());
-    lvwCustomers.forEach([&](QStringView key, QStringView text) {
-        if (key.endsWith(u'k')) {
-            QStringView name = field(text, 0);
-            if (name.startsWith(ArchiveMark)) name = name.mid(ArchiveMark.size());
-            owned.push_back(key.chopped(1).toString());
-            names.insert(owned.back(), name.toString());
-        }
-        return true;
-    });
+    std::deque<QString> owned;  // keys the hashes below look at
 
     // Rows still without a name have five fields.
     std::vector<int> unnamed;
@@ -169,6 +155,24 @@ QStringList Database::fillInvoiceRecordNames()
     } else {
         for (int i = 1; i <= n; ++i)
             if (countOf(lvwInvoiceRecords.textView(i), FieldSep) == 4) unnamed.push_back(i);
+    }
+
+    // Names by customer key without its final "k" (record CID + "k" = key),
+    // needed only for rows the read could not name: a file this program wrote
+    // gets all its names as it is read. The hashes hold views into strings
+    // kept in a deque, so a look-up costs no allocation per record.
+    QHash<QStringView, QString> names;
+    if (!unnamed.empty()) {
+        names.reserve(lvwCustomers.count());
+        lvwCustomers.forEach([&](QStringView key, QStringView text) {
+            if (key.endsWith(u'k')) {
+                QStringView name = field(text, 0);
+                if (name.startsWith(ArchiveMark)) name = name.mid(ArchiveMark.size());
+                owned.push_back(key.chopped(1).toString());
+                names.insert(owned.back(), name.toString());
+            }
+            return true;
+        });
     }
 
     QStringList itemProblems;

@@ -1,6 +1,8 @@
 // KeyedList storage:
 //  - rows live in fixed-size chunks addressed by a row id, so growth never
 //    moves them and a freed id is reused;
+//  - keys, which never change, are packed into a pool of blocks rather than
+//    allocated one by one;
 //  - an open-addressing hash (linear probing, backward-shift delete) maps a
 //    key to its row id;
 //  - a counted B+tree of row ids gives the order: every inner entry carries
@@ -84,9 +86,11 @@ void adviseHugePages(void *p, size_t bytes) {
 
 struct KeyedList::Impl {
     struct Row {
-        QString key;
         QString text;
+        const char16_t *keyAt = nullptr;  // in the key pool
+        quint32 keyLen = 0;
         quint32 where = Nil;  // leaf id, or PendingTag | index into pending
+        QStringView key() const { return QStringView(keyAt, qsizetype(keyLen)); }
     };
     struct Leaf {
         quint32 parent = Nil;
@@ -109,9 +113,39 @@ struct KeyedList::Impl {
     Row &row(quint32 id) { return chunks[id >> ChunkBits][id & (ChunkSize - 1)]; }
     const Row &row(quint32 id) const { return chunks[id >> ChunkBits][id & (ChunkSize - 1)]; }
 
-    template <typename K, typename T>
-    quint32 newRow(K &&keyIn, T &&textIn) {
-        QString key = compact(std::forward<K>(keyIn)), text = compact(std::forward<T>(textIn));
+    // ---- key pool -----------------------------------------------------------
+    // Keys never change, so they are packed into blocks that never move
+    // instead of one allocation each. The place of a removed key isn't
+    // reused; removals are rare next to what a table holds.
+    static constexpr qsizetype KeyBlockChars = 16384;
+    std::vector<std::unique_ptr<char16_t[]>> keyBlocks;
+    qsizetype keyBlockFree = 0;  // characters left in the last block
+
+    const char16_t *storeKey(QStringView key) {
+        const qsizetype n = key.size();
+        char16_t *at;
+        if (n > KeyBlockChars / 4) {
+            // A long key gets a block of its own, kept in front of the open one.
+            std::unique_ptr<char16_t[]> own(new char16_t[size_t(n)]);
+            at = own.get();
+            keyBlocks.insert(keyBlocks.empty() ? keyBlocks.end() : keyBlocks.end() - 1, std::move(own));
+        } else {
+            if (keyBlockFree < n) {
+                keyBlocks.emplace_back(new char16_t[size_t(KeyBlockChars)]);
+                keyBlockFree = KeyBlockChars;
+            }
+            at = keyBlocks.back().get() + (KeyBlockChars - keyBlockFree);
+            keyBlockFree -= n;
+        }
+        std::copy(key.utf16(), key.utf16() + n, at);
+        return at;
+    }
+
+    template <typename T>
+    quint32 newRow(QStringView key, T &&textIn) {
+        QString text = compact(std::forward<T>(textIn));
+        // Everything that may fail to allocate comes before a row id is taken.
+        const char16_t *keyAt = storeKey(key);
         if (freeIds.empty() && (nextId >> ChunkBits) >= chunks.size()) {
             auto chunk = std::make_unique<Row[]>(ChunkSize);
             chunks.push_back(std::move(chunk));
@@ -124,14 +158,16 @@ struct KeyedList::Impl {
             id = nextId++;
         }
         Row &r = row(id);
-        r.key = std::move(key);
+        r.keyAt = keyAt;
+        r.keyLen = quint32(key.size());
         r.text = std::move(text);
         ++live;
         return id;
     }
     void freeRow(quint32 id) {
         Row &r = row(id);
-        r.key = QString();
+        r.keyAt = nullptr;
+        r.keyLen = 0;
         r.text = QString();
         r.where = Nil;
         freeIds.push_back(id);
@@ -150,7 +186,7 @@ struct KeyedList::Impl {
         for (quint64 i = h & mask;; i = (i + 1) & mask) {
             const quint64 s = keySlots[i];
             if (s == 0) return -1;
-            if (quint32(s >> 32) == h && row(slotId(s)).key == key) return qint64(i);
+            if (quint32(s >> 32) == h && row(slotId(s)).key() == key) return qint64(i);
         }
     }
     quint32 find(QStringView key) const {
@@ -527,8 +563,14 @@ struct KeyedList::Impl {
         const quint64 leafCount = (n + LeafCap - 1) / LeafCap;
         quint64 innerCount = 0;
         for (quint64 m = leafCount; m > 1; m = (m + InnerCap - 1) / InnerCap) innerCount += (m + InnerCap - 1) / InnerCap;
-        std::vector<Leaf> newLeaves(leafCount);
-        std::vector<Inner> newInners(innerCount);
+        // Some spare room, so the first adds after a load don't copy every
+        // node to grow; pages never touched cost no memory.
+        std::vector<Leaf> newLeaves;
+        newLeaves.reserve(leafCount + leafCount / 8 + 4);
+        newLeaves.resize(leafCount);
+        std::vector<Inner> newInners;
+        newInners.reserve(innerCount + innerCount / 8 + 8);
+        newInners.resize(innerCount);
         std::vector<quint32> level(leafCount), up((leafCount + InnerCap - 1) / InnerCap);
 
         leaves.swap(newLeaves);
@@ -634,11 +676,11 @@ struct KeyedList::Impl {
         for (;; i = (i + 1) & mask) {
             const quint64 s = keySlots[i];
             if (s == 0) break;
-            if (quint32(s >> 32) == h && row(slotId(s)).key == key)
+            if (quint32(s >> 32) == h && row(slotId(s)).key() == key)
                 throw KeyedListError("KeyedList: the key \"" + QString(key).toStdString() + "\" is already in the table");
         }
         if (pending.size() == pending.capacity()) pending.reserve(std::max<size_t>(64, pending.size() * 2));
-        const quint32 id = newRow(std::forward<K>(key), std::forward<T>(text));
+        const quint32 id = newRow(key, std::forward<T>(text));
         row(id).where = PendingTag | quint32(pending.size());
         pending.push_back(id);
         keySlots[i] = (quint64(h) << 32) | (quint64(id) + 1);
@@ -717,9 +759,9 @@ int KeyedList::indexOf(QStringView key) const {
     return id == Nil ? 0 : int(d->positionOf(id)) + 1;
 }
 
-QString KeyedList::key(int index) const { return d->row(d->checkedRowAt(index)).key; }
+QString KeyedList::key(int index) const { return d->row(d->checkedRowAt(index)).key().toString(); }
 QString KeyedList::text(int index) const { return d->row(d->checkedRowAt(index)).text; }
-QStringView KeyedList::keyView(int index) const { return d->row(d->checkedRowAt(index)).key; }
+QStringView KeyedList::keyView(int index) const { return d->row(d->checkedRowAt(index)).key(); }
 QStringView KeyedList::textView(int index) const { return d->row(d->checkedRowAt(index)).text; }
 QString KeyedList::textOf(QStringView key) const { return d->row(d->checkedFind(key)).text; }
 
@@ -879,7 +921,7 @@ bool KeyedList::isSorted() const {
 }
 
 void KeyedList::forEach(const std::function<bool(QStringView key, QStringView text)> &fn) const {
-    d->walkAll([&](const Impl::Row &r) { return fn(r.key, r.text); });
+    d->walkAll([&](const Impl::Row &r) { return fn(r.key(), r.text); });
 }
 
 }  // namespace qor

@@ -22,8 +22,10 @@
 #include <QHash>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #if defined(__SSE2__)
@@ -882,7 +884,7 @@ private:
         QByteArray value;
         while (!current("</customers>") && !m_src.atEnd()) {
             if (xmlNextRecord("</customers>", "customer", "cid", value) != Next::Value) return;
-            value.replace('k', "");
+            if (value.contains('k')) value.replace('k', "");
             const qint64 headerLine = m_recordLine;
             m_rec.truncate(0);
             while (!m_src.atEnd()) {
@@ -892,28 +894,43 @@ private:
             const QString number = decoded(value.constData(), value.size());
             if (!leadingNumberPositive(number)) continue;
             m_tags.build(m_rec);
-            const QString first = element("fname");
-            const QString last = element("lname");
-            const bool archived = element("current").toLower() == u"no";
-            QString name = last.isEmpty() ? first : last + QStringLiteral(", ") + first;
+            const Span first = m_tags.element("fname");
+            const Span last = m_tags.element("lname");
+            const Span cur = m_tags.element("current");
+            const char *const s = m_rec.constData();
+            // Current is "no" in any case; a character reference in it needs the decoded text.
+            const bool archived = cur.len == 2 ? equalsLower(s + cur.at, 2, "no", 2)
+                                  : findByte(s + cur.at, cur.len, Marker)
+                                      ? text(cur).toLower() == u"no"
+                                      : false;
+            // Sized for the whole row, so it is built without growing; the
+            // display name is decoded straight into it.
             QString row;
-            row.reserve(m_rec.size() + 16);
+            row.reserve(m_rec.size() + first.len + last.len + ArchiveMark.size() + 16);
             if (archived) row += ArchiveMark;
-            row += name;
+            const qsizetype nameAt = row.size();
+            if (last.len > 0) {
+                appendDecoded(row, s + last.at, last.len);
+                row += QStringLiteral(", ");
+            }
+            appendDecoded(row, s + first.at, first.len);
+            const qsizetype nameLen = row.size() - nameAt;
             row += FieldSep;
-            row += first;
+            appendDecoded(row, s + first.at, first.len);
             row += FieldSep;
-            row += last;
+            appendDecoded(row, s + last.at, last.len);
             for (const char *element : {"add1", "add2", "add3", "email", "phone", "notes"}) {
                 row += FieldSep;
                 appendElement(row, element);
             }
+            m_nameAt.push_back({m_namePool.size(), nameLen});
+            m_namePool += QStringView(row).mid(nameAt, nameLen);
             if (!addRow(m_db.lvwCustomers, number + u'k', std::move(row), headerLine,
-                        [&] { return QStringLiteral("a second customer with the number %1").arg(number); }))
+                        [&] { return QStringLiteral("a second customer with the number %1").arg(number); })) {
+                m_nameAt.pop_back();
                 return;
-            m_customers.insert(number, int(m_nameAt.size()));
-            m_nameAt.push_back({m_namePool.size(), name.size()});
-            m_namePool += name;
+            }
+            m_customers.insert(number, int(m_nameAt.size() - 1));
         }
     }
 
@@ -1143,36 +1160,38 @@ private:
     // key slot is prefetched when the record is parsed, so by the time the
     // batch is added the slots are in cache.
     struct PendingRecord {
-        QString key, row;
+        QString key, row;  // the key's buffer is kept from batch to batch
         qint64 line;
         qsizetype cidAt;  // where the CID starts in the key
         bool named;
     };
     static constexpr size_t BatchSize = 16;
-    std::vector<PendingRecord> m_batch;
+    std::array<PendingRecord, BatchSize> m_batch;
+    size_t m_batched = 0;
 
     bool flushRecords()
     {
-        for (PendingRecord &r : m_batch) {
+        const size_t n = std::exchange(m_batched, 0);
+        for (size_t i = 0; i < n; ++i) {
+            PendingRecord &r = m_batch[i];
             try {
-                m_db.lvwInvoiceRecords.append(std::move(r.key), std::move(r.row));
+                // The table copies the key, so its buffer stays here for reuse.
+                m_db.lvwInvoiceRecords.append(std::as_const(r.key), std::move(r.row));
             } catch (const KeyedListError &) {
-                // A failed append leaves the strings with us.
                 const QStringView key(r.key);
                 duplicate = DuplicateKey{r.line, QStringLiteral("a second record of customer %1 in bill period \"%2\"")
                                                      .arg(key.mid(r.cidAt).chopped(1), key.left(r.cidAt - 1))};
-                m_batch.clear();
                 return false;
             }
+            r.row = QString();
             if (!r.named) m_after.unnamedRows.push_back(m_db.lvwInvoiceRecords.count());
         }
-        m_batch.clear();
         return true;
     }
 
     void readInvoiceRecords()
     {
-        m_batch.reserve(BatchSize);
+        m_batched = 0;
         readInvoiceRecordLines();
         if (!duplicate) flushRecords();
     }
@@ -1184,10 +1203,11 @@ private:
         std::vector<Span> entries;
         PlainRecord plain;
         {
-            // The shortest record the writer makes is about this long, so the
-            // table is sized once for the section instead of growing row by row.
-            constexpr qint64 ShortRecordBytes = 150;
-            const qint64 estimate = m_db.lvwInvoiceRecords.count() + m_src.bytesLeft() / ShortRecordBytes;
+            // A record as the writer lays it out rarely takes fewer bytes than
+            // this, so the table is sized once for the rest of the file instead
+            // of growing row by row; a file of smaller records just grows.
+            constexpr qint64 RecordBytes = 200;
+            const qint64 estimate = m_db.lvwInvoiceRecords.count() + m_src.bytesLeft() / RecordBytes;
             m_db.lvwInvoiceRecords.reserve(int(std::min<qint64>(estimate, 1 << 28)));
         }
         while (!m_src.atEnd()) {
@@ -1250,7 +1270,9 @@ private:
             // The key first: the table can start fetching its slot while
             // the row is put together. Both are written in place, sized for
             // the bytes (decoding never makes a value longer).
-            QString key(bp.len + cid.len + 2, Qt::Uninitialized);
+            PendingRecord &pending = m_batch[m_batched];
+            QString &key = pending.key;
+            key.resize(bp.len + cid.len + 2);
             char16_t *const k = reinterpret_cast<char16_t *>(key.data());
             char16_t *kd = putDecoded(k, s + bp.at, bp.len);
             *kd++ = FieldSep.unicode();
@@ -1281,8 +1303,11 @@ private:
             d = putDecoded(d, s + note.at, note.len);
             if (d - r < row.size()) row.truncate(d - r);
 
-            m_batch.push_back({std::move(key), std::move(row), firstLine, cidAt, named});
-            if (m_batch.size() == BatchSize && !flushRecords()) return;
+            pending.row = std::move(row);
+            pending.line = firstLine;
+            pending.cidAt = cidAt;
+            pending.named = named;
+            if (++m_batched == BatchSize && !flushRecords()) return;
 
             for (const Span &entry : entries) {
                 if (!entry.len || knownItem(s + entry.at, entry.len)) continue;

@@ -19,15 +19,16 @@ namespace {
 QString customerText(const QString &last) { return joinFields({last + ", Pat", "Pat", last, "1 Road", "", "", "", "", ""}); }
 
 // Customers 1..12, of whom 2, 5 and 12 have records (12 only paid ones); items
-// 1, 3, 7 and 12. The records sort Baker (2), Egan (5), Lane (12), P2 Lane.
+// 1, 3, 7 and 12, of which 7 and 12 are billed. Records sort Baker (2), Egan (5), Lane (12), P2 Lane.
 void fill(Database &db) {
     const char *lasts[] = {"Adams", "Baker", "Cole", "Dunn", "Egan", "Ford", "Gray", "Hale", "Irwin", "Jones", "King", "Lane"};
-    for (int i = 1; i <= 12; ++i) db.lvwCustomers.add(QStringLiteral("%1k").arg(i), customerText(QString::fromLatin1(lasts[i - 1])));
+    for (int i = 1; i <= 12; ++i)
+        db.lvwCustomers.add(QStringLiteral("%1k").arg(i), customerText(QString::fromLatin1(lasts[i - 1])));
     for (auto [psid, price] : {std::pair{1, 1}, std::pair{3, 3}, std::pair{7, 5}, std::pair{12, 9}})
         db.lvwPAndS.add(QStringLiteral("%1k").arg(psid), QStringLiteral("00000000%1.00$%1.00 - Item%2").arg(price).arg(psid));
     const std::tuple<const char *, const char *, int, QString> records[] = {
         {"P1", "Baker, Pat", 2, "7" + QString(ItemSep) + "12x3"}, {"P1", "Egan, Pat", 5, "7x2"},
-        {"P1", "Lane, Pat", 12, "1"}, {"P2", "Lane, Pat", 12, "7"}};
+        {"P1", "Lane, Pat", 12, "7"}, {"P2", "Lane, Pat", 12, "7"}};
     for (const auto &[period, name, cid, items] : records)
         db.lvwInvoiceRecords.add(QStringLiteral("%1\u0001%2\u0001").arg(period).arg(cid),
                                  joinFields({period, name, QString::number(cid), cid == 2 ? "4.5" : "0", items, ""}));
@@ -58,8 +59,9 @@ private slots:
             QCOMPARE(customerIsBilled(db, key, &m_main), found);
             QCOMPARE(key, QString::fromLatin1(number));
         }
-        // Product: the number before any "x" (3 in 12x3 is a quantity, 2 a customer).
-        for (auto [given, found] : {std::pair{"12k", true}, std::pair{"7k", true}, std::pair{"3k", false}, std::pair{"2k", false}}) {
+        // Product: the number before any "x" (1 is no prefix of 12, 3 in 12x3 a quantity, 2 a customer).
+        const std::pair<const char *, bool> items[] = {{"12k", true}, {"7k", true}, {"1k", false}, {"3k", false}, {"2k", false}};
+        for (auto [given, found] : items) {
             QString key = QString::fromLatin1(given);
             QCOMPARE(productIsBilled(db, key, &m_main), found);
         }

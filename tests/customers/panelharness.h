@@ -127,8 +127,12 @@ inline QStringList rowTexts(const QTreeWidget *list) {
 }
 
 inline QString currentText(const QTreeWidget *l) { return l->currentItem() ? l->currentItem()->text(0) : QString(); }
-inline QString currentKey(const QTreeWidget *l) { return l->currentItem() ? l->currentItem()->data(0, Qt::UserRole).toString() : QString(); }
-inline bool hasInfoColour(const QWidget *w) { return w->palette().color(QPalette::Base) == QApplication::palette().color(QPalette::ToolTipBase); }
+inline QString currentKey(const QTreeWidget *l) {
+    return l->currentItem() ? l->currentItem()->data(0, Qt::UserRole).toString() : QString();
+}
+inline bool hasInfoColour(const QWidget *w) {
+    return w->palette().color(QPalette::Base) == QApplication::palette().color(QPalette::ToolTipBase);
+}
 inline QString statusText() { return FrmChecking::existing() ? FrmChecking::existing()->lblStatus()->text() : QString(); }
 
 // The two buttons as the user sees them; "-" marks a hidden one.

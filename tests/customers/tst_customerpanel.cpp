@@ -24,7 +24,9 @@ class TstCustomerPanel : public QObject {
     void checkListMatchesTable() {
         QStringList names, keys, shownKeys;
         table().forEach([&](QStringView k, QStringView t) {
-            if (!isArchivedCustomerText(t) && fieldSepCount(t) == 8) names << t.left(t.indexOf(FieldSep)).toString(), keys << k.toString();
+            if (isArchivedCustomerText(t) || fieldSepCount(t) != 8) return true;
+            names << t.left(t.indexOf(FieldSep)).toString();
+            keys << k.toString();
             return true;
         });
         for (int i = 0; i < cp()->rowCount(); ++i) shownKeys << list()->topLevelItem(i)->data(0, Qt::UserRole).toString();
@@ -65,9 +67,7 @@ private slots:
         QTest::keyClicks(field(5), QString(130, 'e'));  // typing stops at the field's length
         QTest::keyClicks(field(7), "gate\rdog");
         click(btn("cmdAddNew"));
-        QCOMPARE(m_answers->seen.size(), 0);
-        QCOMPARE(table().key(1), "1k");
-        QCOMPARE(splitFields(table().text(1)),
+        QCOMPARE(splitFields(table().textOf(u"1k")),
                  QStringList({"Smith, Jo", "Jo", "Smith", "", "", "", QString(128, 'e'), "", "gate\ndog"}));
         QCOMPARE(buttons(), "&New Customer / &Delete Existing");
         QVERIFY(btn("cmdPrint")->isVisible() && m_w->databaseChanged());
@@ -77,7 +77,6 @@ private slots:
         newCustomer("Al", "Zane");
         newCustomer("Al", "Brown");
         QCOMPARE(rowTexts(list()), QStringList({"Brown, Al", "Sam", "Smith, Jo", "Zane, Al"}));
-        checkListMatchesTable();
         QCOMPARE(currentKey(list()), "4k");
 
         // Cancelling an entry selects the row selected before it.
@@ -85,8 +84,7 @@ private slots:
         click(btn("cmdAddNew"));
         QVERIFY(list()->selectedItems().isEmpty() && cp()->fieldText(0).isEmpty());
         click(btn("cmdUndo"));
-        QCOMPARE(currentText(list()), "Smith, Jo");
-        QCOMPARE(cp()->fieldText(0), "Jo");
+        QVERIFY(currentText(list()) == "Smith, Jo" && cp()->fieldText(0) == "Jo");
 
         // Typing is an edit; typed back to the stored text it is none; undo refills.
         QTest::keyClicks(field(6), "55");
@@ -111,12 +109,10 @@ private slots:
         QCOMPARE(rowTexts(list()), QStringList({"Adams, Jo", "Brown, Al", "Sam", "Zane, Al"}));
         checkListMatchesTable();
         QCOMPARE(currentKey(list()), "1k");
-        QCOMPARE(splitFields(table().textOf(u"1k")).at(8), "gate\ndog");
 
         // The down key shows the row it lands on, Tag first.
         QTest::keyClick(list(), Qt::Key_Down);
-        QCOMPARE(cp()->fieldText(1), "Brown");
-        QCOMPARE(field(1)->property("Tag").toString(), "Brown");
+        QVERIFY(cp()->fieldText(1) == "Brown" && field(1)->property("Tag").toString() == "Brown");
     }
 
     // Delete removes an unbilled customer, archives a billed one.
@@ -129,6 +125,7 @@ private slots:
         m_answers->answer = QMessageBox::Ok;
         click(btn("cmdUndo"));  // Di is billed: archived, behind all others
         QCOMPARE(statusText(), "Entry archived.");
+        QVERIFY(FrmChecking::existing()->cmdOK()->isEnabled());
         QVERIFY(table().text(4).startsWith(ArchiveMark + "Ross, Di"));
         QCOMPARE(currentText(list()), "Pike, Cy");  // the row now last
         QCOMPARE(cp()->fieldText(0), "Cy");
@@ -201,31 +198,16 @@ private slots:
         QTRY_COMPARE(QApplication::focusWidget(), box);
         QCOMPARE(currentText(list()), "Ross, Di");  // an empty box finds nothing
         QCOMPARE(cp()->fieldText(6), "");  // but refills the fields
-        const std::pair<const char *, const char *> steps[] = {{"mo", "Moore, Cy"}, {"ssx", "Moss, Bob"} /* "mossx" finds nothing */};
-        for (auto [typed, found] : steps) {
+        const char *steps[][3] = {{"mo", "Moore, Cy", "Cy"}, {"ssx", "Moss, Bob", "Bob"} /* "mossx" finds nothing */};
+        for (auto [typed, found, first] : steps) {
             QTest::keyClicks(box, typed);
-            QCOMPARE(currentText(list()), found);
-            QCOMPARE(cp()->fieldText(0) + " ", QString(found).section(", ", 1) + " ");
+            QVERIFY(currentText(list()) == found && cp()->fieldText(0) == first);
         }
         retype(box, "LEE");
         click(btn("cmdSearch"));
         QVERIFY(box->isHidden() && label->text() == "List of Customers:");
         QCOMPARE(currentText(list()), "Lee, Ann");
         QCOMPARE(QApplication::focusWidget(), list());
-    }
-
-    // CheckToConfirmEdits: exactly "False" spares the edit question; "false" in any case the delete one.
-    void confirmationSetting() {
-        open({{1, "Ann", "Lee"}, {2, "Bob", "Moss"}, {3, "Cy", "Pike"}});
-        m_answers->answer = QMessageBox::Ok;
-        for (auto [setting, questions] : {std::pair{"False", 0}, std::pair{"false", 1}}) {
-            settings::putStoredSetting("CheckToConfirmEdits", setting);
-            QTest::keyClicks(field(2), "1 Main St");
-            click(btn("cmdAddNew"));
-            click(btn("cmdUndo"));
-            QCOMPARE(m_answers->seen.size(), questions);
-        }
-        QCOMPARE(table().count(), 1);
     }
 
     // The row selected at start comes from LastViewedCustomer; a long stored
@@ -290,9 +272,12 @@ private slots:
     }
 
     // What the panel did is in the file after a save and back after a restart.
+    // CheckToConfirmEdits "false": only exactly "False" spares the edit question,
+    // the delete one goes in any case.
     void saveAndReload() {
         open({{1, "Ann", "Lee"}, {2, "Bob", "Moss"}, {3, "Cy", "Pike"}}, {{3, {"1"}}});
-        settings::putStoredSetting("CheckToConfirmEdits", "False");
+        settings::putStoredSetting("CheckToConfirmEdits", "false");
+        m_answers->answer = QMessageBox::Ok;
         click(btn("cmdAddNew"));
         QTest::keyClicks(field(7), "back\rdoor");
         QTest::keyClicks(field(1), "Adams");
@@ -305,6 +290,7 @@ private slots:
             select(gone);
             click(btn("cmdUndo"));
         }
+        QCOMPARE(m_answers->seen.size(), 1);
         QVERIFY(m_w->saveDatabase());
         const QByteArray bytes = m_box.fileBytes();
         QVERIFY(bytes.contains("<Customer CID=\"4\">\r\n\t\t\t<FName>Eve</FName>\r\n\t\t\t<LName>Adams</LName>\r\n"

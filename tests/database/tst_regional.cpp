@@ -80,7 +80,8 @@ private slots:
                 if (*c.locale && qstrcmp(c.locale, loc) != 0) continue;
                 QCOMPARE(regional::sortPrice(txt(c.text)), txt(c.want).replace(u'.', point));
             }
-            QCOMPARE(regional::sortPrice(QLocale().toCurrencyString(1200.0)), QStringLiteral("000001200.00").replace(u'.', point));
+            const QString own = QLocale().toCurrencyString(1200.0);  // the locale's own currency form
+            QCOMPARE(regional::sortPrice(own), QStringLiteral("000001200.00").replace(u'.', point));
         }
     }
 

@@ -94,7 +94,7 @@ private slots:
         QCOMPARE(buttons(), "&Add New / &Cancel New");
         retype(name(), "soap");  // other case is another name
         click(btn("cmdAddNewItem"));
-        QCOMPARE(table().textOf(u"6k"), "000000005.00$5.00 - soap");
+        QVERIFY(table().contains(u"6k") && table().textOf(u"6k") == "000000005.00$5.00 - soap");
     }
 
     // German forms; a display text keeps the form of the moment it was added.

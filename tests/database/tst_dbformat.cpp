@@ -1,0 +1,336 @@
+// The file format: the writer's exact bytes, the code page and references,
+// round trips, and the reader's tolerance of case, comments, blank lines,
+// indentation, missing elements, entities, section order, item entries,
+// unusable numbers, line ends and cut-off files.
+#include "dbfiletest.h"
+
+#include "database/codec.h"
+
+using namespace qor;
+using namespace dbtest;
+
+namespace {
+
+// Every kind of row: current and archived customers and items, a first name
+// alone, a note over several lines, a price of $0.00, an item name holding
+// " - ", entries with quantities, characters the code page lacks, markup.
+void fill(Database &db)
+{
+    db.company = {"A&B", "1 Main St", "", "", "555-1234", "Slogan \u20AC", "General", "Pay Me", "THANKS"};
+    db.lvwCustomers.add("3k", fields({"Lee & Co, Ann", "Ann", "Lee & Co", "1 Main St", "", "", "", "", ""}));
+    db.lvwCustomers.add("4k", fields({"Bo", "Bo", "", "", "", "", "", "", "1<2 \u263A\nsecond\r\nthird\rfourth\a\tend"}));
+    db.lvwCustomers.add("5k", fields({"zzzz\u00BBOld, Al", "Al", "Old", "", "", "", "a@b.c", "555", ""}));
+    db.lvwPeriods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
+    db.lvwPAndS.add("5k", QStringLiteral("000000005.00$5.00 - Midget - Widget"));
+    db.lvwPAndS.add("7k", QStringLiteral("000000000.00$0.00 - Free"));
+    db.lvwPAndS.add("8k", QStringLiteral("000000040.00zzzz\u00BB$40.00 - Gone \U0001F600"));
+    db.lvwInvoiceRecords.add(fields({"May", "3", ""}), fields({"May", "Lee & Co, Ann", "3", "12.5", "5\u00027x2", ""}));
+    db.lvwInvoiceRecords.add(fields({"May", "4", ""}), fields({"May", "Bo", "4", "0", "12x3", "Thanks 'so' \"much\" >"}));
+}
+
+const QByteArray Expected = crlf({
+    "<QOR-DB>", "", "\t<CompanyInfo>",
+    "\t\t<CompanyName>A&amp;B</CompanyName>", "\t\t<CompanyAdd1>1 Main St</CompanyAdd1>",
+    "\t\t<CompanyPhone>555-1234</CompanyPhone>", "\t\t<GeneralInvoiceDescription>General</GeneralInvoiceDescription>",
+    "\t\t<ChecksPayableTo>Pay Me</ChecksPayableTo>", "\t\t<CompanySlogan>Slogan \x80</CompanySlogan>",
+    "\t\t<InvoiceClosing>THANKS</InvoiceClosing>", "\t</CompanyInfo>", "", "\t<Customers>",
+    "\t\t<Customer CID=\"4\">", "\t\t\t<FName>Bo</FName>",
+    "\t\t\t<Notes>1&lt;2 &#9786;", "second", "third", "fourth&#7;\tend</Notes>",
+    "\t\t\t<Current>Yes</Current>", "\t\t</Customer>",
+    "\t\t<Customer CID=\"3\">", "\t\t\t<FName>Ann</FName>", "\t\t\t<LName>Lee &amp; Co</LName>",
+    "\t\t\t<Add1>1 Main St</Add1>", "\t\t\t<Current>Yes</Current>", "\t\t</Customer>",
+    "\t\t<Customer CID=\"5\">", "\t\t\t<FName>Al</FName>", "\t\t\t<LName>Old</LName>", "\t\t\t<Email>a@b.c</Email>",
+    "\t\t\t<Phone>555</Phone>", "\t\t\t<Current>No</Current>", "\t\t</Customer>", "\t</Customers>", "",
+    "\t<BillPeriods>", "\t\t<BillPeriod>", "\t\t\t<BPName>May</BPName>", "\t\t\t<BPStart>2024/05/01</BPStart>",
+    "\t\t\t<BPEnd>2024/05/31</BPEnd>", "\t\t\t<BillDue>2024/06/15</BillDue>", "\t\t</BillPeriod>", "\t</BillPeriods>",
+    "", "\t<ProductsAndServices>",
+    "\t\t<PS PSID=\"7\">", "\t\t\t<Item>Free</Item>", "\t\t\t<ItemPrice>$0.00</ItemPrice>",
+    "\t\t\t<Current>Yes</Current>", "\t\t</PS>",
+    "\t\t<PS PSID=\"5\">", "\t\t\t<Item>Midget - Widget</Item>", "\t\t\t<ItemPrice>$5.00</ItemPrice>",
+    "\t\t\t<Current>Yes</Current>", "\t\t</PS>",
+    "\t\t<PS PSID=\"8\">", "\t\t\t<Item>Gone &#128512;</Item>", "\t\t\t<ItemPrice>$40.00</ItemPrice>",
+    "\t\t\t<Current>No</Current>", "\t\t</PS>", "\t</ProductsAndServices>", "",
+    "\t<InvoiceRecords>", "\t\t<InvoiceRecord>", "\t\t\t<BP>May</BP>", "\t\t\t<CID>4</CID>",
+    "\t\t\t<AccountBalance>0</AccountBalance>", "\t\t\t<PSID Number=\"1\">12x3</PSID>",
+    "\t\t\t<Note>Thanks &apos;so&apos; &quot;much&quot; &gt;</Note>", "\t\t</InvoiceRecord>",
+    "\t\t<InvoiceRecord>", "\t\t\t<BP>May</BP>", "\t\t\t<CID>3</CID>", "\t\t\t<AccountBalance>12.5</AccountBalance>",
+    "\t\t\t<PSID Number=\"1\">5</PSID>", "\t\t\t<PSID Number=\"2\">7x2</PSID>", "\t\t</InvoiceRecord>",
+    "\t</InvoiceRecords>", "", "</QOR-DB>"});
+
+const QByteArray Empty = crlf({"<QOR-DB>", "", "\t<CompanyInfo>", "\t</CompanyInfo>", "", "\t<Customers>",
+                               "\t</Customers>", "", "\t<BillPeriods>", "\t</BillPeriods>", "",
+                               "\t<ProductsAndServices>", "\t</ProductsAndServices>", "", "\t<InvoiceRecords>",
+                               "\t</InvoiceRecords>", "", "</QOR-DB>"});
+
+}  // namespace
+
+class TestDbFormat : public QObject {
+    Q_OBJECT
+    QTemporaryDir dir;
+
+private slots:
+    void initTestCase()
+    {
+        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+        QVERIFY(dir.isValid());
+    }
+
+    void exactBytesAndReadBack()
+    {
+        Database original;
+        fill(original);
+        // Compared line by line, so that a failure names the first wrong line.
+        QCOMPARE(original.serialize().split('\n'), Expected.split('\n'));
+        const QString path = dir.filePath(QStringLiteral("exact.xml"));
+        const SaveResult s = original.save(path);
+        QVERIFY2(s.ok && s.keptCopy.isEmpty(), qPrintable(s.message));
+        QVERIFY(readFile(path) == Expected);
+        QVERIFY(Database().serialize() == Empty);
+
+        Database db;
+        const Loaded l = load(db, dir, Expected);
+        QCOMPARE(l.result.status, ReadResult::Status::Read);
+        QVERIFY(l.problems.size() == 1 && l.problems[0].contains(QLatin1String("item number 12,")));
+        // Every row comes back, the sort prices rebuilt from the price text;
+        // only the line breaks and tabs of the note are lost.
+        QStringList want = rows(original.lvwCustomers);
+        for (const char *gone : {"\n", "\r", "\t"}) want.replaceInStrings(QString::fromLatin1(gone), QString());
+        QCOMPARE(rows(db.lvwCustomers), want);
+        QCOMPARE(rows(db.lvwPeriods), rows(original.lvwPeriods));
+        QCOMPARE(rows(db.lvwPAndS), rows(original.lvwPAndS));
+        QCOMPARE(rows(db.lvwInvoiceRecords), rows(original.lvwInvoiceRecords));
+        QVERIFY(db.company == original.company);
+        // From here on the file is stable: read and saved, it is byte for byte itself.
+        const QByteArray once = db.serialize();
+        Database again;
+        load(again, dir, once);
+        QVERIFY(again.serialize() == once);
+
+        Database empty;
+        QCOMPARE(load(empty, dir, Empty).result.status, ReadResult::Status::Read);
+        QVERIFY(tablesEmpty(empty));
+    }
+
+    void codePageAndReferences()
+    {
+        // Every byte from 0x80 to 0xFF stands for one character and comes back as that byte.
+        QByteArray high;
+        for (int b = 0x80; b <= 0xFF; ++b) high += char(b);
+        const QString decoded = codec::decode(high);
+        QCOMPARE(decoded.size(), high.size());
+        QVERIFY(codec::encode(decoded) == high);
+        QCOMPARE(decoded.at(0), QChar(0x20AC));
+        QCOMPARE(decoded.at(0x9F - 0x80), QChar(0x178));
+        // What the code page lacks becomes a reference, also a pair of surrogates.
+        QCOMPARE(codec::encode(u"\u0100\u263A\U0001F600\u0080 x"), QByteArray("&#256;&#9786;&#128512;&#128; x"));
+
+        Database db;
+        db.company[0] = decoded;
+        db.company[1] = QStringLiteral("\u0100 &#8364; \U0001F600");
+        db.lvwCustomers.add("1k", fields({"\u017D\u00E9, \u4E2D", "\u4E2D", "\u017D\u00E9", "", "", "", "", "", ""}));
+        const QByteArray bytes = db.serialize();
+        QVERIFY(bytes.contains("<CompanyName>" + high + "</CompanyName>"));
+        QVERIFY(bytes.contains("<CompanyAdd1>&#256; &amp;#8364; &#128512;</CompanyAdd1>"));
+        QVERIFY(bytes.contains("<FName>&#20013;</FName>\r\n\t\t\t<LName>\x8E\xE9</LName>"));
+        Database back;
+        QVERIFY(load(back, dir, bytes).result.ok());
+        QVERIFY(back.company == db.company);
+        QCOMPARE(rows(back.lvwCustomers), rows(db.lvwCustomers));
+
+        // Entities and references as the reader meets them.
+        load(db, dir, crlf({
+            "<CompanyInfo>", "<CompanyName>A &amp; B &lt;x&gt; &apos;q&apos; &quot;d&quot;</CompanyName>",
+            "<CompanyAdd1>&amp;lt; and &amp;amp;</CompanyAdd1>", "<CompanyAdd2>&amp;#8364; is not &#8364;</CompanyAdd2>",
+            "<CompanyAdd3>&#x1F600;=&#128512; &#xE9;&#233;</CompanyAdd3>",
+            "<CompanyPhone>&nbsp; &#; &#xZZ; &#1; &#2; &#99999999; &amp</CompanyPhone>",
+            "<InvoiceClosing>\x80\x8a\xe9\x81</InvoiceClosing>", "</CompanyInfo>"}));
+        QCOMPARE(db.company[0], QStringLiteral("A & B <x> 'q' \"d\""));
+        QCOMPARE(db.company[1], QStringLiteral("&lt; and &amp;"));
+        QCOMPARE(db.company[2], QStringLiteral("&#8364; is not \u20AC"));
+        QCOMPARE(db.company[3], QStringLiteral("\U0001F600=\U0001F600 \u00E9\u00E9"));
+        // What isn't a reference to a usable character stays as it stands.
+        QCOMPARE(db.company[4], QStringLiteral("&nbsp; &#; &#xZZ; &#1; &#2; &#99999999; &amp"));
+        QCOMPARE(db.company[8], QStringLiteral("\u20AC\u0160\u00E9\u0081"));
+    }
+
+    void oddRowsDoNotBreakTheWriter()
+    {
+        // Rows the program never makes still give a well-formed file that reads back.
+        Database db;
+        db.lvwCustomers.add("9k", QStringLiteral("Short"));
+        db.lvwPAndS.add("2k", QStringLiteral("tiny"));
+        db.lvwPAndS.add("3k", QStringLiteral("000000001.00$1.00"));
+        db.lvwInvoiceRecords.add("x", QStringLiteral("NoFields"));
+        db.lvwPeriods.add("p", QString());
+        const QByteArray bytes = db.serialize();
+        QVERIFY(bytes.startsWith("<QOR-DB>\r\n") && bytes.endsWith("</QOR-DB>\r\n"));
+        for (const char *part : {"\t\t<Customer CID=\"9\">\r\n\t\t\t<Current>Yes</Current>\r\n",
+                                 "\t\t<PS PSID=\"3\">\r\n\t\t\t<ItemPrice>$1.00</ItemPrice>\r\n",
+                                 "\t\t\t<BP>NoFields</BP>\r\n\t\t</InvoiceRecord>\r\n"})
+            QVERIFY2(bytes.contains(part), part);
+        Database back;
+        QVERIFY(load(back, dir, bytes).result.ok());
+        // The record without a CID is given a placeholder under the key "k".
+        QCOMPARE(rows(back.lvwCustomers), (QStringList{"9k = ||||||||", "k = Customer, Deleted|Deleted|Customer||||||"}));
+    }
+
+    void tagsInAnyCaseSectionsInAnyOrder()
+    {
+        Database db;
+        const Loaded l = load(db, dir, crlf({
+            "<qor-db>", "<invoiceRecords>", "<invoicerecord>", "<bp>May</bp><cid>7</cid><accountbalance>5</accountbalance>",
+            "<PSID Number=\"1\">5</PSID>", "</InvoiceRecord>", "</INVOICERECORDS>", "<CompanyINFO>",
+            "<companyname>First</companyname>", "<CompanyAdd1>Street</CompanyAdd1>", "</companyinfo>",
+            "<CUSTOMERS>", "<CUSTOMER  cid = \"7K\">", "<fname>Ann</fname>", "<LNAME>Lee</LNAME>", "<ADD1>1 Main</add1>",
+            "<current>yes</current>", "</CUSTOMER>", "</Customers>", "<billPeriods>", "<billperiod>",
+            "<bpstart>2024/05/01</bpstart><BPNAME>May</BPNAME>", "<BPEnd>2024/05/31</BPEnd>",
+            "<billdue>2024/06/15</billdue>", "</BillPeriod>", "</BILLPERIODS>", "<productsandservices>",
+            "<ps psid=\"5\">", "<ITEM>Widget</ITEM>", "<itemprice>$5.00</itemprice>", "</ps>", "</productsandservices>",
+            "<Customers>", "<Customer CID=\"2\">", "<LName>Bo</LName>", "</Customer>", "</Customers>",
+            "<CompanyInfo>", "<COMPANYNAME>Acme</COMPANYNAME>", "<companyslogan>Fast</companyslogan>", "</CompanyInfo>",
+            "</qor-db>"}));
+        QCOMPARE(l.result.status, ReadResult::Status::Read);
+        // A second section adds to the first; a second CompanyInfo replaces every company field.
+        QCOMPARE(rows(db.lvwCustomers), (QStringList{"2k = Bo, ||Bo||||||", "7k = Lee, Ann|Ann|Lee|1 Main|||||"}));
+        QCOMPARE(rows(db.lvwPeriods), QStringList{"May| = 2024/05/01|May|2024/05/31|2024/06/15"});
+        QCOMPARE(rows(db.lvwPAndS), QStringList{"5k = 000000005.00$5.00 - Widget"});
+        // The record's customer and item came later in the file and are still found.
+        QCOMPARE(rows(db.lvwInvoiceRecords), QStringList{"May|7| = May|Lee, Ann|7|5|5|"});
+        QVERIFY2(l.problems.isEmpty(), qPrintable(l.problems.join('\n')));
+        QVERIFY(db.company == (std::array<QString, 9>{"Acme", "", "", "", "", "Fast"}));
+    }
+
+    void commentsBlankLinesIndentationAndNotes()
+    {
+        Database db;
+        load(db, dir,
+             "<QOR-DB>\r\n<!-- a comment -->\r\n\r\n      <Customers>\r\n\t<!-- old customers -->\r\n"
+             "   <Customer CID=\"1\">  \r\n<FName>Bo</FName> <!-- beside -->\r\n   \t <LName>  Diaz  </LName>\r\n"
+             "\t\t\t\t<Phone>\t555\t</Phone>\r\n\r\n    \r\n</Customer>\r\n"
+             "  <Customer CID=\"2\">\r\n    <FName>Cy</FName>\r\n\t<Notes>first line\r\n   second line  \r\n"
+             "third</Notes>\r\n  </Customer>\r\n</Customers>\r\n");
+        // The commented line is gone with its FName; blanks inside an element
+        // stay, tabs anywhere go; the lines of a note are joined directly.
+        QCOMPARE(rows(db.lvwCustomers),
+                 (QStringList{"1k =   Diaz  , ||  Diaz  |||||555|", "2k = Cy|Cy|||||||first linesecond linethird"}));
+    }
+
+    void missingElementsCurrentAndTableOrder()
+    {
+        Database db;
+        const Loaded l = load(db, dir, crlf({
+            "<Customers>", "<Customer CID=\"1\">", "<FName>A</FName>", "<LName>One</LName>", "</Customer>",
+            "<Customer CID=\"2\">", "<FName>B</FName>", "<LName>Two</LName>", "<Current>NO</Current>", "</Customer>",
+            "<Customer CID=\"3\">", "<FName>C</FName>", "<LName>Three</LName>", "<Current>No </Current>", "</Customer>",
+            "<Customer CID=\"4\">", "<FName>Dee</FName>", "</Customer>", "</Customers>", "<ProductsAndServices>",
+            "<PS PSID=\"1\">", "<Item>Old</Item>", "<ItemPrice>$2.50</ItemPrice>", "<Current>no</Current>", "</PS>",
+            "<PS PSID=\"2\">", "<ItemPrice>$1.00</ItemPrice>", "</PS>", "<PS PSID=\"3\">", "<Item>Huge</Item>",
+            "<ItemPrice>$1,234.00</ItemPrice>", "</PS>", "<PS PSID=\"4\">", "<ItemPrice>$40.00</ItemPrice>", "</PS>",
+            "</ProductsAndServices>", "<BillPeriods>", "<BillPeriod>", "<BPName>Later</BPName>",
+            "<BPStart>2024/02/01</BPStart>", "</BillPeriod>", "<BillPeriod>", "<BPName>Earlier</BPName>",
+            "<BPStart>2023/12/01</BPStart>", "</BillPeriod>", "</BillPeriods>", "<InvoiceRecords>",
+            "<InvoiceRecord>", "<BP>May</BP>", "<CID>2</CID>", "<AccountBalance>3</AccountBalance>",
+            "<PSID Number=\"1\">2</PSID>", "<Note>Thanks</Note>", "</InvoiceRecord>", "<InvoiceRecord>", "<BP>May</BP>",
+            "<CID>1</CID>", "<PSID Number=\"1\">1</PSID>", "</InvoiceRecord>", "<InvoiceRecord>", "<BP>Apr</BP>",
+            "<CID>2</CID>", "<PSID Number=\"1\">1</PSID>", "</InvoiceRecord>", "</InvoiceRecords>"}));
+        QVERIFY(l.result.ok());
+        // Customers by display name, archived last; items by sort price; periods
+        // by start date; records by period, then name.
+        QCOMPARE(rows(db.lvwCustomers), (QStringList{"4k = Dee|Dee|||||||", "1k = One, A|A|One||||||",
+                                                     "3k = Three, C|C|Three||||||", "2k = zzzz\u00BBTwo, B|B|Two||||||"}));
+        QCOMPARE(rows(db.lvwPAndS), (QStringList{"2k = 000000001.00$1.00 - ", "1k = 000000002.50zzzz\u00BB$2.50 - Old",
+                                                 "4k = 000000040.00$40.00 - ", "3k = 000001234.00$1,234.00 - Huge"}));
+        QCOMPARE(rows(db.lvwPeriods), (QStringList{"Earlier| = 2023/12/01|Earlier||", "Later| = 2024/02/01|Later||"}));
+        // The archive mark never reaches a record's name; a missing note or balance is an empty field.
+        QCOMPARE(rows(db.lvwInvoiceRecords), (QStringList{"Apr|2| = Apr|Two, B|2||1|", "May|1| = May|One, A|1||1|",
+                                                          "May|2| = May|Two, B|2|3|2|Thanks"}));
+    }
+
+    void recordLinesReadEitherWay()
+    {
+        // Records of single-element lines are read straight from their lines; a
+        // line of any other kind sends a record the general way. Both must
+        // give the same rows, whatever the record holds.
+        const QList<QList<QByteArray>> bodies = {
+            {"<BP>May</BP>", "<CID>1</CID>", "<AccountBalance>2.5</AccountBalance>", "<PSID Number=\"1\">5</PSID>"},
+            {"<bp>May</BP>", "<cid>2</Cid>", "<BP>June</BP>", "<PSID Number=\"2\">7</PSID>",
+             "<PSID Number=\"1\">5x2</PSID>", "<PSID Number=\"1\">9</PSID>", "<Note>a \"b\" c</Note>"},
+            {"<BP></BP>", "<CID>3</CID>", "<Note></Note>", "<PSID Number=\"1\"></PSID>", "<PSID Number=\"3\">4</PSID>"},
+            {"<BP>May</BP>", "<CID>4</CID>", "<PSID Number=\"01\">5</PSID>", "<PSID Number=\"1\">6</PSID>"},
+            {"<BP>May</BP>", "<CID>5</CID>", "<PSID Number=\"1\">5</psid>", "<PSID Number=\"2\">6</PSID>"},
+            {"<BP>May</BP>", "<CID>6</CID>", "<Note>x</BP>", "<AccountBalance>1</AccountBalance>"},
+            {"<BP>A</BP>", "<CID>7</CID>", "<PSID Number=\"2\">4</PSID>", "<PSID Number=\"1\">12x3</PSID>",
+             "<PSID Number=\"4\">9</PSID>"},
+            {"<BP>B</BP>", "<CID>8</CID>", "<psid number=\"1\">5</psid>", "<PSID Number = \"1\">5</PSID>"},
+            {"<BP>C</BP>", "<CID>9</CID>", "<PSID Number=\"1\"></PSID>", "<PSID Number=\"2\">7</PSID>"},
+        };
+        QStringList got;
+        for (const QList<QByteArray> &body : bodies) {
+            QList<QByteArray> plain{"<InvoiceRecords>", "\t\t<InvoiceRecord>"};
+            for (const QByteArray &l : body) plain << "\t\t\t" + l;
+            plain << "\t\t</InvoiceRecord>" << "</InvoiceRecords>";
+            QList<QByteArray> general = plain;
+            general.insert(2, "<x/>");
+            Database a, b;
+            QVERIFY(load(a, dir, crlf(plain)).result.ok());
+            QVERIFY(load(b, dir, crlf(general)).result.ok());
+            QCOMPARE(rows(a.lvwInvoiceRecords), rows(b.lvwInvoiceRecords));
+            got << rows(a.lvwInvoiceRecords);
+        }
+        // The first tag counts. Entries are taken by number from 1, in the
+        // writer's exact spelling; a gap ends the list, an empty entry keeps its
+        // place, and "</PSID>" ends an entry only in that exact case.
+        QCOMPARE(got, (QStringList{"May|1| = May||1|2.5|5|", "May|2| = May||2||5x2+7|a \"b\" c", "|3| = ||3|||",
+                                   "May|4| = May||4||6|", "May|5| = May||5||5</psid><PSID Number=\"2\">6+6|",
+                                   "May|6| = May||6|1||", "A|7| = A||7||12x3+4|", "B|8| = B||8|||", "C|9| = C||9||+7|"}));
+    }
+
+    void recordsWithoutUsableNumber()
+    {
+        Database db;
+        const Loaded l = load(db, dir, crlf({
+            "<Customers>", "<Customer CID=\"0\">", "<FName>Zero</FName>", "</Customer>", "<Customer CID=\"abc\">",
+            "<FName>Letters</FName>", "</Customer>", "<Customer CID=\"-3\">", "<FName>Minus</FName>", "</Customer>",
+            "<Customer CID=\"12\">", "<FName>Twelve</FName>", "</Customer>", "<Customer>", "<FName>NoNumber</FName>",
+            "</Customer>", "</Customers>", "<ProductsAndServices>", "<PS PSID=\"x\">", "<Item>Bad</Item>", "</PS>",
+            "<PS PSID=\"3\">", "<Item>Good</Item>", "<ItemPrice>$1.00</ItemPrice>", "</PS>", "</ProductsAndServices>"}));
+        QVERIFY(l.result.ok() && l.problems.isEmpty());
+        QCOMPARE(rows(db.lvwCustomers), QStringList{"12k = Twelve|Twelve|||||||"});
+        QCOMPARE(rows(db.lvwPAndS), QStringList{"3k = 000000001.00$1.00 - Good"});
+    }
+
+    void lineEndsAndCutOffFiles()
+    {
+        const QByteArray full = crlf({
+            "<QOR-DB>", "\t<CompanyInfo>", "\t\t<CompanyName>Acme</CompanyName>", "\t</CompanyInfo>", "\t<Customers>",
+            "\t\t<Customer CID=\"1\">", "\t\t\t<FName>Ann</FName>", "\t\t\t<Notes>a", "b</Notes>", "\t\t</Customer>",
+            "\t</Customers>", "\t<BillPeriods>", "\t\t<BillPeriod>", "\t\t\t<BPName>May</BPName>", "\t\t</BillPeriod>",
+            "\t</BillPeriods>", "\t<InvoiceRecords>", "\t\t<InvoiceRecord>", "\t\t\t<BP>May</BP>", "\t\t\t<CID>1</CID>",
+            "\t\t\t<PSID Number=\"1\">5</PSID>", "\t\t</InvoiceRecord>", "\t</InvoiceRecords>", "</QOR-DB>"});
+        Database reference;
+        load(reference, dir, full);
+        QCOMPARE(rows(reference.lvwCustomers), QStringList{"1k = Ann|Ann|||||||ab"});
+        QCOMPARE(rows(reference.lvwInvoiceRecords), QStringList{"May|1| = May|Ann|1||5|"});
+        // LF alone, CR alone, a mix, and no line end at the end read the same
+        // and are saved with CR LF.
+        QByteArray lf = full, cr = full, mixed = full;
+        lf.replace("\r\n", "\n");
+        cr.replace("\r\n", "\r");
+        mixed.replace("<CompanyInfo>\r\n", "<CompanyInfo>\n").replace("<Customers>\r\n", "<Customers>\r");
+        for (const QByteArray &variant : {lf, cr, mixed, full.chopped(2)}) {
+            Database db;
+            QVERIFY(load(db, dir, variant).result.ok());
+            QCOMPARE(db.serialize(), reference.serialize());
+        }
+        // A file cut off anywhere keeps what it holds so far and never fails. A
+        // cut inside a section's closing tag may leave one more empty period or record.
+        for (qsizetype cut = 0; cut <= full.size(); ++cut) {
+            Database db;
+            QVERIFY(load(db, dir, full.left(cut)).result.ok());
+            QVERIFY(db.lvwCustomers.count() <= 2 && db.lvwPeriods.count() <= 2 && db.lvwInvoiceRecords.count() <= 2);
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestDbFormat)
+#include "tst_dbformat.moc"
