@@ -134,6 +134,10 @@ private slots:
         QVERIFY(fails([&] { t.setText(0, "X"); }) && fails([&] { t.setText(3, "X"); }));
         QVERIFY(fails([&] { t.keyView(-1); }));
         QVERIFY(fails([&] { t.add("1k", "Clark"); }));
+        // A refused bulk append by move leaves the caller its strings.
+        QString key = QStringLiteral("2k"), text = QStringLiteral("Clark");
+        QVERIFY(fails([&] { t.append(std::move(key), std::move(text)); }));
+        QVERIFY(key == u"2k" && text == u"Clark");
         expectSame(t, {{"2k", "Adams"}, {"1k", "Brown"}}, "after failures");
         // Emptied by remove or by clear, the table works as new.
         t.remove(u"1k");
