@@ -30,11 +30,6 @@
 namespace qor {
 
 namespace {
-// Read raw, as stored: the edit compares it exactly, the delete in lower case.
-QString confirmEditsSetting()
-{
-    return settings::read(QStringLiteral("Settings"), QStringLiteral("CheckToConfirmEdits"), QStringLiteral("True"));
-}
 const QString kNewCustomer = QStringLiteral("&New Customer");
 const QString kAddNew = QStringLiteral("&Add New");
 const QString kApplyEdit = QStringLiteral("Apply &Edit");
@@ -414,7 +409,7 @@ bool CustomerPanel::addCustomer(QString &key)
 
 void CustomerPanel::applyCustomerEdit()
 {
-    if (confirmEditsSetting() != QLatin1String("False")
+    if (settings::confirmEditsText() != QLatin1String("False")
         && !confirm(QStringLiteral("Save Changes to Existing Customer???"),
                     QStringLiteral("Are you sure you want to change the details on this existing customer?"))) {
         undoCustomerEdit();
@@ -501,7 +496,7 @@ void CustomerPanel::showCustomerDetails()
 void CustomerPanel::deleteCustomer()
 {
     const QString confirmSetting =
-        confirmEditsSetting().toLower();
+        settings::confirmEditsText().toLower();
     if (confirmSetting != QLatin1String("false")
         && !confirm(QStringLiteral("Delete Existing Customer???"),
                     QStringLiteral("Are you sure you want to delete this customer from the database?"))) {

@@ -20,11 +20,6 @@
 namespace qor {
 
 namespace {
-// Read raw, as stored: the item delete compares it exactly with "False".
-QString confirmEditsSetting()
-{
-    return settings::read(QStringLiteral("Settings"), QStringLiteral("CheckToConfirmEdits"), QStringLiteral("True"));
-}
 const QString kNewItem = QStringLiteral("&New Product or Service");
 const QString kAddNew = QStringLiteral("&Add New");
 const QString kDeleteExisting = QStringLiteral("&Delete Existing");
@@ -226,7 +221,7 @@ bool ProductPanel::addProduct()
 
 void ProductPanel::deleteProduct()
 {
-    if (confirmEditsSetting() != QLatin1String("False")) {
+    if (settings::confirmEditsText() != QLatin1String("False")) {
         QMessageBox box(QMessageBox::Warning, QStringLiteral("Delete Existing Product or Service???"),
                         QStringLiteral("Are you sure you want to delete this product or service from the database?"),
                         QMessageBox::Ok | QMessageBox::Cancel, ctx.mainWindow());

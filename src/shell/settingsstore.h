@@ -66,6 +66,13 @@ double envelopeMarginY();
 QString getStoredSetting(const QString &key, const QString &defaultValue, const QString &option = {});
 void putStoredSetting(const QString &key, const QString &value);
 
+// CheckToConfirmEdits as stored (default "True"), not lower-cased: the
+// customer edit and the item delete compare it exactly with "False", the
+// customer delete in lower case with "false".
+inline QString confirmEditsText() {
+    return read(QStringLiteral("Settings"), QStringLiteral("CheckToConfirmEdits"), QStringLiteral("True"));
+}
+
 // Where the database file lives when no path is stored: QOR.xml in the
 // program's folder if that folder is writable, else in the per-user data
 // folder (~/.local/share/QOR, made if needed).
