@@ -379,8 +379,8 @@ bool CustomerPanel::duplicateCheck(const QString &name, const QString &excludeKe
 {
     if (findCustomerRow(name, excludeKey) == 0) return true;
     return confirm(QStringLiteral("Duplicate Name Found"),
-                   QStringLiteral("A customer with the exact same first name and last name was found.\n\n"
-                                  "Press OK if this is a different customer who happens to share the exact same name,\n"
+                   QStringLiteral("A customer with the exact same first name and last name was found.\r\n\r\n"
+                                  "Press OK if this is a different customer who happens to share the exact same name,\r\n"
                                   "otherwise press Cancel and edit the original entry for this customer."));
 }
 

@@ -204,7 +204,7 @@ bool ProductPanel::addProduct()
     const QString shown = displayText(price, name);
     if (findProductRow(shown) > 0) {
         QMessageBox::warning(ctx.mainWindow(), QStringLiteral("Duplicate Product or Service Found"),
-                             QStringLiteral("A product or service was found with the exact same price and name.\n\n"
+                             QStringLiteral("A product or service was found with the exact same price and name.\r\n\r\n"
                                             "(Products and Services can share the same name as long as they have unique prices.)"));
         return false;
     }

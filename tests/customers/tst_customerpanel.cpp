@@ -152,6 +152,12 @@ private slots:
         open({{1, "Jo", "Smith"}, {2, "Kim", "Yu"}});
         newCustomer("Jo", "Smith");
         QCOMPARE(m_answers->last().title, "Duplicate Name Found");
+        QCOMPARE(m_answers->last().text,
+                 "A customer with the exact same first name and last name was found.\r\n\r\n"
+                 "Press OK if this is a different customer who happens to share the exact same name,\r\n"
+                 "otherwise press Cancel and edit the original entry for this customer.");
+        QCOMPARE(m_answers->last().icon, QMessageBox::Warning);
+        QCOMPARE(m_answers->last().buttons, QMessageBox::Ok | QMessageBox::Cancel);
         QCOMPARE(table().count(), 2);  // Cancel: still in the entry
         QCOMPARE(buttons(), "&Add New / &Cancel New");
         retype(field(1), "smith");  // other case, or a blank more: no duplicate

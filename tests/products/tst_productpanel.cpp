@@ -89,6 +89,10 @@ private slots:
 
         addItem("5.00", "Soap");  // shows as the 5 already there
         QCOMPARE(m_answers->last().title, "Duplicate Product or Service Found");
+        QCOMPARE(m_answers->last().text,
+                 "A product or service was found with the exact same price and name.\r\n\r\n"
+                 "(Products and Services can share the same name as long as they have unique prices.)");
+        QCOMPARE(m_answers->last().icon, QMessageBox::Warning);
         QCOMPARE(m_answers->last().buttons, QMessageBox::Ok);
         QCOMPARE(table().count(), 5);
         QCOMPARE(buttons(), "&Add New / &Cancel New");
