@@ -283,46 +283,46 @@ QStringList Database::fillInvoiceRecordNames()
     return problems;
 }
 
-bool Database::customerIsBilled(const QString &cid, const std::function<void(float)> &progress) const
+namespace {
+// The walk of both scans: every record in table order, the progress set at
+// each step, ending at the first record that matches.
+bool anyRecord(const KeyedList &records, const std::function<void(float)> &progress,
+               const std::function<bool(QStringView)> &matches)
 {
-    const QString plain = withoutK(cid);
-    const int n = lvwInvoiceRecords.count();
+    const int n = records.count();
     int i = 0;
     bool found = false;
-    lvwInvoiceRecords.forEach([&](QStringView, QStringView text) {
+    records.forEach([&](QStringView, QStringView text) {
         ++i;
         if (progress) progress(float(i) / float(n) * 100.0f);
-        found = field(text, 2) == plain;
+        found = matches(text);
         return !found;
     });
     return found;
+}
+}  // namespace
+
+bool Database::customerIsBilled(const QString &cid, const std::function<void(float)> &progress) const
+{
+    const QString plain = withoutK(cid);
+    return anyRecord(lvwInvoiceRecords, progress, [&](QStringView text) { return field(text, 2) == plain; });
 }
 
 bool Database::productIsBilled(const QString &psid, const std::function<void(float)> &progress) const
 {
     const QString plain = withoutK(psid);
-    const int n = lvwInvoiceRecords.count();
-    int i = 0;
-    bool found = false;
-    lvwInvoiceRecords.forEach([&](QStringView, QStringView text) {
-        ++i;
-        if (progress) progress(float(i) / float(n) * 100.0f);
-        if (fieldSepCount(text) < 4) return true;
+    return anyRecord(lvwInvoiceRecords, progress, [&](QStringView text) {
+        if (fieldSepCount(text) < 4) return false;
         const QStringView list = field(text, 4);
         qsizetype start = 0;
         for (;;) {
             const qsizetype at = list.indexOf(ItemSep, start);
             const QStringView entry = at < 0 ? list.mid(start) : list.mid(start, at - start);
-            if (entryNumber(entry) == plain) {
-                found = true;
-                return false;
-            }
-            if (at < 0) break;
+            if (entryNumber(entry) == plain) return true;
+            if (at < 0) return false;
             start = at + 1;
         }
-        return true;
     });
-    return found;
 }
 
 QString Database::deleteOrArchiveCustomer(KeyedList &customers, const QString &key, bool found)

@@ -174,6 +174,17 @@ const Entry kRows[] = {
 // Push buttons and check boxes whose caption is wider than the control break
 // it into lines at blanks, as the captions were drawn where they were
 // designed. The text itself stays as set: handlers read it.
+// Draws a caption into area, broken into lines at blanks, with the hot-key
+// underline as the style shows it.
+void drawWrappedCaption(QWidget *w, QStylePainter &painter, const QStyleOptionButton &option, const QRect &area,
+                        int alignment, const QString &caption, QPalette::ColorRole role)
+{
+    int flags = alignment | Qt::TextShowMnemonic | Qt::TextWordWrap;
+    if (!w->style()->styleHint(QStyle::SH_UnderlineShortcut, &option, w))
+        flags |= Qt::TextHideMnemonic;
+    w->style()->drawItemText(&painter, area, flags, w->palette(), w->isEnabled(), caption, role);
+}
+
 class WrappingButton : public QPushButton {
 public:
     using QPushButton::QPushButton;
@@ -188,12 +199,9 @@ protected:
         option.text.clear();
         painter.drawControl(QStyle::CE_PushButton, option);
         const QRect area = style()->subElementRect(QStyle::SE_PushButtonContents, &option, this);
-        int flags = Qt::AlignCenter | Qt::TextShowMnemonic | Qt::TextWordWrap;
-        if (!style()->styleHint(QStyle::SH_UnderlineShortcut, &option, this))
-            flags |= Qt::TextHideMnemonic;
         const int shift = isDown() ? style()->pixelMetric(QStyle::PM_ButtonShiftHorizontal, &option, this) : 0;
-        style()->drawItemText(&painter, area.translated(shift, shift), flags, palette(), isEnabled(), caption,
-                              QPalette::ButtonText);
+        drawWrappedCaption(this, painter, option, area.translated(shift, shift), Qt::AlignCenter, caption,
+                           QPalette::ButtonText);
     }
 };
 
@@ -212,10 +220,8 @@ protected:
         painter.drawControl(QStyle::CE_CheckBox, option);
         option.text = caption;
         const QRect area = style()->subElementRect(QStyle::SE_CheckBoxContents, &option, this);
-        int flags = Qt::AlignLeft | Qt::AlignVCenter | Qt::TextShowMnemonic | Qt::TextWordWrap;
-        if (!style()->styleHint(QStyle::SH_UnderlineShortcut, &option, this))
-            flags |= Qt::TextHideMnemonic;
-        style()->drawItemText(&painter, area, flags, palette(), isEnabled(), caption, QPalette::WindowText);
+        drawWrappedCaption(this, painter, option, area, Qt::AlignLeft | Qt::AlignVCenter, caption,
+                           QPalette::WindowText);
     }
 };
 
