@@ -2,17 +2,11 @@
 
 #include "billing/frmchecking.h"
 #include "database/database.h"
+#include "database/rowtypes.h"
 
 namespace qor {
 
 namespace {
-
-// Every "k" out of the key: what remains is the number.
-QString plainNumber(const QString &key) {
-    QString n = key;
-    n.remove(QLatin1Char('k'));
-    return n;
-}
 
 std::function<void(float)> progressOf(FrmChecking *w) {
     return [w](float percent) {
@@ -49,7 +43,7 @@ bool productIsBilled(Database &db, QString &key, QWidget *owner) {
 }
 
 QString archiveCustomerStep(Database &db, const QString &number, bool found) {
-    const QString key = number + QLatin1Char('k');
+    const QString key = numberKey(number);
     // A row already gone (a repeated step) is left alone rather than failing.
     if (!db.lvwCustomers.contains(key)) return {};
     const QString word = wordOf(Database::deleteOrArchiveCustomer(db.lvwCustomers, key, found));
@@ -58,7 +52,7 @@ QString archiveCustomerStep(Database &db, const QString &number, bool found) {
 }
 
 QString archiveProductStep(Database &db, const QString &number, bool found) {
-    const QString key = number + QLatin1Char('k');
+    const QString key = numberKey(number);
     if (!db.lvwPAndS.contains(key)) return {};
     const QString word = wordOf(Database::deleteOrArchiveProduct(db.lvwPAndS, key, found));
     showResult(word);

@@ -1,7 +1,7 @@
 #include "billing/billperiodpanel.h"
 
 #include "database/database.h"
-#include "database/rows.h"
+#include "database/rowtypes.h"
 #include "shell/appcontext.h"
 #include "shell/roster.h"
 
@@ -30,8 +30,8 @@ QStringList BillPeriodPanel::periodNames(const KeyedList &periods)
 {
     QStringList names;
     periods.forEach([&names](QStringView, QStringView text) {
-        if (fieldSepCount(text) == 3)
-            names.append(text.split(FieldSep).at(1).toString());
+        if (const auto period = PeriodView::parse(text))
+            names.append(period->name.toString());
         return true;
     });
     return names;
@@ -102,9 +102,9 @@ void BillPeriodPanel::refreshProductList()
     list->clear();
     QList<QTreeWidgetItem *> rows;
     ctx.db().lvwPAndS.forEach([&rows](QStringView key, QStringView text) {
-        const QStringView shown = afterSortPrice(text);
-        if (!shown.startsWith(ArchiveMark)) {
-            auto *item = new QTreeWidgetItem(QStringList{shown.toString()});
+        const ItemView row = ItemView::parse(text);
+        if (!row.archived) {
+            auto *item = new QTreeWidgetItem(QStringList{row.listText.toString()});
             item->setData(0, Qt::UserRole, key.toString());
             rows.append(item);
         }

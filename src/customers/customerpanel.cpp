@@ -5,7 +5,7 @@
 #include "database/collation.h"
 #include "database/database.h"
 #include "database/regional.h"
-#include "database/rows.h"
+#include "database/rowtypes.h"
 #include "shell/appcontext.h"
 #include "shell/roster.h"
 #include "shell/settingsstore.h"
@@ -176,11 +176,14 @@ void CustomerPanel::setFieldInfoColour(int index, bool info)
     roster::setBackColour(field(index), info ? syscolor::InfoBackground : syscolor::Window);
 }
 
-QString CustomerPanel::displayName() const
+QString CustomerPanel::displayName() const { return customer::displayNameFor(fieldText(0), fieldText(1)); }
+
+CustomerRow CustomerPanel::entryRow() const
 {
-    const QString first = fieldText(0), last = fieldText(1);
-    if (last.isEmpty()) return first;
-    return last + QStringLiteral(", ") + first;
+    CustomerRow row;
+    row.displayName = displayName();
+    for (int i = 0; i < FieldCount; ++i) row.entry(i) = fieldText(i);
+    return row;
 }
 
 bool CustomerPanel::confirm(const QString &title, const QString &text)
@@ -221,8 +224,9 @@ void CustomerPanel::refreshCustomerList()
     const KeyedList &table = ctx.db().lvwCustomers;
     rows.reserve(size_t(table.count()));
     table.forEach([&rows](QStringView key, QStringView text) {
-        if (fieldSepCount(text) != 8 || isArchivedCustomerText(text)) return true;
-        rows.push_back({key.toString(), text.left(text.indexOf(FieldSep)).toString()});
+        const auto row = CustomerView::parse(text);
+        if (!row || row->archived()) return true;
+        rows.push_back({key.toString(), row->displayName.toString()});
         return true;
     });
     if (!patchRows(rows)) {
@@ -389,11 +393,8 @@ bool CustomerPanel::addCustomer(QString &key)
     const QString name = displayName();
     if (!duplicateCheck(name, QString())) return false;
     Database &db = ctx.db();
-    if (key.isEmpty()) key = QString::number(Database::nextKeyNumber(db.lvwCustomers) + 1) + QLatin1Char('k');
-
-    QStringList fields{name};
-    for (int i = 0; i < FieldCount; ++i) fields.append(fieldText(i));
-    db.lvwCustomers.add(key, joinFields(fields));
+    if (key.isEmpty()) key = numberKey(Database::nextKeyNumber(db.lvwCustomers) + 1);
+    db.lvwCustomers.add(key, entryRow().text());
     if (m_list) {
         QTreeWidgetItem *item = insertVisibleRow(key, name);
         selectRow(item);
@@ -435,10 +436,9 @@ void CustomerPanel::applyCustomerEdit()
     db.lvwCustomers.remove(key);
     if (m_list) delete m_list->takeTopLevelItem(m_list->indexOfTopLevelItem(row));
 
-    const QString name = displayName();
-    QStringList fields{name};
-    for (int i = 0; i < FieldCount; ++i) fields.append(fieldText(i));
-    db.lvwCustomers.add(key, joinFields(fields));
+    const CustomerRow entered = entryRow();
+    const QString &name = entered.displayName;
+    db.lvwCustomers.add(key, entered.text());
     if (m_list) {
         selectRow(insertVisibleRow(key, name));
         m_list->setFocus(Qt::OtherFocusReason);
@@ -482,13 +482,12 @@ void CustomerPanel::showCustomerDetails()
     const QString key = row->data(0, Qt::UserRole).toString();
     const KeyedList &table = ctx.db().lvwCustomers;
     if (!table.contains(key)) return;
-    const QString text = table.textOf(key);
-    if (fieldSepCount(text) != 8) return;
-    const QStringList f = splitFields(text);
+    const auto customer = CustomerRow::parse(table.textOf(key));
+    if (!customer) return;
     for (int i = 0; i < FieldCount; ++i) {
         // Tag first, so the change handler finds the field clean.
-        setTag(i, f.at(i + 1));
-        setFieldText(i, f.at(i + 1));
+        setTag(i, customer->entry(i));
+        setFieldText(i, customer->entry(i));
     }
     setButton(m_cmdUndo, kDeleteExisting, true);
 }

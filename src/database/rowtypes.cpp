@@ -15,7 +15,21 @@ int rowdetail::splitFields(QStringView text, QStringView *out, int max)
     }
 }
 
+bool rowdetail::fieldAt(QStringView text, int i, QStringView &out)
+{
+    qsizetype start = 0;
+    for (int f = 0; f < i; ++f) {
+        const qsizetype at = text.indexOf(FieldSep, start);
+        if (at < 0) return false;
+        start = at + 1;
+    }
+    const qsizetype end = text.indexOf(FieldSep, start);
+    out = end < 0 ? text.mid(start) : text.mid(start, end - start);
+    return true;
+}
+
 QString numberKey(qint64 number) { return QString::number(number) + QLatin1Char('k'); }
+QString numberKey(QStringView number) { return number.toString() + QLatin1Char('k'); }
 
 QString plainNumber(QStringView key)
 {

@@ -21,6 +21,8 @@ namespace rowdetail {
 // Cuts text at FieldSep into at most max views; gives the number of fields
 // the text has (which may be more than max: those are not stored).
 int splitFields(QStringView text, QStringView *out, int max);
+// Field i of text without reading past it; false when the text has fewer fields.
+bool fieldAt(QStringView text, int i, QStringView &out);
 
 template <class S> S take(QStringView v)
 {
@@ -31,6 +33,7 @@ template <class S> S take(QStringView v)
 
 // Keys of customers and items: the number in plain decimal and a lower-case "k".
 QString numberKey(qint64 number);
+QString numberKey(QStringView number);
 // The number of a key: every "k" taken out.
 QString plainNumber(QStringView key);
 
@@ -280,6 +283,11 @@ template <class S> struct BasicInvoiceRecord {
     }
     // Calls f(ItemEntry, QStringView) for each entry of the item list.
     template <class F> void forEachEntry(F &&f) const { ItemEntry::forEach(QStringView(items), f); }
+
+    // Single fields of the six-field form, read without going past them: the
+    // scans before a delete look at one field of every record.
+    static bool cidOf(QStringView text, QStringView &cid) { return rowdetail::fieldAt(text, 2, cid); }
+    static bool itemsOf(QStringView text, QStringView &items) { return rowdetail::fieldAt(text, 4, items); }
 };
 using InvoiceRecordRow = BasicInvoiceRecord<QString>;
 using InvoiceRecordView = BasicInvoiceRecord<QStringView>;

@@ -4,7 +4,7 @@
 #include "billing/frmchecking.h"
 #include "database/database.h"
 #include "database/regional.h"
-#include "database/rows.h"
+#include "database/rowtypes.h"
 #include "shell/appcontext.h"
 #include "shell/roster.h"
 #include "shell/settingsstore.h"
@@ -62,7 +62,7 @@ void ProductPanel::arrange(double W, double H, int M) { Panel::arrange(W, H, M);
 
 QString ProductPanel::displayText(const QString &price, const QString &name)
 {
-    return regional::formatCurrency(regional::priceValue(price)) + QStringLiteral(" - ") + name;
+    return item::listTextFor(regional::formatCurrency(regional::priceValue(price)), name);
 }
 
 bool ProductPanel::inEntry() const
@@ -91,10 +91,10 @@ void ProductPanel::refreshProductList()
         m_list->clear();
         QList<QTreeWidgetItem *> rows;
         ctx.db().lvwPAndS.forEach([&rows](QStringView key, QStringView text) {
-            const QStringView shown = afterSortPrice(text);
-            if (shown.startsWith(ArchiveMark)) return true;
+            const ItemView row = ItemView::parse(text);
+            if (row.archived) return true;
             auto *item = new QTreeWidgetItem;
-            item->setText(0, shown.toString());
+            item->setText(0, row.listText.toString());
             item->setData(0, Qt::UserRole, key.toString());
             rows.append(item);
             return true;
@@ -201,16 +201,16 @@ bool ProductPanel::addProduct()
     const QString name = m_txtName ? m_txtName->text() : QString();
     // The button only shows for a numeric price; Enter could still reach here.
     if (!regional::isNumeric(price)) return false;
-    const QString shown = displayText(price, name);
-    if (findProductRow(shown) > 0) {
+    const ItemRow row = item::make(regional::sortPrice(price), regional::formatCurrency(regional::priceValue(price)), name);
+    if (findProductRow(row.listText) > 0) {
         QMessageBox::warning(ctx.mainWindow(), QStringLiteral("Duplicate Product or Service Found"),
                              QStringLiteral("A product or service was found with the exact same price and name.\r\n\r\n"
                                             "(Products and Services can share the same name as long as they have unique prices.)"));
         return false;
     }
     Database &db = ctx.db();
-    const QString key = QString::number(Database::nextKeyNumber(db.lvwPAndS) + 1) + QLatin1Char('k');
-    db.lvwPAndS.add(key, regional::sortPrice(price) + shown);
+    const QString key = numberKey(Database::nextKeyNumber(db.lvwPAndS) + 1);
+    db.lvwPAndS.add(key, row.text());
     if (m_list) m_list->clear();
     refreshBothLists();
     selectKey(key);

@@ -151,6 +151,13 @@ private slots:
         filled.customerName = u"Yu, Kim"_s;
         QCOMPARE(filled.text(), sep({"Jan", "Yu, Kim", "2", "0", "12", ""}));
 
+        QStringView one;
+        QVERIFY(InvoiceRecordView::cidOf(named, one));
+        QCOMPARE(one, u"2");
+        QVERIFY(InvoiceRecordView::itemsOf(named, one));
+        QCOMPARE(one, items);
+        QVERIFY(!InvoiceRecordView::itemsOf(sep({"Jan", "A", "2", "0"}), one));
+
         QVERIFY(!InvoiceRecordRow::parse(sep({"Jan", "2", "0", "12"})));
         QVERIFY(!InvoiceRecordRow::parse(named + FieldSep));
         QCOMPARE(record::keyFor(u"Jan"_s, u"2"_s), u"Jan"_s + FieldSep + u"2"_s + FieldSep);
