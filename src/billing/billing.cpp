@@ -1,5 +1,6 @@
 #include "billing/billing.h"
 
+#include "database/collation.h"
 #include "database/database.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
@@ -29,8 +30,9 @@ QString trimmedOfBlanks(const QString &s)
 // the table has no such customer.
 QString presentName(const Database &db, const QString &customerKey)
 {
-    if (!db.lvwCustomers.contains(customerKey)) return QString();
-    const QStringView name = customer::displayNameOf(db.lvwCustomers.textOf(customerKey));
+    const int at = db.lvwCustomers.indexOf(customerKey);
+    if (at == 0) return QString();
+    const QStringView name = customer::displayNameOf(db.lvwCustomers.textView(at));
     return (name.startsWith(ArchiveMark) ? name.mid(ArchiveMark.size()) : name).toString();
 }
 
@@ -339,85 +341,128 @@ bool isRecordOf(QStringView text, const QString &period)
     return text.size() > period.size() && text[period.size()] == FieldSep && text.startsWith(period);
 }
 
-// Adds the nodes of one record to a tree being rebuilt. Gives whether the
-// customer owes.
-bool addRecordNodes(InvoiceTree &tree, int root, const Database &db, const InvoiceRecordView &r, int &itemNumber)
+// What both trees show of one record, worked out once for the two.
+struct ShownRecord {
+    QString customerKey;
+    QString text;  // present name and the balance
+    bool owes = false;
+    QString note;
+    std::vector<std::pair<QString, QString>> items;  // key ("1bi", ...) and text
+};
+
+std::vector<ShownRecord> showRecords(const Database &db, const std::vector<QStringView> &records)
+{
+    std::vector<ShownRecord> out;
+    out.reserve(records.size());
+    // A period bills few distinct items many times: each is looked up once.
+    QHash<QString, QString> itemText;
+    int itemNumber = 0;
+    for (QStringView text : records) {
+        const auto r = InvoiceRecordView::parse(text);
+        if (!r) continue;
+        ShownRecord s;
+        s.customerKey = numberKey(r->cid);
+        const float balance = balanceValue(r->balance);
+        s.owes = balance != 0.0f;
+        s.text = presentName(db, s.customerKey) + balanceSuffix(balance);
+        s.note = r->note.toString();
+        r->forEachEntry([&](const ItemEntry &e, QStringView entryText) {
+            const QString number = e.number.toString();
+            auto hit = itemText.constFind(number);
+            if (hit == itemText.constEnd()) hit = itemText.insert(number, itemNodeText(db, e.number));
+            QString t = *hit;
+            if (entryText.contains(u'x')) t += QStringLiteral(" (x") + e.quantity.toString() + u')';
+            s.items.emplace_back(QString::number(++itemNumber) + QStringLiteral("bi"), std::move(t));
+            return true;
+        });
+        out.push_back(std::move(s));
+    }
+    return out;
+}
+
+void rebuildFrom(InvoiceTree &tree, const QString &period, const std::vector<ShownRecord> &records)
 {
     const bool printing = tree.treeIndex() == 1;
-    const QString customerKey = numberKey(r.cid);
-    const float balance = balanceValue(r.balance);
-    const bool owes = balance != 0.0f;
-    const int customer = tree.add(root, customerKey, presentName(db, customerKey) + balanceSuffix(balance));
-    if (customer == 0) return false;
-    const NodeColour colour = printing ? (owes ? NodeColour::WindowText : NodeColour::GreyText)
-                                       : (owes ? NodeColour::Owes : NodeColour::WindowText);
-    tree.setColour(customer, colour);
-    if (printing) tree.setChecked(customer, owes);
-    tree.ensureVisible(customer);
-
-    r.forEachEntry([&](const ItemEntry &e, QStringView entryText) {
-        QString text = itemNodeText(db, e.number);
-        if (entryText.contains(u'x')) text += QStringLiteral(" (x") + e.quantity.toString() + u')';
-        ++itemNumber;
-        const int item = tree.add(customer, QString::number(itemNumber) + QStringLiteral("bi"), text);
-        if (item != 0) {
+    tree.beginBulkChange();
+    tree.clear();
+    tree.setChosenPeriod(period);
+    size_t nodes = 1;
+    for (const ShownRecord &r : records) nodes += 2 + r.items.size();
+    tree.reserve(int(nodes));
+    // Keys are unique by construction: customers by their records' keys,
+    // items by their running number, notes by their customer.
+    const int root = tree.addNew(0, RootKey, period);
+    bool someoneOwes = false;
+    for (const ShownRecord &r : records) {
+        const int customer = tree.addNew(root, r.customerKey, r.text);
+        if (customer == 0) continue;
+        someoneOwes |= r.owes;
+        const NodeColour colour = printing ? (r.owes ? NodeColour::WindowText : NodeColour::GreyText)
+                                           : (r.owes ? NodeColour::Owes : NodeColour::WindowText);
+        tree.setColour(customer, colour);
+        if (printing) tree.setChecked(customer, r.owes);
+        tree.ensureVisible(customer);
+        for (const auto &[key, text] : r.items) {
+            const int item = tree.addNew(customer, key, text);
+            if (item == 0) continue;
             if (printing) {
                 tree.setColour(item, colour);
                 tree.setChecked(item, true);
             }
             tree.ensureVisible(item);
         }
-        return true;
-    });
-    if (!printing && !r.note.isEmpty()) tree.add(customer, customerKey + NoteKeySuffix, NotePrefix + r.note.toString());
-    return owes;
-}
-
-void rebuildFrom(InvoiceTree &tree, const Database &db, const QString &period,
-                 const std::vector<QStringView> &records)
-{
-    tree.beginBulkChange();
-    tree.clear();
-    tree.setChosenPeriod(period);
-    const int root = tree.add(0, RootKey, period);
-    int itemNumber = 0;
-    bool someoneOwes = false;
-    for (QStringView text : records) {
-        const auto r = InvoiceRecordView::parse(text);
-        if (!r) continue;
-        someoneOwes |= addRecordNodes(tree, root, db, *r, itemNumber);
+        if (!printing && !r.note.isEmpty()) tree.addNew(customer, r.customerKey + NoteKeySuffix, NotePrefix + r.note);
     }
-    if (tree.treeIndex() == 1) {
+    if (printing) {
         if (someoneOwes) tree.setChecked(root, true);
         else tree.setColour(root, NodeColour::GreyText);
     }
     tree.endBulkChange();
 }
 
-// The records of a period in table order. A period's records usually stand
-// together, but two names that differ only in case sort into one another, so
-// the whole table is looked at.
+// The first position whose row sorts at or after probe.
+int lowerBound(const KeyedList &table, const QString &probe)
+{
+    int lo = 1, hi = table.count() + 1;
+    while (lo < hi) {
+        const int mid = lo + (hi - lo) / 2;
+        if (compareRowText(table.textView(mid), probe) < 0) lo = mid + 1;
+        else hi = mid;
+    }
+    return lo;
+}
+
+// The records of a period in table order. Every record text starts with the
+// period's name and FieldSep, and FieldSep sorts below every character a name
+// holds, so the records of names that sort alike (the same letters, whatever
+// their case and accents) stand together between the name followed by
+// U+0001 and the name followed by U+0002. Names that differ only in case sort
+// their records into one another there, so each row is still compared exactly.
 std::vector<QStringView> recordsOf(const Database &db, const QString &period)
 {
     std::vector<QStringView> out;
-    db.lvwInvoiceRecords.forEach([&](QStringView, QStringView text) {
+    const KeyedList &records = db.lvwInvoiceRecords;
+    const QString after = period + QChar(u'\u0002');
+    const int n = records.count();
+    for (int i = lowerBound(records, period + FieldSep); i <= n; ++i) {
+        const QStringView text = records.textView(i);
+        if (compareRowText(text, after) >= 0) break;
         if (isRecordOf(text, period)) out.push_back(text);
-        return true;
-    });
+    }
     return out;
 }
 }  // namespace
 
 void rebuildInvoiceTree(InvoiceTree &tree, const Database &db, const QString &period)
 {
-    rebuildFrom(tree, db, period, recordsOf(db, period));
+    rebuildFrom(tree, period, showRecords(db, recordsOf(db, period)));
 }
 
 void rebuildInvoiceTrees(InvoiceTree &tree0, InvoiceTree &tree1, const Database &db, const QString &period)
 {
-    const std::vector<QStringView> records = recordsOf(db, period);
-    rebuildFrom(tree0, db, period, records);
-    rebuildFrom(tree1, db, period, records);
+    const std::vector<ShownRecord> records = showRecords(db, recordsOf(db, period));
+    rebuildFrom(tree0, period, records);
+    rebuildFrom(tree1, period, records);
 }
 
 // ---------------------------------------------------------------- billing items
@@ -523,7 +568,15 @@ bool logPayment(InvoiceTree &tree0, InvoiceTree &tree1, Database &db, int node, 
     r.balance = regional::singleText(balance);
     r.items = old ? old->items : QString();
     r.note = note;
-    db.lvwInvoiceRecords.setTextOf(recordKey, r.text());
+    // The name is the customer's present one. When it has changed since the
+    // record was written, the row moves to where its new text sorts: the
+    // walks over a period's records rely on the table's order.
+    if (old && old->customerName != r.customerName) {
+        db.lvwInvoiceRecords.remove(recordKey);
+        db.lvwInvoiceRecords.add(recordKey, r.text());
+    } else {
+        db.lvwInvoiceRecords.setTextOf(recordKey, r.text());
+    }
 
     rebuildInvoiceTree(tree1, db, period);
     return true;

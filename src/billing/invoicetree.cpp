@@ -21,6 +21,7 @@ void InvoiceTree::clear()
     m_nodes.resize(1);
     m_nodes[0].alive = true;
     m_byKey.clear();
+    m_indexStale = false;
     m_live = 0;
     if (m_bulk == 0) endResetModel();
 }
@@ -38,8 +39,34 @@ void InvoiceTree::endBulkChange()
 int InvoiceTree::add(int parent, const QString &key, const QString &text)
 {
     if (parent != 0 && !exists(parent)) return 0;
-    auto hit = m_byKey.constFind(key);
-    if (hit != m_byKey.constEnd()) return 0;
+    ensureIndex();
+    if (m_byKey.contains(key)) return 0;
+    return insert(parent, key, text, true);
+}
+
+int InvoiceTree::addNew(int parent, const QString &key, const QString &text)
+{
+    if (parent != 0 && !exists(parent)) return 0;
+    m_indexStale = true;
+    return insert(parent, key, text, false);
+}
+
+void InvoiceTree::reserve(int n)
+{
+    m_nodes.reserve(size_t(n) + 1);
+}
+
+void InvoiceTree::ensureIndex() const
+{
+    if (!m_indexStale) return;
+    m_byKey.clear();
+    m_byKey.reserve(m_live);
+    forEachNode([this](int n) { m_byKey.insert(m_nodes[size_t(n)].key, n); });
+    m_indexStale = false;
+}
+
+int InvoiceTree::insert(int parent, const QString &key, const QString &text, bool index)
+{
     const int node = int(m_nodes.size());
     const int row = int(m_nodes[size_t(parent)].children.size());
     if (m_bulk == 0) beginInsertRows(parent == 0 ? QModelIndex() : indexOf(parent), row, row);
@@ -51,7 +78,7 @@ int InvoiceTree::add(int parent, const QString &key, const QString &text)
     n.alive = true;
     m_nodes.push_back(std::move(n));
     m_nodes[size_t(parent)].children.push_back(node);
-    m_byKey.insert(key, node);
+    if (index) m_byKey.insert(key, node);
     ++m_live;
     if (m_bulk == 0) endInsertRows();
     return node;
@@ -61,7 +88,7 @@ void InvoiceTree::removeLinks(int node)
 {
     Node &n = m_nodes[size_t(node)];
     for (int c : n.children) removeLinks(c);
-    m_byKey.remove(n.key);
+    if (!m_indexStale) m_byKey.remove(n.key);
     n.alive = false;
     n.children.clear();
     n.key.clear();
@@ -82,7 +109,11 @@ void InvoiceTree::remove(int node)
     if (m_bulk == 0) endRemoveRows();
 }
 
-int InvoiceTree::find(const QString &key) const { return m_byKey.value(key, 0); }
+int InvoiceTree::find(const QString &key) const
+{
+    ensureIndex();
+    return m_byKey.value(key, 0);
+}
 
 int InvoiceTree::root() const
 {

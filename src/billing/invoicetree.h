@@ -47,6 +47,12 @@ public:
     // child. Gives the new node's number, or 0 when the key is in use already
     // (the tree is then unchanged) or the parent doesn't exist.
     int add(int parent, const QString &key, const QString &text);
+    // add() for a builder that knows the key is new in the tree (a rebuild
+    // from records, whose keys are unique by construction): the key index is
+    // brought up to date only when a look-up needs it.
+    int addNew(int parent, const QString &key, const QString &text);
+    // Room for n nodes in all.
+    void reserve(int n);
     // Removes the node and everything under it.
     void remove(int node);
     int find(const QString &key) const;
@@ -118,10 +124,13 @@ private:
     };
     void changed(int node, const QList<int> &roles);
     void removeLinks(int node);
+    int insert(int parent, const QString &key, const QString &text, bool index);
+    void ensureIndex() const;
 
     int m_index;
     std::vector<Node> m_nodes;  // [0] holds the top-level nodes as its children
-    QHash<QString, int> m_byKey;
+    mutable QHash<QString, int> m_byKey;
+    mutable bool m_indexStale = false;  // nodes were added by addNew since the index was built
     int m_live = 0;
     int m_bulk = 0;
     QString m_chosenPeriod;

@@ -367,6 +367,15 @@ private slots:
         QCOMPARE(t0.text(bell), "Bell, Bo - owes " + regional::formatCurrency(-4.0));
         QCOMPARE(recordText(db, "May", 2), QStringLiteral("May|Bell, Bo|2|-4|7|"));
 
+        // A customer renamed since the period was finalised: the record takes
+        // the new name and its place by it, and the trees still find it.
+        db.lvwCustomers.remove(u"1k");
+        db.lvwCustomers.add("1k", customerRow("Zuber", "Al"));
+        QVERIFY(logPayment(t0, t1, db, ames, 1.0f, QString(), "May"));
+        QCOMPARE(recordText(db, "May", 1), QStringLiteral("May|Zuber, Al|1|1|7x3+9|"));
+        QCOMPARE(db.lvwInvoiceRecords.indexOf(record::keyFor("May", "1")), db.lvwInvoiceRecords.count());
+        QCOMPARE(t1.text(t1.childrenOf(t1.root()).back()), QStringLiteral("Zuber, Al - owes $1.00"));
+
         // Only customer nodes with a record of the period are paid.
         QVERIFY(!logPayment(t0, t1, db, t0.find("1bi"), 0.0f, "x", "May"));
         InvoiceTree entry(0);
