@@ -16,6 +16,7 @@ InvoiceTree::~InvoiceTree() = default;
 
 void InvoiceTree::clear()
 {
+    m_clearedInBulk = true;
     if (m_bulk == 0) beginResetModel();
     m_nodes.clear();
     m_nodes.resize(1);
@@ -28,7 +29,10 @@ void InvoiceTree::clear()
 
 void InvoiceTree::beginBulkChange()
 {
-    if (m_bulk++ == 0) beginResetModel();
+    if (m_bulk++ == 0) {
+        m_clearedInBulk = false;
+        beginResetModel();
+    }
 }
 
 void InvoiceTree::endBulkChange()

@@ -95,6 +95,9 @@ public:
     // Nested calls count; the reset is sent when the outermost one ends.
     void beginBulkChange();
     void endBulkChange();
+    // True when the last bulk change emptied the tree (a rebuild): views
+    // don't keep their current node over it.
+    bool wasClearedInBulk() const { return m_clearedInBulk; }
 
     // --- The model, for views.
     QModelIndex indexOf(int node) const;
@@ -133,6 +136,7 @@ private:
     mutable bool m_indexStale = false;  // nodes were added by addNew since the index was built
     int m_live = 0;
     int m_bulk = 0;
+    bool m_clearedInBulk = false;
     QString m_chosenPeriod;
 };
 
