@@ -1,14 +1,15 @@
 #include "customers/customerpanel.h"
 
-#include "billing/archiving.h"
 #include "billing/frmchecking.h"
 #include "database/collation.h"
 #include "database/database.h"
+#include "database/edits.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
 #include "shell/appcontext.h"
 #include "shell/roster.h"
 #include "shell/settingsstore.h"
+#include "uiservices/dialogservice.h"
 #include "uiservices/listsearch.h"
 #include "uiservices/twips.h"
 
@@ -20,7 +21,6 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QTextEdit>
 #include <QTreeWidget>
@@ -45,9 +45,8 @@ QString fieldName(int i) { return QStringLiteral("txtField(%1)").arg(i); }
 CustomerPanel::CustomerPanel(AppContext &ctx, QWidget *parent) : Panel(0, ctx, parent)
 {
     for (int i = 0; i < FieldCount; ++i) {
-        QWidget *w = controlWidget(fieldName(i));
+        QWidget *w = require(fieldName(i));
         m_fields[size_t(i)] = w;
-        if (!w) continue;
         w->setProperty("Tag", QString());
         if (auto *le = qobject_cast<QLineEdit *>(w)) {
             if (fieldLimit(i) > 0) le->setMaxLength(fieldLimit(i));
@@ -62,13 +61,13 @@ CustomerPanel::CustomerPanel(AppContext &ctx, QWidget *parent) : Panel(0, ctx, p
             te->viewport()->installEventFilter(this);
         }
     }
-    m_cmdAddNew = control<QAbstractButton>(QStringLiteral("cmdAddNew"));
-    m_cmdUndo = control<QAbstractButton>(QStringLiteral("cmdUndo"));
-    m_cmdPrint = control<QAbstractButton>(QStringLiteral("cmdPrint"));
-    m_cmdSearch = control<QAbstractButton>(QStringLiteral("cmdSearch"));
-    m_txtSearch = control<QLineEdit>(QStringLiteral("txtSearch"));
-    m_lblCustomers = control<QLabel>(QStringLiteral("lblCustomers"));
-    m_list = control<QTreeWidget>(QStringLiteral("lvwCustomersVis"));
+    m_cmdAddNew = require<QAbstractButton>("cmdAddNew");
+    m_cmdUndo = require<QAbstractButton>("cmdUndo");
+    m_cmdPrint = require<QAbstractButton>("cmdPrint");
+    m_cmdSearch = require<QAbstractButton>("cmdSearch");
+    m_txtSearch = require<QLineEdit>("txtSearch");
+    m_lblCustomers = require<QLabel>("lblCustomers");
+    m_list = require<QTreeWidget>("lvwCustomersVis");
 
     if (m_cmdAddNew) connect(m_cmdAddNew, &QAbstractButton::clicked, this, &CustomerPanel::cmdAddNewClick);
     if (m_cmdUndo) connect(m_cmdUndo, &QAbstractButton::clicked, this, &CustomerPanel::cmdUndoClick);
@@ -83,6 +82,24 @@ CustomerPanel::CustomerPanel(AppContext &ctx, QWidget *parent) : Panel(0, ctx, p
         connect(m_list, &QTreeWidget::itemClicked, this, [this] { showCustomerDetails(); });
         m_list->installEventFilter(this);
     }
+
+    // A read of the file: empty, then (when the file was read as it is) the
+    // start state, then the list of what was read.
+    const Database &db = ctx.db();
+    connect(&db, &Database::aboutToReload, this, [this] {
+        if (m_list) m_list->clear();
+        clearEntryFields();
+    });
+    connect(&db, &Database::fileRead, this, [this] {
+        resetCustomerPanel();
+        focusList();
+    });
+    connect(&db, &Database::reloaded, this, &CustomerPanel::refreshCustomerList);
+}
+
+void CustomerPanel::showAddNew()
+{
+    if (m_cmdAddNew) m_cmdAddNew->setVisible(true);
 }
 
 void CustomerPanel::arrange(double W, double H, int M) { Panel::arrange(W, H, M); }
@@ -188,10 +205,8 @@ CustomerRow CustomerPanel::entryRow() const
 
 bool CustomerPanel::confirm(const QString &title, const QString &text)
 {
-    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok | QMessageBox::Cancel,
-                    ctx.mainWindow());
-    box.setDefaultButton(QMessageBox::Ok);
-    return box.exec() == QMessageBox::Ok;
+    return DialogService::current().warning(ctx.mainWindow(), title, text, QMessageBox::Ok | QMessageBox::Cancel,
+                                            QMessageBox::Ok) == QMessageBox::Ok;
 }
 
 // ---------------------------------------------------------------- main-window routines
@@ -392,15 +407,12 @@ bool CustomerPanel::addCustomer(QString &key)
 {
     const QString name = displayName();
     if (!duplicateCheck(name, QString())) return false;
-    Database &db = ctx.db();
-    if (key.isEmpty()) key = numberKey(Database::nextKeyNumber(db.lvwCustomers) + 1);
-    db.lvwCustomers.add(key, entryRow().text());
+    key = edits::addCustomer(ctx.db(), entryRow(), key);
     if (m_list) {
         QTreeWidgetItem *item = insertVisibleRow(key, name);
         selectRow(item);
         m_list->setFocus(Qt::OtherFocusReason);
     }
-    ctx.showDatabaseChanged(true);
     showNewEntryColours(false);
     if (m_cmdAddNew) m_cmdAddNew->setText(kNewCustomer);
     if (m_cmdUndo) m_cmdUndo->setText(kDeleteExisting);
@@ -423,8 +435,8 @@ void CustomerPanel::applyCustomerEdit()
         // Nothing stands under edit (typing into an empty panel): keep what was
         // typed as a new customer instead of throwing it away.
         if (fieldText(0).isEmpty()) {
-            QMessageBox::warning(ctx.mainWindow(), QStringLiteral("QOR"),
-                                 QStringLiteral("A customer needs at least a first name."));
+            DialogService::current().warning(ctx.mainWindow(), QStringLiteral("QOR"),
+                                             QStringLiteral("A customer needs at least a first name."));
             return;
         }
         QString newKey;
@@ -433,17 +445,13 @@ void CustomerPanel::applyCustomerEdit()
     }
     if (!duplicateCheck(displayName(), key)) return;
 
-    db.lvwCustomers.remove(key);
     if (m_list) delete m_list->takeTopLevelItem(m_list->indexOfTopLevelItem(row));
-
     const CustomerRow entered = entryRow();
-    const QString &name = entered.displayName;
-    db.lvwCustomers.add(key, entered.text());
+    edits::replaceCustomer(db, key, entered);
     if (m_list) {
-        selectRow(insertVisibleRow(key, name));
+        selectRow(insertVisibleRow(key, entered.displayName));
         m_list->setFocus(Qt::OtherFocusReason);
     }
-    ctx.showDatabaseChanged(true);
     showNewEntryColours(false);
     if (m_cmdAddNew) m_cmdAddNew->setText(kNewCustomer);
     if (m_cmdUndo) m_cmdUndo->setText(kDeleteExisting);
@@ -511,10 +519,12 @@ void CustomerPanel::deleteCustomer()
     Database &db = ctx.db();
     if (!db.lvwCustomers.contains(key)) return;
 
-    const bool found = customerIsBilled(db, key, ctx.mainWindow());
-    archiveCustomerStep(db, key, found);
+    FrmChecking &checking = ctx.showCheckingWindow();
+    const edits::Removal removal =
+        edits::removeCustomer(db, key, [&checking](float percent) { checking.setProgress(percent); });
+    checking.showOutcome(edits::wordOf(removal));
     refreshCustomerList();
-    if (FrmChecking *w = FrmChecking::existing()) w->enableOK();
+    checking.enableOK();
 
     if (rowCount() == 0) {
         clearEntryFields();
@@ -527,7 +537,6 @@ void CustomerPanel::deleteCustomer()
         setPrintShown(true);
     }
     showNewEntryColours(false);
-    ctx.showDatabaseChanged(true);
     if (m_cmdAddNew) m_cmdAddNew->setText(kNewCustomer);
 }
 

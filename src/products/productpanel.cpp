@@ -1,20 +1,20 @@
 #include "products/productpanel.h"
 
-#include "billing/archiving.h"
 #include "billing/frmchecking.h"
 #include "database/database.h"
+#include "database/edits.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
 #include "shell/appcontext.h"
 #include "shell/roster.h"
 #include "shell/settingsstore.h"
+#include "uiservices/dialogservice.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QTreeWidget>
 
 namespace qor {
@@ -28,13 +28,13 @@ const QString kCancelNew = QStringLiteral("&Cancel New");
 
 ProductPanel::ProductPanel(AppContext &ctx, QWidget *parent) : Panel(1, ctx, parent)
 {
-    m_cmdAddNewItem = control<QAbstractButton>(QStringLiteral("cmdAddNewItem"));
-    m_cmdCancelNewItem = control<QAbstractButton>(QStringLiteral("cmdCancelNewItem"));
-    m_txtPrice = control<QLineEdit>(QStringLiteral("txtPrice"));
-    m_txtName = control<QLineEdit>(QStringLiteral("txtProductOrServiceName"));
-    m_lblPrice = controlWidget(QStringLiteral("lblPrice"));
-    m_lblName = controlWidget(QStringLiteral("lblProductOrServiceName"));
-    m_list = control<QTreeWidget>(QStringLiteral("lvwProducts(0)"));
+    m_cmdAddNewItem = require<QAbstractButton>("cmdAddNewItem");
+    m_cmdCancelNewItem = require<QAbstractButton>("cmdCancelNewItem");
+    m_txtPrice = require<QLineEdit>("txtPrice");
+    m_txtName = require<QLineEdit>("txtProductOrServiceName");
+    m_lblPrice = require("lblPrice");
+    m_lblName = require("lblProductOrServiceName");
+    m_list = require<QTreeWidget>("lvwProducts(0)");
 
     if (m_cmdAddNewItem)
         connect(m_cmdAddNewItem, &QAbstractButton::clicked, this, &ProductPanel::cmdAddNewItemClick);
@@ -55,6 +55,15 @@ ProductPanel::ProductPanel(AppContext &ctx, QWidget *parent) : Panel(1, ctx, par
         m_list->setSelectionMode(QAbstractItemView::SingleSelection);
         m_list->installEventFilter(this);
     }
+
+    const Database &db = ctx.db();
+    connect(&db, &Database::aboutToReload, this, [this] {
+        if (m_list) m_list->clear();
+    });
+    connect(&db, &Database::reloaded, this, &ProductPanel::refreshProductList);
+    connect(&db, &Database::tableChanged, this, [this](Database::Table table) {
+        if (table == Database::Table::Items) refreshProductList();
+    });
 }
 
 // The base lays out the panel, the first column of the list included.
@@ -108,13 +117,6 @@ void ProductPanel::refreshProductList()
         m_list->setCurrentItem(first);
         first->setSelected(true);
     }
-}
-
-// Both product lists (this one and the bill period panel's) follow the
-// table, so the main window rebuilds them together.
-void ProductPanel::refreshBothLists()
-{
-    ctx.refreshProductList();
 }
 
 void ProductPanel::showProductEntry(bool isNew)
@@ -203,18 +205,14 @@ bool ProductPanel::addProduct()
     if (!regional::isNumeric(price)) return false;
     const ItemRow row = item::make(regional::sortPrice(price), regional::formatCurrency(regional::priceValue(price)), name);
     if (findProductRow(row.listText) > 0) {
-        QMessageBox::warning(ctx.mainWindow(), QStringLiteral("Duplicate Product or Service Found"),
+        DialogService::current().warning(ctx.mainWindow(), QStringLiteral("Duplicate Product or Service Found"),
                              QStringLiteral("A product or service was found with the exact same price and name.\r\n\r\n"
                                             "(Products and Services can share the same name as long as they have unique prices.)"));
         return false;
     }
-    Database &db = ctx.db();
-    const QString key = numberKey(Database::nextKeyNumber(db.lvwPAndS) + 1);
-    db.lvwPAndS.add(key, row.text());
-    if (m_list) m_list->clear();
-    refreshBothLists();
+    // Both product lists (this one and the bill period panel's) follow the table.
+    const QString key = edits::addItem(ctx.db(), row);
     selectKey(key);
-    ctx.showDatabaseChanged(true);
     showProductEntry(false);
     return true;
 }
@@ -222,11 +220,11 @@ bool ProductPanel::addProduct()
 void ProductPanel::deleteProduct()
 {
     if (settings::confirmEditsText() != QLatin1String("False")) {
-        QMessageBox box(QMessageBox::Warning, QStringLiteral("Delete Existing Product or Service???"),
-                        QStringLiteral("Are you sure you want to delete this product or service from the database?"),
-                        QMessageBox::Ok | QMessageBox::Cancel, ctx.mainWindow());
-        box.setDefaultButton(QMessageBox::Ok);
-        if (box.exec() != QMessageBox::Ok) return;
+        const auto answer = DialogService::current().warning(
+            ctx.mainWindow(), QStringLiteral("Delete Existing Product or Service???"),
+            QStringLiteral("Are you sure you want to delete this product or service from the database?"),
+            QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok);
+        if (answer != QMessageBox::Ok) return;
     }
     if (!m_list || m_list->isHidden()) return;
     m_list->setFocus(Qt::OtherFocusReason);
@@ -236,11 +234,11 @@ void ProductPanel::deleteProduct()
     Database &db = ctx.db();
     if (!db.lvwPAndS.contains(key)) return;
 
-    const bool found = productIsBilled(db, key, ctx.mainWindow());
-    archiveProductStep(db, key, found);
-    refreshBothLists();
-    if (FrmChecking *w = FrmChecking::existing()) w->enableOK();
-    ctx.showDatabaseChanged(true);
+    FrmChecking &checking = ctx.showCheckingWindow();
+    const edits::Removal removal =
+        edits::removeItem(db, key, [&checking](float percent) { checking.setProgress(percent); });
+    checking.showOutcome(edits::wordOf(removal));
+    checking.enableOK();
 }
 
 bool ProductPanel::eventFilter(QObject *watched, QEvent *event)

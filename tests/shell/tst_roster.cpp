@@ -2,6 +2,7 @@
 // states, captions, fonts, tab order, accessible names), how the panels follow
 // the window's size and expert mode, and what the panels built on the base do.
 #include "billing/billperiodpanel.h"
+#include "billing/frmchecking.h"
 #include "database/database.h"
 #include "database/rows.h"
 #include "printing/printingpanel.h"
@@ -32,16 +33,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 struct FakeContext : AppContext {
+    FakeContext() { QObject::connect(&database, &Database::changedStateChanged, [this] { ++changeCalls; }); }
     Database &db() override { return database; }
-    void showDatabaseChanged(bool c) override { changed = c, ++changeCalls; }
-    bool databaseChanged() const override { return changed; }
-    void arrangePanels(int) override {}
-    void refreshProductList() override {}
-    int currentPanel() const override { return 0; }
     QWidget *mainWindow() override { return nullptr; }
+    FrmChecking &showCheckingWindow() override { return *checking.show(); }
     Database database;
-    bool changed = false;
-    int changeCalls = 0;
+    CheckingWindowSlot checking{nullptr};
+    int changeCalls = 0;  // changes of the changed state
 };
 QString stored(const char *section, const char *key) { return settings::read(section, key, u"<absent>"_s); }
 QRect place(const Panel &p, const QString &name) { return p.controlWidget(name)->geometry(); }
@@ -78,7 +76,7 @@ private slots:
     void init()
     {
         QSettings(settings::storePath(), QSettings::IniFormat).clear();
-        ctx.changed = false;
+        ctx.database.setChanged(false);
         ctx.changeCalls = 0;
         ctx.database.clear();
     }
@@ -329,7 +327,7 @@ private slots:
         QCOMPARE(p5.controlWidget(u"lblExpertMode1"_s)->y(), 230);
         QCOMPARE(QPair(dbl->text(), roster::backColour(dbl)),
                  QPair(u"  Double-click to Bill *Marked Customers:  "_s, app.color(QPalette::ToolTipBase)));
-        ctx.changed = true;
+        ctx.database.setChanged(true);
         expertMode(false);
         QVERIFY(!quickest->isHidden());
 
@@ -342,7 +340,7 @@ private slots:
         expert->setChecked(true);
         p5.arrange(8400, 6240, 4200);
         QVERIFY(!save->isHidden() && quickest->isHidden());
-        ctx.changed = false;
+        ctx.database.setChanged(false);
         p5.arrange(8400, 6240, 4200);
         QVERIFY(save->isHidden());
     }
@@ -364,7 +362,7 @@ private slots:
         confirm->click();
         QCOMPARE(stored("Settings", "ExpertMode") + stored("Settings", "CheckToConfirmEdits"), u"TrueFalse"_s);
         QCOMPARE(expertSpy.last().at(0).toBool(), true);
-        QVERIFY(!p.checkToConfirmEdits() && !ctx.changed);  // options are no change to the database
+        QVERIFY(!p.checkToConfirmEdits() && !ctx.database.isChanged());  // options are no change to the database
 
         expert->setChecked(false);
         settings::write(u"Settings"_s, u"ExpertMode"_s, u"tRUe"_s);  // any case
@@ -391,17 +389,17 @@ private slots:
         for (int i = 0; i < CompanyFieldCount; ++i)
             QCOMPARE(p.field(i), u"value %1"_s.arg(i));
         QTest::keyClicks(p.control<QLineEdit>(u"txtCompanyDetails(3)"_s), "X");
-        QVERIFY(ctx.database.company[3] == u"value 3X" && ctx.changed);
+        QVERIFY(ctx.database.company[3] == u"value 3X" && ctx.database.isChanged());
 
         // Clearing counts as a change where a field had text, not where all were empty.
-        ctx.changed = false;
+        ctx.database.setChanged(false);
         p.clearCompanyInfo();
-        QVERIFY(ctx.changed);
+        QVERIFY(ctx.database.isChanged());
         for (int i = 0; i < CompanyFieldCount; ++i)
             QVERIFY(p.field(i).isEmpty() && ctx.database.company[size_t(i)].isEmpty());
-        ctx.changed = false;
+        ctx.database.setChanged(false);
         p.clearCompanyInfo();
-        QVERIFY(!ctx.changed);
+        QVERIFY(!ctx.database.isChanged());
     }
 
     void billPeriodChoosers()
@@ -531,7 +529,7 @@ private slots:
                  u"falseTRUE"_s);
         QCOMPARE(shownOf(*p, u"picPrintPreviewTop"_s) + bottom(), QList<int>({2, 2}));
         QVERIFY(box("cmdPrintPreviewBack")->isEnabled() && !box("cmdPrintPreviewForward")->isEnabled());
-        QVERIFY(!ctx.changed);
+        QVERIFY(!ctx.database.isChanged());
     }
 };
 
