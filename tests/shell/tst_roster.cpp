@@ -21,6 +21,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QProcess>
 #include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
@@ -40,6 +41,14 @@ struct FakeContext : AppContext {
     Database database;
     CheckingWindowSlot checking{nullptr};
     int changeCalls = 0;  // changes of the changed state
+};
+// A panel whose code asks for a control the roster does not give it.
+struct NeedsMissingControl : Panel {
+    NeedsMissingControl(AppContext &c, const char *name, bool asLabel) : Panel(0, c)
+    {
+        if (asLabel) require<QLabel>(name);
+        else require(name);
+    }
 };
 QString stored(const char *section, const char *key) { return settings::read(section, key, u"<absent>"_s); }
 QRect place(const Panel &p, const QString &name) { return p.controlWidget(name)->geometry(); }
@@ -79,6 +88,31 @@ private slots:
         ctx.database.setChanged(false);
         ctx.changeCalls = 0;
         ctx.database.clear();
+    }
+
+    // A control name the roster lacks, or a control of another type, stops
+    // the program as the panel is made (here in a child process).
+    void missingControlStopsTheProgram()
+    {
+        if (const QByteArray which = qgetenv("QOR_NEEDS_CONTROL"); !which.isEmpty()) {
+            NeedsMissingControl p(ctx, which.constData(), qEnvironmentVariableIsSet("QOR_AS_LABEL"));
+            return;  // reached only when nothing stopped it
+        }
+        struct Case { const char *name; bool asLabel; bool stops; };
+        for (const Case &c : {Case{"lblNoSuchControl", false, true}, Case{"txtField(0)", true, true},
+                              Case{"lblCustomers", true, false}}) {
+            QProcess child;
+            QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+            env.insert(u"QOR_NEEDS_CONTROL"_s, QString::fromLatin1(c.name));
+            if (c.asLabel) env.insert(u"QOR_AS_LABEL"_s, u"1"_s);
+            child.setProcessEnvironment(env);
+            child.start(QCoreApplication::applicationFilePath(), {u"missingControlStopsTheProgram"_s});
+            QVERIFY(child.waitForFinished(60000));
+            const QString err = QString::fromLocal8Bit(child.readAllStandardError() + child.readAllStandardOutput());
+            const bool stopped = child.exitStatus() == QProcess::CrashExit || child.exitCode() != 0;
+            QVERIFY2(stopped == c.stops, qPrintable(QString::fromLatin1(c.name) + u": "_s + err));
+            if (c.stops) QVERIFY2(err.contains(QString::fromLatin1(c.name)), qPrintable(err));
+        }
     }
 
     void everyRowBuiltOnceAsDesigned()
