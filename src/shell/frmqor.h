@@ -6,6 +6,7 @@
 #include "billing/frmchecking.h"
 #include "database/database.h"
 #include "shell/session.h"
+#include "shell/singleinstance.h"
 
 #include <QString>
 #include <QWidget>
@@ -13,7 +14,6 @@
 #include <memory>
 
 class QCloseEvent;
-class QLockFile;
 class QResizeEvent;
 
 namespace qor {
@@ -37,24 +37,6 @@ inline constexpr double DesignedHeight = 6765;
 inline constexpr double MinimumWidth = 10065;
 inline constexpr double MinimumHeight = 6750;
 inline constexpr double PanelLeft = 1560;
-
-// One running copy per user: holds a lock file in the per-user config folder
-// for as long as it lives. A lock left behind by a process that has died does
-// not count.
-class SingleInstanceGuard {
-public:
-    SingleInstanceGuard();  // tries to take the lock at once
-    ~SingleInstanceGuard();
-    SingleInstanceGuard(const SingleInstanceGuard &) = delete;
-    SingleInstanceGuard &operator=(const SingleInstanceGuard &) = delete;
-
-    bool isFirstInstance() const { return m_locked; }
-    static QString lockPath();
-
-private:
-    std::unique_ptr<QLockFile> m_lock;
-    bool m_locked = false;
-};
 
 class FrmQOR : public QWidget, public AppContext {
     Q_OBJECT

@@ -2,6 +2,7 @@
 // the last window has closed.
 #include "shell/frmqor.h"
 #include "shell/session.h"
+#include "shell/singleinstance.h"
 #include "uiservices/dialogservice.h"
 
 #include <QApplication>
