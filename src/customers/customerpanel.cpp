@@ -69,10 +69,10 @@ CustomerPanel::CustomerPanel(AppContext &ctx, QWidget *parent) : Panel(0, ctx, p
     m_lblCustomers = require<QLabel>("lblCustomers");
     m_list = require<QTreeWidget>("lvwCustomersVis");
 
-    if (m_cmdAddNew) connect(m_cmdAddNew, &QAbstractButton::clicked, this, &CustomerPanel::cmdAddNewClick);
-    if (m_cmdUndo) connect(m_cmdUndo, &QAbstractButton::clicked, this, &CustomerPanel::cmdUndoClick);
-    if (m_cmdSearch) connect(m_cmdSearch, &QAbstractButton::clicked, this, &CustomerPanel::cmdSearchClick);
-    if (m_txtSearch) connect(m_txtSearch, &QLineEdit::textChanged, this, &CustomerPanel::txtSearchChange);
+    connect(m_cmdAddNew, &QAbstractButton::clicked, this, &CustomerPanel::cmdAddNewClick);
+    connect(m_cmdUndo, &QAbstractButton::clicked, this, &CustomerPanel::cmdUndoClick);
+    connect(m_cmdSearch, &QAbstractButton::clicked, this, &CustomerPanel::cmdSearchClick);
+    connect(m_txtSearch, &QLineEdit::textChanged, this, &CustomerPanel::txtSearchChange);
     if (m_cmdSearch && m_txtSearch) QWidget::setTabOrder(m_cmdSearch, m_txtSearch);
     if (m_list) {
         // The list keeps the table's order itself; a sorting view would fight it.
@@ -87,7 +87,7 @@ CustomerPanel::CustomerPanel(AppContext &ctx, QWidget *parent) : Panel(0, ctx, p
     // start state, then the list of what was read.
     const Database &db = ctx.db();
     connect(&db, &Database::aboutToReload, this, [this] {
-        if (m_list) m_list->clear();
+        m_list->clear();
         clearEntryFields();
     });
     connect(&db, &Database::fileRead, this, [this] {
@@ -99,7 +99,7 @@ CustomerPanel::CustomerPanel(AppContext &ctx, QWidget *parent) : Panel(0, ctx, p
 
 void CustomerPanel::showAddNew()
 {
-    if (m_cmdAddNew) m_cmdAddNew->setVisible(true);
+    m_cmdAddNew->setVisible(true);
 }
 
 void CustomerPanel::arrange(double W, double H, int M) { Panel::arrange(W, H, M); }
@@ -124,7 +124,7 @@ QTreeWidgetItem *CustomerPanel::selectedRow() const
 
 void CustomerPanel::selectRow(QTreeWidgetItem *item)
 {
-    if (!m_list || !item) return;
+    if (!item) return;
     m_list->setCurrentItem(item);
     item->setSelected(true);
     m_list->scrollToItem(item);
@@ -132,7 +132,7 @@ void CustomerPanel::selectRow(QTreeWidgetItem *item)
 
 void CustomerPanel::selectPosition(int position)
 {
-    if (!m_list || position < 1 || position > rowCount()) return;
+    if (position < 1 || position > rowCount()) return;
     selectRow(m_list->topLevelItem(position - 1));
 }
 
@@ -154,7 +154,7 @@ void CustomerPanel::setButton(QAbstractButton *b, const QString &text, bool visi
 
 void CustomerPanel::setPrintShown(bool shown)
 {
-    if (m_cmdPrint) m_cmdPrint->setVisible(shown);
+    m_cmdPrint->setVisible(shown);
 }
 
 QString CustomerPanel::fieldText(int index) const
@@ -230,7 +230,6 @@ void CustomerPanel::showNewEntryColours(bool isNew)
 
 void CustomerPanel::refreshCustomerList()
 {
-    if (!m_list) return;
     m_list->setUpdatesEnabled(false);
     const int columnPx = twipsToPx(pxToTwips(m_list->width()) - 330);
     if (columnPx > 0) m_list->setColumnWidth(0, columnPx);
@@ -414,8 +413,8 @@ bool CustomerPanel::addCustomer(QString &key)
         m_list->setFocus(Qt::OtherFocusReason);
     }
     showNewEntryColours(false);
-    if (m_cmdAddNew) m_cmdAddNew->setText(kNewCustomer);
-    if (m_cmdUndo) m_cmdUndo->setText(kDeleteExisting);
+    m_cmdAddNew->setText(kNewCustomer);
+    m_cmdUndo->setText(kDeleteExisting);
     setPrintShown(true);
     return true;
 }
@@ -445,7 +444,7 @@ void CustomerPanel::applyCustomerEdit()
     }
     if (!duplicateCheck(displayName(), key)) return;
 
-    if (m_list) delete m_list->takeTopLevelItem(m_list->indexOfTopLevelItem(row));
+    delete m_list->takeTopLevelItem(m_list->indexOfTopLevelItem(row));
     const CustomerRow entered = entryRow();
     edits::replaceCustomer(db, key, entered);
     if (m_list) {
@@ -453,8 +452,8 @@ void CustomerPanel::applyCustomerEdit()
         m_list->setFocus(Qt::OtherFocusReason);
     }
     showNewEntryColours(false);
-    if (m_cmdAddNew) m_cmdAddNew->setText(kNewCustomer);
-    if (m_cmdUndo) m_cmdUndo->setText(kDeleteExisting);
+    m_cmdAddNew->setText(kNewCustomer);
+    m_cmdUndo->setText(kDeleteExisting);
     setPrintShown(true);
 }
 
@@ -462,7 +461,7 @@ void CustomerPanel::resetCustomerPanel()
 {
     if (rowCount() == 0) {
         clearEntryFields();
-        if (m_cmdUndo) m_cmdUndo->hide();
+        m_cmdUndo->hide();
     } else {
         QTreeWidgetItem *row = selectedRow();
         if (!row) row = m_list->topLevelItem(0);
@@ -479,7 +478,7 @@ void CustomerPanel::undoCustomerEdit()
 {
     showCustomerDetails();
     setButton(m_cmdAddNew, kNewCustomer, true);
-    if (m_list) m_list->setFocus(Qt::OtherFocusReason);
+    m_list->setFocus(Qt::OtherFocusReason);
 }
 
 void CustomerPanel::showCustomerDetails()
@@ -510,7 +509,7 @@ void CustomerPanel::deleteCustomer()
         undoCustomerEdit();
         return;
     }
-    if (!m_list || m_list->isHidden()) return;
+    if (m_list->isHidden()) return;
     m_list->setFocus(Qt::OtherFocusReason);
     QTreeWidgetItem *row = selectedRow();
     if (!row) return;
@@ -537,7 +536,7 @@ void CustomerPanel::deleteCustomer()
         setPrintShown(true);
     }
     showNewEntryColours(false);
-    if (m_cmdAddNew) m_cmdAddNew->setText(kNewCustomer);
+    m_cmdAddNew->setText(kNewCustomer);
 }
 
 // ---------------------------------------------------------------- typing
@@ -545,7 +544,7 @@ void CustomerPanel::deleteCustomer()
 void CustomerPanel::txtFieldChange(int index)
 {
     if (isShown(m_cmdUndo) && caption(m_cmdUndo) == kCancelNew) {
-        if (m_cmdAddNew) m_cmdAddNew->setVisible(!fieldText(0).isEmpty());
+        m_cmdAddNew->setVisible(!fieldText(0).isEmpty());
         setFieldInfoColour(index, fieldText(index).isEmpty());
         return;
     }
@@ -555,8 +554,8 @@ void CustomerPanel::txtFieldChange(int index)
         setButton(m_cmdUndo, kUndoEdit, true);
         setButton(m_cmdAddNew, kApplyEdit, true);
     } else {
-        if (m_cmdUndo) m_cmdUndo->hide();
-        if (m_cmdAddNew) m_cmdAddNew->setText(kNewCustomer);
+        m_cmdUndo->hide();
+        m_cmdAddNew->setText(kNewCustomer);
     }
 }
 
@@ -569,10 +568,9 @@ void CustomerPanel::txtFieldClick(int)
 
 void CustomerPanel::cmdSearchClick()
 {
-    if (!m_lblCustomers) return;
     if (m_lblCustomers->text() != kListOfCustomers) {
         m_lblCustomers->setText(kListOfCustomers);
-        if (m_txtSearch) m_txtSearch->hide();
+        m_txtSearch->hide();
         if (m_list && m_list->isVisible()) m_list->setFocus(Qt::OtherFocusReason);
         return;
     }

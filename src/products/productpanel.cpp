@@ -36,10 +36,8 @@ ProductPanel::ProductPanel(AppContext &ctx, QWidget *parent) : Panel(1, ctx, par
     m_lblName = require("lblProductOrServiceName");
     m_list = require<QTreeWidget>("lvwProducts(0)");
 
-    if (m_cmdAddNewItem)
-        connect(m_cmdAddNewItem, &QAbstractButton::clicked, this, &ProductPanel::cmdAddNewItemClick);
-    if (m_cmdCancelNewItem)
-        connect(m_cmdCancelNewItem, &QAbstractButton::clicked, this, &ProductPanel::cmdCancelNewItemClick);
+    connect(m_cmdAddNewItem, &QAbstractButton::clicked, this, &ProductPanel::cmdAddNewItemClick);
+    connect(m_cmdCancelNewItem, &QAbstractButton::clicked, this, &ProductPanel::cmdCancelNewItemClick);
     if (m_txtPrice) {
         connect(m_txtPrice, &QLineEdit::textChanged, this, &ProductPanel::txtPriceChange);
         m_txtPrice->installEventFilter(this);
@@ -58,7 +56,7 @@ ProductPanel::ProductPanel(AppContext &ctx, QWidget *parent) : Panel(1, ctx, par
 
     const Database &db = ctx.db();
     connect(&db, &Database::aboutToReload, this, [this] {
-        if (m_list) m_list->clear();
+        m_list->clear();
     });
     connect(&db, &Database::reloaded, this, &ProductPanel::refreshProductList);
     connect(&db, &Database::tableChanged, this, [this](Database::Table table) {
@@ -86,7 +84,6 @@ void ProductPanel::setInfoColour(QWidget *w, bool info)
 
 int ProductPanel::findProductRow(const QString &text) const
 {
-    if (!m_list) return 0;
     const int n = m_list->topLevelItemCount();
     for (int i = 0; i < n; ++i)
         if (m_list->topLevelItem(i)->text(0) == text) return i + 1;
@@ -122,13 +119,13 @@ void ProductPanel::refreshProductList()
 void ProductPanel::showProductEntry(bool isNew)
 {
     if (isNew) {
-        if (m_txtPrice) m_txtPrice->clear();
-        if (m_txtName) m_txtName->clear();
+        m_txtPrice->clear();
+        m_txtName->clear();
         if (m_cmdCancelNewItem) {
             m_cmdCancelNewItem->setText(kCancelNew);
             m_cmdCancelNewItem->show();
         }
-        if (m_cmdAddNewItem) m_cmdAddNewItem->setText(kAddNew);
+        m_cmdAddNewItem->setText(kAddNew);
         setInfoColour(m_txtPrice, true);
         setInfoColour(m_txtName, true);
     } else {
@@ -136,11 +133,11 @@ void ProductPanel::showProductEntry(bool isNew)
             m_cmdCancelNewItem->setText(kDeleteExisting);
             m_cmdCancelNewItem->setVisible(m_list && m_list->topLevelItemCount() > 0);
         }
-        if (m_cmdAddNewItem) m_cmdAddNewItem->setText(kNewItem);
+        m_cmdAddNewItem->setText(kNewItem);
     }
     for (QWidget *w : {m_lblPrice, static_cast<QWidget *>(m_txtPrice), m_lblName, static_cast<QWidget *>(m_txtName)})
         if (w) w->setVisible(isNew);
-    if (m_cmdAddNewItem) m_cmdAddNewItem->setVisible(!isNew);
+    m_cmdAddNewItem->setVisible(!isNew);
     if (isNew && m_txtPrice && !m_txtPrice->isHidden()) {
         m_txtPrice->setFocus(Qt::OtherFocusReason);
         m_addIsDefault = true;
@@ -149,7 +146,6 @@ void ProductPanel::showProductEntry(bool isNew)
 
 void ProductPanel::updateAddVisibility()
 {
-    if (!m_cmdAddNewItem || !m_txtPrice || !m_txtName) return;
     m_cmdAddNewItem->setVisible(regional::isNumeric(m_txtPrice->text()) && !m_txtName->text().isEmpty());
 }
 
@@ -170,21 +166,18 @@ void ProductPanel::txtProductOrServiceNameChange()
 
 void ProductPanel::cmdAddNewItemClick()
 {
-    if (!m_cmdAddNewItem) return;
     if (m_cmdAddNewItem->text() == kNewItem) showProductEntry(true);
     else addProduct();
 }
 
 void ProductPanel::cmdCancelNewItemClick()
 {
-    if (!m_cmdCancelNewItem) return;
     if (m_cmdCancelNewItem->text() == kDeleteExisting) deleteProduct();
     else showProductEntry(false);
 }
 
 void ProductPanel::selectKey(const QString &key)
 {
-    if (!m_list) return;
     const int n = m_list->topLevelItemCount();
     for (int i = 0; i < n; ++i) {
         QTreeWidgetItem *it = m_list->topLevelItem(i);
@@ -226,7 +219,7 @@ void ProductPanel::deleteProduct()
             QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok);
         if (answer != QMessageBox::Ok) return;
     }
-    if (!m_list || m_list->isHidden()) return;
+    if (m_list->isHidden()) return;
     m_list->setFocus(Qt::OtherFocusReason);
     QTreeWidgetItem *row = m_list->currentItem();
     if (!row) return;
