@@ -3,7 +3,7 @@
 // customer names of the records) and writes exactly what the program's save
 // writes, in the user's locale.
 #include "database/database.h"
-#include "database/rows.h"
+#include "database/rowtypes.h"
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -55,12 +55,12 @@ int check(const QString &path)
 
     int customersArchived = 0;
     db.lvwCustomers.forEach([&](QStringView, QStringView text) {
-        customersArchived += qor::isArchivedCustomerText(text);
+        customersArchived += qor::customer::isArchived(text);
         return true;
     });
     int productsArchived = 0;
     db.lvwPAndS.forEach([&](QStringView, QStringView text) {
-        productsArchived += qor::isArchivedItemText(text);
+        productsArchived += qor::item::isArchived(text);
         return true;
     });
 

@@ -1,5 +1,6 @@
 #pragma once
 // fraMain(0): the customer list and the entry fields of one customer.
+#include "database/rowtypes.h"
 #include "shell/panel.h"
 
 #include <QString>
@@ -26,6 +27,7 @@ public:
     void resetCustomerPanel();    // ResetCustomerPanel (also after every database read)
     void clearEntryFields();      // ClearEntryFields(0): txtField(0..7) text and tag emptied
     void showNewEntryColours(bool isNew);  // ShowNewEntryColours
+    void showAddNew();            // cmdAddNew shown (before the first read)
 
     QTreeWidget *list() const;    // lvwCustomersVis
     int rowCount() const;         // rows of lvwCustomersVis
@@ -54,9 +56,11 @@ public:
     // Display name from the fields: "Last, First", or the first name alone.
     QString displayName() const;
     QString fieldText(int index) const;
+    // The customer row the entry fields make.
+    CustomerRow entryRow() const;
     QString fieldTag(int index) const { return m_tag.at(size_t(index)); }
 
-    static constexpr int FieldCount = 8;
+    static constexpr int FieldCount = CustomerRow::EntryCount;
     static constexpr int fieldLimit(int index) { return index <= 4 ? 32 : (index <= 6 ? 128 : 0); }
 
 protected:

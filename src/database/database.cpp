@@ -14,37 +14,11 @@
 #include <vector>
 
 #include "collation.h"
+#include "rowtypes.h"
 
 namespace qor {
 
 namespace {
-
-// The text of field i of a packed row, or an empty view when it is missing.
-QStringView field(QStringView text, int i, QChar sep = FieldSep)
-{
-    qsizetype start = 0;
-    for (int f = 0; f < i; ++f) {
-        const qsizetype at = text.indexOf(sep, start);
-        if (at < 0) return {};
-        start = at + 1;
-    }
-    const qsizetype end = text.indexOf(sep, start);
-    return end < 0 ? text.mid(start) : text.mid(start, end - start);
-}
-
-qsizetype countOf(QStringView text, QChar c)
-{
-    qsizetype n = 0;
-    for (QChar x : text) n += x == c;
-    return n;
-}
-
-// The number an item entry names: what stands before the "x" ("12x3" -> "12").
-QStringView entryNumber(QStringView entry)
-{
-    const qsizetype x = entry.indexOf(u'x');
-    return x < 0 ? entry : entry.left(x);
-}
 
 // Val of the key digits: leading number, blanks skipped, anything else ends it.
 double leadingNumber(QStringView s)
@@ -72,29 +46,22 @@ double leadingNumber(QStringView s)
     return sign * v;
 }
 
-QString withoutK(QStringView key)
-{
-    QString s;
-    s.reserve(key.size());
-    for (QChar c : key)
-        if (c != u'k') s += c;
-    return s;
-}
-
-QString placeholderText()
-{
-    QString t = QStringLiteral("Customer, Deleted");
-    t += FieldSep;
-    t += u"Deleted";
-    t += FieldSep;
-    t += u"Customer";
-    for (int i = 0; i < 6; ++i) t += FieldSep;
-    return t;
-}
-
 }  // namespace
 
-Database::Database() = default;
+Database::Database(QObject *parent) : QObject(parent) {}
+
+void Database::setChanged(bool changed)
+{
+    if (m_changed == changed) return;
+    m_changed = changed;
+    emit changedStateChanged(changed);
+}
+
+void Database::tableEdited(Table table)
+{
+    emit tableChanged(table);
+    setChanged(true);
+}
 
 void Database::clear()
 {
@@ -110,7 +77,7 @@ qint64 Database::nextKeyNumber(const KeyedList &table)
 {
     double highest = 0;
     table.forEach([&highest](QStringView key, QStringView) {
-        highest = std::max(highest, leadingNumber(withoutK(key)));
+        highest = std::max(highest, leadingNumber(plainNumber(key)));
         return true;
     });
     if (highest >= 9.2e18) return std::numeric_limits<qint64>::max();
@@ -119,14 +86,10 @@ qint64 Database::nextKeyNumber(const KeyedList &table)
 
 QString Database::customerNameByCid(const QString &cid)
 {
-    const QString key = cid + u'k';
-    if (lvwCustomers.contains(key)) {
-        const QString text = lvwCustomers.textOf(key);
-        const qsizetype sep = text.indexOf(FieldSep);
-        return sep < 0 ? text : text.left(sep);
-    }
+    const QString key = numberKey(cid);
+    if (lvwCustomers.contains(key)) return customer::displayNameOf(lvwCustomers.textOf(key)).toString();
     // The records point to a customer who has gone: hold the spot.
-    lvwCustomers.add(key, placeholderText());
+    lvwCustomers.add(key, customer::placeholder().text());
     if (onPlaceholderCreated) onPlaceholderCreated();
     return QString();
 }
@@ -135,7 +98,7 @@ QString detail::itemProblem(QStringView period, QStringView cid, QStringView ent
 {
     return QStringLiteral("Bill period \"%1\", customer number %2: the record names item number %3, which is not "
                           "in the database.")
-        .arg(period, cid, entryNumber(entry));
+        .arg(period, cid, ItemEntry::parse(entry).number);
 }
 
 QStringList Database::fillInvoiceRecordNames()
@@ -154,7 +117,7 @@ QStringList Database::fillInvoiceRecordNames()
         unnamed = std::move(after.unnamedRows);
     } else {
         for (int i = 1; i <= n; ++i)
-            if (countOf(lvwInvoiceRecords.textView(i), FieldSep) == 4) unnamed.push_back(i);
+            if (record::isUnnamed(lvwInvoiceRecords.textView(i))) unnamed.push_back(i);
     }
 
     // Names by customer key without its final "k" (record CID + "k" = key),
@@ -166,7 +129,7 @@ QStringList Database::fillInvoiceRecordNames()
         names.reserve(lvwCustomers.count());
         lvwCustomers.forEach([&](QStringView key, QStringView text) {
             if (key.endsWith(u'k')) {
-                QStringView name = field(text, 0);
+                QStringView name = customer::displayNameOf(text);
                 if (name.startsWith(ArchiveMark)) name = name.mid(ArchiveMark.size());
                 owned.push_back(key.chopped(1).toString());
                 names.insert(owned.back(), name.toString());
@@ -190,20 +153,13 @@ QStringList Database::fillInvoiceRecordNames()
             return true;
         });
         for (int i = 1; i <= n; ++i) {
-            const QStringView text = lvwInvoiceRecords.textView(i);
-            const int listField = countOf(text, FieldSep) == 4 ? 3 : 4;
-            const QStringView list = field(text, listField);
-            if (list.isEmpty()) continue;
-            qsizetype start = 0;
-            for (;;) {
-                const qsizetype at = list.indexOf(ItemSep, start);
-                const QStringView entry = at < 0 ? list.mid(start) : list.mid(start, at - start);
-                if (!entry.isEmpty() && !items.contains(entryNumber(entry)) &&
-                    itemProblemCount++ < detail::MaxItemProblems)
-                    itemProblems << detail::itemProblem(field(text, 0), field(text, listField - 2), entry);
-                if (at < 0) break;
-                start = at + 1;
-            }
+            const auto rec = InvoiceRecordView::parse(lvwInvoiceRecords.textView(i));
+            if (!rec || rec->items.isEmpty()) continue;
+            rec->forEachEntry([&](ItemEntry e, QStringView entry) {
+                if (!entry.isEmpty() && !items.contains(e.number) && itemProblemCount++ < detail::MaxItemProblems)
+                    itemProblems << detail::itemProblem(rec->period, rec->cid, entry);
+                return true;
+            });
         }
     }
 
@@ -218,7 +174,9 @@ QStringList Database::fillInvoiceRecordNames()
     QHash<QString, size_t> missingIndex;
     for (int i : unnamed) {
         const QStringView text = lvwInvoiceRecords.textView(i);
-        const QStringView cid = field(text, 1);
+        const auto rec = InvoiceRecordView::parse(text);
+        if (!rec) continue;
+        const QStringView cid = rec->cid;
         if (names.contains(cid)) continue;
         const QString c = cid.toString();
         auto it = missingIndex.find(c);
@@ -243,7 +201,7 @@ QStringList Database::fillInvoiceRecordNames()
         const Missing &m = missing[idx];
         problems << QStringLiteral("Bill period \"%1\" has a record of customer number %2, who is not in the "
                                    "database: a placeholder customer \"Customer, Deleted\" was created.")
-                        .arg(field(lvwInvoiceRecords.textView(m.first), 0), m.cid);
+                        .arg(InvoiceRecordView::parse(lvwInvoiceRecords.textView(m.first))->period, m.cid);
         customerNameByCid(m.cid);
         owned.push_back(m.cid);
         names.insert(owned.back(), QStringLiteral("Customer, Deleted"));
@@ -255,29 +213,15 @@ QStringList Database::fillInvoiceRecordNames()
         problems << QStringLiteral("... and %1 more entries naming a missing item.")
                         .arg(itemProblemCount - detail::MaxItemProblems);
 
-    // Field 0, the name, then fields 1 to 4 of the five-field row.
+    // The five-field rows get their name.
     for (int i : unnamed) {
-        const QStringView text = lvwInvoiceRecords.textView(i);
-        const qsizetype sep0 = text.indexOf(FieldSep);
-        const QStringView bp = sep0 < 0 ? text : text.left(sep0);
-        QStringView rest = sep0 < 0 ? QStringView() : text.mid(sep0 + 1);
-        qsizetype cut = -1;
-        for (qsizetype f = 0, from = 0; f < 4; ++f) {
-            cut = rest.indexOf(FieldSep, from);
-            if (cut < 0) break;
-            from = cut + 1;
-        }
-        if (cut >= 0) rest = rest.left(cut);
+        auto rec = InvoiceRecordView::parse(lvwInvoiceRecords.textView(i));
+        if (!rec || rec->named) continue;
         QString name;
-        if (!std::binary_search(askers.begin(), askers.end(), i)) name = names.value(field(rest, 0));
-        QString row;
-        row.reserve(bp.size() + name.size() + rest.size() + 2);
-        row += bp;
-        row += FieldSep;
-        row += name;
-        row += FieldSep;
-        row += rest;
-        lvwInvoiceRecords.setText(i, row);
+        if (!std::binary_search(askers.begin(), askers.end(), i)) name = names.value(rec->cid);
+        rec->named = true;
+        rec->customerName = name;
+        lvwInvoiceRecords.setText(i, rec->text());
     }
     lvwInvoiceRecords.resort();
     return problems;
@@ -304,24 +248,22 @@ bool anyRecord(const KeyedList &records, const std::function<void(float)> &progr
 
 bool Database::customerIsBilled(const QString &cid, const std::function<void(float)> &progress) const
 {
-    const QString plain = withoutK(cid);
-    return anyRecord(lvwInvoiceRecords, progress, [&](QStringView text) { return field(text, 2) == plain; });
+    const QString plain = plainNumber(cid);
+    return anyRecord(lvwInvoiceRecords, progress, [&](QStringView text) {
+        QStringView cid;
+        return InvoiceRecordView::cidOf(text, cid) && cid == plain;
+    });
 }
 
 bool Database::productIsBilled(const QString &psid, const std::function<void(float)> &progress) const
 {
-    const QString plain = withoutK(psid);
+    const QString plain = plainNumber(psid);
     return anyRecord(lvwInvoiceRecords, progress, [&](QStringView text) {
-        if (fieldSepCount(text) < 4) return false;
-        const QStringView list = field(text, 4);
-        qsizetype start = 0;
-        for (;;) {
-            const qsizetype at = list.indexOf(ItemSep, start);
-            const QStringView entry = at < 0 ? list.mid(start) : list.mid(start, at - start);
-            if (entryNumber(entry) == plain) return true;
-            if (at < 0) return false;
-            start = at + 1;
-        }
+        QStringView items;
+        if (!InvoiceRecordView::itemsOf(text, items)) return false;
+        bool billed = false;
+        ItemEntry::forEach(items, [&](ItemEntry e, QStringView) { return !(billed = e.number == plain); });
+        return billed;
     });
 }
 
@@ -331,9 +273,8 @@ QString Database::deleteOrArchiveCustomer(KeyedList &customers, const QString &k
         customers.remove(key);
         return QStringLiteral("deleted");
     }
-    QString text = customers.textOf(key);
+    const QString text = customer::archivedText(customers.textOf(key));
     customers.remove(key);
-    if (!text.startsWith(ArchiveMark)) text.prepend(ArchiveMark);
     // Removing and adding again moves the row behind every current customer.
     customers.add(key, text);
     return QStringLiteral("archived");
@@ -345,9 +286,8 @@ QString Database::deleteOrArchiveProduct(KeyedList &products, const QString &key
         products.remove(key);
         return QStringLiteral("deleted");
     }
-    QString text = products.textOf(key);
+    const QString text = item::archivedText(products.textOf(key));
     products.remove(key);
-    if (!isArchivedItemText(text)) text.insert(std::min<qsizetype>(SortPriceLength, text.size()), ArchiveMark);
     products.add(key, text);
     return QStringLiteral("archived");
 }

@@ -1,0 +1,123 @@
+#include "rowtypes.h"
+
+namespace qor {
+
+int rowdetail::splitFields(QStringView text, QStringView *out, int max)
+{
+    int n = 0;
+    qsizetype start = 0;
+    for (;;) {
+        const qsizetype at = text.indexOf(FieldSep, start);
+        if (n < max) out[n] = at < 0 ? text.mid(start) : text.mid(start, at - start);
+        ++n;
+        if (at < 0) return n;
+        start = at + 1;
+    }
+}
+
+bool rowdetail::fieldAt(QStringView text, int i, QStringView &out)
+{
+    qsizetype start = 0;
+    for (int f = 0; f < i; ++f) {
+        const qsizetype at = text.indexOf(FieldSep, start);
+        if (at < 0) return false;
+        start = at + 1;
+    }
+    const qsizetype end = text.indexOf(FieldSep, start);
+    out = end < 0 ? text.mid(start) : text.mid(start, end - start);
+    return true;
+}
+
+QString numberKey(qint64 number) { return QString::number(number) + QLatin1Char('k'); }
+QString numberKey(QStringView number) { return number.toString() + QLatin1Char('k'); }
+
+QString plainNumber(QStringView key)
+{
+    QString s;
+    s.reserve(key.size());
+    for (QChar c : key)
+        if (c != u'k') s += c;
+    return s;
+}
+
+// ---------------------------------------------------------------- customers
+
+QString customer::displayNameFor(const QString &firstName, const QString &lastName)
+{
+    if (lastName.isEmpty()) return firstName;
+    return lastName + QStringLiteral(", ") + firstName;
+}
+
+QStringView customer::displayNameOf(QStringView text)
+{
+    const qsizetype sep = text.indexOf(FieldSep);
+    return sep < 0 ? text : text.left(sep);
+}
+
+bool customer::isArchived(QStringView text) { return text.startsWith(ArchiveMark); }
+
+QString customer::archivedText(QStringView text)
+{
+    if (text.startsWith(ArchiveMark)) return text.toString();
+    QString t;
+    t.reserve(ArchiveMark.size() + text.size());
+    t += ArchiveMark;
+    t += text;
+    return t;
+}
+
+CustomerRow customer::placeholder()
+{
+    CustomerRow r;
+    r.firstName = QStringLiteral("Deleted");
+    r.lastName = QStringLiteral("Customer");
+    r.displayName = displayNameFor(r.firstName, r.lastName);
+    return r;
+}
+
+// ---------------------------------------------------------------- items
+
+QString item::listTextFor(const QString &priceText, const QString &name)
+{
+    return priceText + ItemRow::Divider + name;
+}
+
+ItemRow item::make(const QString &sortPrice, const QString &priceText, const QString &name)
+{
+    ItemRow r;
+    r.sortPrice = sortPrice;
+    r.listText = listTextFor(priceText, name);
+    return r;
+}
+
+bool item::isArchived(QStringView text) { return ItemView::parse(text).archived; }
+
+QString item::archivedText(QStringView text)
+{
+    ItemView v = ItemView::parse(text);
+    // A text too short to hold a sort price gets the mark at its end, where
+    // the list text would begin.
+    v.archived = true;
+    return v.text();
+}
+
+// ---------------------------------------------------------------- records
+
+ItemEntry ItemEntry::parse(QStringView entry)
+{
+    const qsizetype x = entry.indexOf(u'x');
+    if (x < 0) return {entry, {}};
+    return {entry.left(x), entry.mid(x + 1)};
+}
+
+QString ItemEntry::make(const QString &number, int quantity)
+{
+    if (quantity > 1) return number + QLatin1Char('x') + QString::number(quantity);
+    return number;
+}
+
+QString record::keyFor(const QString &period, const QString &cid) { return period + FieldSep + cid + FieldSep; }
+
+bool record::isUnnamed(QStringView text) { return text.count(FieldSep) == InvoiceRecordRow::UnnamedFieldCount - 1; }
+
+}  // namespace qor

@@ -1,0 +1,302 @@
+#pragma once
+// One small type per row kind. Rows stay text rows in the tables; these types
+// are the only place that knows which field holds what, so nobody else splits
+// a row or spells a field number.
+//
+// Each type comes in two forms over the same fields: the owning form
+// (CustomerRow, ItemRow, PeriodRow, InvoiceRecordRow) for building and
+// editing rows, and the view form (CustomerView, ...) that reads a row text
+// in place without allocating, for the walks over a million records.
+// parse() followed by text() gives back the same characters.
+#include "rows.h"
+
+#include <QString>
+#include <QStringView>
+#include <optional>
+#include <type_traits>
+
+namespace qor {
+
+namespace rowdetail {
+// Cuts text at FieldSep into at most max views; gives the number of fields
+// the text has (which may be more than max: those are not stored).
+int splitFields(QStringView text, QStringView *out, int max);
+// Field i of text without reading past it; false when the text has fewer fields.
+bool fieldAt(QStringView text, int i, QStringView &out);
+
+template <class S> S take(QStringView v)
+{
+    if constexpr (std::is_same_v<S, QString>) return v.toString();
+    else return v;
+}
+}  // namespace rowdetail
+
+// Keys of customers and items: the number in plain decimal and a lower-case "k".
+QString numberKey(qint64 number);
+QString numberKey(QStringView number);
+// The number of a key: every "k" taken out.
+QString plainNumber(QStringView key);
+
+// ---------------------------------------------------------------------------
+// lvwCustomers: nine fields.
+template <class S> struct BasicCustomerRow {
+    static constexpr int FieldCount = 9;
+    static constexpr int EntryCount = 8;  // the eight entry fields, first name to notes
+
+    S displayName;  // ArchiveMark first when archived, then "Last, First" or the first name alone
+    S firstName, lastName, address1, address2, address3, email, phone, notes;
+
+    // Entry field i (0..7) in the order of the customer panel's fields.
+    S &entry(int i)
+    {
+        switch (i) {
+        case 0: return firstName;
+        case 1: return lastName;
+        case 2: return address1;
+        case 3: return address2;
+        case 4: return address3;
+        case 5: return email;
+        case 6: return phone;
+        default: return notes;
+        }
+    }
+    const S &entry(int i) const { return const_cast<BasicCustomerRow *>(this)->entry(i); }
+
+    bool archived() const { return QStringView(displayName).startsWith(ArchiveMark); }
+    // The display name without the archive mark.
+    QStringView name() const
+    {
+        const QStringView n(displayName);
+        return n.startsWith(ArchiveMark) ? n.mid(ArchiveMark.size()) : n;
+    }
+
+    // A row of exactly nine fields; anything else is not a customer row.
+    static std::optional<BasicCustomerRow> parse(QStringView text)
+    {
+        QStringView f[FieldCount];
+        if (rowdetail::splitFields(text, f, FieldCount) != FieldCount) return std::nullopt;
+        BasicCustomerRow r;
+        r.displayName = rowdetail::take<S>(f[0]);
+        for (int i = 0; i < EntryCount; ++i) r.entry(i) = rowdetail::take<S>(f[i + 1]);
+        return r;
+    }
+    QString text() const
+    {
+        QString t;
+        t += displayName;
+        for (int i = 0; i < EntryCount; ++i) {
+            t += FieldSep;
+            t += entry(i);
+        }
+        return t;
+    }
+};
+using CustomerRow = BasicCustomerRow<QString>;
+using CustomerView = BasicCustomerRow<QStringView>;
+
+namespace customer {
+// "Last, First", or the first name alone when there is no last name.
+QString displayNameFor(const QString &firstName, const QString &lastName);
+// The display name of any customer row text (what stands before the first
+// separator), archive mark included.
+QStringView displayNameOf(QStringView text);
+bool isArchived(QStringView text);
+// The row text with the archive mark in front (unchanged when it has one).
+QString archivedText(QStringView text);
+// The stand-in for a customer whom the records name but the table lacks.
+CustomerRow placeholder();
+}  // namespace customer
+
+// ---------------------------------------------------------------------------
+// lvwPAndS: sort price (twelve characters), ArchiveMark when archived, then
+// the list text: price text, " - ", name. No field separators.
+template <class S> struct BasicItemRow {
+    S sortPrice;
+    bool archived = false;
+    S listText;  // what the lists show: price text, " - ", name
+
+    // The price as the user sees it, and the name: split at the first " - ".
+    QStringView priceText() const
+    {
+        const QStringView l(listText);
+        const qsizetype at = l.indexOf(Divider);
+        return at < 0 ? l : l.left(at);
+    }
+    QStringView name() const
+    {
+        const QStringView l(listText);
+        const qsizetype at = l.indexOf(Divider);
+        return at < 0 ? QStringView() : l.mid(at + Divider.size());
+    }
+
+    // Every text is an item row.
+    static BasicItemRow parse(QStringView text)
+    {
+        BasicItemRow r;
+        if (text.size() <= SortPriceLength) {
+            r.sortPrice = rowdetail::take<S>(text);
+            return r;
+        }
+        r.sortPrice = rowdetail::take<S>(text.left(SortPriceLength));
+        QStringView rest = text.mid(SortPriceLength);
+        r.archived = rest.startsWith(ArchiveMark);
+        if (r.archived) rest = rest.mid(ArchiveMark.size());
+        r.listText = rowdetail::take<S>(rest);
+        return r;
+    }
+    QString text() const
+    {
+        QString t;
+        t.reserve(QStringView(sortPrice).size() + ArchiveMark.size() + QStringView(listText).size());
+        t += sortPrice;
+        if (archived) t += ArchiveMark;
+        t += listText;
+        return t;
+    }
+
+    static inline const QString Divider = QStringLiteral(" - ");
+};
+using ItemRow = BasicItemRow<QString>;
+using ItemView = BasicItemRow<QStringView>;
+
+namespace item {
+// A new row: the sort price, then price text, " - ", name.
+ItemRow make(const QString &sortPrice, const QString &priceText, const QString &name);
+QString listTextFor(const QString &priceText, const QString &name);
+bool isArchived(QStringView text);
+QString archivedText(QStringView text);
+}  // namespace item
+
+// ---------------------------------------------------------------------------
+// lvwPeriods: four fields.
+template <class S> struct BasicPeriodRow {
+    static constexpr int FieldCount = 4;
+    S start;    // chrono form "yyyy/mm/dd"
+    S name;     // unique among periods
+    S end;      // chrono form
+    S billDue;  // chrono form
+
+    static std::optional<BasicPeriodRow> parse(QStringView text)
+    {
+        QStringView f[FieldCount];
+        if (rowdetail::splitFields(text, f, FieldCount) != FieldCount) return std::nullopt;
+        return BasicPeriodRow{rowdetail::take<S>(f[0]), rowdetail::take<S>(f[1]), rowdetail::take<S>(f[2]),
+                              rowdetail::take<S>(f[3])};
+    }
+    QString text() const
+    {
+        QString t;
+        t += start;
+        for (const S *f : {&name, &end, &billDue}) {
+            t += FieldSep;
+            t += *f;
+        }
+        return t;
+    }
+};
+using PeriodRow = BasicPeriodRow<QString>;
+using PeriodView = BasicPeriodRow<QStringView>;
+
+// ---------------------------------------------------------------------------
+// One entry of an invoice record's item list: "12" (one of item 12) or "12x3".
+struct ItemEntry {
+    QStringView number;
+    QStringView quantity;  // empty when the entry has no "x": one
+
+    static ItemEntry parse(QStringView entry);
+    // "12" for one, "12x3" for three.
+    static QString make(const QString &number, int quantity);
+    // Calls f(ItemEntry, QStringView entryText) for each entry of an item
+    // list, empty ones included; stops when f returns false.
+    template <class F> static void forEach(QStringView list, F &&f)
+    {
+        qsizetype start = 0;
+        for (;;) {
+            const qsizetype at = list.indexOf(ItemSep, start);
+            const QStringView e = at < 0 ? list.mid(start) : list.mid(start, at - start);
+            if (!f(parse(e), e)) return;
+            if (at < 0) return;
+            start = at + 1;
+        }
+    }
+    static QString join(const QStringList &entries) { return entries.join(ItemSep); }
+};
+
+// lvwInvoiceRecords: six fields, or five right after a read (no customer
+// name yet: the fields after it stand one place earlier).
+template <class S> struct BasicInvoiceRecord {
+    static constexpr int FieldCount = 6;
+    static constexpr int UnnamedFieldCount = 5;
+    S period;        // BPName
+    S customerName;  // the customer's display name without the archive mark
+    S cid;           // plain decimal, no "k"
+    S balance;       // what is still owed, plain decimal; "0" means paid
+    S items;         // entries joined by ItemSep (see ItemEntry)
+    S note;
+    bool named = true;  // false for the five-field form
+
+    // Six fields, or five (then named is false); anything else is not a record.
+    static std::optional<BasicInvoiceRecord> parse(QStringView text)
+    {
+        QStringView f[FieldCount];
+        const int n = rowdetail::splitFields(text, f, FieldCount);
+        BasicInvoiceRecord r;
+        if (n == FieldCount) {
+            r.period = rowdetail::take<S>(f[0]);
+            r.customerName = rowdetail::take<S>(f[1]);
+            r.cid = rowdetail::take<S>(f[2]);
+            r.balance = rowdetail::take<S>(f[3]);
+            r.items = rowdetail::take<S>(f[4]);
+            r.note = rowdetail::take<S>(f[5]);
+        } else if (n == UnnamedFieldCount) {
+            r.named = false;
+            r.period = rowdetail::take<S>(f[0]);
+            r.cid = rowdetail::take<S>(f[1]);
+            r.balance = rowdetail::take<S>(f[2]);
+            r.items = rowdetail::take<S>(f[3]);
+            r.note = rowdetail::take<S>(f[4]);
+        } else {
+            return std::nullopt;
+        }
+        return r;
+    }
+    // The six-field form (the five-field form when named is false).
+    QString text() const
+    {
+        QString t;
+        t.reserve(QStringView(period).size() + QStringView(customerName).size() + QStringView(cid).size() +
+                  QStringView(balance).size() + QStringView(items).size() + QStringView(note).size() + 5);
+        t += period;
+        t += FieldSep;
+        if (named) {
+            t += customerName;
+            t += FieldSep;
+        }
+        t += cid;
+        t += FieldSep;
+        t += balance;
+        t += FieldSep;
+        t += items;
+        t += FieldSep;
+        t += note;
+        return t;
+    }
+    // Calls f(ItemEntry, QStringView) for each entry of the item list.
+    template <class F> void forEachEntry(F &&f) const { ItemEntry::forEach(QStringView(items), f); }
+
+    // Single fields of the six-field form, read without going past them: the
+    // scans before a delete look at one field of every record.
+    static bool cidOf(QStringView text, QStringView &cid) { return rowdetail::fieldAt(text, 2, cid); }
+    static bool itemsOf(QStringView text, QStringView &items) { return rowdetail::fieldAt(text, 4, items); }
+};
+using InvoiceRecordRow = BasicInvoiceRecord<QString>;
+using InvoiceRecordView = BasicInvoiceRecord<QStringView>;
+
+namespace record {
+// The key of a record: period name, FieldSep, CID, FieldSep.
+QString keyFor(const QString &period, const QString &cid);
+// True for the five-field form of right after a read.
+bool isUnnamed(QStringView text);
+}  // namespace record
+
+}  // namespace qor
