@@ -12,19 +12,35 @@
 
 namespace qor {
 
-namespace {
-QString periodField(int i) { return QStringLiteral("txtPField(%1)").arg(i); }
-}  // namespace
-
 BillPeriodPanel::BillPeriodPanel(AppContext &ctx, QWidget *parent) : Panel(2, ctx, parent)
 {
+    m_chooser = require<QComboBox>("cmbBillPeriod(1)");
+    m_tree = require<QTreeWidget>("tvwInvoiceRecords(0)");
+    m_products = require<QTreeWidget>("lvwProducts(1)");
+    m_txtBillPeriod = require<QLineEdit>("txtBillPeriod");
+    for (int i = 1; i <= 3; ++i)
+        m_periodFields[size_t(i - 1)] = require<QLineEdit>(QStringLiteral("txtPField(%1)").arg(i));
     // The buttons, the chooser and the trees get their handlers with the bill
     // period logic.
+
+    const Database &db = ctx.db();
+    connect(&db, &Database::aboutToReload, this, [this] {
+        m_tree->clear();
+        m_products->clear();
+    });
+    connect(&db, &Database::reloaded, this, [this] {
+        refreshBillPeriodList();
+        refreshProductList();
+    });
+    connect(&db, &Database::tableChanged, this, [this](Database::Table table) {
+        if (table == Database::Table::Periods) refreshBillPeriodList();
+        else if (table == Database::Table::Items) refreshProductList();
+    });
 }
 
-QComboBox *BillPeriodPanel::chooser() const { return control<QComboBox>(QStringLiteral("cmbBillPeriod(1)")); }
-QTreeWidget *BillPeriodPanel::tree() const { return control<QTreeWidget>(QStringLiteral("tvwInvoiceRecords(0)")); }
-QTreeWidget *BillPeriodPanel::productList() const { return control<QTreeWidget>(QStringLiteral("lvwProducts(1)")); }
+QComboBox *BillPeriodPanel::chooser() const { return m_chooser; }
+QTreeWidget *BillPeriodPanel::tree() const { return m_tree; }
+QTreeWidget *BillPeriodPanel::productList() const { return m_products; }
 
 QStringList BillPeriodPanel::periodNames(const KeyedList &periods)
 {
@@ -50,19 +66,17 @@ void BillPeriodPanel::fillChooser(QComboBox *box, const KeyedList &periods)
 
 void BillPeriodPanel::refreshBillPeriodList()
 {
-    QComboBox *box = chooser();
-    if (box) {
+    QComboBox *box = m_chooser;
+    {
         const QSignalBlocker quiet(box);
         box->clear();
     }
-    if (auto *name = control<QLineEdit>(QStringLiteral("txtBillPeriod")))
-        name->clear();
-    if (QTreeWidget *t = tree())
-        t->clear();
+    m_txtBillPeriod->clear();
+    m_tree->clear();
     clearEntryFields(2);
 
     const KeyedList &periods = ctx.db().lvwPeriods;
-    if (periods.count() == 0 || !box)
+    if (periods.count() == 0)
         return;
     fillChooser(box, periods);
     if (box->count() > 0)
@@ -72,33 +86,26 @@ void BillPeriodPanel::refreshBillPeriodList()
 void BillPeriodPanel::clearEntryFields(int kind)
 {
     if (kind == 1) {
-        if (auto *name = control<QLineEdit>(QStringLiteral("txtBillPeriod")))
-            name->clear();
-        if (QTreeWidget *t = tree())
-            t->clear();
+        m_txtBillPeriod->clear();
+        m_tree->clear();
         for (int i = 1; i <= 3; ++i) {
-            if (auto *f = control<QLineEdit>(periodField(i))) {
-                f->clear();
-                f->setReadOnly(false);
-                // The bill due date still has to be typed: info colour.
-                roster::setBackColour(f, i == 3 ? syscolor::InfoBackground : syscolor::Window);
-            }
+            QLineEdit *f = m_periodFields[size_t(i - 1)];
+            f->clear();
+            f->setReadOnly(false);
+            // The bill due date still has to be typed: info colour.
+            roster::setBackColour(f, i == 3 ? syscolor::InfoBackground : syscolor::Window);
         }
     } else if (kind == 2) {
-        for (int i = 1; i <= 3; ++i) {
-            if (auto *f = control<QLineEdit>(periodField(i))) {
-                f->setReadOnly(true);
-                roster::setBackColour(f, syscolor::Window);
-            }
+        for (QLineEdit *f : m_periodFields) {
+            f->setReadOnly(true);
+            roster::setBackColour(f, syscolor::Window);
         }
     }
 }
 
 void BillPeriodPanel::refreshProductList()
 {
-    QTreeWidget *list = productList();
-    if (!list)
-        return;
+    QTreeWidget *list = m_products;
     list->clear();
     QList<QTreeWidgetItem *> rows;
     ctx.db().lvwPAndS.forEach([&rows](QStringView key, QStringView text) {

@@ -3,7 +3,10 @@
 // invoice records tree of the period and the list of products to bill.
 #include "shell/panel.h"
 
+#include <array>
+
 class QComboBox;
+class QLineEdit;
 class QTreeWidget;
 
 namespace qor {
@@ -38,6 +41,13 @@ public:
     static QStringList periodNames(const KeyedList &periods);
     // Fills a chooser with periodNames(); no entry selected, no change signalled.
     static void fillChooser(QComboBox *box, const KeyedList &periods);
+
+private:
+    QComboBox *m_chooser = nullptr;          // cmbBillPeriod(1)
+    QTreeWidget *m_tree = nullptr;           // tvwInvoiceRecords(0)
+    QTreeWidget *m_products = nullptr;       // lvwProducts(1)
+    QLineEdit *m_txtBillPeriod = nullptr;
+    std::array<QLineEdit *, 3> m_periodFields{};  // txtPField(1..3)
 };
 
 }  // namespace qor

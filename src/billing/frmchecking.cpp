@@ -13,8 +13,6 @@
 namespace qor {
 
 namespace {
-QPointer<FrmChecking> s_window;
-
 QFont tahomaBold(double points) {
     QFont f(QStringLiteral("Tahoma"));
     f.setPointSizeF(points);
@@ -69,19 +67,17 @@ FrmChecking::FrmChecking(QWidget *owner)
 
 FrmChecking::~FrmChecking() { delete ui; }
 
-FrmChecking *FrmChecking::showChecking(QWidget *owner) {
-    if (!s_window) {
-        s_window = new FrmChecking(owner);
-        s_window->show();
+FrmChecking *CheckingWindowSlot::show() {
+    if (!m_window) {
+        m_window = new FrmChecking(m_owner);
+        m_window->show();
     } else {
         // Reused by a second delete: bring it forward again.
-        s_window->show();
-        s_window->raise();
+        m_window->show();
+        m_window->raise();
     }
-    return s_window;
+    return m_window;
 }
-
-FrmChecking *FrmChecking::existing() { return s_window; }
 
 void FrmChecking::setProgress(float percent) {
     ui->progress = percent;
@@ -96,6 +92,12 @@ void FrmChecking::setResultWord(const QString &word) {
 }
 
 void FrmChecking::enableOK() { ui->cmdOK->setEnabled(true); }
+
+void FrmChecking::showOutcome(const QString &word) {
+    if (word.isEmpty()) return;
+    setProgress(100);
+    setResultWord(word);
+}
 
 QLabel *FrmChecking::lblStatus() const { return ui->lblStatus; }
 QProgressBar *FrmChecking::staChecking() const { return ui->staChecking; }

@@ -1,14 +1,15 @@
 #include "customers/customerpanel.h"
 
-#include "billing/archiving.h"
 #include "billing/frmchecking.h"
 #include "database/collation.h"
 #include "database/database.h"
+#include "database/edits.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
 #include "shell/appcontext.h"
 #include "shell/roster.h"
 #include "shell/settingsstore.h"
+#include "uiservices/dialogservice.h"
 #include "uiservices/listsearch.h"
 #include "uiservices/twips.h"
 
@@ -20,7 +21,6 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QTextEdit>
 #include <QTreeWidget>
@@ -45,9 +45,8 @@ QString fieldName(int i) { return QStringLiteral("txtField(%1)").arg(i); }
 CustomerPanel::CustomerPanel(AppContext &ctx, QWidget *parent) : Panel(0, ctx, parent)
 {
     for (int i = 0; i < FieldCount; ++i) {
-        QWidget *w = controlWidget(fieldName(i));
+        QWidget *w = require(fieldName(i));
         m_fields[size_t(i)] = w;
-        if (!w) continue;
         w->setProperty("Tag", QString());
         if (auto *le = qobject_cast<QLineEdit *>(w)) {
             if (fieldLimit(i) > 0) le->setMaxLength(fieldLimit(i));
@@ -62,18 +61,18 @@ CustomerPanel::CustomerPanel(AppContext &ctx, QWidget *parent) : Panel(0, ctx, p
             te->viewport()->installEventFilter(this);
         }
     }
-    m_cmdAddNew = control<QAbstractButton>(QStringLiteral("cmdAddNew"));
-    m_cmdUndo = control<QAbstractButton>(QStringLiteral("cmdUndo"));
-    m_cmdPrint = control<QAbstractButton>(QStringLiteral("cmdPrint"));
-    m_cmdSearch = control<QAbstractButton>(QStringLiteral("cmdSearch"));
-    m_txtSearch = control<QLineEdit>(QStringLiteral("txtSearch"));
-    m_lblCustomers = control<QLabel>(QStringLiteral("lblCustomers"));
-    m_list = control<QTreeWidget>(QStringLiteral("lvwCustomersVis"));
+    m_cmdAddNew = require<QAbstractButton>("cmdAddNew");
+    m_cmdUndo = require<QAbstractButton>("cmdUndo");
+    m_cmdPrint = require<QAbstractButton>("cmdPrint");
+    m_cmdSearch = require<QAbstractButton>("cmdSearch");
+    m_txtSearch = require<QLineEdit>("txtSearch");
+    m_lblCustomers = require<QLabel>("lblCustomers");
+    m_list = require<QTreeWidget>("lvwCustomersVis");
 
-    if (m_cmdAddNew) connect(m_cmdAddNew, &QAbstractButton::clicked, this, &CustomerPanel::cmdAddNewClick);
-    if (m_cmdUndo) connect(m_cmdUndo, &QAbstractButton::clicked, this, &CustomerPanel::cmdUndoClick);
-    if (m_cmdSearch) connect(m_cmdSearch, &QAbstractButton::clicked, this, &CustomerPanel::cmdSearchClick);
-    if (m_txtSearch) connect(m_txtSearch, &QLineEdit::textChanged, this, &CustomerPanel::txtSearchChange);
+    connect(m_cmdAddNew, &QAbstractButton::clicked, this, &CustomerPanel::cmdAddNewClick);
+    connect(m_cmdUndo, &QAbstractButton::clicked, this, &CustomerPanel::cmdUndoClick);
+    connect(m_cmdSearch, &QAbstractButton::clicked, this, &CustomerPanel::cmdSearchClick);
+    connect(m_txtSearch, &QLineEdit::textChanged, this, &CustomerPanel::txtSearchChange);
     if (m_cmdSearch && m_txtSearch) QWidget::setTabOrder(m_cmdSearch, m_txtSearch);
     if (m_list) {
         // The list keeps the table's order itself; a sorting view would fight it.
@@ -83,6 +82,24 @@ CustomerPanel::CustomerPanel(AppContext &ctx, QWidget *parent) : Panel(0, ctx, p
         connect(m_list, &QTreeWidget::itemClicked, this, [this] { showCustomerDetails(); });
         m_list->installEventFilter(this);
     }
+
+    // A read of the file: empty, then (when the file was read as it is) the
+    // start state, then the list of what was read.
+    const Database &db = ctx.db();
+    connect(&db, &Database::aboutToReload, this, [this] {
+        m_list->clear();
+        clearEntryFields();
+    });
+    connect(&db, &Database::fileRead, this, [this] {
+        resetCustomerPanel();
+        focusList();
+    });
+    connect(&db, &Database::reloaded, this, &CustomerPanel::refreshCustomerList);
+}
+
+void CustomerPanel::showAddNew()
+{
+    m_cmdAddNew->setVisible(true);
 }
 
 void CustomerPanel::arrange(double W, double H, int M) { Panel::arrange(W, H, M); }
@@ -107,7 +124,7 @@ QTreeWidgetItem *CustomerPanel::selectedRow() const
 
 void CustomerPanel::selectRow(QTreeWidgetItem *item)
 {
-    if (!m_list || !item) return;
+    if (!item) return;
     m_list->setCurrentItem(item);
     item->setSelected(true);
     m_list->scrollToItem(item);
@@ -115,7 +132,7 @@ void CustomerPanel::selectRow(QTreeWidgetItem *item)
 
 void CustomerPanel::selectPosition(int position)
 {
-    if (!m_list || position < 1 || position > rowCount()) return;
+    if (position < 1 || position > rowCount()) return;
     selectRow(m_list->topLevelItem(position - 1));
 }
 
@@ -137,7 +154,7 @@ void CustomerPanel::setButton(QAbstractButton *b, const QString &text, bool visi
 
 void CustomerPanel::setPrintShown(bool shown)
 {
-    if (m_cmdPrint) m_cmdPrint->setVisible(shown);
+    m_cmdPrint->setVisible(shown);
 }
 
 QString CustomerPanel::fieldText(int index) const
@@ -188,10 +205,8 @@ CustomerRow CustomerPanel::entryRow() const
 
 bool CustomerPanel::confirm(const QString &title, const QString &text)
 {
-    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Ok | QMessageBox::Cancel,
-                    ctx.mainWindow());
-    box.setDefaultButton(QMessageBox::Ok);
-    return box.exec() == QMessageBox::Ok;
+    return DialogService::current().warning(ctx.mainWindow(), title, text, QMessageBox::Ok | QMessageBox::Cancel,
+                                            QMessageBox::Ok) == QMessageBox::Ok;
 }
 
 // ---------------------------------------------------------------- main-window routines
@@ -215,7 +230,6 @@ void CustomerPanel::showNewEntryColours(bool isNew)
 
 void CustomerPanel::refreshCustomerList()
 {
-    if (!m_list) return;
     m_list->setUpdatesEnabled(false);
     const int columnPx = twipsToPx(pxToTwips(m_list->width()) - 330);
     if (columnPx > 0) m_list->setColumnWidth(0, columnPx);
@@ -392,18 +406,15 @@ bool CustomerPanel::addCustomer(QString &key)
 {
     const QString name = displayName();
     if (!duplicateCheck(name, QString())) return false;
-    Database &db = ctx.db();
-    if (key.isEmpty()) key = numberKey(Database::nextKeyNumber(db.lvwCustomers) + 1);
-    db.lvwCustomers.add(key, entryRow().text());
+    key = edits::addCustomer(ctx.db(), entryRow(), key);
     if (m_list) {
         QTreeWidgetItem *item = insertVisibleRow(key, name);
         selectRow(item);
         m_list->setFocus(Qt::OtherFocusReason);
     }
-    ctx.showDatabaseChanged(true);
     showNewEntryColours(false);
-    if (m_cmdAddNew) m_cmdAddNew->setText(kNewCustomer);
-    if (m_cmdUndo) m_cmdUndo->setText(kDeleteExisting);
+    m_cmdAddNew->setText(kNewCustomer);
+    m_cmdUndo->setText(kDeleteExisting);
     setPrintShown(true);
     return true;
 }
@@ -423,8 +434,8 @@ void CustomerPanel::applyCustomerEdit()
         // Nothing stands under edit (typing into an empty panel): keep what was
         // typed as a new customer instead of throwing it away.
         if (fieldText(0).isEmpty()) {
-            QMessageBox::warning(ctx.mainWindow(), QStringLiteral("QOR"),
-                                 QStringLiteral("A customer needs at least a first name."));
+            DialogService::current().warning(ctx.mainWindow(), QStringLiteral("QOR"),
+                                             QStringLiteral("A customer needs at least a first name."));
             return;
         }
         QString newKey;
@@ -433,20 +444,16 @@ void CustomerPanel::applyCustomerEdit()
     }
     if (!duplicateCheck(displayName(), key)) return;
 
-    db.lvwCustomers.remove(key);
-    if (m_list) delete m_list->takeTopLevelItem(m_list->indexOfTopLevelItem(row));
-
+    delete m_list->takeTopLevelItem(m_list->indexOfTopLevelItem(row));
     const CustomerRow entered = entryRow();
-    const QString &name = entered.displayName;
-    db.lvwCustomers.add(key, entered.text());
+    edits::replaceCustomer(db, key, entered);
     if (m_list) {
-        selectRow(insertVisibleRow(key, name));
+        selectRow(insertVisibleRow(key, entered.displayName));
         m_list->setFocus(Qt::OtherFocusReason);
     }
-    ctx.showDatabaseChanged(true);
     showNewEntryColours(false);
-    if (m_cmdAddNew) m_cmdAddNew->setText(kNewCustomer);
-    if (m_cmdUndo) m_cmdUndo->setText(kDeleteExisting);
+    m_cmdAddNew->setText(kNewCustomer);
+    m_cmdUndo->setText(kDeleteExisting);
     setPrintShown(true);
 }
 
@@ -454,7 +461,7 @@ void CustomerPanel::resetCustomerPanel()
 {
     if (rowCount() == 0) {
         clearEntryFields();
-        if (m_cmdUndo) m_cmdUndo->hide();
+        m_cmdUndo->hide();
     } else {
         QTreeWidgetItem *row = selectedRow();
         if (!row) row = m_list->topLevelItem(0);
@@ -471,7 +478,7 @@ void CustomerPanel::undoCustomerEdit()
 {
     showCustomerDetails();
     setButton(m_cmdAddNew, kNewCustomer, true);
-    if (m_list) m_list->setFocus(Qt::OtherFocusReason);
+    m_list->setFocus(Qt::OtherFocusReason);
 }
 
 void CustomerPanel::showCustomerDetails()
@@ -502,7 +509,7 @@ void CustomerPanel::deleteCustomer()
         undoCustomerEdit();
         return;
     }
-    if (!m_list || m_list->isHidden()) return;
+    if (m_list->isHidden()) return;
     m_list->setFocus(Qt::OtherFocusReason);
     QTreeWidgetItem *row = selectedRow();
     if (!row) return;
@@ -511,10 +518,12 @@ void CustomerPanel::deleteCustomer()
     Database &db = ctx.db();
     if (!db.lvwCustomers.contains(key)) return;
 
-    const bool found = customerIsBilled(db, key, ctx.mainWindow());
-    archiveCustomerStep(db, key, found);
+    FrmChecking &checking = ctx.showCheckingWindow();
+    const edits::Removal removal =
+        edits::removeCustomer(db, key, [&checking](float percent) { checking.setProgress(percent); });
+    checking.showOutcome(edits::wordOf(removal));
     refreshCustomerList();
-    if (FrmChecking *w = FrmChecking::existing()) w->enableOK();
+    checking.enableOK();
 
     if (rowCount() == 0) {
         clearEntryFields();
@@ -527,8 +536,7 @@ void CustomerPanel::deleteCustomer()
         setPrintShown(true);
     }
     showNewEntryColours(false);
-    ctx.showDatabaseChanged(true);
-    if (m_cmdAddNew) m_cmdAddNew->setText(kNewCustomer);
+    m_cmdAddNew->setText(kNewCustomer);
 }
 
 // ---------------------------------------------------------------- typing
@@ -536,7 +544,7 @@ void CustomerPanel::deleteCustomer()
 void CustomerPanel::txtFieldChange(int index)
 {
     if (isShown(m_cmdUndo) && caption(m_cmdUndo) == kCancelNew) {
-        if (m_cmdAddNew) m_cmdAddNew->setVisible(!fieldText(0).isEmpty());
+        m_cmdAddNew->setVisible(!fieldText(0).isEmpty());
         setFieldInfoColour(index, fieldText(index).isEmpty());
         return;
     }
@@ -546,8 +554,8 @@ void CustomerPanel::txtFieldChange(int index)
         setButton(m_cmdUndo, kUndoEdit, true);
         setButton(m_cmdAddNew, kApplyEdit, true);
     } else {
-        if (m_cmdUndo) m_cmdUndo->hide();
-        if (m_cmdAddNew) m_cmdAddNew->setText(kNewCustomer);
+        m_cmdUndo->hide();
+        m_cmdAddNew->setText(kNewCustomer);
     }
 }
 
@@ -560,10 +568,9 @@ void CustomerPanel::txtFieldClick(int)
 
 void CustomerPanel::cmdSearchClick()
 {
-    if (!m_lblCustomers) return;
     if (m_lblCustomers->text() != kListOfCustomers) {
         m_lblCustomers->setText(kListOfCustomers);
-        if (m_txtSearch) m_txtSearch->hide();
+        m_txtSearch->hide();
         if (m_list && m_list->isVisible()) m_list->setFocus(Qt::OtherFocusReason);
         return;
     }

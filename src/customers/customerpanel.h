@@ -27,6 +27,7 @@ public:
     void resetCustomerPanel();    // ResetCustomerPanel (also after every database read)
     void clearEntryFields();      // ClearEntryFields(0): txtField(0..7) text and tag emptied
     void showNewEntryColours(bool isNew);  // ShowNewEntryColours
+    void showAddNew();            // cmdAddNew shown (before the first read)
 
     QTreeWidget *list() const;    // lvwCustomersVis
     int rowCount() const;         // rows of lvwCustomersVis

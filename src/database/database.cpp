@@ -48,7 +48,20 @@ double leadingNumber(QStringView s)
 
 }  // namespace
 
-Database::Database() = default;
+Database::Database(QObject *parent) : QObject(parent) {}
+
+void Database::setChanged(bool changed)
+{
+    if (m_changed == changed) return;
+    m_changed = changed;
+    emit changedStateChanged(changed);
+}
+
+void Database::tableEdited(Table table)
+{
+    emit tableChanged(table);
+    setChanged(true);
+}
 
 void Database::clear()
 {

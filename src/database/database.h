@@ -4,6 +4,7 @@
 #include "keyedlist.h"
 #include "rows.h"
 
+#include <QObject>
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -59,9 +60,15 @@ struct SaveResult {
     QString keptCopy;    // path of the copy kept of an unreadable file, if one was made
 };
 
-class Database {
+// The tables tell what changed: views subscribe to these signals instead of
+// being refreshed by hand from the window.
+class Database : public QObject {
+    Q_OBJECT
 public:
-    Database();
+    enum class Table { Customers, Periods, Items, InvoiceRecords };
+    Q_ENUM(Table)
+
+    explicit Database(QObject *parent = nullptr);
 
     // The four tables.
     KeyedList lvwCustomers;
@@ -122,7 +129,31 @@ public:
 
     void clear();
 
+    // The changed state: the tables hold edits the file does not have yet.
+    bool isChanged() const { return m_changed; }
+    void setChanged(bool changed);
+    // After an edit of one table: the views of it follow, then the database
+    // counts as changed.
+    void tableEdited(Table table);
+    // Around a read of the whole file: before it, when the file was read as
+    // it is, and when everything is in (names of the records filled in).
+    void beginReload() { emit aboutToReload(); }
+    void announceFileRead() { emit fileRead(); }
+    void endReload() { emit reloaded(); }
+
+signals:
+    // Everything is about to be emptied and read again: views drop what they show.
+    void aboutToReload();
+    // The file was read as it is (not created, not refused): views take the
+    // values that come from the file alone (company fields, selection).
+    void fileRead();
+    // Everything was read again: views rebuild from the tables.
+    void reloaded();
+    void tableChanged(qor::Database::Table table);
+    void changedStateChanged(bool changed);
+
 private:
+    bool m_changed = false;
     // Files (canonical paths) whose old content must be kept before they are overwritten.
     QSet<QString> m_keepCopyOf;
     detail::AfterRead m_afterRead;

@@ -20,6 +20,10 @@ public:
 
     QComboBox *chooser() const;  // cmbBillPeriod(2)
     QTreeWidget *tree() const;   // tvwInvoiceRecords(1)
+
+private:
+    QComboBox *m_chooser = nullptr;
+    QTreeWidget *m_tree = nullptr;
 };
 
 }  // namespace qor

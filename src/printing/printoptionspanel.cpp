@@ -23,36 +23,43 @@ QString indexed(const char *name, int i) { return QStringLiteral("%1(%2)").arg(Q
 
 PrintOptionsPanel::PrintOptionsPanel(AppContext &ctx, QWidget *parent) : Panel(4, ctx, parent)
 {
+    for (int i = 0; i < 3; ++i) {
+        m_optTitle[size_t(i)] = require<QRadioButton>(indexed("optInvoiceTitle", i));
+        m_optTitleSize[size_t(i)] = require<QRadioButton>(indexed("optInvoiceTitleSize", i));
+        m_previewBottom[size_t(i)] = require(indexed("picPrintPreviewBottom", i));
+        m_previewTop[size_t(i)] = require(indexed("picPrintPreviewTop", i));
+    }
+    m_txtTitle = require<QLineEdit>("txtInvoiceTitle");
+    m_chkAddDate = require<QCheckBox>("chkAddInvoiceDateToInvoice");
+    m_chkDuplicates = require<QCheckBox>("chkPrintDuplicateInvoices");
+    m_chkKeepTwelve = require<QCheckBox>("chkKeepTwelveLines");
+    m_chkMove = require<QCheckBox>("chkMoveAccordingly");
+    m_previewBack = require("cmdPrintPreviewBack");
+    m_previewForward = require("cmdPrintPreviewForward");
+
     // Option buttons report on being turned on, from a click or from code,
     // as the settings are applied; the one turned off says nothing.
     for (int i = 0; i < 3; ++i) {
-        if (auto *o = control<QRadioButton>(indexed("optInvoiceTitle", i)))
-            connect(o, &QRadioButton::toggled, this, [i](bool on) {
-                if (on)
-                    settings::putStoredSetting(QStringLiteral("InvoiceTitleOption"), QString::number(i));
-            });
-        if (auto *o = control<QRadioButton>(indexed("optInvoiceTitleSize", i)))
-            connect(o, &QRadioButton::toggled, this, [i](bool on) {
-                if (on)
-                    settings::putStoredSetting(QStringLiteral("InvoiceTitleSize"), QString::number(i));
-            });
+        connect(m_optTitle[size_t(i)], &QRadioButton::toggled, this, [i](bool on) {
+            if (on)
+                settings::putStoredSetting(QStringLiteral("InvoiceTitleOption"), QString::number(i));
+        });
+        connect(m_optTitleSize[size_t(i)], &QRadioButton::toggled, this, [i](bool on) {
+            if (on)
+                settings::putStoredSetting(QStringLiteral("InvoiceTitleSize"), QString::number(i));
+        });
     }
-    if (auto *t = control<QLineEdit>(QStringLiteral("txtInvoiceTitle")))
-        connect(t, &QLineEdit::textChanged, this, [](const QString &text) {
-            settings::putStoredSetting(QStringLiteral("InvoiceTitleText"), text);
-        });
-    if (auto *c = control<QCheckBox>(QStringLiteral("chkAddInvoiceDateToInvoice")))
-        connect(c, &QCheckBox::toggled, this, [](bool on) {
-            settings::write(Printing, QStringLiteral("AddInvoiceDateToInvoice"), onOff(on));
-        });
-    if (auto *c = control<QCheckBox>(QStringLiteral("chkPrintDuplicateInvoices")))
-        connect(c, &QCheckBox::toggled, this, [](bool on) {
-            settings::write(Printing, QStringLiteral("PrintDuplicateInvoices"), onOff(on));
-        });
-    if (auto *c = control<QCheckBox>(QStringLiteral("chkKeepTwelveLines")))
-        connect(c, &QCheckBox::toggled, this, &PrintOptionsPanel::keepTwelveLinesClicked);
-    if (auto *c = control<QCheckBox>(QStringLiteral("chkMoveAccordingly")))
-        connect(c, &QCheckBox::toggled, this, &PrintOptionsPanel::moveAccordinglyClicked);
+    connect(m_txtTitle, &QLineEdit::textChanged, this, [](const QString &text) {
+        settings::putStoredSetting(QStringLiteral("InvoiceTitleText"), text);
+    });
+    connect(m_chkAddDate, &QCheckBox::toggled, this, [](bool on) {
+        settings::write(Printing, QStringLiteral("AddInvoiceDateToInvoice"), onOff(on));
+    });
+    connect(m_chkDuplicates, &QCheckBox::toggled, this, [](bool on) {
+        settings::write(Printing, QStringLiteral("PrintDuplicateInvoices"), onOff(on));
+    });
+    connect(m_chkKeepTwelve, &QCheckBox::toggled, this, &PrintOptionsPanel::keepTwelveLinesClicked);
+    connect(m_chkMove, &QCheckBox::toggled, this, &PrintOptionsPanel::moveAccordinglyClicked);
     // cmdPrintPreviewBack and cmdPrintPreviewForward get their handlers with
     // the preview.
 }
@@ -61,11 +68,9 @@ void PrintOptionsPanel::keepTwelveLinesClicked()
 {
     if (m_isApplyingSettings)
         return;
-    auto *keep = control<QCheckBox>(QStringLiteral("chkKeepTwelveLines"));
-    const bool on = keep && keep->isChecked();
+    const bool on = m_chkKeepTwelve->isChecked();
     settings::write(Printing, QStringLiteral("KeepTwelveLines"), onOff(on));
-    if (auto *move = control<QCheckBox>(QStringLiteral("chkMoveAccordingly")))
-        move->setEnabled(!on);
+    m_chkMove->setEnabled(!on);
     showPreviewBottom();
 }
 
@@ -73,41 +78,36 @@ void PrintOptionsPanel::moveAccordinglyClicked()
 {
     if (m_isApplyingSettings)
         return;
-    auto *move = control<QCheckBox>(QStringLiteral("chkMoveAccordingly"));
-    settings::write(Printing, QStringLiteral("MoveBottomTextAccordingly"), onOff(move && move->isChecked()));
+    settings::write(Printing, QStringLiteral("MoveBottomTextAccordingly"), onOff(m_chkMove->isChecked()));
     showPreviewBottom();
 }
 
 void PrintOptionsPanel::applySettings()
 {
-    auto turnOn = [this](const char *name, int index) {
+    auto turnOn = [](const std::array<QRadioButton *, 3> &options, int index) {
         // An index the program never writes has no option to turn on.
-        if (auto *o = control<QRadioButton>(indexed(name, index)))
-            o->setChecked(true);
+        if (index >= 0 && index < 3)
+            options[size_t(index)]->setChecked(true);
     };
     auto storedIndex = [](const char *key, const char *defaultValue) {
         const QString text = settings::getStoredSetting(QString::fromLatin1(key), QString::fromLatin1(defaultValue));
         return int(std::nearbyint(regional::val(text)));
     };
-    auto setBox = [this](const char *name, const char *key) {
-        if (auto *c = control<QCheckBox>(QString::fromLatin1(name)))
-            c->setChecked(settings::isOn(Printing, QString::fromLatin1(key)));
+    auto setBox = [](QCheckBox *c, const char *key) {
+        c->setChecked(settings::isOn(Printing, QString::fromLatin1(key)));
     };
 
-    turnOn("optInvoiceTitle", storedIndex("InvoiceTitleOption", "0"));
-    if (auto *t = control<QLineEdit>(QStringLiteral("txtInvoiceTitle")))
-        t->setText(settings::getStoredSetting(QStringLiteral("InvoiceTitleText"), QString(),
-                                              QStringLiteral("KeepCaps")));
-    turnOn("optInvoiceTitleSize", storedIndex("InvoiceTitleSize", "2"));
-    setBox("chkAddInvoiceDateToInvoice", "AddInvoiceDateToInvoice");
-    setBox("chkPrintDuplicateInvoices", "PrintDuplicateInvoices");
+    turnOn(m_optTitle, storedIndex("InvoiceTitleOption", "0"));
+    m_txtTitle->setText(
+        settings::getStoredSetting(QStringLiteral("InvoiceTitleText"), QString(), QStringLiteral("KeepCaps")));
+    turnOn(m_optTitleSize, storedIndex("InvoiceTitleSize", "2"));
+    setBox(m_chkAddDate, "AddInvoiceDateToInvoice");
+    setBox(m_chkDuplicates, "PrintDuplicateInvoices");
 
     m_isApplyingSettings = true;
-    setBox("chkKeepTwelveLines", "KeepTwelveLines");
-    setBox("chkMoveAccordingly", "MoveBottomTextAccordingly");
-    auto *keep = control<QCheckBox>(QStringLiteral("chkKeepTwelveLines"));
-    if (auto *move = control<QCheckBox>(QStringLiteral("chkMoveAccordingly")))
-        move->setEnabled(!(keep && keep->isChecked()));
+    setBox(m_chkKeepTwelve, "KeepTwelveLines");
+    setBox(m_chkMove, "MoveBottomTextAccordingly");
+    m_chkMove->setEnabled(!m_chkKeepTwelve->isChecked());
     showPreviewBottom();
     m_isApplyingSettings = false;
 
@@ -118,27 +118,21 @@ void PrintOptionsPanel::applySettings()
 
 void PrintOptionsPanel::showPreviewBottom()
 {
-    const auto *keep = control<QCheckBox>(QStringLiteral("chkKeepTwelveLines"));
-    const auto *move = control<QCheckBox>(QStringLiteral("chkMoveAccordingly"));
     int shown = 2;
-    if (keep && keep->isChecked())
+    if (m_chkKeepTwelve->isChecked())
         shown = 0;
-    else if (!move || !move->isChecked() || !move->isEnabled())
+    else if (!m_chkMove->isChecked() || !m_chkMove->isEnabled())
         shown = 1;
     for (int i = 0; i < 3; ++i)
-        if (QWidget *p = controlWidget(indexed("picPrintPreviewBottom", i)))
-            p->setVisible(i == shown);
+        m_previewBottom[size_t(i)]->setVisible(i == shown);
 }
 
 void PrintOptionsPanel::showPreviewTemplate()
 {
     for (int i = 0; i < 3; ++i)
-        if (QWidget *p = controlWidget(indexed("picPrintPreviewTop", i)))
-            p->setVisible(float(i) == m_printPreviewSelected);
-    if (QWidget *back = controlWidget(QStringLiteral("cmdPrintPreviewBack")))
-        back->setEnabled(m_printPreviewSelected > 0);
-    if (QWidget *forward = controlWidget(QStringLiteral("cmdPrintPreviewForward")))
-        forward->setEnabled(m_printPreviewSelected < 2);
+        m_previewTop[size_t(i)]->setVisible(float(i) == m_printPreviewSelected);
+    m_previewBack->setEnabled(m_printPreviewSelected > 0);
+    m_previewForward->setEnabled(m_printPreviewSelected < 2);
 }
 
 }  // namespace qor

@@ -4,6 +4,12 @@
 // Every option is stored the moment it changes.
 #include "shell/panel.h"
 
+#include <array>
+
+class QCheckBox;
+class QLineEdit;
+class QRadioButton;
+
 namespace qor {
 
 class PrintOptionsPanel : public Panel {
@@ -33,6 +39,18 @@ private:
 
     bool m_isApplyingSettings = false;
     float m_printPreviewSelected = 0;
+
+    std::array<QRadioButton *, 3> m_optTitle{};      // optInvoiceTitle(0..2)
+    std::array<QRadioButton *, 3> m_optTitleSize{};  // optInvoiceTitleSize(0..2)
+    QLineEdit *m_txtTitle = nullptr;                 // txtInvoiceTitle
+    QCheckBox *m_chkAddDate = nullptr;               // chkAddInvoiceDateToInvoice
+    QCheckBox *m_chkDuplicates = nullptr;            // chkPrintDuplicateInvoices
+    QCheckBox *m_chkKeepTwelve = nullptr;            // chkKeepTwelveLines
+    QCheckBox *m_chkMove = nullptr;                  // chkMoveAccordingly
+    std::array<QWidget *, 3> m_previewBottom{};      // picPrintPreviewBottom(0..2)
+    std::array<QWidget *, 3> m_previewTop{};         // picPrintPreviewTop(0..2)
+    QWidget *m_previewBack = nullptr;                // cmdPrintPreviewBack
+    QWidget *m_previewForward = nullptr;             // cmdPrintPreviewForward
 };
 
 }  // namespace qor

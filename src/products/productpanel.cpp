@@ -1,20 +1,20 @@
 #include "products/productpanel.h"
 
-#include "billing/archiving.h"
 #include "billing/frmchecking.h"
 #include "database/database.h"
+#include "database/edits.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
 #include "shell/appcontext.h"
 #include "shell/roster.h"
 #include "shell/settingsstore.h"
+#include "uiservices/dialogservice.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QTreeWidget>
 
 namespace qor {
@@ -28,18 +28,16 @@ const QString kCancelNew = QStringLiteral("&Cancel New");
 
 ProductPanel::ProductPanel(AppContext &ctx, QWidget *parent) : Panel(1, ctx, parent)
 {
-    m_cmdAddNewItem = control<QAbstractButton>(QStringLiteral("cmdAddNewItem"));
-    m_cmdCancelNewItem = control<QAbstractButton>(QStringLiteral("cmdCancelNewItem"));
-    m_txtPrice = control<QLineEdit>(QStringLiteral("txtPrice"));
-    m_txtName = control<QLineEdit>(QStringLiteral("txtProductOrServiceName"));
-    m_lblPrice = controlWidget(QStringLiteral("lblPrice"));
-    m_lblName = controlWidget(QStringLiteral("lblProductOrServiceName"));
-    m_list = control<QTreeWidget>(QStringLiteral("lvwProducts(0)"));
+    m_cmdAddNewItem = require<QAbstractButton>("cmdAddNewItem");
+    m_cmdCancelNewItem = require<QAbstractButton>("cmdCancelNewItem");
+    m_txtPrice = require<QLineEdit>("txtPrice");
+    m_txtName = require<QLineEdit>("txtProductOrServiceName");
+    m_lblPrice = require("lblPrice");
+    m_lblName = require("lblProductOrServiceName");
+    m_list = require<QTreeWidget>("lvwProducts(0)");
 
-    if (m_cmdAddNewItem)
-        connect(m_cmdAddNewItem, &QAbstractButton::clicked, this, &ProductPanel::cmdAddNewItemClick);
-    if (m_cmdCancelNewItem)
-        connect(m_cmdCancelNewItem, &QAbstractButton::clicked, this, &ProductPanel::cmdCancelNewItemClick);
+    connect(m_cmdAddNewItem, &QAbstractButton::clicked, this, &ProductPanel::cmdAddNewItemClick);
+    connect(m_cmdCancelNewItem, &QAbstractButton::clicked, this, &ProductPanel::cmdCancelNewItemClick);
     if (m_txtPrice) {
         connect(m_txtPrice, &QLineEdit::textChanged, this, &ProductPanel::txtPriceChange);
         m_txtPrice->installEventFilter(this);
@@ -55,6 +53,15 @@ ProductPanel::ProductPanel(AppContext &ctx, QWidget *parent) : Panel(1, ctx, par
         m_list->setSelectionMode(QAbstractItemView::SingleSelection);
         m_list->installEventFilter(this);
     }
+
+    const Database &db = ctx.db();
+    connect(&db, &Database::aboutToReload, this, [this] {
+        m_list->clear();
+    });
+    connect(&db, &Database::reloaded, this, &ProductPanel::refreshProductList);
+    connect(&db, &Database::tableChanged, this, [this](Database::Table table) {
+        if (table == Database::Table::Items) refreshProductList();
+    });
 }
 
 // The base lays out the panel, the first column of the list included.
@@ -77,7 +84,6 @@ void ProductPanel::setInfoColour(QWidget *w, bool info)
 
 int ProductPanel::findProductRow(const QString &text) const
 {
-    if (!m_list) return 0;
     const int n = m_list->topLevelItemCount();
     for (int i = 0; i < n; ++i)
         if (m_list->topLevelItem(i)->text(0) == text) return i + 1;
@@ -110,23 +116,16 @@ void ProductPanel::refreshProductList()
     }
 }
 
-// Both product lists (this one and the bill period panel's) follow the
-// table, so the main window rebuilds them together.
-void ProductPanel::refreshBothLists()
-{
-    ctx.refreshProductList();
-}
-
 void ProductPanel::showProductEntry(bool isNew)
 {
     if (isNew) {
-        if (m_txtPrice) m_txtPrice->clear();
-        if (m_txtName) m_txtName->clear();
+        m_txtPrice->clear();
+        m_txtName->clear();
         if (m_cmdCancelNewItem) {
             m_cmdCancelNewItem->setText(kCancelNew);
             m_cmdCancelNewItem->show();
         }
-        if (m_cmdAddNewItem) m_cmdAddNewItem->setText(kAddNew);
+        m_cmdAddNewItem->setText(kAddNew);
         setInfoColour(m_txtPrice, true);
         setInfoColour(m_txtName, true);
     } else {
@@ -134,11 +133,11 @@ void ProductPanel::showProductEntry(bool isNew)
             m_cmdCancelNewItem->setText(kDeleteExisting);
             m_cmdCancelNewItem->setVisible(m_list && m_list->topLevelItemCount() > 0);
         }
-        if (m_cmdAddNewItem) m_cmdAddNewItem->setText(kNewItem);
+        m_cmdAddNewItem->setText(kNewItem);
     }
     for (QWidget *w : {m_lblPrice, static_cast<QWidget *>(m_txtPrice), m_lblName, static_cast<QWidget *>(m_txtName)})
         if (w) w->setVisible(isNew);
-    if (m_cmdAddNewItem) m_cmdAddNewItem->setVisible(!isNew);
+    m_cmdAddNewItem->setVisible(!isNew);
     if (isNew && m_txtPrice && !m_txtPrice->isHidden()) {
         m_txtPrice->setFocus(Qt::OtherFocusReason);
         m_addIsDefault = true;
@@ -147,7 +146,6 @@ void ProductPanel::showProductEntry(bool isNew)
 
 void ProductPanel::updateAddVisibility()
 {
-    if (!m_cmdAddNewItem || !m_txtPrice || !m_txtName) return;
     m_cmdAddNewItem->setVisible(regional::isNumeric(m_txtPrice->text()) && !m_txtName->text().isEmpty());
 }
 
@@ -168,21 +166,18 @@ void ProductPanel::txtProductOrServiceNameChange()
 
 void ProductPanel::cmdAddNewItemClick()
 {
-    if (!m_cmdAddNewItem) return;
     if (m_cmdAddNewItem->text() == kNewItem) showProductEntry(true);
     else addProduct();
 }
 
 void ProductPanel::cmdCancelNewItemClick()
 {
-    if (!m_cmdCancelNewItem) return;
     if (m_cmdCancelNewItem->text() == kDeleteExisting) deleteProduct();
     else showProductEntry(false);
 }
 
 void ProductPanel::selectKey(const QString &key)
 {
-    if (!m_list) return;
     const int n = m_list->topLevelItemCount();
     for (int i = 0; i < n; ++i) {
         QTreeWidgetItem *it = m_list->topLevelItem(i);
@@ -203,18 +198,14 @@ bool ProductPanel::addProduct()
     if (!regional::isNumeric(price)) return false;
     const ItemRow row = item::make(regional::sortPrice(price), regional::formatCurrency(regional::priceValue(price)), name);
     if (findProductRow(row.listText) > 0) {
-        QMessageBox::warning(ctx.mainWindow(), QStringLiteral("Duplicate Product or Service Found"),
+        DialogService::current().warning(ctx.mainWindow(), QStringLiteral("Duplicate Product or Service Found"),
                              QStringLiteral("A product or service was found with the exact same price and name.\r\n\r\n"
                                             "(Products and Services can share the same name as long as they have unique prices.)"));
         return false;
     }
-    Database &db = ctx.db();
-    const QString key = numberKey(Database::nextKeyNumber(db.lvwPAndS) + 1);
-    db.lvwPAndS.add(key, row.text());
-    if (m_list) m_list->clear();
-    refreshBothLists();
+    // Both product lists (this one and the bill period panel's) follow the table.
+    const QString key = edits::addItem(ctx.db(), row);
     selectKey(key);
-    ctx.showDatabaseChanged(true);
     showProductEntry(false);
     return true;
 }
@@ -222,13 +213,13 @@ bool ProductPanel::addProduct()
 void ProductPanel::deleteProduct()
 {
     if (settings::confirmEditsText() != QLatin1String("False")) {
-        QMessageBox box(QMessageBox::Warning, QStringLiteral("Delete Existing Product or Service???"),
-                        QStringLiteral("Are you sure you want to delete this product or service from the database?"),
-                        QMessageBox::Ok | QMessageBox::Cancel, ctx.mainWindow());
-        box.setDefaultButton(QMessageBox::Ok);
-        if (box.exec() != QMessageBox::Ok) return;
+        const auto answer = DialogService::current().warning(
+            ctx.mainWindow(), QStringLiteral("Delete Existing Product or Service???"),
+            QStringLiteral("Are you sure you want to delete this product or service from the database?"),
+            QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok);
+        if (answer != QMessageBox::Ok) return;
     }
-    if (!m_list || m_list->isHidden()) return;
+    if (m_list->isHidden()) return;
     m_list->setFocus(Qt::OtherFocusReason);
     QTreeWidgetItem *row = m_list->currentItem();
     if (!row) return;
@@ -236,11 +227,11 @@ void ProductPanel::deleteProduct()
     Database &db = ctx.db();
     if (!db.lvwPAndS.contains(key)) return;
 
-    const bool found = productIsBilled(db, key, ctx.mainWindow());
-    archiveProductStep(db, key, found);
-    refreshBothLists();
-    if (FrmChecking *w = FrmChecking::existing()) w->enableOK();
-    ctx.showDatabaseChanged(true);
+    FrmChecking &checking = ctx.showCheckingWindow();
+    const edits::Removal removal =
+        edits::removeItem(db, key, [&checking](float percent) { checking.setProgress(percent); });
+    checking.showOutcome(edits::wordOf(removal));
+    checking.enableOK();
 }
 
 bool ProductPanel::eventFilter(QObject *watched, QEvent *event)

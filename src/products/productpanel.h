@@ -48,7 +48,6 @@ protected:
 private:
     void updateAddVisibility();
     void setInfoColour(QWidget *w, bool info);
-    void refreshBothLists();
     void selectKey(const QString &key);
     bool inEntry() const;
 

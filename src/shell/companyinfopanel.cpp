@@ -7,29 +7,28 @@
 
 namespace qor {
 
-namespace {
-QString fieldName(int i) { return QStringLiteral("txtCompanyDetails(%1)").arg(i); }
-}  // namespace
-
 CompanyInfoPanel::CompanyInfoPanel(AppContext &ctx, QWidget *parent) : Panel(6, ctx, parent)
 {
-    for (int i = 0; i < CompanyFieldCount; ++i)
-        if (auto *t = control<QLineEdit>(fieldName(i)))
-            connect(t, &QLineEdit::textChanged, this, [this, i] { detailsChanged(i); });
+    for (int i = 0; i < CompanyFieldCount; ++i) {
+        QLineEdit *t = require<QLineEdit>(QStringLiteral("txtCompanyDetails(%1)").arg(i));
+        m_fields[size_t(i)] = t;
+        connect(t, &QLineEdit::textChanged, this, [this, i] { detailsChanged(i); });
+    }
+    // Not guarded: emptying a field that held text before a read counts as
+    // a change. The fields come from the file only when it was read as it is.
+    const Database &db = ctx.db();
+    connect(&db, &Database::aboutToReload, this, &CompanyInfoPanel::clearCompanyInfo);
+    connect(&db, &Database::fileRead, this, &CompanyInfoPanel::readCompanyInfo);
 }
 
-QString CompanyInfoPanel::field(int index) const
-{
-    const auto *t = control<QLineEdit>(fieldName(index));
-    return t ? t->text() : QString();
-}
+QString CompanyInfoPanel::field(int index) const { return m_fields.at(size_t(index))->text(); }
 
 void CompanyInfoPanel::detailsChanged(int index)
 {
     if (m_isReadingCompanyInfo)
         return;
     ctx.db().company[size_t(index)] = field(index);
-    ctx.showDatabaseChanged(true);
+    ctx.db().setChanged(true);
 }
 
 void CompanyInfoPanel::readCompanyInfo()
@@ -37,16 +36,14 @@ void CompanyInfoPanel::readCompanyInfo()
     static const int order[CompanyFieldCount] = {0, 1, 2, 3, 4, 6, 7, 5, 8};
     m_isReadingCompanyInfo = true;
     for (int i : order)
-        if (auto *t = control<QLineEdit>(fieldName(i)))
-            t->setText(ctx.db().company[size_t(i)]);
+        m_fields[size_t(i)]->setText(ctx.db().company[size_t(i)]);
     m_isReadingCompanyInfo = false;
 }
 
 void CompanyInfoPanel::clearCompanyInfo()
 {
-    for (int i = 0; i < CompanyFieldCount; ++i)
-        if (auto *t = control<QLineEdit>(fieldName(i)))
-            t->clear();
+    for (QLineEdit *t : m_fields)
+        t->clear();
 }
 
 }  // namespace qor

@@ -2,7 +2,12 @@
 // fraMain(6), Company Info: the nine company fields txtCompanyDetails(0..8).
 // They are part of the database: an edit goes into Database::company and
 // counts as a change, except while the fields are filled from the database.
+#include "database/database.h"
 #include "shell/panel.h"
+
+#include <array>
+
+class QLineEdit;
 
 namespace qor {
 
@@ -24,6 +29,7 @@ public:
 
 private:
     void detailsChanged(int index);
+    std::array<QLineEdit *, CompanyFieldCount> m_fields{};  // txtCompanyDetails(0..8)
     bool m_isReadingCompanyInfo = false;
 };
 

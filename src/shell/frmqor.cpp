@@ -1,7 +1,6 @@
 #include "shell/frmqor.h"
 
 #include "billing/billperiodpanel.h"
-#include "billing/frmchecking.h"
 #include "customers/customerpanel.h"
 #include "database/regional.h"
 #include "printing/printingpanel.h"
@@ -14,6 +13,7 @@
 #include "shell/roster.h"
 #include "shell/settingsstore.h"
 #include "uiservices/assetpaths.h"
+#include "uiservices/dialogservice.h"
 #include "uiservices/frmmessage.h"
 #include "uiservices/hovercommand.h"
 #include "uiservices/twips.h"
@@ -25,17 +25,13 @@
 #include <QFile>
 #include <QIcon>
 #include <QLabel>
-#include <QLockFile>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QResizeEvent>
 #include <QSaveFile>
 #include <QStandardPaths>
-#include <QTreeWidget>
 #include <QUrl>
 #include <algorithm>
 #include <cmath>
-#include <exception>
 
 static void initHelpResource() { Q_INIT_RESOURCE(help); }
 
@@ -56,34 +52,7 @@ QImage loadImage(const QString &path) {
     return QImage(path);  // a missing picture leaves the button without one
 }
 
-// The folder of the per-user configuration of this program.
-QString configFolder() {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-           QStringLiteral("/QOR");
-}
-
 }  // namespace
-
-// ---------------------------------------------------------------------------
-// Single instance
-
-SingleInstanceGuard::SingleInstanceGuard() {
-    QDir().mkpath(configFolder());
-    m_lock = std::make_unique<QLockFile>(lockPath());
-    // Age alone never makes the lock stale: a copy may run for days. A lock
-    // whose process has gone is taken over by tryLock all the same.
-    m_lock->setStaleLockTime(0);
-    m_locked = m_lock->tryLock(0);
-}
-
-SingleInstanceGuard::~SingleInstanceGuard() {
-    if (m_locked)
-        m_lock->unlock();
-}
-
-QString SingleInstanceGuard::lockPath() {
-    return configFolder() + QStringLiteral("/qorvane.lock");
-}
 
 // ---------------------------------------------------------------------------
 
@@ -92,8 +61,13 @@ struct FrmQOR::Private {
     std::array<QPushButton *, 7> cmdAcceleratorKey{};
 };
 
-FrmQOR::FrmQOR(QWidget *parent) : QWidget(parent), p(new Private) {
+FrmQOR::FrmQOR(QWidget *parent) : FrmQOR(*new Session, parent) {
+    m_ownSession.reset(m_session);
+}
+
+FrmQOR::FrmQOR(Session &session, QWidget *parent) : QWidget(parent), m_session(&session), p(new Private) {
     initHelpResource();
+    m_session->setDialogOwner(this);
     setObjectName(QStringLiteral("frmQOR"));
     setWindowTitle(QStringLiteral(" Qorvane"));
     setProperty("qorFrameTwips", QSizeF(FrameAllowanceWidth, FrameAllowanceHeight));
@@ -119,11 +93,24 @@ FrmQOR::FrmQOR(QWidget *parent) : QWidget(parent), p(new Private) {
     buildFormControls();
     chainTabOrder();
 
-    m_db.onPlaceholderCreated = [this] { placeholderCreated(); };
+    // The one place the changed state becomes visible.
+    connect(&db(), &Database::changedStateChanged, this, [this](bool changed) {
+        // Hidden rather than "not visible": the state must read right before
+        // the window is first shown.
+        m_cmdSave->setVisible(changed);
+        m_cmdCancel->setVisible(changed);
+    });
+    db().onPlaceholderCreated = [this] { placeholderCreated(); };
 }
 
 FrmQOR::~FrmQOR() {
-    m_db.onPlaceholderCreated = nullptr;
+    // The panels go first: they follow the books, which may go with this window.
+    for (Panel *&panel : m_panels) {
+        delete panel;
+        panel = nullptr;
+    }
+    db().onPlaceholderCreated = nullptr;
+    m_session->setDialogOwner(nullptr);
     delete p;
 }
 
@@ -238,8 +225,7 @@ void FrmQOR::formLoad() {
     setFormSizeTwips(this, DesignedWidth, DesignedHeight);
     restoreFormPosition(this);
 
-    if (auto *version = optionsPanel()->control<QLabel>(QStringLiteral("lblVersionNumber")))
-        version->setText(OptionsPanel::versionText());
+    optionsPanel()->showVersion();
 
     const double stored =
         regional::val(settings::getStoredSetting(QStringLiteral("LastClicked"), QStringLiteral("0")));
@@ -257,28 +243,13 @@ void FrmQOR::formLoad() {
 }
 
 void FrmQOR::loadDatabaseAndRefresh() {
-    if (QWidget *addNew = customerPanel()->controlWidget(QStringLiteral("cmdAddNew")))
-        addNew->setVisible(true);
-    readDatabase();
-    m_db.fillInvoiceRecordNames();
-    refreshAllLists();
+    customerPanel()->showAddNew();
+    m_session->load();
     if (customerPanel()->rowCount() > 0)
         customerPanel()->showCustomerDetails();
     applySettings();
     applyExpertMode();
 }
-
-// ---------------------------------------------------------------------------
-// The changed state
-
-void FrmQOR::showDatabaseChanged(bool changed) {
-    // Hidden rather than "not visible": the state must read right before the
-    // window is first shown.
-    m_cmdSave->setVisible(changed);
-    m_cmdCancel->setVisible(changed);
-}
-
-bool FrmQOR::databaseChanged() const { return !m_cmdSave->isHidden(); }
 
 // ---------------------------------------------------------------------------
 // Panels and size
@@ -346,58 +317,8 @@ void FrmQOR::applySettings() {
     printOptionsPanel()->applySettings();
 }
 
-void FrmQOR::clearEntryFields(int kind) {
-    if (kind == 0)
-        customerPanel()->clearEntryFields();
-    else
-        billPeriodPanel()->clearEntryFields(kind);
-}
-
-void FrmQOR::showNewEntryColours(bool isNew) { customerPanel()->showNewEntryColours(isNew); }
-
 // ---------------------------------------------------------------------------
 // Reading and saving
-
-void FrmQOR::clearViews() {
-    static const char *const views[] = {"lvwCustomersVis", "lvwProducts(0)", "lvwProducts(1)",
-                                        "tvwInvoiceRecords(0)", "tvwInvoiceRecords(1)"};
-    for (const char *name : views) {
-        for (Panel *panel : m_panels) {
-            if (auto *view = panel->control<QTreeWidget>(QString::fromLatin1(name)))
-                view->clear();
-        }
-    }
-}
-
-void FrmQOR::readDatabase() {
-    const QString path = settings::databasePath();
-    clearViews();
-    clearEntryFields(0);
-    // Not guarded: emptying a company field that held text counts as a change.
-    companyInfoPanel()->clearCompanyInfo();
-
-    ReadResult result;
-    try {
-        result = m_db.read(path);
-    } catch (const std::exception &e) {
-        m_db.clear();
-        result.status = ReadResult::Status::Rejected;
-        result.message = QStringLiteral("The database file %1 could not be read: %2")
-                             .arg(QDir::toNativeSeparators(path), QString::fromLocal8Bit(e.what()));
-    }
-    if (result.status == ReadResult::Status::Created)
-        return;
-    if (result.status == ReadResult::Status::Rejected) {
-        QMessageBox::warning(this, QStringLiteral("QOR"), result.message);
-        return;
-    }
-    // Filled under the guard: a read is no change.
-    companyInfoPanel()->readCompanyInfo();
-    showDatabaseChanged(false);
-    customerPanel()->resetCustomerPanel();
-    if (m_panels[0]->isVisible())
-        customerPanel()->focusList();
-}
 
 void FrmQOR::placeholderCreated() {
     const QString key = QStringLiteral("DeletedCustomer");
@@ -408,47 +329,17 @@ void FrmQOR::placeholderCreated() {
                                          QStringLiteral("To hold that spot in the records, a customer"),
                                          QStringLiteral("named \"Deleted Customer\" will be created.")}
                                  .join(CRLF);
-        showMessageForm(this, text, key, QStringLiteral("OK"), QStringLiteral("Yes"));
+        DialogService::current().messageForm(this, {text, key, QStringLiteral("OK"), QStringLiteral("Yes")});
     }
     showDatabaseChanged(true);
 }
 
 bool FrmQOR::saveDatabase() {
-    const QString path = settings::databasePath();
-    SaveResult result;
-    try {
-        result = m_db.save(path);
-    } catch (const std::exception &e) {
-        result.ok = false;
-        result.message = QStringLiteral("The database could not be saved to %1: %2")
-                             .arg(QDir::toNativeSeparators(path), QString::fromLocal8Bit(e.what()));
-    }
-    if (!result.ok) {
-        QMessageBox::critical(this, QStringLiteral("QOR"), result.message);
+    if (!m_session->save())
         return false;
-    }
-    showDatabaseChanged(false);
     if (m_panels[0]->isVisible())
         customerPanel()->focusList();
     return true;
-}
-
-void FrmQOR::refreshAllLists() {
-    refreshCustomerList();
-    refreshBillPeriodList();
-    refreshProductList();
-}
-
-void FrmQOR::refreshCustomerList() { customerPanel()->refreshCustomerList(); }
-
-void FrmQOR::refreshBillPeriodList() {
-    billPeriodPanel()->refreshBillPeriodList();
-    printingPanel()->refreshBillPeriodList();
-}
-
-void FrmQOR::refreshProductList() {
-    productPanel()->refreshProductList();
-    billPeriodPanel()->refreshProductList();
 }
 
 void FrmQOR::cmdSaveClick() { saveDatabase(); }
@@ -459,13 +350,11 @@ void FrmQOR::cmdCancelClick() {
         QStringLiteral("Press OK to abandon all changes and reload the database file as it was originally."),
         QStringLiteral("Press Cancel to keep your changes and continue.")}
                              .join(CRLF);
-    const auto answer = QMessageBox::warning(this, QStringLiteral("ABANDON ALL CHANGES???"), text,
-                                             QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok);
+    const auto answer = DialogService::current().warning(this, QStringLiteral("ABANDON ALL CHANGES???"), text,
+                                                          QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok);
     if (answer != QMessageBox::Ok)
         return;
-    readDatabase();
-    m_db.fillInvoiceRecordNames();
-    refreshAllLists();
+    m_session->load();
 }
 
 // ---------------------------------------------------------------------------
@@ -506,9 +395,9 @@ void FrmQOR::closeEvent(QCloseEvent *event) {
     if (databaseChanged()) {
         const QString text = QStringLiteral("Your database has changed.") + CRLF + CRLF +
                              QStringLiteral("Do you want to save the changes?");
-        const auto answer =
-            QMessageBox::warning(this, QStringLiteral("QOR"), text,
-                                 QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, QMessageBox::Yes);
+        const auto answer = DialogService::current().warning(
+            this, QStringLiteral("QOR"), text, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel,
+            QMessageBox::Yes);
         if (answer == QMessageBox::Yes) {
             if (!saveDatabase()) {
                 event->ignore();
@@ -527,7 +416,7 @@ void FrmQOR::closeEvent(QCloseEvent *event) {
                             QString::number(position));
     }
     saveFormPosition(this);
-    if (FrmChecking *checking = FrmChecking::existing())
+    if (FrmChecking *checking = m_checking.window())
         checking->close();
     settings::sync();
     event->accept();

@@ -1,8 +1,12 @@
 #pragma once
 // frmQOR: the one main window — the column of seven tab buttons, the seven
-// panels, the save and abandon buttons — and owner of the database object.
+// panels, the save and abandon buttons. The books it shows belong to a
+// session (see session.h).
 #include "appcontext.h"
+#include "billing/frmchecking.h"
 #include "database/database.h"
+#include "shell/session.h"
+#include "shell/singleinstance.h"
 
 #include <QString>
 #include <QWidget>
@@ -10,7 +14,6 @@
 #include <memory>
 
 class QCloseEvent;
-class QLockFile;
 class QResizeEvent;
 
 namespace qor {
@@ -35,28 +38,13 @@ inline constexpr double MinimumWidth = 10065;
 inline constexpr double MinimumHeight = 6750;
 inline constexpr double PanelLeft = 1560;
 
-// One running copy per user: holds a lock file in the per-user config folder
-// for as long as it lives. A lock left behind by a process that has died does
-// not count.
-class SingleInstanceGuard {
-public:
-    SingleInstanceGuard();  // tries to take the lock at once
-    ~SingleInstanceGuard();
-    SingleInstanceGuard(const SingleInstanceGuard &) = delete;
-    SingleInstanceGuard &operator=(const SingleInstanceGuard &) = delete;
-
-    bool isFirstInstance() const { return m_locked; }
-    static QString lockPath();
-
-private:
-    std::unique_ptr<QLockFile> m_lock;
-    bool m_locked = false;
-};
-
 class FrmQOR : public QWidget, public AppContext {
     Q_OBJECT
 public:
+    // A window with a session of its own.
     explicit FrmQOR(QWidget *parent = nullptr);
+    // A window showing the books of session, which outlives it.
+    explicit FrmQOR(Session &session, QWidget *parent = nullptr);
     ~FrmQOR() override;
 
     // Form_Load: places the panels, works out the regional values, loads the
@@ -65,26 +53,25 @@ public:
     void formLoad();
 
     // AppContext
-    Database &db() override { return m_db; }
-    void showDatabaseChanged(bool changed) override;
-    bool databaseChanged() const override;
-    void arrangePanels(int index) override;
-    int currentPanel() const override { return m_currentPanel; }
+    Database &db() override { return m_session->db(); }
     QWidget *mainWindow() override { return this; }
+    FrmChecking &showCheckingWindow() override { return *m_checking.show(); }
 
+    Session &session() { return *m_session; }
+    FrmChecking *checkingWindow() const { return m_checking.window(); }  // nullptr when not loaded
+
+    // The changed state is the database's; cmdSave and cmdCancel show it.
+    void showDatabaseChanged(bool changed) { db().setChanged(changed); }
+    bool databaseChanged() const { return m_session->db().isChanged(); }
+
+    void arrangePanels(int index);
+    int currentPanel() const { return m_currentPanel; }
     void cmdTabClick(int index);
     void showCompanyInfoPanel() { cmdTabClick(6); }
     void loadDatabaseAndRefresh();
-    void readDatabase();
     bool saveDatabase();   // false when the save failed (the user was told)
-    void refreshAllLists();
-    void refreshCustomerList();
-    void refreshBillPeriodList();
-    void refreshProductList() override;
     void applySettings();
     void applyExpertMode();
-    void clearEntryFields(int kind);
-    void showNewEntryColours(bool isNew);
 
     // The buttons at the top of the window.
     void cmdSaveClick();
@@ -125,10 +112,11 @@ private:
     void buildFormControls();
     void chainTabOrder();
     void formResize();
-    void clearViews();
     void placeholderCreated();
 
-    Database m_db;
+    std::unique_ptr<Session> m_ownSession;
+    Session *m_session = nullptr;
+    CheckingWindowSlot m_checking{this};
     std::array<Panel *, 7> m_panels{};
     std::array<HoverCommand *, 7> m_cmdTab{};
     HoverCommand *m_cmdSave = nullptr;

@@ -1,11 +1,15 @@
 // The program: one copy per user, then the main window. The process ends when
 // the last window has closed.
 #include "shell/frmqor.h"
+#include "shell/session.h"
+#include "shell/singleinstance.h"
+#include "uiservices/dialogservice.h"
 
 #include <QApplication>
-#include <QMessageBox>
 
 int main(int argc, char *argv[]) {
+    // The books outlive the application object and with it the window.
+    qor::Session session;
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("QOR"));
     QApplication::setApplicationDisplayName(QStringLiteral("Qorvane"));
@@ -14,13 +18,13 @@ int main(int argc, char *argv[]) {
     qor::SingleInstanceGuard guard;
     if (!guard.isFirstInstance()) {
         // Nothing has been touched yet: no settings, no database.
-        QMessageBox box(QMessageBox::NoIcon, QStringLiteral("QOR"), QStringLiteral("QOR is already running."),
-                        QMessageBox::Ok);
-        box.exec();
+        qor::DialogService::current().message(
+            nullptr, {QMessageBox::NoIcon, QStringLiteral("QOR"), QStringLiteral("QOR is already running."),
+                      QMessageBox::Ok, QMessageBox::NoButton});
         return 0;
     }
 
-    auto *window = new qor::FrmQOR;
+    auto *window = new qor::FrmQOR(session);
     window->setAttribute(Qt::WA_DeleteOnClose);
     window->formLoad();
     return app.exec();

@@ -18,36 +18,38 @@ const char *onOff(bool on) { return on ? "True" : "False"; }
 
 OptionsPanel::OptionsPanel(AppContext &ctx, QWidget *parent) : Panel(5, ctx, parent)
 {
-    if (auto *version = control<QLabel>(QStringLiteral("lblVersionNumber")))
-        version->setText(versionText());
+    m_version = require<QLabel>("lblVersionNumber");
+    m_checkForNewVersion = require("lblCheckForNewVersion");
+    m_confirmEdits = require<QCheckBox>("chkCheckToConfirmEdits");
+    m_expertMode = require<QCheckBox>("chkExpertMode");
+    m_path = require<QLineEdit>("txtChangePath");
+    showVersion();
 
-    if (auto *help = control<HoverCommand>(QStringLiteral("cmdOpenHelp"))) {
-        help->setStyleBits(hover::NoBorder);
-        help->setBorderOffset(0);
-        // The picture's ground is transparent; the panel's white shows there.
-        help->setBackColor(Qt::white);
-        help->setPicture(QImage(QString::fromLatin1(assets::Help)));
-        help->setHovPicture(QImage(QString::fromLatin1(assets::HelpHover)));
-        connect(help, &QAbstractButton::clicked, this, &OptionsPanel::helpRequested);
-    }
+    auto *help = require<HoverCommand>("cmdOpenHelp");
+    help->setStyleBits(hover::NoBorder);
+    help->setBorderOffset(0);
+    // The picture's ground is transparent; the panel's white shows there.
+    help->setBackColor(Qt::white);
+    help->setPicture(QImage(QString::fromLatin1(assets::Help)));
+    help->setHovPicture(QImage(QString::fromLatin1(assets::HelpHover)));
+    connect(help, &QAbstractButton::clicked, this, &OptionsPanel::helpRequested);
 
-    if (auto *link = controlWidget(QStringLiteral("lblCheckForNewVersion")))
-        link->installEventFilter(this);
+    m_checkForNewVersion->installEventFilter(this);
 
     // A box set from code runs its handler as a click does, so ApplySettings
     // writes back what it has just read.
-    if (auto *confirm = control<QCheckBox>(QStringLiteral("chkCheckToConfirmEdits")))
-        connect(confirm, &QCheckBox::toggled, this, [](bool on) {
-            settings::putStoredSetting(QStringLiteral("CheckToConfirmEdits"), QString::fromLatin1(onOff(on)));
-        });
-    if (auto *expert = control<QCheckBox>(QStringLiteral("chkExpertMode")))
-        connect(expert, &QCheckBox::toggled, this, [this](bool on) {
-            settings::putStoredSetting(QStringLiteral("ExpertMode"), QString::fromLatin1(onOff(on)));
-            emit expertModeClicked(on);
-        });
+    connect(m_confirmEdits, &QCheckBox::toggled, this, [](bool on) {
+        settings::putStoredSetting(QStringLiteral("CheckToConfirmEdits"), QString::fromLatin1(onOff(on)));
+    });
+    connect(m_expertMode, &QCheckBox::toggled, this, [this](bool on) {
+        settings::putStoredSetting(QStringLiteral("ExpertMode"), QString::fromLatin1(onOff(on)));
+        emit expertModeClicked(on);
+    });
     // cmdChangePath(0..3) and cmdCloseBooks get their handlers with the file
     // operations.
 }
+
+void OptionsPanel::showVersion() { m_version->setText(versionText()); }
 
 QString OptionsPanel::versionText()
 {
@@ -56,30 +58,25 @@ QString OptionsPanel::versionText()
 
 void OptionsPanel::applySettings()
 {
-    if (auto *path = control<QLineEdit>(QStringLiteral("txtChangePath")))
-        path->setText(settings::databasePath());
-    if (auto *confirm = control<QCheckBox>(QStringLiteral("chkCheckToConfirmEdits")))
-        confirm->setChecked(settings::isOn(QStringLiteral("Settings"), QStringLiteral("CheckToConfirmEdits")));
-    if (auto *expert = control<QCheckBox>(QStringLiteral("chkExpertMode")))
-        expert->setChecked(settings::isOn(QStringLiteral("Settings"), QStringLiteral("ExpertMode")));
+    m_path->setText(settings::databasePath());
+    m_confirmEdits->setChecked(settings::isOn(QStringLiteral("Settings"), QStringLiteral("CheckToConfirmEdits")));
+    m_expertMode->setChecked(settings::isOn(QStringLiteral("Settings"), QStringLiteral("ExpertMode")));
 }
 
 bool OptionsPanel::expertMode() const
 {
-    const auto *box = control<QCheckBox>(QStringLiteral("chkExpertMode"));
-    return box && box->isChecked();
+    return m_expertMode->isChecked();
 }
 
 bool OptionsPanel::checkToConfirmEdits() const
 {
-    const auto *box = control<QCheckBox>(QStringLiteral("chkCheckToConfirmEdits"));
-    return box && box->isChecked();
+    return m_confirmEdits->isChecked();
 }
 
 bool OptionsPanel::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::MouseButtonRelease
-        && watched == controlWidget(QStringLiteral("lblCheckForNewVersion"))) {
+        && watched == m_checkForNewVersion) {
         auto *me = static_cast<QMouseEvent *>(event);
         auto *w = static_cast<QWidget *>(watched);
         if (me->button() == Qt::LeftButton && w->rect().contains(me->position().toPoint())) {

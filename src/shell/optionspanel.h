@@ -3,6 +3,10 @@
 // books, the confirm-edits and expert-mode boxes, the version and help.
 #include "shell/panel.h"
 
+class QCheckBox;
+class QLabel;
+class QLineEdit;
+
 namespace qor {
 
 class OptionsPanel : public Panel {
@@ -19,6 +23,8 @@ public:
 
     // "3.19": the program's major and minor version.
     static QString versionText();
+    // lblVersionNumber shows versionText().
+    void showVersion();
 
 signals:
     // chkExpertMode was clicked (or set by code) and its setting stored: the
@@ -31,6 +37,13 @@ signals:
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    QLabel *m_version = nullptr;            // lblVersionNumber
+    QWidget *m_checkForNewVersion = nullptr;  // lblCheckForNewVersion
+    QCheckBox *m_confirmEdits = nullptr;    // chkCheckToConfirmEdits
+    QCheckBox *m_expertMode = nullptr;      // chkExpertMode
+    QLineEdit *m_path = nullptr;            // txtChangePath
 };
 
 }  // namespace qor

@@ -2,6 +2,7 @@
 // for the window's size by one table of rules.
 #include "shell/panel.h"
 
+#include "database/database.h"
 #include "shell/appcontext.h"
 #include "shell/roster.h"
 #include "uiservices/twips.h"
@@ -176,6 +177,12 @@ void writeProp(QWidget *w, Prop p, double twips)
 
 }  // namespace
 
+struct Panel::Placed {
+    const Rule *rule;
+    QWidget *w;
+    const QWidget *ref;
+};
+
 Panel::Panel(int index, AppContext &ctx, QWidget *parent)
     : QFrame(parent), ctx(ctx), m_index(index)
 {
@@ -188,10 +195,37 @@ Panel::Panel(int index, AppContext &ctx, QWidget *parent)
     setPalette(pal);
     resize(twipsToPx(8400), twipsToPx(6240));
     roster::build(index, this, m_controls);
-    if (auto *top = control<QLabel>(QStringLiteral("lblTop(%1)").arg(index)))
-        setAccessibleName(top->text());
+    auto *top = require<QLabel>(QStringLiteral("lblTop(%1)").arg(index));
+    setAccessibleName(top->text());
+    m_top = top;
+
+    // The layout rules of this panel, each with its controls.
+    for (const Rule &r : kRules) {
+        if (r.panel != index)
+            continue;
+        m_placed.push_back({&r, require(r.control), r.ref ? require(r.ref) : nullptr});
+    }
+    // The hints of the window that stand on this panel (most panels have none).
+    for (const char *hint : {"lblRightClickForNote", "lblExpertMode2", "lblLeaveOptionalEntriesBlank",
+                             "lblSaveDatabaseToUpdate"})
+        if (m_controls.contains(QString::fromLatin1(hint)))
+            m_hints.push_back(require(hint));
+    if (m_controls.contains(QStringLiteral("lblExpertMode1")))
+        m_expertMode1 = require("lblExpertMode1");
+    if (m_controls.contains(QStringLiteral("lblQuickestWay")))
+        m_quickestWay = require("lblQuickestWay");
+    if (m_controls.contains(QStringLiteral("lblDoubleClickToAdd")))
+        m_doubleClickToAdd = require<QLabel>("lblDoubleClickToAdd");
+
     // Every panel starts hidden; the main window shows one at a time.
     hide();
+}
+
+Panel::~Panel() = default;
+
+void Panel::missingControl(const QString &name, const char *type) const
+{
+    qFatal("%s has no control \"%s\" of type %s", qPrintable(objectName()), qPrintable(name), type);
 }
 
 int Panel::middleOf(double W)
@@ -205,16 +239,12 @@ int Panel::middleOf(double W)
 void Panel::arrange(double W, double H, int M)
 {
     resize(twipsToPx(W), twipsToPx(H));
-    if (QWidget *top = controlWidget(QStringLiteral("lblTop(%1)").arg(m_index)))
-        writeProp(top, Prop::Width, W);
+    writeProp(m_top, Prop::Width, W);
 
-    for (const Rule &r : kRules) {
-        if (r.panel != m_index)
-            continue;
-        QWidget *w = controlWidget(QString::fromLatin1(r.control));
-        if (!w)
-            continue;
-        const QWidget *ref = r.ref ? controlWidget(QString::fromLatin1(r.ref)) : nullptr;
+    for (const Placed &p : m_placed) {
+        const Rule &r = *p.rule;
+        QWidget *w = p.w;
+        const QWidget *ref = p.ref;
         double v = 0;
         switch (r.base) {
         case Base::M: v = M + r.k; break;
@@ -225,10 +255,10 @@ void Panel::arrange(double W, double H, int M)
         case Base::MIfShownElseW:
             v = (ref && !ref->isHidden()) ? M + r.k : W + r.k2;
             break;
-        case Base::Changed: v = ctx.databaseChanged() ? 1 : 0; break;
+        case Base::Changed: v = ctx.db().isChanged() ? 1 : 0; break;
         case Base::ChangedNotExpert: {
             auto *box = qobject_cast<const QAbstractButton *>(ref);
-            v = (ctx.databaseChanged() && !(box && box->isChecked())) ? 1 : 0;
+            v = (ctx.db().isChanged() && !(box && box->isChecked())) ? 1 : 0;
             break;
         }
         }
@@ -238,22 +268,20 @@ void Panel::arrange(double W, double H, int M)
 
 void Panel::applyExpertMode(bool expert)
 {
-    for (const char *hint : {"lblRightClickForNote", "lblExpertMode2",
-                             "lblLeaveOptionalEntriesBlank", "lblSaveDatabaseToUpdate"})
-        if (QWidget *w = controlWidget(QString::fromLatin1(hint)))
-            w->setVisible(!expert);
+    for (QWidget *w : m_hints)
+        w->setVisible(!expert);
 
-    if (QWidget *w = controlWidget(QStringLiteral("lblExpertMode1")))
-        writeProp(w, Prop::Top, expert ? 3555 : 3450);
+    if (m_expertMode1)
+        writeProp(m_expertMode1, Prop::Top, expert ? 3555 : 3450);
 
-    if (QWidget *w = controlWidget(QStringLiteral("lblQuickestWay"))) {
+    if (m_quickestWay) {
         if (expert)
-            w->hide();
-        else if (ctx.databaseChanged())
-            w->show();  // with nothing changed its visibility stays as it is
+            m_quickestWay->hide();
+        else if (ctx.db().isChanged())
+            m_quickestWay->show();  // with nothing changed its visibility stays as it is
     }
 
-    if (auto *l = control<QLabel>(QStringLiteral("lblDoubleClickToAdd"))) {
+    if (QLabel *l = m_doubleClickToAdd) {
         if (expert) {
             roster::setBackColour(l, syscolor::ButtonFace);
             l->setText(QStringLiteral("List of Products and Services:"));

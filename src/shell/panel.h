@@ -1,10 +1,14 @@
 #pragma once
 // Base of the seven panels fraMain(0)..fraMain(6). A panel builds its controls
-// from the roster (see roster.h), reaches them by their control names
-// ("txtField(3)", "cmdAddNew", ...) and lays them out for the window's size.
+// from the roster (see roster.h), resolves the ones it uses by their control
+// names ("txtField(3)", "cmdAddNew", ...) once into typed members, and lays
+// them out for the window's size.
 #include <QFrame>
 #include <QHash>
 #include <QString>
+#include <vector>
+
+class QLabel;
 
 namespace qor {
 
@@ -14,8 +18,11 @@ class Panel : public QFrame {
     Q_OBJECT
 public:
     Panel(int index, AppContext &ctx, QWidget *parent = nullptr);
+    ~Panel() override;
     int index() const { return m_index; }
 
+    // Look-ups by name, for tests and tools; a panel's own code holds its
+    // controls as typed members, resolved once with require().
     QWidget *controlWidget(const QString &name) const { return m_controls.value(name); }
     template <class T> T *control(const QString &name) const {
         return qobject_cast<T *>(m_controls.value(name));
@@ -33,10 +40,29 @@ public:
     static int middleOf(double W);
 
 protected:
+    // The control the roster gives this panel under name, as a T. A name the
+    // roster does not have, or a control of another type, is a fault in the
+    // program: it stops here, at the start, rather than leave a control that
+    // silently does nothing.
+    template <class T = QWidget> T *require(const QString &name) const {
+        T *w = qobject_cast<T *>(m_controls.value(name));
+        if (!w)
+            missingControl(name, T::staticMetaObject.className());
+        return w;
+    }
+    template <class T = QWidget> T *require(const char *name) const { return require<T>(QString::fromLatin1(name)); }
+
     AppContext &ctx;
     QHash<QString, QWidget *> m_controls;
 
 private:
+    [[noreturn]] void missingControl(const QString &name, const char *type) const;
+    struct Placed;          // a layout rule with its controls resolved
+    std::vector<Placed> m_placed;
+    std::vector<QWidget *> m_hints;  // hidden in expert mode
+    QWidget *m_top = nullptr;        // lblTop(i)
+    QWidget *m_expertMode1 = nullptr, *m_quickestWay = nullptr;
+    QLabel *m_doubleClickToAdd = nullptr;
     int m_index;
 };
 

@@ -44,9 +44,9 @@ QString labelText(const QString &text) {
     return out;
 }
 
-class FrmMessage : public QDialog {
-public:
-    FrmMessage(QWidget *owner, const QString &text, const QString &key, const QString &buttons,
+}  // namespace
+
+FrmMessage::FrmMessage(QWidget *owner, const QString &text, const QString &key, const QString &buttons,
                const QString &presetAnswer)
         : QDialog(owner, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
                              Qt::MSWindowsFixedSizeDialogHint | Qt::CustomizeWindowHint),
@@ -110,36 +110,24 @@ public:
         connect(m_okay, &QPushButton::clicked, this, [this] { answer(QStringLiteral("OK")); });
     }
 
-    ~FrmMessage() override { storeMark(); }
+FrmMessage::~FrmMessage() { storeMark(); }
 
-    QString result() const { return m_answer; }
+void FrmMessage::done(int r) {
+    // However the window closes, a ticked box ends the message for good.
+    storeMark();
+    QDialog::done(r);
+}
 
-    void done(int r) override {
-        // However the window closes, a ticked box ends the message for good.
-        storeMark();
-        QDialog::done(r);
-    }
+void FrmMessage::answer(const QString &a) {
+    m_answer = a;
+    accept();
+}
 
-private:
-    void answer(const QString &a) {
-        m_answer = a;
-        accept();
-    }
-    void storeMark() {
-        if (m_stored || !m_dontShow->isChecked()) return;
-        m_stored = true;
-        settings::write(MessagesSection, m_key, QStringLiteral("True"));
-    }
-
-    QString m_key;
-    QString m_answer;
-    bool m_stored = false;
-    QLabel *m_label = nullptr;
-    QPushButton *m_yes = nullptr, *m_no = nullptr, *m_okay = nullptr;
-    QCheckBox *m_dontShow = nullptr;
-};
-
-}  // namespace
+void FrmMessage::storeMark() {
+    if (m_stored || !m_dontShow->isChecked()) return;
+    m_stored = true;
+    settings::write(MessagesSection, m_key, QStringLiteral("True"));
+}
 
 bool isMessageMarked(const QString &key) {
     return settings::read(MessagesSection, key).toLower() == QLatin1String("true");

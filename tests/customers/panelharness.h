@@ -4,6 +4,7 @@
 #include "billing/frmchecking.h"
 #include "shell/frmqor.h"
 #include "shell/settingsstore.h"
+#include "uiservices/dialogservice.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -17,25 +18,19 @@
 
 namespace qor::testing {
 
-// Answers every message box with `answer` and records what it saw.
+// Answers every message box with `answer` (or the next of nextAnswers) and
+// records what it saw; installed for as long as it lives.
 class Answerer {
 public:
     struct Seen { QString title, text; QMessageBox::Icon icon; QMessageBox::StandardButtons buttons; };
-    QMessageBox::StandardButton answer = QMessageBox::Cancel;
-    QList<Seen> seen;
-    Answerer() {
-        QObject::connect(&m_timer, &QTimer::timeout, [this] {
-            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-            if (!box) return;
-            seen.append({box->windowTitle(), box->text(), box->icon(), box->standardButtons()});
-            if (QAbstractButton *b = box->button(answer)) b->click();
-            else box->reject();
-        });
-        m_timer.start(10);
+    ScriptedDialogs dialogs;
+    QMessageBox::StandardButton &answer = dialogs.answer;
+    QList<Seen> seen() const {
+        QList<Seen> out;
+        for (const auto &m : dialogs.messages()) out.append({m.message.title, m.message.text, m.message.icon, m.message.buttons});
+        return out;
     }
-    Seen last() const { return seen.value(seen.size() - 1, Seen{{}, {}, QMessageBox::NoIcon, {}}); }
-private:
-    QTimer m_timer;
+    Seen last() const { const auto all = seen(); return all.value(all.size() - 1, Seen{{}, {}, QMessageBox::NoIcon, {}}); }
 };
 
 struct DbCustomer { int cid; QString first, last; bool current = true; };
@@ -98,7 +93,6 @@ inline std::unique_ptr<FrmQOR> openWindow(int panel) {
 // Ends a window without its closing questions.
 inline void discard(std::unique_ptr<FrmQOR> &w) {
     if (w) w->showDatabaseChanged(false), w->close(), w.reset();
-    if (FrmChecking *c = FrmChecking::existing()) c->close();
 }
 
 inline void click(QAbstractButton *b) {
@@ -133,7 +127,7 @@ inline QString currentKey(const QTreeWidget *l) {
 inline bool hasInfoColour(const QWidget *w) {
     return w->palette().color(QPalette::Base) == QApplication::palette().color(QPalette::ToolTipBase);
 }
-inline QString statusText() { return FrmChecking::existing() ? FrmChecking::existing()->lblStatus()->text() : QString(); }
+inline QString statusText(const FrmQOR &w) { return w.checkingWindow() ? w.checkingWindow()->lblStatus()->text() : QString(); }
 
 // The two buttons as the user sees them; "-" marks a hidden one.
 inline QString buttonPair(const QAbstractButton *a, const QAbstractButton *b) {

@@ -81,7 +81,7 @@ private slots:
         QVERIFY(m_w->databaseChanged());
         const std::pair<const char *, const char *> more[] = {{"5", "Soap"}, {"40", "Soap"}, {"0", "Advice"}, {"-3", "Refund"}};
         for (auto [p, n] : more) addItem(p, n);
-        QCOMPARE(m_answers->seen.size(), 0);
+        QCOMPARE(m_answers->seen().size(), 0);
         QCOMPARE(currentText(list()), "($3.00) - Refund");
         QCOMPARE(rowTexts(list()), QStringList({"($3.00) - Refund", "$0.00 - Advice", "$5.00 - Soap", "$40.00 - Soap",
                                                 "$1,200.00 - Roof - full"}));
@@ -129,15 +129,15 @@ private slots:
         settings::putStoredSetting("CheckToConfirmEdits", "false");
         m_answers->answer = QMessageBox::Ok;
         click(btn("cmdCancelNewItem"));
-        QCOMPARE(m_answers->seen.size(), 2);
-        QCOMPARE(statusText(), "Entry archived.");
+        QCOMPARE(m_answers->seen().size(), 2);
+        QCOMPARE(statusText(*m_w), "Entry archived.");
         QCOMPARE(table().textOf(u"2k"), "000000008.00" + ArchiveMark + "$8.00 - Brush");
         QCOMPARE(rowTexts(list()), QStringList({"$5.00 - Soap", "$20.00 - Mop"}));
         QCOMPARE(currentText(list()), "$5.00 - Soap");
         settings::putStoredSetting("CheckToConfirmEdits", "False");
         click(btn("cmdCancelNewItem"));
-        QCOMPARE(m_answers->seen.size(), 2);
-        QCOMPARE(statusText(), "Entry deleted.");
+        QCOMPARE(m_answers->seen().size(), 2);
+        QCOMPARE(statusText(*m_w), "Entry deleted.");
         addItem("1234.5", "Fence & gate");
         QVERIFY(m_w->saveDatabase());
         const QByteArray bytes = m_box.fileBytes();

@@ -2,6 +2,7 @@
 // states, captions, fonts, tab order, accessible names), how the panels follow
 // the window's size and expert mode, and what the panels built on the base do.
 #include "billing/billperiodpanel.h"
+#include "billing/frmchecking.h"
 #include "database/database.h"
 #include "database/rows.h"
 #include "printing/printingpanel.h"
@@ -20,6 +21,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QProcess>
 #include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
@@ -32,16 +34,21 @@ using namespace Qt::StringLiterals;
 
 namespace {
 struct FakeContext : AppContext {
+    FakeContext() { QObject::connect(&database, &Database::changedStateChanged, [this] { ++changeCalls; }); }
     Database &db() override { return database; }
-    void showDatabaseChanged(bool c) override { changed = c, ++changeCalls; }
-    bool databaseChanged() const override { return changed; }
-    void arrangePanels(int) override {}
-    void refreshProductList() override {}
-    int currentPanel() const override { return 0; }
     QWidget *mainWindow() override { return nullptr; }
+    FrmChecking &showCheckingWindow() override { return *checking.show(); }
     Database database;
-    bool changed = false;
-    int changeCalls = 0;
+    CheckingWindowSlot checking{nullptr};
+    int changeCalls = 0;  // changes of the changed state
+};
+// A panel whose code asks for a control the roster does not give it.
+struct NeedsMissingControl : Panel {
+    NeedsMissingControl(AppContext &c, const char *name, bool asLabel) : Panel(0, c)
+    {
+        if (asLabel) require<QLabel>(name);
+        else require(name);
+    }
 };
 QString stored(const char *section, const char *key) { return settings::read(section, key, u"<absent>"_s); }
 QRect place(const Panel &p, const QString &name) { return p.controlWidget(name)->geometry(); }
@@ -78,9 +85,34 @@ private slots:
     void init()
     {
         QSettings(settings::storePath(), QSettings::IniFormat).clear();
-        ctx.changed = false;
+        ctx.database.setChanged(false);
         ctx.changeCalls = 0;
         ctx.database.clear();
+    }
+
+    // A control name the roster lacks, or a control of another type, stops
+    // the program as the panel is made (here in a child process).
+    void missingControlStopsTheProgram()
+    {
+        if (const QByteArray which = qgetenv("QOR_NEEDS_CONTROL"); !which.isEmpty()) {
+            NeedsMissingControl p(ctx, which.constData(), qEnvironmentVariableIsSet("QOR_AS_LABEL"));
+            return;  // reached only when nothing stopped it
+        }
+        struct Case { const char *name; bool asLabel; bool stops; };
+        for (const Case &c : {Case{"lblNoSuchControl", false, true}, Case{"txtField(0)", true, true},
+                              Case{"lblCustomers", true, false}}) {
+            QProcess child;
+            QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+            env.insert(u"QOR_NEEDS_CONTROL"_s, QString::fromLatin1(c.name));
+            if (c.asLabel) env.insert(u"QOR_AS_LABEL"_s, u"1"_s);
+            child.setProcessEnvironment(env);
+            child.start(QCoreApplication::applicationFilePath(), {u"missingControlStopsTheProgram"_s});
+            QVERIFY(child.waitForFinished(60000));
+            const QString err = QString::fromLocal8Bit(child.readAllStandardError() + child.readAllStandardOutput());
+            const bool stopped = child.exitStatus() == QProcess::CrashExit || child.exitCode() != 0;
+            QVERIFY2(stopped == c.stops, qPrintable(QString::fromLatin1(c.name) + u": "_s + err));
+            if (c.stops) QVERIFY2(err.contains(QString::fromLatin1(c.name)), qPrintable(err));
+        }
     }
 
     void everyRowBuiltOnceAsDesigned()
@@ -329,7 +361,7 @@ private slots:
         QCOMPARE(p5.controlWidget(u"lblExpertMode1"_s)->y(), 230);
         QCOMPARE(QPair(dbl->text(), roster::backColour(dbl)),
                  QPair(u"  Double-click to Bill *Marked Customers:  "_s, app.color(QPalette::ToolTipBase)));
-        ctx.changed = true;
+        ctx.database.setChanged(true);
         expertMode(false);
         QVERIFY(!quickest->isHidden());
 
@@ -342,7 +374,7 @@ private slots:
         expert->setChecked(true);
         p5.arrange(8400, 6240, 4200);
         QVERIFY(!save->isHidden() && quickest->isHidden());
-        ctx.changed = false;
+        ctx.database.setChanged(false);
         p5.arrange(8400, 6240, 4200);
         QVERIFY(save->isHidden());
     }
@@ -364,7 +396,7 @@ private slots:
         confirm->click();
         QCOMPARE(stored("Settings", "ExpertMode") + stored("Settings", "CheckToConfirmEdits"), u"TrueFalse"_s);
         QCOMPARE(expertSpy.last().at(0).toBool(), true);
-        QVERIFY(!p.checkToConfirmEdits() && !ctx.changed);  // options are no change to the database
+        QVERIFY(!p.checkToConfirmEdits() && !ctx.database.isChanged());  // options are no change to the database
 
         expert->setChecked(false);
         settings::write(u"Settings"_s, u"ExpertMode"_s, u"tRUe"_s);  // any case
@@ -391,17 +423,17 @@ private slots:
         for (int i = 0; i < CompanyFieldCount; ++i)
             QCOMPARE(p.field(i), u"value %1"_s.arg(i));
         QTest::keyClicks(p.control<QLineEdit>(u"txtCompanyDetails(3)"_s), "X");
-        QVERIFY(ctx.database.company[3] == u"value 3X" && ctx.changed);
+        QVERIFY(ctx.database.company[3] == u"value 3X" && ctx.database.isChanged());
 
         // Clearing counts as a change where a field had text, not where all were empty.
-        ctx.changed = false;
+        ctx.database.setChanged(false);
         p.clearCompanyInfo();
-        QVERIFY(ctx.changed);
+        QVERIFY(ctx.database.isChanged());
         for (int i = 0; i < CompanyFieldCount; ++i)
             QVERIFY(p.field(i).isEmpty() && ctx.database.company[size_t(i)].isEmpty());
-        ctx.changed = false;
+        ctx.database.setChanged(false);
         p.clearCompanyInfo();
-        QVERIFY(!ctx.changed);
+        QVERIFY(!ctx.database.isChanged());
     }
 
     void billPeriodChoosers()
@@ -531,7 +563,7 @@ private slots:
                  u"falseTRUE"_s);
         QCOMPARE(shownOf(*p, u"picPrintPreviewTop"_s) + bottom(), QList<int>({2, 2}));
         QVERIFY(box("cmdPrintPreviewBack")->isEnabled() && !box("cmdPrintPreviewForward")->isEnabled());
-        QVERIFY(!ctx.changed);
+        QVERIFY(!ctx.database.isChanged());
     }
 };
 

@@ -11,26 +11,21 @@
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 #include <functional>
 
 using namespace qor;
 
 namespace {
 
-// Shows the message, runs act on it once it is up, and returns the answer.
+// Shows the message, runs act on it, and returns the answer (as the modal
+// showing would give it once the window has closed).
 QString showAndDo(const QString &key, const QString &buttons, const QString &preset,
                   const std::function<void(QDialog *)> &act, const QString &text = QStringLiteral("t")) {
-    QTimer poll;
-    QObject::connect(&poll, &QTimer::timeout, &poll, [&] {
-        if (auto *dlg = qobject_cast<QDialog *>(QApplication::activeModalWidget())) {
-            poll.stop();
-            act(dlg);
-            if (dlg->isVisible()) dlg->close();  // a failing act must not hang the test
-        }
-    });
-    poll.start(5);
-    return showMessageForm(nullptr, text, key, buttons, preset);
+    FrmMessage form(nullptr, text, key, buttons, preset);
+    form.show();
+    act(&form);
+    if (form.isVisible()) form.close();  // a failing act still ends the showing
+    return form.result();
 }
 
 QPushButton *button(QDialog *d, const char *name) { return d->findChild<QPushButton *>(QString::fromLatin1(name)); }
