@@ -237,8 +237,12 @@ void BillPeriodPanel::showBillPeriodEntry(bool isNew)
     } else {
         m_cmdAddNewBP->setText(caption::NewBillPeriod);
         m_lblBillPeriodName->setText(caption::NameInView);
-        // cmbBillPeriod_Click(1): the period the chooser holds, if any.
-        m_trees.showPeriod(m_chooser->currentIndex(), m_chooser->currentText());
+        // cmbBillPeriod_Click(1): the period the chooser holds, if any. After
+        // finalising, the refresh of the lists has just shown it; it is built
+        // again only when the tree holds something else (an entry).
+        if (treeModel().isEmpty() || treeModel().chosenPeriod() != m_chooser->currentText()
+            || m_chooser->currentIndex() != m_trees.chosenIndex())
+            m_trees.showPeriod(m_chooser->currentIndex(), m_chooser->currentText());
         clearEntryFields(2);
         m_cmdResetCustomerAccounts->hide();
         m_cmdResetCustomerAccounts->setText(caption::LogFullPayment);

@@ -43,19 +43,24 @@ InvoiceTreeView::InvoiceTreeView(QTreeView *view, InvoiceTree *tree) : QObject(v
     view->setExpandsOnDoubleClick(false);  // the billing decides what a double-click opens
     view->setItemDelegate(new ColourDelegate(view));
     view->viewport()->installEventFilter(this);
+    view->installEventFilter(this);
 
     connect(tree, &QAbstractItemModel::modelAboutToBeReset, this, [this] {
         const int n = selectedNode();
         m_currentKey = n ? m_tree->key(n) : QString();
     });
     connect(tree, &QAbstractItemModel::modelReset, this, [this] {
-        applyExpansion();
+        // A view out of sight opens its nodes when it is shown: laying out
+        // tens of thousands of rows nobody sees would only cost time.
+        if (m_view->isVisible()) applyExpansion();
+        else m_expansionPending = true;
         // A tree built anew selects nothing; one changed in bulk keeps its place.
         const int n = m_currentKey.isEmpty() || m_tree->wasClearedInBulk() ? 0 : m_tree->find(m_currentKey);
         if (n) selectNode(n);
         m_currentKey.clear();
     });
     connect(tree, &InvoiceTree::expansionChanged, this, [this](int node, bool open) {
+        if (m_expansionPending) return;  // all of it is applied when the view shows
         const QScopedValueRollback<bool> guard(m_syncing, true);
         m_view->setExpanded(m_tree->indexOf(node), open);
     });
@@ -96,6 +101,10 @@ void InvoiceTreeView::selectNode(int node)
 
 bool InvoiceTreeView::eventFilter(QObject *watched, QEvent *event)
 {
+    if (watched == m_view && event->type() == QEvent::Show && m_expansionPending) {
+        m_expansionPending = false;
+        applyExpansion();
+    }
     if (watched != m_view->viewport() || m_filtering) return QObject::eventFilter(watched, event);
     const QEvent::Type type = event->type();
     if (type != QEvent::MouseButtonRelease && type != QEvent::MouseButtonDblClick)

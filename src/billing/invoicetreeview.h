@@ -40,6 +40,7 @@ private:
     QString m_currentKey;  // the current node over a bulk change
     bool m_syncing = false;
     bool m_filtering = false;
+    bool m_expansionPending = false;
 };
 
 }  // namespace qor
