@@ -469,6 +469,7 @@ void rebuildInvoiceTrees(InvoiceTree &tree0, InvoiceTree &tree1, const Database 
 
 void markOnlyCustomer(InvoiceTree &tree, int selected)
 {
+    const InvoiceTree::Bulk bulk(tree);
     tree.forEachNode([&](int n) {
         if (!isCustomerKey(tree.key(n))) return;
         const QString t = tree.text(n);
@@ -486,6 +487,7 @@ void toggleMark(InvoiceTree &tree, int customer)
 
 void markAllCustomers(InvoiceTree &tree)
 {
+    const InvoiceTree::Bulk bulk(tree);
     tree.forEachNode([&](int n) {
         if (!isCustomerKey(tree.key(n))) return;
         const QString t = tree.text(n);

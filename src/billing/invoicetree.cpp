@@ -1,5 +1,8 @@
 #include "billing/invoicetree.h"
 
+#include <limits>
+#include <utility>
+
 namespace qor {
 
 namespace {
@@ -18,6 +21,7 @@ void InvoiceTree::clear()
 {
     m_clearedInBulk = true;
     if (m_bulk == 0) beginResetModel();
+    else structuralChangeInBulk();
     m_nodes.clear();
     m_nodes.resize(1);
     m_nodes[0].alive = true;
@@ -31,13 +35,50 @@ void InvoiceTree::beginBulkChange()
 {
     if (m_bulk++ == 0) {
         m_clearedInBulk = false;
+        m_resetBegun = false;
+        m_touchedNodes.clear();
+        m_openedInBulk.clear();
+    }
+}
+
+void InvoiceTree::structuralChangeInBulk()
+{
+    // Nodes come or go: views are reset once, at the end. The reset has to
+    // be announced before the first change.
+    if (!m_resetBegun) {
+        m_resetBegun = true;
         beginResetModel();
     }
 }
 
 void InvoiceTree::endBulkChange()
 {
-    if (m_bulk > 0 && --m_bulk == 0) endResetModel();
+    if (m_bulk == 0 || --m_bulk > 0) return;
+    if (m_resetBegun) {
+        m_resetBegun = false;
+        endResetModel();
+        return;
+    }
+    // Texts, colours, ticks only: the views keep their places and draw the
+    // changed rows again, told once per run of siblings.
+    if (!m_touchedNodes.empty()) {
+        std::vector<std::pair<int, int>> rows(m_nodes.size(), {std::numeric_limits<int>::max(), -1});
+        std::vector<int> parents;
+        for (int node : std::exchange(m_touchedNodes, {})) {
+            if (!exists(node)) continue;
+            const Node &n = m_nodes[size_t(node)];
+            auto &[first, last] = rows[size_t(n.parent)];
+            if (last < 0) parents.push_back(n.parent);
+            first = std::min(first, n.row);
+            last = std::max(last, n.row);
+        }
+        for (int p : parents) {
+            const QModelIndex parent = p == 0 ? QModelIndex() : indexOf(p);
+            emit dataChanged(index(rows[size_t(p)].first, 0, parent), index(rows[size_t(p)].second, 0, parent));
+        }
+    }
+    for (int node : std::exchange(m_openedInBulk, {}))
+        if (exists(node)) emit expansionChanged(node, expanded(node));
 }
 
 int InvoiceTree::add(int parent, const QString &key, const QString &text)
@@ -74,6 +115,7 @@ int InvoiceTree::insert(int parent, const QString &key, const QString &text, boo
     const int node = int(m_nodes.size());
     const int row = int(m_nodes[size_t(parent)].children.size());
     if (m_bulk == 0) beginInsertRows(parent == 0 ? QModelIndex() : indexOf(parent), row, row);
+    else structuralChangeInBulk();
     Node n;
     n.key = key;
     n.text = text;
@@ -106,6 +148,7 @@ void InvoiceTree::remove(int node)
     const int parent = m_nodes[size_t(node)].parent;
     const int row = m_nodes[size_t(node)].row;
     if (m_bulk == 0) beginRemoveRows(parent == 0 ? QModelIndex() : indexOf(parent), row, row);
+    else structuralChangeInBulk();
     std::vector<int> &siblings = m_nodes[size_t(parent)].children;
     siblings.erase(siblings.begin() + row);
     for (size_t i = size_t(row); i < siblings.size(); ++i) m_nodes[size_t(siblings[i])].row = int(i);
@@ -130,7 +173,10 @@ QString InvoiceTree::text(int node) const { return exists(node) ? m_nodes[size_t
 
 void InvoiceTree::changed(int node, const QList<int> &roles)
 {
-    if (m_bulk != 0) return;
+    if (m_bulk != 0) {
+        if (!m_resetBegun) m_touchedNodes.push_back(node);
+        return;
+    }
     const QModelIndex i = indexOf(node);
     emit dataChanged(i, i, roles);
 }
@@ -170,6 +216,7 @@ void InvoiceTree::setExpanded(int node, bool expanded)
     if (!exists(node) || m_nodes[size_t(node)].expanded == expanded) return;
     m_nodes[size_t(node)].expanded = expanded;
     if (m_bulk == 0) emit expansionChanged(node, expanded);
+    else if (!m_resetBegun) m_openedInBulk.push_back(node);
 }
 
 void InvoiceTree::ensureVisible(int node)
@@ -206,23 +253,32 @@ void InvoiceTree::nodeCheck(int node, const QString &chosenPeriod)
     if (text(node) != chosenPeriod) return;
     const int first = root();
     const bool state = checked(first);
-    beginBulkChange();
-    forEachNode([&](int n) { m_nodes[size_t(n)].checked = state; });
-    endBulkChange();
+    const Bulk bulk(*this);
+    forEachNode([&](int n) { setChecked(n, state); });
 }
 
 // ------------------------------------------------------------------ model
 
+namespace {
+// The internal id of an index is the node number spread over all bits: views
+// keep indexes in hashes that add the row to the id, and plain node numbers
+// next to rows crowd a few buckets.
+constexpr quint64 Spread = 0x9E3779B97F4A7C15ull;
+constexpr quint64 Unspread = 0xF1DE83E19937733Dull;  // Spread * Unspread == 1 (mod 2^64)
+quintptr idOf(int node) { return quintptr(quint64(node) * Spread); }
+int nodeOfId(quintptr id) { return int(quint64(id) * Unspread); }
+}  // namespace
+
 QModelIndex InvoiceTree::indexOf(int node) const
 {
     if (!exists(node)) return {};
-    return createIndex(m_nodes[size_t(node)].row, 0, quintptr(node));
+    return createIndex(m_nodes[size_t(node)].row, 0, idOf(node));
 }
 
 int InvoiceTree::nodeOf(const QModelIndex &index) const
 {
     if (!index.isValid() || index.model() != this) return 0;
-    const int node = int(index.internalId());
+    const int node = nodeOfId(index.internalId());
     return exists(node) ? node : 0;
 }
 
@@ -233,7 +289,7 @@ QModelIndex InvoiceTree::index(int row, int column, const QModelIndex &parent) c
     if (parent.isValid() && p == 0) return {};
     const auto &children = m_nodes[size_t(p)].children;
     if (row >= int(children.size())) return {};
-    return createIndex(row, 0, quintptr(children[size_t(row)]));
+    return createIndex(row, 0, idOf(children[size_t(row)]));
 }
 
 QModelIndex InvoiceTree::parent(const QModelIndex &child) const

@@ -91,10 +91,23 @@ public:
     void setChosenPeriod(const QString &name) { m_chosenPeriod = name; }
     QString chosenPeriod() const { return m_chosenPeriod; }
 
-    // Many changes at once: views are told once, by a reset, at the end.
-    // Nested calls count; the reset is sent when the outermost one ends.
+    // Many changes at once: views are told once. When nodes came or went,
+    // by a reset; when only texts, colours or ticks changed, by a change of
+    // data per run of siblings, which keeps their selection and open nodes. Nested calls count;
+    // views hear of it when the outermost one ends.
     void beginBulkChange();
     void endBulkChange();
+    // A bulk change for as long as it lives.
+    class Bulk {
+    public:
+        explicit Bulk(InvoiceTree &t) : m_t(t) { m_t.beginBulkChange(); }
+        ~Bulk() { m_t.endBulkChange(); }
+        Bulk(const Bulk &) = delete;
+        Bulk &operator=(const Bulk &) = delete;
+
+    private:
+        InvoiceTree &m_t;
+    };
     // True when the last bulk change emptied the tree (a rebuild): views
     // don't keep their current node over it.
     bool wasClearedInBulk() const { return m_clearedInBulk; }
@@ -127,6 +140,7 @@ private:
     };
     void changed(int node, const QList<int> &roles);
     void removeLinks(int node);
+    void structuralChangeInBulk();
     int insert(int parent, const QString &key, const QString &text, bool index);
     void ensureIndex() const;
 
@@ -137,6 +151,9 @@ private:
     int m_live = 0;
     int m_bulk = 0;
     bool m_clearedInBulk = false;
+    bool m_resetBegun = false;  // in a bulk change, nodes came or went
+    std::vector<int> m_touchedNodes;  // in a bulk change, nodes whose data changed
+    std::vector<int> m_openedInBulk;
     QString m_chosenPeriod;
 };
 
