@@ -190,6 +190,10 @@ private slots:
         onNode(view, w.tree0(), "3k");
         billRow(products, 1);
         billRow(products, 2);
+        billRow(products, 2);
+        // Billing changes the tree as a whole; the selected customer stays selected.
+        QCOMPARE(w.tree0().key(w.bp->treeBinding()->selectedNode()), u"3k"_s);
+        QVERIFY(view->isExpanded(w.tree0().indexOf(w.tree0().find("3k"))));
 
         onNode(view, w.tree0(), "1k", Qt::RightButton);
         QMenu *menuC = w.bp->popupC();
