@@ -4,6 +4,9 @@
 #include "billing/frmchecking.h"
 #include "customers/customerpanel.h"
 #include "database/regional.h"
+#include "maintenance/frmlistlvws.h"
+#include "maintenance/frmupdate.h"
+#include "maintenance/versioncheck.h"
 #include "printing/printingpanel.h"
 #include "printing/printoptionspanel.h"
 #include "products/productpanel.h"
@@ -25,6 +28,7 @@
 #include <QFile>
 #include <QIcon>
 #include <QLabel>
+#include <QLineEdit>
 #include <QLockFile>
 #include <QMessageBox>
 #include <QPushButton>
@@ -198,6 +202,12 @@ void FrmQOR::buildFormControls() {
 
     connect(optionsPanel(), &OptionsPanel::helpRequested, this, [this] { cmdOpenHelpClick(); });
     connect(optionsPanel(), &OptionsPanel::expertModeClicked, this, [this] { applyExpertMode(); });
+    connect(optionsPanel(), &OptionsPanel::checkForNewVersionRequested, this,
+            [this] { maintenance::checkForNewVersion(this); });
+    maintenance::attachDeveloperView(p->picLogo, this, m_db, [this] {
+        auto *path = optionsPanel()->control<QLineEdit>(QStringLiteral("txtChangePath"));
+        return path ? path->text() : QString();
+    });
 }
 
 void FrmQOR::chainTabOrder() {
@@ -502,6 +512,11 @@ bool FrmQOR::cmdOpenHelpClick() {
 
 void FrmQOR::closeEvent(QCloseEvent *event) {
     settings::putStoredSetting(QStringLiteral("LastClicked"), QString::number(m_currentPanel));
+    // The notice of a new version is answered first; DOWNLOAD hides it.
+    if (maintenance::FrmUpdate::isShowing()) {
+        event->ignore();
+        return;
+    }
 
     if (databaseChanged()) {
         const QString text = QStringLiteral("Your database has changed.") + CRLF + CRLF +
@@ -527,6 +542,7 @@ void FrmQOR::closeEvent(QCloseEvent *event) {
                             QString::number(position));
     }
     saveFormPosition(this);
+    maintenance::closeMaintenanceForms();
     if (FrmChecking *checking = FrmChecking::existing())
         checking->close();
     settings::sync();
