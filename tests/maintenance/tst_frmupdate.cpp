@@ -3,10 +3,13 @@
 // main window, which still asks about unsaved changes.
 #include "../customers/panelharness.h"
 #include "maintenance/frmupdate.h"
+#include "maintenance/versioncheck.h"
+#include "shell/panel.h"
 #include "uiservices/twips.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QTcpServer>
 
 using namespace qor;
 using namespace qor::maintenance;
@@ -141,6 +144,22 @@ private slots:
         QVERIFY(!w->isVisible());
         QTRY_VERIFY(!f);
         w.reset();
+    }
+
+    void linkOnOptionsPanelRunsTheCheck() {
+        QTcpServer gone;  // a port nobody listens on any more
+        QVERIFY(gone.listen(QHostAddress::LocalHost));
+        qputenv(VersionUrlVariable, "https://127.0.0.1:" + QByteArray::number(gone.serverPort()) + "/qorver.txt");
+        gone.close();
+        auto w = openWindow(5);
+        Answerer a;
+        a.answer = QMessageBox::Ok;
+        QTest::mouseClick(w->panel(5)->controlWidget(u"lblCheckForNewVersion"_s), Qt::LeftButton);
+        QTRY_COMPARE(a.seen.size(), 1);
+        QCOMPARE(a.last().text, unableToConnectText());
+        QCOMPARE(a.last().title, u"QOR"_s);
+        qunsetenv(VersionUrlVariable);
+        discard(w);
     }
 
     void noSearchOfPath() {
