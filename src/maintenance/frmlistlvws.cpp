@@ -5,6 +5,7 @@
 #include "maintenance/tablesnapshot.h"
 #include "shell/formposition.h"
 #include "shell/settingsstore.h"
+#include "uiservices/fonts.h"
 #include "uiservices/twips.h"
 
 #include <QAction>
@@ -85,6 +86,11 @@ FrmListLVWs::FrmListLVWs(QWidget *owner, const Database &db, PathSource xmlPath)
     : QWidget(owner, Qt::Window), m_db(db), m_xmlPath(std::move(xmlPath)), m_rows(new TableSnapshot(this)) {
     setObjectName(QStringLiteral("frmListLVWs"));
     setAttribute(Qt::WA_DeleteOnClose);
+    // A small plain face, so the four options fit their designed widths.
+    ensureDesignFonts();
+    QFont face(QStringLiteral("Tahoma"));
+    face.setPointSizeF(8.25);
+    setFont(face);
     setWindowTitle(QStringLiteral("Developer View - List LVWs"));
     setProperty("qorFrameTwips", QSizeF(FrameWidth, FrameHeight));
     setMinimumSize(twipsToPx(MinimumWidth - FrameWidth), twipsToPx(MinimumHeight - FrameHeight));
@@ -126,6 +132,16 @@ FrmListLVWs::FrmListLVWs(QWidget *owner, const Database &db, PathSource xmlPath)
                 optLVWChoiceClick(i);
         });
         m_options[size_t(i)] = option;
+    }
+    // The designed widths fit the small indicator of the system the form was
+    // drawn for; here an option may take the room up to its neighbour (the
+    // last, up to the frame's edge) so its caption isn't cut.
+    for (int i = 0; i < 4; ++i) {
+        QRadioButton *option = m_options[size_t(i)];
+        const int limit = (i < 3 ? twipsToPx(optionLeft[i + 1]) : m_frame1->width() - 2) - option->x();
+        const QSize hint = option->sizeHint();
+        option->resize(std::clamp(hint.width(), option->width(), std::max(option->width(), limit)),
+                       std::clamp(hint.height(), option->height(), std::max(option->height(), m_frame1->height() - option->y() - 1)));
     }
 
     m_cmdShowXML = new QPushButton(QStringLiteral("Show XML"), this);

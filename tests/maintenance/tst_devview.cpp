@@ -111,6 +111,8 @@ private slots:
         QCOMPARE(v->rows()->rowCount(), 2);
         QCOMPARE(v->rows()->data(v->rows()->index(1), Qt::DisplayRole).toString(), l[1]);
 
+        for (QRadioButton *option : {v->optLVWChoice(0), v->optLVWChoice(1), v->optLVWChoice(2), v->optLVWChoice(3)})
+            QVERIFY2(option->sizeHint().width() <= option->width(), qPrintable(option->text()));  // caption not cut
         v->optLVWChoice(1)->click();
         QCOMPARE(v->text2(), u"PStart(Chrono) | BPName | PEnd(Chrono) | BillDue(Chrono) ...key=BPName | "_s);
         QCOMPARE(lines(v->text1()), QStringList{u"2024/01/01"_s + sep + u"Jan"_s + sep + u"2024/01/31"_s + sep +
