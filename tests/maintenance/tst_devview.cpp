@@ -10,6 +10,7 @@
 
 #include "shell/panel.h"
 
+#include <QClipboard>
 #include <QDesktopServices>
 #include <QGroupBox>
 #include <QRadioButton>
@@ -110,6 +111,13 @@ private slots:
         QVERIFY(l[1].startsWith(u"Moss, Bob"_s) && l[1].endsWith(u" ...key=2k"_s));
         QCOMPARE(v->rows()->rowCount(), 2);
         QCOMPARE(v->rows()->data(v->rows()->index(1), Qt::DisplayRole).toString(), l[1]);
+        // The rows can be copied out as the text they are.
+        v->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(v));
+        v->textBox1()->setFocus();
+        QTest::keyClick(v->textBox1(), Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(v->textBox1(), Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(QGuiApplication::clipboard()->text(), v->text1());
 
         for (QRadioButton *option : {v->optLVWChoice(0), v->optLVWChoice(1), v->optLVWChoice(2), v->optLVWChoice(3)})
             QVERIFY2(option->sizeHint().width() <= option->width(), qPrintable(option->text()));  // caption not cut
