@@ -356,12 +356,14 @@ QImage logo(int w, int h) {
     return img;
 }
 
-QImage appIcon() {
-    // The "Q" alone on a square tile, for window captions and the task bar.
-    QImage img(32, 32, QImage::Format_ARGB32);
+QImage appIcon(int size = 32) {
+    // The "Q" alone on a square tile, for window captions and the task bar;
+    // drawn on a 32-pixel grid and scaled for the desktop's larger sizes.
+    QImage img(size, size, QImage::Format_ARGB32);
     img.fill(Qt::transparent);
     QPainter p(&img);
     p.setRenderHint(QPainter::Antialiasing);
+    p.scale(size / 32.0, size / 32.0);
     p.setPen(Qt::NoPen);
     p.setBrush(TabBlue);
     p.drawRoundedRect(QRectF(1, 1, 30, 30), 6, 6);
@@ -417,5 +419,11 @@ int main(int argc, char **argv) {
     ok &= save(magnifier(), out, QStringLiteral("search.png"), err);
     ok &= save(logo(32, 16), out, QStringLiteral("logo.png"), err);
     ok &= save(appIcon(), out, QStringLiteral("appicon.png"), err);
+    // The installed icon in the desktop's hicolor theme, one file per size.
+    for (int size : {16, 24, 32, 48, 64, 128, 256}) {
+        const QString folder = dir + QStringLiteral("/icons/%1x%1").arg(size);
+        QDir().mkpath(folder);
+        ok &= save(appIcon(size), folder, QStringLiteral("org.qorvane.Qorvane.png"), err);
+    }
     return ok ? 0 : 1;
 }
