@@ -8,6 +8,8 @@
 #include <QString>
 #include <QTemporaryDir>
 
+#include <cmath>
+
 struct PdfWord {
     int page = 0;  // from 0
     QString text;
@@ -64,4 +66,15 @@ inline const PdfWord *findWord(const QList<PdfWord> &words, const QString &text,
             return &w;
     }
     return nullptr;
+}
+
+// The word with that text whose top is nearest `top` on that page.
+inline const PdfWord *findWordNear(const QList<PdfWord> &words, const QString &text, double top, int page = 0)
+{
+    const PdfWord *best = nullptr;
+    for (const PdfWord &w : words) {
+        if (w.page == page && w.text == text && (!best || std::abs(w.top - top) < std::abs(best->top - top)))
+            best = &w;
+    }
+    return best;
 }
