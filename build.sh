@@ -8,7 +8,8 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 PACKAGES=(cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools libgl1-mesa-dev
-          libxkbcommon-dev libpugixml-dev fonts-liberation xvfb xauth)
+          libxkbcommon-dev libpugixml-dev fonts-liberation xvfb xauth
+          cups printer-driver-cups-pdf poppler-utils)
 
 install_missing() {
     local missing=()
