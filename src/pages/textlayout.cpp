@@ -28,8 +28,8 @@ const PageFont &pageFont(const QString &family, double points, bool bold, bool i
 {
     // Size in twips; every size the forms use is a whole number of twips.
     const int twips = int(std::lround(points * 20.0));
-    const QString key = family + u'|' + QString::number(twips) + (bold ? u'b' : u'-') + (italic ? u'i' : u'-');
-    static QHash<QString, std::shared_ptr<PageFont>> cache;
+    const QPair<QString, int> key(family, twips * 4 + (bold ? 2 : 0) + (italic ? 1 : 0));
+    static QHash<QPair<QString, int>, std::shared_ptr<PageFont>> cache;
     auto it = cache.constFind(key);
     if (it != cache.constEnd())
         return **it;
@@ -41,9 +41,22 @@ const PageFont &pageFont(const QString &family, double points, bool bold, bool i
     // Measures at this size must not depend on a device's hinting.
     f.setHintingPreference(QFont::PreferNoHinting);
     f.setKerning(true);
-    auto pf = std::make_shared<PageFont>(PageFont{f, QFontMetricsF(f)});
+    auto pf = std::make_shared<PageFont>(f);
     cache.insert(key, pf);
     return *pf;
+}
+
+double PageFont::advance(const QString &text) const
+{
+    auto it = m_advances.constFind(text);
+    if (it != m_advances.constEnd())
+        return *it;
+    // Bounded: a long run with ever new texts doesn't grow without end.
+    if (m_advances.size() > 20000)
+        m_advances.clear();
+    const double w = metrics.horizontalAdvance(text);
+    m_advances.insert(text, w);
+    return w;
 }
 
 namespace {
@@ -69,9 +82,9 @@ QStringList splitLines(const QString &text)
 
 // Breaks one line of text into lines no wider than `width`, at blanks; a word
 // that alone is too wide is broken between characters.
-void wrapInto(const QString &line, double width, const QFontMetricsF &fm, QStringList &out)
+void wrapInto(const QString &line, double width, const PageFont &fm, QStringList &out)
 {
-    if (fm.horizontalAdvance(line) <= width) {
+    if (fm.advance(line) <= width) {
         out << line;
         return;
     }
@@ -94,7 +107,7 @@ void wrapInto(const QString &line, double width, const QFontMetricsF &fm, QStrin
         while (j < n && line[j] != u' ')
             ++j;
         const QString piece = line.mid(i, j - i);
-        if (fm.horizontalAdvance(current + piece) <= width) {
+        if (fm.advance(current + piece) <= width) {
             current += piece;
         } else if (!current.isEmpty()) {
             pushCurrent();
@@ -104,18 +117,18 @@ void wrapInto(const QString &line, double width, const QFontMetricsF &fm, QStrin
                 ++k;
             current = piece.mid(k);
             // A word too long for a line of its own.
-            while (fm.horizontalAdvance(current) > width && current.size() > 1) {
+            while (fm.advance(current) > width && current.size() > 1) {
                 qsizetype fit = 1;
-                while (fit < current.size() && fm.horizontalAdvance(current.left(fit + 1)) <= width)
+                while (fit < current.size() && fm.advance(current.left(fit + 1)) <= width)
                     ++fit;
                 out << current.left(fit);
                 current = current.mid(fit);
             }
         } else {
             current = piece;
-            while (fm.horizontalAdvance(current) > width && current.size() > 1) {
+            while (fm.advance(current) > width && current.size() > 1) {
                 qsizetype fit = 1;
-                while (fit < current.size() && fm.horizontalAdvance(current.left(fit + 1)) <= width)
+                while (fit < current.size() && fm.advance(current.left(fit + 1)) <= width)
                     ++fit;
                 out << current.left(fit);
                 current = current.mid(fit);
@@ -134,8 +147,7 @@ QList<TextLine> layoutText(const Element &e)
     QList<TextLine> out;
     if (e.text.isEmpty())
         return out;
-    const PageFont &pf = pageFont(e);
-    const QFontMetricsF &fm = pf.metrics;
+    const PageFont &fm = pageFont(e);
     const bool sized = e.autoSize != AutoSize::Fixed;
 
     QStringList lines;
@@ -154,15 +166,15 @@ QList<TextLine> layoutText(const Element &e)
         }
     }
 
-    const double ascent = fm.ascent();
-    const double pitch = fm.lineSpacing();
+    const double ascent = fm.metrics.ascent();
+    const double pitch = fm.metrics.lineSpacing();
     double boxLeft = e.left;
     double boxWidth = e.width;
     if (sized) {
         // The box is the text's: keep the anchored edge, take the text's width.
         double widest = 0;
         for (const QString &l : lines)
-            widest = std::max(widest, fm.horizontalAdvance(l));
+            widest = std::max(widest, fm.advance(l));
         if (e.autoSize == AutoSize::KeepRight)
             boxLeft = e.left + e.width - widest;
         boxWidth = widest;
@@ -174,7 +186,7 @@ QList<TextLine> layoutText(const Element &e)
             break;
         TextLine tl;
         tl.text = lines[i];
-        tl.width = fm.horizontalAdvance(tl.text);
+        tl.width = fm.advance(tl.text);
         tl.baseline = e.top + baseline;
         switch (e.align) {
         case Align::Left: tl.x = boxLeft; break;
@@ -190,12 +202,12 @@ QSizeF naturalTextSize(const Element &e)
 {
     if (e.text.isEmpty())
         return {0, 0};
-    const QFontMetricsF &fm = pageFont(e).metrics;
+    const PageFont &fm = pageFont(e);
     double widest = 0;
     const QStringList lines = splitLines(e.text);
     for (const QString &l : lines)
-        widest = std::max(widest, fm.horizontalAdvance(l));
-    return {widest, double(lines.size()) * fm.lineSpacing()};
+        widest = std::max(widest, fm.advance(l));
+    return {widest, double(lines.size()) * fm.metrics.lineSpacing()};
 }
 
 void fitAutoSize(Element &e)

@@ -6,6 +6,7 @@
 
 #include <QFont>
 #include <QFontMetricsF>
+#include <QHash>
 #include <QList>
 #include <QSizeF>
 
@@ -19,8 +20,15 @@ void ensurePageFonts();
 // The font of a text element, pixel size in twips, and its metrics. Cached:
 // the same face, size and style give the same objects.
 struct PageFont {
+    explicit PageFont(const QFont &f) : font(f), metrics(f) {}
     QFont font;
     QFontMetricsF metrics;
+    // The width of a text in this font, remembered: a run of invoices measures
+    // the same labels, company lines and item names over and over.
+    double advance(const QString &text) const;
+
+private:
+    mutable QHash<QString, double> m_advances;
 };
 const PageFont &pageFont(const QString &family, double points, bool bold, bool italic);
 inline const PageFont &pageFont(const Element &e) { return pageFont(e.fontName, e.fontSize, e.bold, e.italic); }
