@@ -37,6 +37,9 @@ InvoiceInput sampleInvoice(int templateNumber, int lines, bool keepTwelveLines, 
     in.dateFormat = QStringLiteral("mm/dd/yyyy");
     in.currencySymbol = QStringLiteral("$");
     in.options.templateNumber = templateNumber;
+    // The large title is wider than the box of the two forms that don't size
+    // it to the text; the samples show the size that fits each form.
+    in.options.titleSize = templateNumber == 0 ? TitleSize::Large : TitleSize::Medium;
     in.options.keepTwelveLines = keepTwelveLines;
     in.options.moveBottomText = moveBottomText;
     in.options.addInvoiceDate = true;
