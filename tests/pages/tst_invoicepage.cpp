@@ -3,6 +3,7 @@
 // date placement, money forms and the title.
 #include "pages/invoice.h"
 #include "pages/painter.h"
+#include "pages/pen.h"
 #include "pages/preview.h"
 #include "pages/templates.h"
 #include "pages/textlayout.h"
@@ -461,6 +462,73 @@ private slots:
         QCOMPARE(layoutText(e).size(), 3);
         fitAutoSize(e);
         QVERIFY(e.height > 2 * 195 && e.height < 4 * 260);
+    }
+
+    void listColumnsHideWhatRunsUnderThem()
+    {
+        // A line too wide for its column is cut where the next column begins:
+        // each column is opaque and lies over the one to its left.
+        Page list = *pageTemplate("frmPrintC");
+        const QString wide = QStringLiteral("MMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMM");
+        Element &first = list.at("lblList", 0);
+        first.text = wide + QStringLiteral("\r\n") + wide;
+        fitAutoSize(first);
+        QVERIFY(first.left + first.width > 6000);
+        Element &second = list.at("lblList", 1);
+        second.text = QStringLiteral("A customer's long name\r\n.");
+        fitAutoSize(second);
+        const double line = pageFont(second).metrics.lineSpacing();
+        const int secondRight = 3240 + second.width;
+        // The second row of the second column holds only a dot at its left.
+        auto ink = [&](const QImage &img) {
+            int n = 0;
+            for (int y = int((1560 + line) / 10) + 2; y < int((1560 + 2 * line) / 10) - 2; ++y)
+                for (int x = 3500 / 10; x < secondRight / 10 - 1; ++x)
+                    n += qRed(img.pixel(x, y)) < 128;
+            return n;
+        };
+        auto inkLeft = [&](const QImage &img) {
+            int n = 0;
+            for (int y = int((1560 + line) / 10) + 2; y < int((1560 + 2 * line) / 10) - 2; ++y)
+                for (int x = 2000 / 10; x < 3200 / 10; ++x)
+                    n += qRed(img.pixel(x, y)) < 128;
+            return n;
+        };
+        const QImage covered = renderPage(list, 1152);  // 10 twips a pixel
+        QVERIFY(inkLeft(covered) > 20);  // the first column's own part shows
+        QCOMPARE(ink(covered), 0);
+        // Without the second column, the line runs on.
+        list.at("lblList", 1).text.clear();
+        fitAutoSize(list.at("lblList", 1));
+        QVERIFY(ink(renderPage(list, 1152)) > 20);
+    }
+
+    void penWritesLineByLine()
+    {
+        Page envelope(QStringLiteral("envelope"), 13680, 5940, {});
+        PagePen pen(envelope);
+        pen.x = 1134;
+        pen.y = 2268;
+        pen.fontSize = 10;
+        const Element &a = pen.print(QStringLiteral("Acme & Sons"));
+        QCOMPARE(a.left, 1134);
+        QCOMPARE(a.top, 2268);
+        QCOMPARE(pen.x, 0.0);
+        const double ten = pen.lineHeight();
+        QVERIFY(ten > 200 && ten < 260);  // Arial 10 point: about 230 twips
+        QCOMPARE(pen.y, 2268 + ten);
+        pen.x = 1134;
+        pen.print(QString());  // an empty line keeps its place
+        pen.fontSize = 12;
+        pen.x = 1134 + 3969;
+        pen.y += 1134;
+        const Element &c = pen.print(QStringLiteral("Jane Doe"));
+        QCOMPARE(c.left, 5103);
+        QCOMPARE(c.top, int(std::lround(2268 + 2 * ten + 1134)));
+        QVERIFY(pen.lineHeight() > ten);
+        QCOMPARE(envelope.elements().size(), 3);
+        QCOMPARE(envelope.at("line3").text, QStringLiteral("Jane Doe"));
+        QVERIFY(envelope.isLandscape());
     }
 
     void previewPictures()
