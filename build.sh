@@ -9,7 +9,7 @@ cd "$(dirname "$0")"
 
 PACKAGES=(cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools libgl1-mesa-dev
           libxkbcommon-dev libpugixml-dev fonts-liberation xvfb xauth
-          cups printer-driver-cups-pdf poppler-utils)
+          libcups2-dev cups printer-driver-cups-pdf poppler-utils)
 
 install_missing() {
     local missing=()

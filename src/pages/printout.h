@@ -23,15 +23,16 @@ struct PrintOutcome {
     QString reason;   // for Failed: what went wrong, as plain text
 };
 
-// The system's default printer (through CUPS on Linux); empty when there is
-// none.
+// The system's default printer (through CUPS on Linux), or the first printer
+// when none is marked as the default; empty when there is no printer at all.
 QString defaultPrinterName();
 
 // Prints the pages as one job on `printer`, each page's top left corner at the
 // sheet's, turned to the first page's orientation. A printer in PDF mode
 // writes the same pages to its output file.
 PrintOutcome printPages(const QList<Page> &pages, QPrinter &printer, const QString &jobName);
-// The same on the default printer, at its own paper size.
+// The same on the default printer, at its own paper size. NoPrinter when the
+// system has no printer; Failed when the printer doesn't take the job.
 PrintOutcome printToDefaultPrinter(const QList<Page> &pages, const QString &jobName);
 
 }  // namespace qor::pages

@@ -13,6 +13,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QPrinter>
 #include <QPrinterInfo>
 #include <QStandardPaths>
 #include <QTest>
@@ -204,6 +205,22 @@ private slots:
         qInfo("the two printed pages: %.4f differ", between);
         QVERIFY(between > 0.015);
         QFile::remove(file);
+    }
+
+    void aQueueThatRejectsJobsIsReported()
+    {
+        const QString queue = QStringLiteral("QorvaneRejects");
+        QString why;
+        if (run("lpadmin", {"-p", queue, "-v", "cups-pdf:/", "-E", "-P", "/usr/share/ppd/cups-pdf/CUPS-PDF_opt.ppd"},
+                &why).isNull()
+            || run("cupsreject", {queue}, &why).isNull())
+            QFAIL(qPrintable(QStringLiteral("cannot set up a rejecting queue: ") + why));
+        QPrinter printer(QPrinterInfo::printerInfo(queue), QPrinter::HighResolution);
+        const PrintOutcome out = printPages({*composeInvoicePage(sampleInvoice(1, 2, true, false))}, printer, "rejected");
+        run("lpadmin", {"-x", queue});
+        QCOMPARE(out.status, PrintStatus::Failed);
+        QCOMPARE(out.printer, queue);
+        QVERIFY2(out.reason.contains(QLatin1String("not accepting jobs")), qPrintable(out.reason));
     }
 };
 
