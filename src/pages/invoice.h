@@ -2,6 +2,7 @@
 // Filling an invoice form for one customer. The composer reads plain values
 // (the company's details, the customer's fields, the ticked lines as the print
 // tree shows them, the print options), never a window.
+#include "database/regional.h"
 #include "pages/page.h"
 
 #include <QDate>
@@ -51,11 +52,11 @@ struct InvoiceInput {
     QString customerNodeText;
     QList<InvoiceLine> lines;
     QString billDue;  // the bill due date as shown for the period
-    QDate invoiceDate;  // today, for the optional date line
-    QString dateFormat;  // DateFormatString, "mm/dd/yyyy" and the like
+    QDate invoiceDate = QDate::currentDate();  // for the optional date line
+    QString dateFormat = qor::regional::dateFormatString();  // "mm/dd/yyyy" and the like
     // What stands before the digits of an amount in this locale; removed with
     // the "," from prices before they are read.
-    QString currencySymbol;
+    QString currencySymbol = qor::regional::currencySymbol();
     InvoiceOptions options;
 };
 
