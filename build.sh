@@ -4,11 +4,14 @@
 #   ./build.sh run    build, then start Qorvane
 #   ./build.sh test   build, then run every test headless
 #   ./build.sh build  build only
+#   ./build.sh deb    build the Debian package build-deb/qorvane_<version>_amd64.deb
 set -euo pipefail
 cd "$(dirname "$0")"
 
 PACKAGES=(cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools libgl1-mesa-dev
-          libxkbcommon-dev libpugixml-dev fonts-liberation xvfb xauth)
+          libxkbcommon-dev libpugixml-dev fonts-liberation xvfb xauth
+          openssl desktop-file-utils appstream dpkg-dev file man-db
+          libcups2-dev cups printer-driver-cups-pdf poppler-utils)
 
 install_missing() {
     local missing=()
@@ -33,5 +36,10 @@ case "${1:-}" in
     test)  install_missing; build
            cd build && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j"$(nproc)" ;;
     build) install_missing; build ;;
-    *) echo "usage: $0 run|test|build" >&2; exit 64 ;;
+    deb)   install_missing
+           cmake -S . -B build-deb -DCMAKE_BUILD_TYPE=Release -DQOR_BUILD_TESTS=OFF -DQOR_BUILD_BENCH=OFF >/dev/null
+           cmake --build build-deb -j"$(nproc)"
+           (cd build-deb && cpack -G DEB)
+           echo "Install with: sudo apt install ./build-deb/qorvane_*_amd64.deb" ;;
+    *) echo "usage: $0 run|test|build|deb" >&2; exit 64 ;;
 esac

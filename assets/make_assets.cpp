@@ -1,3 +1,4 @@
+#include <QList>
 // Draws the program's images. Run once after a change of design:
 //   qor-make-assets <assets folder>
 // The PNG files it writes are kept in the repository and compiled in through
@@ -356,12 +357,14 @@ QImage logo(int w, int h) {
     return img;
 }
 
-QImage appIcon() {
-    // The "Q" alone on a square tile, for window captions and the task bar.
-    QImage img(32, 32, QImage::Format_ARGB32);
+QImage appIcon(int size = 32) {
+    // The "Q" alone on a square tile, for window captions and the task bar;
+    // drawn on a 32-pixel grid and scaled for the desktop's larger sizes.
+    QImage img(size, size, QImage::Format_ARGB32);
     img.fill(Qt::transparent);
     QPainter p(&img);
     p.setRenderHint(QPainter::Antialiasing);
+    p.scale(size / 32.0, size / 32.0);
     p.setPen(Qt::NoPen);
     p.setBrush(TabBlue);
     p.drawRoundedRect(QRectF(1, 1, 30, 30), 6, 6);
@@ -382,6 +385,76 @@ bool save(const QImage &img, const QString &dir, const QString &name, QTextStrea
         return false;
     }
     return true;
+}
+
+// The PAID stamp laid over a paid customer's invoice: grey ink at a slant,
+// the word between two rules, worn like a rubber stamp, transparent around
+// it so the lines under it stay readable. A palette image, 387 by 244.
+QImage paidStamp() {
+    const int W = 387, H = 244;
+    QImage img(W, H, QImage::Format_ARGB32_Premultiplied);
+    img.fill(Qt::transparent);
+    {
+        QPainter p(&img);
+        p.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
+        p.translate(W / 2.0, H / 2.0);
+        p.rotate(-15);
+        const QColor ink(96, 96, 96);
+        QFont f(QStringLiteral("Liberation Sans"));
+        f.setPixelSize(104);
+        f.setBold(true);
+        f.setLetterSpacing(QFont::AbsoluteSpacing, 6);
+        const QFontMetricsF fm(f);
+        const QString word = QStringLiteral("PAID");
+        const qreal tw = fm.horizontalAdvance(word) - 6;
+        const qreal half = tw / 2 + 14;
+        // Rules above and below, a thick one and a thin one each.
+        p.setPen(Qt::NoPen);
+        p.setBrush(ink);
+        p.drawRect(QRectF(-half, -76, 2 * half, 9));
+        p.drawRect(QRectF(-half, -62, 2 * half, 3));
+        p.drawRect(QRectF(-half, 59, 2 * half, 3));
+        p.drawRect(QRectF(-half, 67, 2 * half, 9));
+        p.setFont(f);
+        p.setPen(ink);
+        p.drawText(QPointF(-tw / 2, fm.ascent() / 2 - fm.descent() / 2 + 4), word);
+    }
+    // Wear: specks where the ink didn't take, from a fixed seed so the file
+    // comes out the same on every run.
+    quint32 seed = 20240611u;
+    auto next = [&seed] {
+        seed = seed * 1664525u + 1013904223u;
+        return seed >> 8;
+    };
+    for (int n = 0; n < 2600; ++n) {
+        const int x = int(next() % W), y = int(next() % H);
+        const int r = int(next() % 3);
+        for (int dy = -r; dy <= r; ++dy) {
+            for (int dx = -r; dx <= r; ++dx) {
+                const int px = x + dx, py = y + dy;
+                if (px < 0 || py < 0 || px >= W || py >= H || dx * dx + dy * dy > r * r)
+                    continue;
+                img.setPixel(px, py, 0);
+            }
+        }
+    }
+    // Ink a little uneven, in a palette of greys: six shades, each at eight
+    // strengths of cover (the outline's smoothing), and index 0 clear.
+    QImage out(W, H, QImage::Format_Indexed8);
+    QList<QRgb> palette{qRgba(0, 0, 0, 0)};
+    for (int s = 0; s < 6; ++s)
+        for (int a = 1; a <= 8; ++a)
+            palette << qRgba(80 + 9 * s, 80 + 9 * s, 80 + 9 * s, a * 210 / 8);
+    out.setColorTable(palette);
+    for (int y = 0; y < H; ++y) {
+        const QRgb *line = reinterpret_cast<const QRgb *>(img.constScanLine(y));
+        uchar *dst = out.scanLine(y);
+        for (int x = 0; x < W; ++x) {
+            const int a = (qAlpha(line[x]) * 8 + 127) / 255;
+            dst[x] = a == 0 ? 0 : uchar(1 + int(next() % 6) * 8 + (a - 1));
+        }
+    }
+    return out;
 }
 
 }  // namespace
@@ -417,5 +490,12 @@ int main(int argc, char **argv) {
     ok &= save(magnifier(), out, QStringLiteral("search.png"), err);
     ok &= save(logo(32, 16), out, QStringLiteral("logo.png"), err);
     ok &= save(appIcon(), out, QStringLiteral("appicon.png"), err);
+    // The installed icon in the desktop's hicolor theme, one file per size.
+    for (int size : {16, 24, 32, 48, 64, 128, 256}) {
+        const QString folder = dir + QStringLiteral("/icons/%1x%1").arg(size);
+        QDir().mkpath(folder);
+        ok &= save(appIcon(size), folder, QStringLiteral("org.qorvane.Qorvane.png"), err);
+    }
+    ok &= save(paidStamp(), out, QStringLiteral("paid.png"), err);
     return ok ? 0 : 1;
 }

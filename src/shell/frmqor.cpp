@@ -3,6 +3,9 @@
 #include "billing/billperiodpanel.h"
 #include "customers/customerpanel.h"
 #include "database/regional.h"
+#include "maintenance/frmlistlvws.h"
+#include "maintenance/frmupdate.h"
+#include "maintenance/versioncheck.h"
 #include "printing/printingpanel.h"
 #include "printing/printoptionspanel.h"
 #include "products/productpanel.h"
@@ -185,6 +188,9 @@ void FrmQOR::buildFormControls() {
 
     connect(optionsPanel(), &OptionsPanel::helpRequested, this, [this] { cmdOpenHelpClick(); });
     connect(optionsPanel(), &OptionsPanel::expertModeClicked, this, [this] { applyExpertMode(); });
+    connect(optionsPanel(), &OptionsPanel::checkForNewVersionRequested, this,
+            [this] { maintenance::checkForNewVersion(this); });
+    maintenance::attachDeveloperView(p->picLogo, this, db(), [this] { return m_session->path(); });
 }
 
 void FrmQOR::chainTabOrder() {
@@ -391,6 +397,11 @@ bool FrmQOR::cmdOpenHelpClick() {
 
 void FrmQOR::closeEvent(QCloseEvent *event) {
     settings::putStoredSetting(QStringLiteral("LastClicked"), QString::number(m_currentPanel));
+    // The notice of a new version is answered first; DOWNLOAD hides it.
+    if (maintenance::FrmUpdate::isShowing()) {
+        event->ignore();
+        return;
+    }
 
     if (databaseChanged()) {
         const QString text = QStringLiteral("Your database has changed.") + CRLF + CRLF +
@@ -416,6 +427,7 @@ void FrmQOR::closeEvent(QCloseEvent *event) {
                             QString::number(position));
     }
     saveFormPosition(this);
+    maintenance::closeMaintenanceForms();
     if (FrmChecking *checking = m_checking.window())
         checking->close();
     settings::sync();

@@ -14,6 +14,8 @@ int main(int argc, char *argv[]) {
     QApplication::setApplicationName(QStringLiteral("QOR"));
     QApplication::setApplicationDisplayName(QStringLiteral("Qorvane"));
     QApplication::setApplicationVersion(QStringLiteral(QOR_VERSION_TEXT));
+    // Ties the window to its installed desktop entry (name and icon).
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.qorvane.Qorvane"));
 
     qor::SingleInstanceGuard guard;
     if (!guard.isFirstInstance()) {

@@ -3,6 +3,7 @@
 #include "uiservices/frmmessage.h"
 
 #include <QFileDialog>
+#include <QFontDialog>
 #include <QInputDialog>
 
 namespace qor {
@@ -43,6 +44,14 @@ std::optional<QString> WidgetDialogs::text(QWidget *owner, const QString &title,
 QString WidgetDialogs::openFileName(QWidget *owner, const FileQuestion &q)
 {
     return QFileDialog::getOpenFileName(owner, q.caption, q.folder, q.filter);
+}
+
+std::optional<QFont> WidgetDialogs::font(QWidget *owner, const QString &title, const QFont &initial)
+{
+    bool ok = false;
+    const QFont chosen = QFontDialog::getFont(&ok, initial, owner, title);
+    if (!ok) return std::nullopt;
+    return chosen;
 }
 
 QString WidgetDialogs::saveFileName(QWidget *owner, const FileQuestion &q)
@@ -114,6 +123,15 @@ QString ScriptedDialogs::openFileName(QWidget *, const FileQuestion &q)
     const QString n = nextFileNames.front();
     nextFileNames.pop_front();
     return n;
+}
+
+std::optional<QFont> ScriptedDialogs::font(QWidget *, const QString &title, const QFont &)
+{
+    seen.append({QStringLiteral("font"), {}, {}, title, {}});
+    if (nextFonts.empty()) return std::nullopt;
+    const std::optional<QFont> f = nextFonts.front();
+    nextFonts.pop_front();
+    return f;
 }
 
 QString ScriptedDialogs::saveFileName(QWidget *, const FileQuestion &q)

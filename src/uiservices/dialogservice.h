@@ -4,6 +4,7 @@
 // that shows real windows; a test installs a ScriptedDialogs and gives the
 // answers in advance. New kinds of dialog (fonts, colours, pages, folders)
 // are added here as one more virtual with its real and scripted form.
+#include <QFont>
 #include <QList>
 #include <QMessageBox>
 #include <QString>
@@ -41,6 +42,8 @@ public:
     // An empty name when the user cancelled.
     virtual QString openFileName(QWidget *owner, const FileQuestion &q) = 0;
     virtual QString saveFileName(QWidget *owner, const FileQuestion &q) = 0;
+    // The font dialog: no value when the user cancelled.
+    virtual std::optional<QFont> font(QWidget *owner, const QString &title, const QFont &initial) = 0;
 
     // The usual boxes.
     QMessageBox::StandardButton warning(QWidget *owner, const QString &title, const QString &text,
@@ -71,6 +74,7 @@ public:
                                 const QString &initial) override;
     QString openFileName(QWidget *owner, const FileQuestion &q) override;
     QString saveFileName(QWidget *owner, const FileQuestion &q) override;
+    std::optional<QFont> font(QWidget *owner, const QString &title, const QFont &initial) override;
 };
 
 // Answers given in advance, for tests: installs itself for as long as it
@@ -84,7 +88,7 @@ public:
     ScriptedDialogs &operator=(const ScriptedDialogs &) = delete;
 
     struct Seen {
-        QString kind;  // "message", "messageForm", "text", "open", "save"
+        QString kind;  // "message", "messageForm", "text", "open", "save", "font"
         Message message;
         MessageForm form;
         QString title, label;
@@ -101,6 +105,8 @@ public:
     std::deque<std::optional<QString>> nextTexts;
     // File names: queued names first, else an empty name (Cancel).
     std::deque<QString> nextFileNames;
+    // Fonts: queued choices first (no value: Cancel), else Cancel.
+    std::deque<std::optional<QFont>> nextFonts;
 
     const Seen &last() const;
     QList<Seen> messages() const;  // the message boxes only
@@ -111,6 +117,7 @@ public:
                                 const QString &initial) override;
     QString openFileName(QWidget *owner, const FileQuestion &q) override;
     QString saveFileName(QWidget *owner, const FileQuestion &q) override;
+    std::optional<QFont> font(QWidget *owner, const QString &title, const QFont &initial) override;
 
 private:
     DialogService *m_previous = nullptr;

@@ -1,0 +1,26 @@
+#pragma once
+// Pages to a PDF file, through the same painter as paper. Fonts are embedded
+// (subsets, once per file) and a picture shown on many pages is stored once.
+#include "pages/page.h"
+
+#include <QList>
+#include <QPageSize>
+#include <QString>
+
+class QIODevice;
+
+namespace qor::pages {
+
+// The paper a user of this locale feeds: Letter where the locale measures in
+// US units, A4 elsewhere.
+QPageSize defaultPaper();
+
+// Writes the pages as one PDF document, each page on a sheet of `paper`
+// turned to the page's orientation, the page's top left corner at the
+// sheet's. False with a reason when the file can't be written.
+bool writePdf(const QList<Page> &pages, const QString &fileName, const QPageSize &paper = defaultPaper(),
+              QString *error = nullptr);
+bool writePdf(const QList<Page> &pages, QIODevice *device, const QPageSize &paper = defaultPaper(),
+              QString *error = nullptr);
+
+}  // namespace qor::pages

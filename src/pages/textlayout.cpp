@@ -1,0 +1,226 @@
+#include "pages/textlayout.h"
+
+#include <QFontDatabase>
+#include <QHash>
+
+#include <cmath>
+#include <memory>
+
+namespace qor::pages {
+
+void ensurePageFonts()
+{
+    static bool done = false;
+    if (done)
+        return;
+    done = true;
+    const QString standIn = QStringLiteral("Liberation Sans");
+    if (!QFontDatabase::hasFamily(standIn))
+        return;
+    // MS Sans Serif is the forms' default face, used by the list's page number.
+    for (const QString family : {QStringLiteral("Arial"), QStringLiteral("Tahoma"), QStringLiteral("MS Sans Serif")}) {
+        if (!QFontDatabase::hasFamily(family))
+            QFont::insertSubstitution(family, standIn);
+    }
+}
+
+const PageFont &pageFont(const QString &family, double points, bool bold, bool italic)
+{
+    // Size in twips; every size the forms use is a whole number of twips.
+    const int twips = int(std::lround(points * 20.0));
+    const QPair<QString, int> key(family, twips * 4 + (bold ? 2 : 0) + (italic ? 1 : 0));
+    static QHash<QPair<QString, int>, std::shared_ptr<PageFont>> cache;
+    auto it = cache.constFind(key);
+    if (it != cache.constEnd())
+        return **it;
+    ensurePageFonts();
+    QFont f(family);
+    f.setPixelSize(std::max(1, twips));
+    f.setBold(bold);
+    f.setItalic(italic);
+    // Measures at this size must not depend on a device's hinting.
+    f.setHintingPreference(QFont::PreferNoHinting);
+    f.setKerning(true);
+    auto pf = std::make_shared<PageFont>(f);
+    cache.insert(key, pf);
+    return *pf;
+}
+
+double PageFont::advance(const QString &text) const
+{
+    auto it = m_advances.constFind(text);
+    if (it != m_advances.constEnd())
+        return *it;
+    // Bounded: a long run with ever new texts doesn't grow without end.
+    if (m_advances.size() > 20000)
+        m_advances.clear();
+    const double w = metrics.horizontalAdvance(text);
+    m_advances.insert(text, w);
+    return w;
+}
+
+namespace {
+
+// Splits at CR LF, LF or CR.
+QStringList splitLines(const QString &text)
+{
+    QStringList out;
+    qsizetype start = 0;
+    const qsizetype n = text.size();
+    for (qsizetype i = 0; i < n; ++i) {
+        const QChar c = text[i];
+        if (c == u'\r' || c == u'\n') {
+            out << text.mid(start, i - start);
+            if (c == u'\r' && i + 1 < n && text[i + 1] == u'\n')
+                ++i;
+            start = i + 1;
+        }
+    }
+    out << text.mid(start);
+    return out;
+}
+
+// Breaks one line of text into lines no wider than `width`, at blanks; a word
+// that alone is too wide is broken between characters.
+void wrapInto(const QString &line, double width, const PageFont &fm, QStringList &out)
+{
+    if (fm.advance(line) <= width) {
+        out << line;
+        return;
+    }
+    QString current;
+    auto pushCurrent = [&] {
+        // Blanks at a break are not shown.
+        qsizetype e = current.size();
+        while (e > 0 && current[e - 1] == u' ')
+            --e;
+        out << current.left(e);
+        current.clear();
+    };
+    qsizetype i = 0;
+    const qsizetype n = line.size();
+    while (i < n) {
+        // The next word with the blanks in front of it.
+        qsizetype j = i;
+        while (j < n && line[j] == u' ')
+            ++j;
+        while (j < n && line[j] != u' ')
+            ++j;
+        const QString piece = line.mid(i, j - i);
+        if (fm.advance(current + piece) <= width) {
+            current += piece;
+        } else if (!current.isEmpty()) {
+            pushCurrent();
+            // The blanks at the start of the next line are dropped too.
+            qsizetype k = 0;
+            while (k < piece.size() && piece[k] == u' ')
+                ++k;
+            current = piece.mid(k);
+            // A word too long for a line of its own.
+            while (fm.advance(current) > width && current.size() > 1) {
+                qsizetype fit = 1;
+                while (fit < current.size() && fm.advance(current.left(fit + 1)) <= width)
+                    ++fit;
+                out << current.left(fit);
+                current = current.mid(fit);
+            }
+        } else {
+            current = piece;
+            while (fm.advance(current) > width && current.size() > 1) {
+                qsizetype fit = 1;
+                while (fit < current.size() && fm.advance(current.left(fit + 1)) <= width)
+                    ++fit;
+                out << current.left(fit);
+                current = current.mid(fit);
+            }
+        }
+        i = j;
+    }
+    if (!current.isEmpty())
+        pushCurrent();
+}
+
+}  // namespace
+
+QList<TextLine> layoutText(const Element &e)
+{
+    QList<TextLine> out;
+    if (e.text.isEmpty())
+        return out;
+    const PageFont &fm = pageFont(e);
+    const bool sized = e.autoSize != AutoSize::Fixed;
+
+    QStringList lines;
+    const bool plain = !e.text.contains(u'\r') && !e.text.contains(u'\n');
+    if (plain) {
+        if (sized)
+            lines << e.text;
+        else
+            wrapInto(e.text, e.width, fm, lines);
+    } else {
+        for (const QString &l : splitLines(e.text)) {
+            if (sized)
+                lines << l;
+            else
+                wrapInto(l, e.width, fm, lines);
+        }
+    }
+
+    const double ascent = fm.metrics.ascent();
+    const double pitch = fm.metrics.lineSpacing();
+    double boxLeft = e.left;
+    double boxWidth = e.width;
+    if (sized) {
+        // The box is the text's: keep the anchored edge, take the text's width.
+        double widest = 0;
+        for (const QString &l : lines)
+            widest = std::max(widest, fm.advance(l));
+        if (e.autoSize == AutoSize::KeepRight)
+            boxLeft = e.left + e.width - widest;
+        boxWidth = widest;
+    }
+    out.reserve(lines.size());
+    for (qsizetype i = 0; i < lines.size(); ++i) {
+        const double baseline = ascent + double(i) * pitch;
+        if (!sized && baseline > e.height)
+            break;
+        TextLine tl;
+        tl.text = lines[i];
+        tl.width = fm.advance(tl.text);
+        tl.baseline = e.top + baseline;
+        switch (e.align) {
+        case Align::Left: tl.x = boxLeft; break;
+        case Align::Right: tl.x = boxLeft + boxWidth - tl.width; break;
+        case Align::Centre: tl.x = boxLeft + (boxWidth - tl.width) / 2.0; break;
+        }
+        out << tl;
+    }
+    return out;
+}
+
+QSizeF naturalTextSize(const Element &e)
+{
+    if (e.text.isEmpty())
+        return {0, 0};
+    const PageFont &fm = pageFont(e);
+    double widest = 0;
+    const QStringList lines = splitLines(e.text);
+    for (const QString &l : lines)
+        widest = std::max(widest, fm.advance(l));
+    return {widest, double(lines.size()) * fm.metrics.lineSpacing()};
+}
+
+void fitAutoSize(Element &e)
+{
+    if (e.autoSize == AutoSize::Fixed)
+        return;
+    const QSizeF s = naturalTextSize(e);
+    const int w = int(std::ceil(s.width()));
+    const int h = int(std::ceil(s.height()));
+    if (e.autoSize == AutoSize::KeepRight)
+        e.left = e.left + e.width - w;
+    e.width = w;
+    e.height = h;
+}
+
+}  // namespace qor::pages

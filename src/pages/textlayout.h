@@ -1,0 +1,59 @@
+#pragma once
+// Fonts and line breaking of text elements, measured in twips. Fonts are set
+// by pixel size in twips (a point is 20 twips), so measures are the same on
+// every device and the painter only has to scale twips to the device.
+#include "pages/page.h"
+
+#include <QFont>
+#include <QFontMetricsF>
+#include <QHash>
+#include <QList>
+#include <QSizeF>
+
+namespace qor::pages {
+
+// Lets Arial (and the other faces the forms name) be drawn with Liberation
+// Sans, which has Arial's metrics, where the system lacks them. Safe to call
+// more than once; needs a QGuiApplication.
+void ensurePageFonts();
+
+// The font of a text element, pixel size in twips, and its metrics. Cached:
+// the same face, size and style give the same objects.
+struct PageFont {
+    explicit PageFont(const QFont &f) : font(f), metrics(f) {}
+    QFont font;
+    QFontMetricsF metrics;
+    // The width of a text in this font, remembered: a run of invoices measures
+    // the same labels, company lines and item names over and over.
+    double advance(const QString &text) const;
+
+private:
+    mutable QHash<QString, double> m_advances;
+};
+const PageFont &pageFont(const QString &family, double points, bool bold, bool italic);
+inline const PageFont &pageFont(const Element &e) { return pageFont(e.fontName, e.fontSize, e.bold, e.italic); }
+
+// One line of a laid-out text: where its baseline starts, in page twips.
+struct TextLine {
+    QString text;
+    double x = 0;
+    double baseline = 0;
+    double width = 0;
+};
+
+// The lines a text element shows. Line breaks in the text always start a new
+// line. A fixed element wraps each line at word boundaries inside its width (a
+// single word wider than the width is broken where it must be) and shows the
+// lines whose baseline lies inside its height; an element that sizes itself
+// doesn't wrap and shows every line.
+QList<TextLine> layoutText(const Element &e);
+
+// The size of a text with the element's font, one line for each line break
+// and no wrapping: what an element that sizes itself takes.
+QSizeF naturalTextSize(const Element &e);
+
+// Gives an element that sizes itself the box of its text, keeping its left or
+// right edge and its top. Does nothing to fixed elements.
+void fitAutoSize(Element &e);
+
+}  // namespace qor::pages

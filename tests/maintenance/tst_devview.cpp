@@ -1,0 +1,208 @@
+// The developer view: opened from the logo only when the settings say so; the
+// rows of the four tables as text; a snapshot that doesn't follow changes; the
+// database file handed to the desktop; its size rule and stored place.
+#include "../customers/panelharness.h"
+#include "database/database.h"
+#include "maintenance/frmlistlvws.h"
+#include "maintenance/tablesnapshot.h"
+#include "shell/formposition.h"
+#include "uiservices/twips.h"
+
+#include "shell/panel.h"
+
+#include <QClipboard>
+#include <QDesktopServices>
+#include <QGroupBox>
+#include <QRadioButton>
+#include <QTreeView>
+
+using namespace qor;
+using namespace qor::maintenance;
+using namespace qor::testing;
+using namespace Qt::StringLiterals;
+
+// Receives what the view hands to the desktop.
+class Opener : public QObject {
+    Q_OBJECT
+public:
+    QList<QUrl> opened;
+public slots:
+    void open(const QUrl &url) { opened << url; }
+};
+
+class TstDevView : public QObject {
+    Q_OBJECT
+    Sandbox sb;
+
+    static QLabel *logo(FrmQOR &w) { return w.findChild<QLabel *>(u"picLogo"_s); }
+    static QStringList lines(const QString &text) {
+        QStringList l = text.split(u"\r\n"_s);
+        if (!l.isEmpty() && l.last().isEmpty()) l.removeLast();
+        return l;
+    }
+    static void closeView() {
+        if (QPointer<FrmListLVWs> v = FrmListLVWs::existing()) {
+            v->close();
+            QTRY_VERIFY(!v);
+        }
+    }
+
+private slots:
+    void init() {
+        writeDatabase(sb.db, {{1, u"Ann"_s, u"Lee"_s}, {2, u"Bob"_s, u"Moss"_s}},
+                      {{5, u"Midget Widget"_s, u"5"_s}}, {{2, {u"5"_s}}});
+    }
+    void cleanup() { closeView(); }
+
+    void logoOpensOnlyForLvwpeek() {
+        auto w = openWindow(0);
+        QCOMPARE(settings::read(u"BrowseRecall"_s, u"view"_s), u"lvwpeek"_s);  // written at every start
+        for (const QString value : {u"LvwPeek"_s, u"lvwpeek "_s, u""_s}) {
+            settings::write(u"BrowseRecall"_s, u"view"_s, value);
+            QTest::mouseClick(logo(*w), Qt::LeftButton);
+            QVERIFY2(!FrmListLVWs::existing(), qPrintable(value));
+        }
+        settings::write(u"BrowseRecall"_s, u"view"_s, u"lvwpeek"_s);
+        QTest::mouseClick(logo(*w), Qt::RightButton);
+        QVERIFY(!FrmListLVWs::existing());
+        QTest::mouseClick(logo(*w), Qt::LeftButton);
+        FrmListLVWs *v = FrmListLVWs::existing();
+        QVERIFY(v && v->isVisible() && !v->isModal());
+        QCOMPARE(v->windowTitle(), u"Developer View - List LVWs"_s);
+        QCOMPARE(v->parentWidget(), w.get());
+        QVERIFY(w->isEnabled());
+
+        // A second click brings nothing new: the loaded form keeps its choice and rows.
+        v->optLVWChoice(2)->click();
+        const QString before = v->text1();
+        QTest::mouseClick(logo(*w), Qt::LeftButton);
+        QCOMPARE(FrmListLVWs::existing(), v);
+        QVERIFY(v->optLVWChoice(2)->isChecked());
+        QCOMPARE(v->text1(), before);
+
+        // The main window unloads it when it closes, and it keeps its place.
+        v->move(150, 90);
+        QPointer<FrmListLVWs> gone = v;
+        discard(w);
+        QTRY_VERIFY(!gone);
+        QCOMPARE(settings::read(u"FormPositions"_s, u"frmListLVWs_Left"_s), QString::number(qRound(pxToTwips(150))));
+        QVERIFY(!settings::read(u"FormPositions"_s, u"frmListLVWs_Width"_s).isEmpty());
+    }
+
+    void rowsOfEachTable() {
+        auto w = openWindow(0);
+        FrmListLVWs *v = FrmListLVWs::open(w.get(), w->db(), {});
+        const QString sep(FieldSep);
+        QVERIFY(v->optLVWChoice(0)->isChecked());
+        QCOMPARE(v->optLVWChoice(0)->text(), u"Cus"_s);
+        QCOMPARE(v->optLVWChoice(1)->text(), u"Per"_s);
+        QCOMPARE(v->optLVWChoice(2)->text(), u"P&&S"_s);
+        QCOMPARE(v->optLVWChoice(3)->text(), u"InRec"_s);
+        QCOMPARE(v->findChild<QGroupBox *>(u"Frame1"_s)->title(), u"Hidden LVWs"_s);
+        QCOMPARE(v->cmdShowXML()->text(), u"Show XML"_s);
+
+        QCOMPARE(v->text2(), u"Last, First | First | Last | Add1 | Add2 | Add3 | Email | Phone | Notes ...key=1k"_s);
+        QVERIFY(v->text1().endsWith(u"\r\n"_s));
+        QStringList l = lines(v->text1());
+        QCOMPARE(l.size(), 2);
+        QVERIFY(l[0].startsWith(u"Lee, Ann"_s + sep + u"Ann"_s + sep + u"Lee"_s + sep));
+        QVERIFY(l[0].endsWith(u" ...key=1k"_s));
+        QCOMPARE(l[0].count(FieldSep), 8);
+        QVERIFY(l[1].startsWith(u"Moss, Bob"_s) && l[1].endsWith(u" ...key=2k"_s));
+        QCOMPARE(v->rows()->rowCount(), 2);
+        QCOMPARE(v->rows()->data(v->rows()->index(1), Qt::DisplayRole).toString(), l[1]);
+        // The rows can be copied out as the text they are.
+        v->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(v));
+        v->textBox1()->setFocus();
+        QTest::keyClick(v->textBox1(), Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(v->textBox1(), Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(QGuiApplication::clipboard()->text(), v->text1());
+
+        for (QRadioButton *option : {v->optLVWChoice(0), v->optLVWChoice(1), v->optLVWChoice(2), v->optLVWChoice(3)})
+            QVERIFY2(option->sizeHint().width() <= option->width(), qPrintable(option->text()));  // caption not cut
+        v->optLVWChoice(1)->click();
+        QCOMPARE(v->text2(), u"PStart(Chrono) | BPName | PEnd(Chrono) | BillDue(Chrono) ...key=BPName | "_s);
+        QCOMPARE(lines(v->text1()), QStringList{u"2024/01/01"_s + sep + u"Jan"_s + sep + u"2024/01/31"_s + sep +
+                                                u"2024/02/15 ...key=Jan"_s + sep});
+
+        v->optLVWChoice(2)->click();
+        QCOMPARE(v->text2(), u"Price(9dot2)$5.00 - Midget Widget ...key=5k"_s);
+        l = lines(v->text1());
+        QCOMPARE(l.size(), 1);
+        QVERIFY(l[0].endsWith(u"Midget Widget ...key=5k"_s));
+
+        v->optLVWChoice(3)->click();
+        QCOMPARE(v->text2(), u"BPName | Customer Name | CID | BAL | BPID ...key=BPName | CID | "_s);
+        l = lines(v->text1());
+        QCOMPARE(l.size(), 1);
+        QVERIFY(l[0].startsWith(u"Jan"_s + sep + u"Moss, Bob"_s + sep + u"2"_s + sep));
+        QVERIFY(l[0].endsWith(u" ...key=Jan"_s + sep + u"2"_s + sep));
+        discard(w);
+    }
+
+    void snapshotAndEmptyTable() {
+        writeDatabase(sb.db, {{1, u"Ann"_s, u"Lee"_s}});
+        auto w = openWindow(0);
+        FrmListLVWs *v = FrmListLVWs::open(w.get(), w->db(), {});
+        v->optLVWChoice(3)->click();  // no records
+        QVERIFY(v->text1().isEmpty());
+        QCOMPARE(v->rows()->rowCount(), 0);
+        QVERIFY(v->text2().startsWith(u"BPName | "_s));
+
+        v->optLVWChoice(0)->click();
+        w->db().lvwCustomers.add(u"7k"_s, u"Aardvark, Al"_s);
+        QCOMPARE(lines(v->text1()).size(), 1);  // a snapshot
+        v->optLVWChoice(0)->click();            // already on: no click
+        QCOMPARE(lines(v->text1()).size(), 1);
+        v->optLVWChoice(1)->click();
+        v->optLVWChoice(0)->click();
+        QCOMPARE(lines(v->text1()), (QStringList{u"Aardvark, Al ...key=7k"_s, lines(v->text1()).value(1)}));
+        QCOMPARE(lines(v->text1()).size(), 2);
+        w->db().lvwCustomers.remove(u"7k"_s);
+        discard(w);
+    }
+
+    void showXml() {
+        auto w = openWindow(0);
+        Opener opener;
+        QDesktopServices::setUrlHandler(u"file"_s, &opener, "open");
+        QString path = sb.db;
+        FrmListLVWs *v = FrmListLVWs::open(w.get(), w->db(), [&path] { return path; });
+        QTest::mouseClick(v->cmdShowXML(), Qt::LeftButton);
+        QCOMPARE(opener.opened, QList<QUrl>{QUrl::fromLocalFile(sb.db)});
+        path = sb.dir.filePath(u"missing.xml"_s);
+        QVERIFY(!v->cmdShowXMLClick());
+        path = sb.dir.path();  // a folder is no file
+        QVERIFY(!v->cmdShowXMLClick());
+        QCOMPARE(opener.opened.size(), 1);
+        QDesktopServices::unsetUrlHandler(u"file"_s);
+        closeView();
+
+        // From the logo, the path is the one the Options panel shows.
+        auto *field = w->panel(5)->control<QLineEdit>(u"txtChangePath"_s);
+        QDesktopServices::setUrlHandler(u"file"_s, &opener, "open");
+        QTest::mouseClick(logo(*w), Qt::LeftButton);
+        QTest::mouseClick(FrmListLVWs::existing()->cmdShowXML(), Qt::LeftButton);
+        QCOMPARE(opener.opened.value(1), QUrl::fromLocalFile(field->text()));
+        QDesktopServices::unsetUrlHandler(u"file"_s);
+        discard(w);
+    }
+
+    void sizeRule() {
+        auto w = openWindow(0);
+        FrmListLVWs *v = FrmListLVWs::open(w.get(), w->db(), {});
+        v->resize(50, 40);
+        QCOMPARE(qRound(formWidthTwips(v) / 15) * 15, 4815);  // held at the least size
+        QCOMPARE(qRound(formHeightTwips(v) / 15) * 15, 3645);
+        v->resize(v->width() + 100, v->height() + 60);
+        QTRY_COMPARE(v->textBox1()->width(), twipsToPx(formWidthTwips(v) - 360));
+        QCOMPARE(v->textBox1()->height(), twipsToPx(formHeightTwips(v) - 1230));
+        QCOMPARE(v->textBox2()->width(), v->textBox1()->width());
+        QCOMPARE(v->textBox1()->geometry().topLeft(), QPoint(twipsToPx(120), twipsToPx(960)));
+        discard(w);
+    }
+};
+
+QTEST_MAIN(TstDevView)
+#include "tst_devview.moc"

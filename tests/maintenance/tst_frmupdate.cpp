@@ -1,0 +1,182 @@
+// frmUpdate beside the main window: the main window refuses to close while it
+// shows; DOWNLOAD starts the updater from the program's folder and closes the
+// main window, which still asks about unsaved changes.
+#include "../customers/panelharness.h"
+#include "maintenance/frmupdate.h"
+#include "maintenance/versioncheck.h"
+#include "shell/panel.h"
+#include "uiservices/twips.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTcpServer>
+
+using namespace qor;
+using namespace qor::maintenance;
+using namespace qor::testing;
+using namespace Qt::StringLiterals;
+
+class TstFrmUpdate : public QObject {
+    Q_OBJECT
+    Sandbox sb;
+    QString updater;  // the stand-in in this program's folder
+    QString marker;   // what the stand-in writes
+
+    void writeStandIn(const QString &path) {
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        // Tells where it ran and with how many arguments.
+        f.write("#!/bin/sh\n{ pwd; echo \"$#\"; } > \"$QOR_TEST_UPDATER_MARK.tmp\"\n"
+                "mv \"$QOR_TEST_UPDATER_MARK.tmp\" \"$QOR_TEST_UPDATER_MARK\"\n");
+        f.close();
+        QVERIFY(f.setPermissions(f.permissions() | QFileDevice::ExeOwner | QFileDevice::ExeUser));
+    }
+    static QString stored(const char *key) { return settings::read(u"FormPositions"_s, QString::fromLatin1(key)); }
+
+private slots:
+    void initTestCase() {
+        updater = QCoreApplication::applicationDirPath() + u"/q-autoup"_s;
+        marker = sb.dir.filePath(u"updater-ran"_s);
+        qputenv("QOR_TEST_UPDATER_MARK", marker.toLocal8Bit());
+        qputenv("XDG_CACHE_HOME", (sb.dir.path() + u"/cache"_s).toLocal8Bit());
+    }
+    void init() {
+        writeDatabase(sb.db, {{1, u"Ann"_s, u"Lee"_s}});
+        QFile::remove(marker);
+        QFile::remove(updater);
+    }
+    void cleanupTestCase() { QFile::remove(updater); }
+
+    void form() {
+        auto w = openWindow(0);
+        FrmUpdate *f = FrmUpdate::showFor(w.get());
+        QCOMPARE(f->objectName(), u"frmUpdate"_s);
+        QCOMPARE(f->windowTitle(), u"   Click DOWNLOAD to begin Auto-Update."_s);
+        QCOMPARE(f->parentWidget(), w.get());
+        QVERIFY(f->isVisible() && !f->isModal());
+        QCOMPARE(f->minimumSize(), f->maximumSize());
+        QVERIFY(!(f->windowFlags() & (Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint)));
+        QCOMPARE(f->size(), QSize(twipsToPx(4215), twipsToPx(2385)));
+        for (auto [name, text] : {std::pair{"Label2", "New Version Found."},
+                                  {"lblStatus", "PLEASE SAVE YOUR WORK."},
+                                  {"Label1", "Clicking Download will close this program and begin the Qorvane Auto-Update."}}) {
+            auto *l = f->findChild<QLabel *>(QString::fromLatin1(name));
+            QVERIFY(l);
+            QCOMPARE(l->text(), QString::fromLatin1(text));
+            QVERIFY(l->font().bold() && l->alignment() & Qt::AlignHCenter);
+            QCOMPARE(l->font().pointSizeF(), 9.0);
+        }
+        QCOMPARE(f->cmdDownload()->text(), u"DOWNLOAD"_s);
+        QCOMPARE(f->cmdDownload()->font().pointSizeF(), 11.25);
+        QCOMPARE(FrmUpdate::showFor(w.get()), f);  // one form
+        f->close();
+        discard(w);
+    }
+
+    void mainWindowRefusesWhileShown() {
+        auto w = openWindow(2);
+        writeStandIn(updater);
+        settings::write(u"Settings"_s, u"LastClicked"_s, u"0"_s);
+        FrmUpdate::showFor(w.get());
+        w->showDatabaseChanged(true);
+        Answerer a;
+        QVERIFY(!w->close());
+        QVERIFY(w->isVisible() && FrmUpdate::isShowing());
+        QVERIFY(a.seen().isEmpty());  // refused before the question about changes
+        QCOMPARE(settings::read(u"Settings"_s, u"LastClicked"_s), u"2"_s);
+
+        // Closed by the user: no updater, no stored place, and the window closes as usual.
+        QPointer<FrmUpdate> f = FrmUpdate::existing();
+        QVERIFY(f->close());
+        QTRY_VERIFY(!f);
+        QVERIFY(w->isVisible());
+        QVERIFY(stored("frmUpdate_Left").isEmpty());
+        QTest::qWait(200);
+        QVERIFY(!QFile::exists(marker));
+        a.answer = QMessageBox::No;
+        QVERIFY(w->close());
+        QCOMPARE(a.seen().size(), 1);
+        w.reset();
+    }
+
+    void downloadStartsUpdaterAndCloses() {
+        writeStandIn(updater);
+        auto w = openWindow(0);
+        FrmUpdate::showFor(w.get())->move(300, 200);
+        QPointer<FrmUpdate> f = FrmUpdate::existing();
+        Answerer a;
+        a.answer = QMessageBox::No;
+        click(f->cmdDownload());
+        QVERIFY(!w->isVisible());  // closed
+        QCOMPARE(a.seen().size(), 0); // nothing changed: no question
+        QTRY_VERIFY(!f);
+        QTRY_VERIFY(QFile::exists(marker));
+        QFile m(marker);
+        QVERIFY(m.open(QIODevice::ReadOnly));
+        const QStringList lines = QString::fromLocal8Bit(m.readAll()).split(u'\n', Qt::SkipEmptyParts);
+        QCOMPARE(lines, (QStringList{QFileInfo(QCoreApplication::applicationDirPath()).canonicalFilePath(), u"0"_s}));
+        QCOMPARE(stored("frmUpdate_WindowState"), u"0"_s);
+        QCOMPARE(stored("frmUpdate_Left"), QString::number(qRound(pxToTwips(300))));
+        QVERIFY(stored("frmUpdate_Width").isEmpty());  // a fixed form keeps no size
+        w.reset();
+    }
+
+    void downloadWithUnsavedChangesCancelled() {
+        writeStandIn(updater);
+        auto w = openWindow(0);
+        w->showDatabaseChanged(true);
+        QPointer<FrmUpdate> f = FrmUpdate::showFor(w.get());
+        Answerer a;
+        a.answer = QMessageBox::Cancel;
+        click(f->cmdDownload());
+        QCOMPARE(a.seen().size(), 1);
+        QVERIFY(a.last().text.startsWith(u"Your database has changed."_s));
+        QVERIFY(w->isVisible());  // the main window stays, the updater runs all the same
+        QTRY_VERIFY(!f);
+        QTRY_VERIFY(QFile::exists(marker));
+        discard(w);
+    }
+
+    void missingUpdaterChangesNothingElse() {
+        auto w = openWindow(0);
+        QPointer<FrmUpdate> f = FrmUpdate::showFor(w.get());
+        click(f->cmdDownload());
+        QVERIFY(!w->isVisible());
+        QTRY_VERIFY(!f);
+        w.reset();
+    }
+
+    void linkOnOptionsPanelRunsTheCheck() {
+        QTcpServer gone;  // a port nobody listens on any more
+        QVERIFY(gone.listen(QHostAddress::LocalHost));
+        qputenv(VersionUrlVariable, "https://127.0.0.1:" + QByteArray::number(gone.serverPort()) + "/qorver.txt");
+        gone.close();
+        auto w = openWindow(5);
+        Answerer a;
+        a.answer = QMessageBox::Ok;
+        QTest::mouseClick(w->panel(5)->controlWidget(u"lblCheckForNewVersion"_s), Qt::LeftButton);
+        QTRY_COMPARE(a.seen().size(), 1);
+        QCOMPARE(a.last().text, unableToConnectText());
+        QCOMPARE(a.last().title, u"QOR"_s);
+        qunsetenv(VersionUrlVariable);
+        discard(w);
+    }
+
+    void noSearchOfPath() {
+        // An updater found only along PATH is never run.
+        QTemporaryDir onPath, empty;
+        writeStandIn(onPath.filePath(u"q-autoup"_s));
+        const QByteArray oldPath = qgetenv("PATH");
+        qputenv("PATH", onPath.path().toLocal8Bit() + ':' + oldPath);
+        QCOMPARE(updaterPath(empty.path()), empty.path() + u"/q-autoup"_s);
+        QVERIFY(!startUpdater(empty.path()));
+        qputenv("PATH", oldPath);
+        QTest::qWait(200);
+        QVERIFY(!QFile::exists(marker));
+        QVERIFY(startUpdater(onPath.path()));
+        QTRY_VERIFY(QFile::exists(marker));
+    }
+};
+
+QTEST_MAIN(TstFrmUpdate)
+#include "tst_frmupdate.moc"

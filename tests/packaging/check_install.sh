@@ -1,0 +1,115 @@
+#!/usr/bin/env bash
+# Installs the build into a temporary prefix and checks what a user gets: the
+# tree, the desktop entry and metainfo by their validators, the manual pages,
+# and the installed programs started from there. The program, installed in a
+# folder its user can't write, must keep its database in the per-user data
+# folder.
+#   check_install.sh BUILD_DIR
+set -uo pipefail
+build=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+prefix=$work/prefix
+failures=0
+fail() { echo "FAIL: $*"; failures=$((failures + 1)); }
+pass() { echo "ok: $*"; }
+
+cmake --install "$build" --prefix "$prefix" >"$work/install.log" 2>&1 || { cat "$work/install.log"; fail "cmake --install"; exit 1; }
+
+id=org.qorvane.Qorvane
+expected=(
+  bin/qorvane bin/qorvane-cli
+  share/applications/$id.desktop
+  share/metainfo/$id.metainfo.xml
+  share/doc/qorvane/qorvane-guide.html
+  share/man/man1/qorvane.1.gz share/man/man1/qorvane-cli.1.gz
+)
+for size in 16 24 32 48 64 128 256; do expected+=(share/icons/hicolor/${size}x${size}/apps/$id.png); done
+for f in "${expected[@]}"; do
+  [ -f "$prefix/$f" ] || fail "missing $f"
+done
+# Nothing else: no libraries, headers, tests or benchmarks.
+extra=$(cd "$prefix" && find . -type f | sed 's|^\./||' | sort | comm -23 - <(printf '%s\n' "${expected[@]}" | sort))
+[ -z "$extra" ] && pass "tree holds exactly ${#expected[@]} files" || fail "unexpected files: $extra"
+for f in bin/qorvane bin/qorvane-cli; do [ -x "$prefix/$f" ] || fail "$f not executable"; done
+
+# Each icon is a PNG of the size its folder names.
+for size in 16 24 32 48 64 128 256; do
+  png=$prefix/share/icons/hicolor/${size}x${size}/apps/$id.png
+  [ -f "$png" ] || continue
+  read -r -a b < <(od -An -tu1 -j12 -N12 "$png")
+  w=$(( (b[4] << 24) | (b[5] << 16) | (b[6] << 8) | b[7] ))
+  h=$(( (b[8] << 24) | (b[9] << 16) | (b[10] << 8) | b[11] ))
+  tag=$(printf "\\$(printf %o "${b[0]}")\\$(printf %o "${b[1]}")\\$(printf %o "${b[2]}")\\$(printf %o "${b[3]}")")
+  [ "$tag" = IHDR ] && [ "$w" = "$size" ] && [ "$h" = "$size" ] || fail "icon ${size}: $tag ${w}x${h}"
+done
+
+if command -v desktop-file-validate >/dev/null; then
+  desktop-file-validate "$prefix/share/applications/$id.desktop" && pass "desktop-file-validate" || fail "desktop-file-validate"
+else
+  fail "desktop-file-validate not installed (package desktop-file-utils)"
+fi
+grep -qx "Exec=qorvane" "$prefix/share/applications/$id.desktop" || fail "desktop entry does not start qorvane"
+grep -qx "Icon=$id" "$prefix/share/applications/$id.desktop" || fail "desktop entry names another icon"
+if command -v appstreamcli >/dev/null; then
+  appstreamcli validate --no-net "$prefix/share/metainfo/$id.metainfo.xml" && pass "appstreamcli validate" || fail "appstreamcli validate"
+else
+  fail "appstreamcli not installed (package appstream)"
+fi
+version=$("$prefix/bin/qorvane-cli" --version 2>&1)
+grep -q "<release version=\"${version##* }\"" "$prefix/share/metainfo/$id.metainfo.xml" \
+  || fail "metainfo release is not the program's version ($version)"
+
+for page in qorvane qorvane-cli; do
+  text=$(gzip -dc "$prefix/share/man/man1/$page.1.gz" 2>&1)
+  grep -q "^\.TH ${page^^} 1 " <<<"$text" || fail "man page $page has no title line"
+  grep -q "@PROJECT_VERSION@" <<<"$text" && fail "man page $page not configured"
+done
+if command -v man >/dev/null; then
+  MANWIDTH=80 man -l "$prefix/share/man/man1/qorvane-cli.1.gz" 2>"$work/man.err" | grep -q "resave" || fail "man -l qorvane-cli"
+  [ -s "$work/man.err" ] && { cat "$work/man.err"; fail "man page warnings"; }
+fi
+grep -q "<html" "$prefix/share/doc/qorvane/qorvane-guide.html" || fail "guide is no HTML"
+
+# The command-line tool works from its installed place.
+printf '<QOR-DB>\r\n</QOR-DB>\r\n' >"$work/empty.xml"
+out=$("$prefix/bin/qorvane-cli" check "$work/empty.xml" 2>&1) && grep -q "invoice records: 0" <<<"$out" \
+  && pass "installed qorvane-cli checks a file" || fail "installed qorvane-cli: $out"
+
+# The program, in a folder its user can't write: as root, run it as nobody;
+# otherwise take the write permission away.
+home=$work/home
+mkdir -p "$home"
+chmod 755 "$work" "$prefix" "$prefix/bin"
+chmod 777 "$home"
+runas=()
+if [ "$(id -u)" -eq 0 ]; then
+  runas=(setpriv --reuid=65534 --regid=65534 --clear-groups --)
+else
+  chmod a-w "$prefix/bin"
+fi
+env -i PATH=/usr/bin:/bin HOME="$home" XDG_CONFIG_HOME="$home/config" XDG_DATA_HOME="$home/data" \
+    XDG_CACHE_HOME="$home/cache" XDG_RUNTIME_DIR="$home/run" QT_QPA_PLATFORM=offscreen \
+    "${runas[@]}" "$prefix/bin/qorvane" >"$work/qorvane.log" 2>&1 &
+pid=$!
+for _ in $(seq 1 200); do
+  [ -f "$home/data/QOR/QOR.xml" ] && break
+  kill -0 "$pid" 2>/dev/null || break
+  sleep 0.1
+done
+sleep 0.5
+if kill -0 "$pid" 2>/dev/null; then
+  pass "installed qorvane runs"
+  kill "$pid"
+else
+  cat "$work/qorvane.log"
+  fail "installed qorvane ended at start"
+fi
+wait "$pid" 2>/dev/null
+chmod u+w "$prefix/bin"
+[ -f "$home/data/QOR/QOR.xml" ] && pass "database in the per-user data folder" \
+  || fail "no database in $home/data/QOR"
+[ -e "$prefix/bin/QOR.xml" ] && fail "database written beside the installed program"
+
+[ "$failures" -eq 0 ] && echo "install tree: all checks passed" || echo "install tree: $failures failed"
+exit $(( failures > 0 ))

@@ -1,0 +1,228 @@
+// Printing through a real print system: the CUPS scheduler with a cups-pdf
+// queue as the default printer. The job goes out through QPrinter exactly as
+// the print run sends it; cups-pdf turns it into a file, which is read back.
+#include "pages/invoice.h"
+#include "pages/preview.h"
+#include "pages/pdfoutput.h"
+#include "pages/printout.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QLocale>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QPrinter>
+#include <QPrinterInfo>
+#include <QStandardPaths>
+#include <QTest>
+
+using namespace qor::pages;
+
+namespace {
+
+const QStringList SystemPaths = {QStringLiteral("/usr/sbin"), QStringLiteral("/sbin"), QStringLiteral("/usr/bin"),
+                                 QStringLiteral("/bin")};
+
+QString tool(const QString &name)
+{
+    QString t = QStandardPaths::findExecutable(name);
+    return t.isEmpty() ? QStandardPaths::findExecutable(name, SystemPaths) : t;
+}
+
+// Runs a command; its standard output, or a null string when it failed.
+QString run(const QString &program, const QStringList &args, QString *errors = nullptr)
+{
+    QProcess p;
+    p.start(tool(program), args);
+    if (!p.waitForFinished(60000) || p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0) {
+        if (errors)
+            *errors = QString::fromLocal8Bit(p.readAllStandardError()) + p.errorString();
+        return QString();
+    }
+    const QString out = QString::fromLocal8Bit(p.readAllStandardOutput());
+    return out.isNull() ? QStringLiteral("") : out;
+}
+
+bool schedulerRunning() { return run("lpstat", {"-r"}).contains(QLatin1String("scheduler is running")); }
+
+// Where cups-pdf puts its files: the "Out" folder of its configuration, with
+// ${HOME} the submitting user's home, and its folder for anonymous jobs.
+QStringList outputFolders()
+{
+    QStringList dirs;
+    QFile conf(QStringLiteral("/etc/cups/cups-pdf.conf"));
+    if (conf.open(QIODevice::ReadOnly)) {
+        for (const QByteArray &raw : conf.readAll().split('\n')) {
+            const QString line = QString::fromLocal8Bit(raw).trimmed();
+            if (line.startsWith(QLatin1String("Out ")))
+                dirs << line.mid(4).trimmed().replace(QLatin1String("${HOME}"), QDir::homePath());
+        }
+    }
+    dirs << QDir::homePath() + QStringLiteral("/PDF") << QStringLiteral("/var/spool/cups-pdf/ANONYMOUS");
+    dirs.removeDuplicates();
+    return dirs;
+}
+
+QString findOutput(const QString &token)
+{
+    for (const QString &d : outputFolders()) {
+        const QFileInfoList files = QDir(d).entryInfoList({QStringLiteral("*.pdf")}, QDir::Files);
+        for (const QFileInfo &f : files) {
+            if (f.fileName().contains(token))
+                return f.filePath();
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+class TstCupsPrint : public QObject {
+    Q_OBJECT
+
+    QString m_queue;
+    QTemporaryDir m_dir;
+
+    // One page of a PDF as a grey picture at 36 dots an inch.
+    QImage raster(const QString &pdf, int page)
+    {
+        const QString base = m_dir.filePath(QStringLiteral("page"));
+        run("pdftoppm", {"-gray", "-r", "36", "-f", QString::number(page), "-l", QString::number(page), "-singlefile",
+                         pdf, base});
+        QImage img(base + QStringLiteral(".pgm"));
+        QFile::remove(base + QStringLiteral(".pgm"));
+        return img.convertToFormat(QImage::Format_Grayscale8);
+    }
+    // The share of pixels whose grey differs by more than a third of the scale.
+    static double differingShare(const QImage &a, const QImage &b)
+    {
+        if (a.size() != b.size())
+            return 1.0;
+        qint64 differ = 0;
+        for (int y = 0; y < a.height(); ++y) {
+            const uchar *pa = a.constScanLine(y);
+            const uchar *pb = b.constScanLine(y);
+            for (int x = 0; x < a.width(); ++x)
+                differ += std::abs(int(pa[x]) - int(pb[x])) > 85;
+        }
+        return double(differ) / (double(a.width()) * a.height());
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+        if (tool("cupsd").isEmpty() || tool("lpadmin").isEmpty() || tool("lpstat").isEmpty())
+            QSKIP("CUPS is not installed (Debian packages cups and printer-driver-cups-pdf)");
+        if (!QFileInfo::exists(QStringLiteral("/usr/lib/cups/backend/cups-pdf")))
+            QSKIP("the cups-pdf backend is not installed (Debian package printer-driver-cups-pdf)");
+        if (tool("pdftoppm").isEmpty() || tool("pdfinfo").isEmpty())
+            QSKIP("pdftoppm and pdfinfo (poppler-utils) are not installed");
+
+        if (!schedulerRunning()) {
+            // The scheduler puts itself in the background once it is ready.
+            QString why;
+            run("cupsd", {}, &why);
+            if (!QTest::qWaitFor(schedulerRunning, 20000))
+                QSKIP(qPrintable(QStringLiteral("the CUPS scheduler cannot run here: ") + why.trimmed()));
+        }
+
+        // A cups-pdf queue, made when there is none.
+        const QStringList devices = run("lpstat", {"-v"}).split('\n', Qt::SkipEmptyParts);
+        for (const QString &line : devices) {
+            // "device for PDF: cups-pdf:/"
+            if (line.contains(QLatin1String("cups-pdf:/"))) {
+                const qsizetype from = line.indexOf(QLatin1String("for ")) + 4;
+                m_queue = line.mid(from, line.indexOf(u':', from) - from);
+                break;
+            }
+        }
+        if (m_queue.isEmpty()) {
+            m_queue = QStringLiteral("PDF");
+            QString why;
+            const QString ppd = QStringLiteral("/usr/share/ppd/cups-pdf/CUPS-PDF_opt.ppd");
+            if (run("lpadmin", {"-p", m_queue, "-v", "cups-pdf:/", "-E", "-P", ppd}, &why).isNull())
+                QFAIL(qPrintable(QStringLiteral("cannot add the cups-pdf queue: ") + why));
+        }
+        QString why;
+        if (run("lpadmin", {"-d", m_queue}, &why).isNull())
+            QFAIL(qPrintable(QStringLiteral("cannot make the cups-pdf queue the default: ") + why));
+    }
+
+    void invoicesAsOneJobOnTheDefaultPrinter()
+    {
+        QCOMPARE(defaultPrinterName(), m_queue);
+
+        InvoiceInput first = sampleInvoice(0, 3, true, false);
+        InvoiceInput second = sampleInvoice(2, 2, false, false);
+        second.customer[1] = QStringLiteral("Bob");
+        second.customer[2] = QStringLiteral("Stone");
+        const QList<Page> pages = {*composeInvoicePage(first), *composeInvoicePage(second)};
+
+        // cups-pdf names its file after the job's title.
+        const QString token = QStringLiteral("qorvane_%1_%2")
+                                  .arg(QCoreApplication::applicationPid())
+                                  .arg(QDateTime::currentMSecsSinceEpoch());
+        const PrintOutcome out = printToDefaultPrinter(pages, token);
+        QCOMPARE(out.status, PrintStatus::Printed);
+        QCOMPARE(out.printer, m_queue);
+
+        // The print system works on its own time: wait for the file and for
+        // it to be whole.
+        QString file;
+        const bool arrived = QTest::qWaitFor(
+            [&] {
+                file = findOutput(token);
+                return !file.isEmpty() && run("pdfinfo", {file}).contains(QRegularExpression("Pages:\\s+2\\n"));
+            },
+            90000);
+        QVERIFY2(arrived, qPrintable(QStringLiteral("no output of job %1 in %2").arg(token, outputFolders().join(", "))));
+
+        // cups-pdf passes the job through PostScript, which keeps the drawing
+        // but not the text's characters; so the printed sheets are compared
+        // as pictures with the same pages written straight to PDF on the
+        // queue's paper.
+        const QString direct = m_dir.filePath("direct.pdf");
+        QVERIFY(writePdf(pages, direct, QPrinterInfo::defaultPrinter().defaultPageSize()));
+        for (int page = 1; page <= 2; ++page) {
+            const QImage printed = raster(file, page);
+            const QImage expected = raster(direct, page);
+            QVERIFY(!printed.isNull() && !expected.isNull());
+            QCOMPARE(printed.size(), expected.size());
+            const double differing = differingShare(printed, expected);
+            qInfo("page %d: %.4f of the pixels differ from the direct PDF", page, differing);
+            // A page a tenth of an inch out of place would differ far more.
+            const QImage shifted = expected.copy(QRect(4, 4, expected.width(), expected.height()));
+            const double shiftedShare = differingShare(shifted, expected);
+            qInfo("page %d: moved by a tenth of an inch, %.4f differ", page, shiftedShare);
+            QVERIFY(shiftedShare > 3 * differing);
+            QVERIFY2(differing < 0.015, qPrintable(QStringLiteral("page %1: %2 of the pixels differ").arg(page).arg(differing)));
+        }
+        // The measure tells pages apart: the two invoices differ.
+        const double between = differingShare(raster(file, 1), raster(file, 2));
+        qInfo("the two printed pages: %.4f differ", between);
+        QVERIFY(between > 0.015);
+        QFile::remove(file);
+    }
+
+    void aQueueThatRejectsJobsIsReported()
+    {
+        const QString queue = QStringLiteral("QorvaneRejects");
+        QString why;
+        if (run("lpadmin", {"-p", queue, "-v", "cups-pdf:/", "-E", "-P", "/usr/share/ppd/cups-pdf/CUPS-PDF_opt.ppd"},
+                &why).isNull()
+            || run("cupsreject", {queue}, &why).isNull())
+            QFAIL(qPrintable(QStringLiteral("cannot set up a rejecting queue: ") + why));
+        QPrinter printer(QPrinterInfo::printerInfo(queue), QPrinter::HighResolution);
+        const PrintOutcome out = printPages({*composeInvoicePage(sampleInvoice(1, 2, true, false))}, printer, "rejected");
+        run("lpadmin", {"-x", queue});
+        QCOMPARE(out.status, PrintStatus::Failed);
+        QCOMPARE(out.printer, queue);
+        QVERIFY2(out.reason.contains(QLatin1String("not accepting jobs")), qPrintable(out.reason));
+    }
+};
+
+QTEST_MAIN(TstCupsPrint)
+#include "tst_cupsprint.moc"

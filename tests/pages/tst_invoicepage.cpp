@@ -1,0 +1,563 @@
+// The composed invoice page, element by element: lines and the cut-off at
+// twelve, the note, compaction, the stamp, the company block per form, the
+// date placement, money forms and the title.
+#include "pages/invoice.h"
+#include "pages/painter.h"
+#include "pages/pen.h"
+#include "pages/preview.h"
+#include "pages/templates.h"
+#include "pages/textlayout.h"
+
+#include <QLocale>
+#include <QTest>
+
+using namespace qor::pages;
+
+class TstInvoicePage : public QObject {
+    Q_OBJECT
+
+    static InvoiceInput input(int form, int items)
+    {
+        InvoiceInput in;
+        in.company = {"Acme & Sons", "Acme & Sons", "1 Main St", "Springfield", "555-0100", "We fix it",
+                      "Monthly service", "Acme Ltd", "THANK YOU FOR YOUR BUSINESS!"};
+        in.customer = {"Doe, Jane", "Jane", "Doe", "2 Elm St", "Suite 4", "Shelbyville", "j@x", "555", "n"};
+        in.customerNodeText = QStringLiteral("Doe, Jane - owes $10.00");
+        for (int i = 0; i < items; ++i)
+            in.lines << InvoiceLine::item(QStringLiteral("$%1.00").arg(i + 1), QStringLiteral("Item %1").arg(i + 1));
+        in.billDue = QStringLiteral("07/31/2026");
+        in.invoiceDate = QDate(2026, 7, 1);
+        in.dateFormat = QStringLiteral("mm/dd/yyyy");
+        in.currencySymbol = QStringLiteral("$");
+        in.options.templateNumber = form;
+        return in;
+    }
+    static Page compose(const InvoiceInput &in, int *lineIndex = nullptr)
+    {
+        Page page = *invoiceTemplate(in.options.templateNumber);
+        const int n = ComposeInvoice(page, in);
+        if (lineIndex)
+            *lineIndex = n;
+        return page;
+    }
+    static QString text(const Page &p, const QString &name) { return p.at(name).text; }
+    static QString text(const Page &p, const QString &set, int i) { return p.at(set, i).text; }
+    // Every text on the page, to prove something is nowhere on it.
+    static bool pageShows(const Page &p, const QString &needle)
+    {
+        for (const Element &e : p.elements()) {
+            if (e.kind == Kind::Text && e.visible && e.text.contains(needle))
+                return true;
+        }
+        return false;
+    }
+
+private slots:
+    void initTestCase() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
+
+    void formsHoldTheirElements()
+    {
+        for (int t = 0; t < 3; ++t) {
+            const Page &p = *invoiceTemplate(t);
+            QCOMPARE(p.width(), 11520);
+            QCOMPARE(p.height(), 14535);
+            for (int i = 0; i < 12; ++i) {
+                QCOMPARE(p.at("lblPS", i).top, 7320 + 360 * i);
+                QCOMPARE(p.at("lblAm", i).top, 7320 + 360 * i);
+                QCOMPARE(p.at("lnePS", i).y1, 7560 + 360 * i);
+                QCOMPARE(p.at("lnePS", i).colour, QColor(0xC0, 0xC0, 0xC0));
+            }
+            QCOMPARE(p.at("lblInvoiceTitle").colour, QColor(0x80, 0x80, 0x80));
+            QVERIFY(!p.at("lblInvoiceDate").visible);
+            QVERIFY(!p.at("imgPaid").visible);
+            // The stamp lies on top of everything.
+            QCOMPARE(p.elements().last().name, QStringLiteral("imgPaid"));
+        }
+        QVERIFY(invoiceTemplate(0)->find("Shape1") && invoiceTemplate(0)->at("Shape1").rounded);
+        QVERIFY(!invoiceTemplate(1)->find("Shape1") && invoiceTemplate(1)->find("Line1"));
+        QVERIFY(!invoiceTemplate(2)->find("Line1"));
+        QCOMPARE(invoiceTemplate(1)->at("lblCompanyAddress", 2).fontSize, 9.0);
+        QCOMPARE(invoiceTemplate(1)->at("lblCompanyAddress", 2).align, Align::Centre);
+        QCOMPARE(invoiceTemplate(2)->at("lblBillDue").bold, false);
+        QCOMPARE(invoiceTemplate(0)->at("lblCompanySlogan").italic, true);
+        QVERIFY(!invoiceTemplate(3) && !invoiceTemplate(-1));
+        QVERIFY(pageTemplate("frmPrintC") && pageTemplate("frmPrintC")->at("lblList", 3).opaque);
+    }
+
+    void twelveLinesAllShown()
+    {
+        int n = 0;
+        const Page p = compose(input(0, 12), &n);
+        QCOMPARE(n, 11);
+        for (int i = 0; i < 12; ++i) {
+            QCOMPARE(text(p, "lblPS", i), QStringLiteral("Item %1").arg(i + 1));
+            QCOMPARE(text(p, "lblAm", i), QStringLiteral("$%1.00").arg(i + 1));
+            QVERIFY(p.at("lnePS", i).visible);
+        }
+        QCOMPARE(text(p, "lblTotalAm"), QStringLiteral("$78.00"));
+    }
+
+    void thirteenthLineNowhere()
+    {
+        InvoiceInput in = input(1, 12);
+        in.lines << InvoiceLine::item("$500.00", "Thirteenth");
+        in.options.keepTwelveLines = false;
+        int n = 0;
+        const Page p = compose(in, &n);
+        QCOMPARE(n, 12);
+        QVERIFY(!pageShows(p, "Thirteenth"));
+        QCOMPARE(text(p, "lblTotalAm"), QStringLiteral("$78.00"));
+        // A cut-off walk counts as a full box.
+        QCOMPARE(p.at("lneAboveTotal").y1, 11640);
+    }
+
+    void noteAfterTwelveLinesNotReached()
+    {
+        InvoiceInput in = input(0, 12);
+        in.lines << InvoiceLine::note("Late note");
+        const Page p = compose(in);
+        QCOMPARE(text(p, "lblNote"), QString());
+        QVERIFY(!pageShows(p, "Late note"));
+    }
+
+    void noteOnTheTwelfthLine()
+    {
+        InvoiceInput in = input(0, 11);
+        in.lines << InvoiceLine::note("Pay by Friday & thanks");
+        in.options.keepTwelveLines = false;
+        int n = 0;
+        const Page p = compose(in, &n);
+        QCOMPARE(n, 11);
+        QCOMPARE(text(p, "lblPS", 11), QString());
+        QCOMPARE(text(p, "lblAm", 11), QString());
+        QCOMPARE(text(p, "lblNote"), QStringLiteral("NOTE: Pay by Friday & thanks"));
+        QCOMPARE(p.at("lneAboveTotal").y1, 11640);
+        QVERIFY(p.at("lnePS", 11).visible);
+    }
+
+    void noteUsesItsLine()
+    {
+        InvoiceInput in = input(2, 0);
+        in.lines << InvoiceLine::item("$1.00", "First") << InvoiceLine::note("Hi") << InvoiceLine::item("$2.00", "Third");
+        const Page p = compose(in);
+        QCOMPARE(text(p, "lblPS", 0), QStringLiteral("First"));
+        QCOMPARE(text(p, "lblPS", 1), QString());
+        QCOMPARE(text(p, "lblPS", 2), QStringLiteral("Third"));
+        QCOMPARE(text(p, "lblTotalAm"), QStringLiteral("$3.00"));
+    }
+
+    void untickedChildrenUseNoLine()
+    {
+        InvoiceInput in = input(0, 0);
+        in.lines << InvoiceLine::item("$1.00", "Skipped", 1, false) << InvoiceLine::item("$2.00", "Kept");
+        const Page p = compose(in);
+        QCOMPARE(text(p, "lblPS", 0), QStringLiteral("Kept"));
+        QCOMPARE(text(p, "lblTotalAm"), QStringLiteral("$2.00"));
+
+        InvoiceInput none = input(0, 0);
+        none.lines << InvoiceLine::item("$1.00", "Off", 1, false);
+        int n = 0;
+        compose(none, &n);
+        QCOMPARE(n, -1);
+        QVERIFY(!composeInvoicePage(none));
+        QVERIFY(!composeInvoicePage([] { auto i = input(3, 2); return i; }()));
+    }
+
+    void compaction_data()
+    {
+        QTest::addColumn<int>("lines");
+        QTest::addColumn<bool>("move");
+        QTest::addColumn<int>("delta");
+        QTest::newRow("12 lines") << 12 << true << 0;
+        QTest::newRow("11 lines") << 11 << false << 360;
+        QTest::newRow("6 lines") << 6 << false << 2160;
+        QTest::newRow("3 lines") << 3 << false << 3240;
+        QTest::newRow("3 lines moved") << 3 << true << 3240;
+        QTest::newRow("1 line moved") << 1 << true << 3960;
+    }
+    void compaction()
+    {
+        QFETCH(int, lines);
+        QFETCH(bool, move);
+        QFETCH(int, delta);
+        InvoiceInput in = input(0, lines);
+        in.options.keepTwelveLines = false;
+        in.options.moveBottomText = move;
+        const Page p = compose(in);
+        QCOMPARE(p.at("lneAboveTotal").y1, 11640 - delta);
+        QCOMPARE(p.at("lneAboveTotal").y2, 11640 - delta);
+        QCOMPARE(p.at("lblTotalDue").top, 11760 - delta);
+        QCOMPARE(p.at("lblTotalAm").top, 11760 - delta);
+        QCOMPARE(p.at("shpPSBox").height, 5415 - delta);
+        QCOMPARE(p.at("lnePSAmDivider").y2, 12120 - delta);
+        QCOMPARE(p.at("lnePSAmDivider").y1, 6720);
+        for (int i = 0; i < 12; ++i)
+            QCOMPARE(p.at("lnePS", i).visible, i < lines || lines >= 12);
+        const int moved = move ? delta : 0;
+        QCOMPARE(p.at("lblNote").top, 12600 - moved);
+        QCOMPARE(p.at("lblChecksPayableTo").top, 13320 - moved);
+        QCOMPARE(p.at("lblCompanyPhone").top, 13680 - moved);
+        QCOMPARE(p.at("lblInvoiceClosing").top, 14160 - moved);
+        // The used lines and the stamp stay where they are.
+        QCOMPARE(p.at("lblPS", 0).top, 7320);
+        QCOMPARE(p.at("imgPaid").top, 7680);
+    }
+
+    void keepingTwelveLinesMovesNothing()
+    {
+        const Page p = compose(input(0, 1));
+        QCOMPARE(p.at("lneAboveTotal").y1, 11640);
+        QVERIFY(p.at("lnePS", 11).visible);
+    }
+
+    void paidStampAndZeroTotal()
+    {
+        InvoiceInput in = input(0, 2);
+        in.customerNodeText = QStringLiteral("Doe, Jane - paid");
+        const Page p = compose(in);
+        QVERIFY(p.at("imgPaid").visible);
+        QCOMPARE(text(p, "lblAm", 1), QStringLiteral("$2.00"));
+        QCOMPARE(text(p, "lblTotalAm"), QStringLiteral("$0.00"));
+        // Only the ending counts.
+        in.customerNodeText = QStringLiteral("Doe, Jane - paid - owes $3.00");
+        QVERIFY(!compose(in).at("imgPaid").visible);
+
+        // The stamp is drawn, over the lines, in grey; without it the spot is paper.
+        in.customerNodeText = QStringLiteral("Doe, Jane - paid");
+        const QImage stamped = renderPage(compose(in), 768);
+        in.customerNodeText = QStringLiteral("Doe, Jane - owes $3.00");
+        const QImage plain = renderPage(compose(in), 768);
+        int grey = 0, differing = 0;
+        const double s = 768.0 / 11520;
+        for (int y = int(7680 * s); y < int(11340 * s); ++y) {
+            for (int x = int(1680 * s); x < int(7485 * s); ++x) {
+                const QRgb a = stamped.pixel(x, y);
+                if (a != plain.pixel(x, y))
+                    ++differing;
+                if (qRed(a) < 200 && qRed(a) == qGreen(a) && qGreen(a) == qBlue(a))
+                    ++grey;
+            }
+        }
+        QVERIFY2(grey > 2000, qPrintable(QString::number(grey)));
+        QVERIFY(differing > 2000);
+        const QImage stamp = pictureImage("paid");
+        QCOMPARE(stamp.size(), QSize(387, 244));
+        QCOMPARE(qAlpha(stamp.pixel(0, 0)), 0);
+    }
+
+    void companyLinesThatVanish()
+    {
+        InvoiceInput in = input(0, 1);
+        const Page full = compose(in);
+        QCOMPARE(text(full, "lblChecksPayableTo"), QStringLiteral("Please make all checks payable to: Acme Ltd"));
+        QCOMPARE(text(full, "lblCompanyPhone"),
+                 QStringLiteral("If you have any questions about your bill, please call: 555-0100"));
+        QCOMPARE(text(full, "lblInvoiceClosing"), QStringLiteral("THANK YOU FOR YOUR BUSINESS!"));
+        QCOMPARE(text(full, "lblNote"), QString());
+        in.company[4].clear();
+        in.company[7].clear();
+        in.company[8].clear();
+        in.company[6].clear();
+        const Page bare = compose(in);
+        QCOMPARE(text(bare, "lblChecksPayableTo"), QString());
+        QCOMPARE(text(bare, "lblCompanyPhone"), QString());
+        QCOMPARE(text(bare, "lblInvoiceClosing"), QString());
+        QCOMPARE(text(bare, "lblFor"), QStringLiteral("For:"));
+        QCOMPARE(text(bare, "lblGeneralInvoiceDescription"), QString());
+    }
+
+    void companyAndBillToBlocks()
+    {
+        const Page p = compose(input(2, 1));
+        QCOMPARE(text(p, "lblCompanyName"), QStringLiteral("Acme & Sons"));
+        QCOMPARE(text(p, "lblCompanySlogan"), QStringLiteral("We fix it"));
+        QCOMPARE(text(p, "lblCompanyAddress", 0), QStringLiteral("Acme & Sons"));
+        QCOMPARE(text(p, "lblCompanyAddress", 3), QStringLiteral("Springfield"));
+        QCOMPARE(text(p, "lblBillTo", 0), QStringLiteral("Bill To:"));
+        QCOMPARE(text(p, "lblBillTo", 1), QStringLiteral("Jane Doe"));
+        QCOMPARE(text(p, "lblBillTo", 2), QStringLiteral("2 Elm St"));
+        QCOMPARE(text(p, "lblBillTo", 4), QStringLiteral("Shelbyville"));
+        QCOMPARE(text(p, "lblGeneralInvoiceDescription"), QStringLiteral("Monthly service"));
+        QCOMPARE(text(p, "lblBillDue"), QStringLiteral("BILL DUE: 07/31/2026"));
+    }
+
+    void addressShift_data()
+    {
+        QTest::addColumn<int>("form");
+        QTest::addColumn<QList<int>>("full");
+        QTest::addColumn<QList<int>>("shifted");
+        QTest::newRow("frmPrint0") << 0 << QList<int>{2520, 2760, 3000} << QList<int>{2640, 2880, 3120};
+        QTest::newRow("frmPrint1") << 1 << QList<int>{2400, 2640, 2880} << QList<int>{2640, 2880, 3120};
+        QTest::newRow("frmPrint2") << 2 << QList<int>{2400, 2640, 2880} << QList<int>{2400, 2640, 2880};
+    }
+    void addressShift()
+    {
+        QFETCH(int, form);
+        QFETCH(QList<int>, full);
+        QFETCH(QList<int>, shifted);
+        InvoiceInput in = input(form, 1);
+        Page p = compose(in);
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(p.at("lblCompanyAddress", i).top, full[i]);
+        in.company[3].clear();
+        p = compose(in);
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(p.at("lblCompanyAddress", i).top, shifted[i]);
+        QCOMPARE(text(p, "lblCompanyAddress", 3), QString());
+        // An empty line among the others closes nothing up.
+        in = input(form, 1);
+        in.company[2].clear();
+        p = compose(in);
+        QCOMPARE(p.at("lblCompanyAddress", 2).top, full[2]);
+    }
+
+    void datePlacement_data()
+    {
+        QTest::addColumn<int>("form");
+        QTest::addColumn<bool>("withDate");
+        QTest::addColumn<int>("dueTop");
+        QTest::newRow("0 date") << 0 << true << 3030;
+        QTest::newRow("0 none") << 0 << false << 2835;
+        QTest::newRow("1 date") << 1 << true << 4200;
+        QTest::newRow("1 none") << 1 << false << 3840;
+        QTest::newRow("2 date") << 2 << true << 2760;
+        QTest::newRow("2 none") << 2 << false << 2400;
+    }
+    void datePlacement()
+    {
+        QFETCH(int, form);
+        QFETCH(bool, withDate);
+        QFETCH(int, dueTop);
+        InvoiceInput in = input(form, 1);
+        in.options.addInvoiceDate = withDate;
+        const Page p = compose(in);
+        QCOMPARE(p.at("lblBillDue").top, dueTop);
+        QCOMPARE(p.at("lblInvoiceDate").visible, withDate);
+        if (withDate)
+            QCOMPARE(text(p, "lblInvoiceDate"), QStringLiteral("INVOICE DATE: 07/01/2026"));
+        QCOMPARE(p.at("lblInvoiceDate").top, invoiceTemplate(form)->at("lblInvoiceDate").top);
+    }
+
+    void amounts_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("description");
+        QTest::addColumn<QString>("amount");
+        QTest::newRow("quantity") << "$5.00 - Midget Widget (x3)" << "Midget Widget (x3)" << "$15.00";
+        QTest::newRow("two digits") << "$1.25 - Bolt (x12)" << "Bolt (x12)" << "$15.00";
+        QTest::newRow("grouping") << "$1,234.50 - Setup" << "Setup" << "$1,234.50";
+        QTest::newRow("dash in name") << "$7.00 - Fish - large" << "Fish" << "$7.00";
+        QTest::newRow("ampersand") << "$2.00 - Nuts & Bolts" << "Nuts & Bolts" << "$2.00";
+        QTest::newRow("cents") << "$200,000.01 - Big job" << "Big job" << "$200,000.01";
+    }
+    void amounts()
+    {
+        QFETCH(QString, line);
+        QFETCH(QString, description);
+        QFETCH(QString, amount);
+        InvoiceInput in = input(0, 0);
+        in.lines << InvoiceLine{line, true};
+        const Page p = compose(in);
+        QCOMPARE(text(p, "lblPS", 0), description);
+        QCOMPARE(text(p, "lblAm", 0), amount);
+    }
+
+    void totalIsThirtyTwoBit()
+    {
+        // 200000.01 has no 32-bit form to the cent: the line prints exact, the
+        // total from the rounded running sum.
+        InvoiceInput in = input(0, 0);
+        in.lines << InvoiceLine::item("$200,000.01", "Big job");
+        const Page p = compose(in);
+        QCOMPARE(text(p, "lblAm", 0), QStringLiteral("$200,000.01"));
+        QCOMPARE(text(p, "lblTotalAm"), QStringLiteral("$200,000.02"));
+        // Rounded at every step: 0.1 ten times in 32 bits.
+        InvoiceInput tenths = input(0, 0);
+        for (int i = 0; i < 10; ++i)
+            tenths.lines << InvoiceLine::item("$0.10", "Tenth");
+        QCOMPARE(text(compose(tenths), "lblTotalAm"), QStringLiteral("$1.00"));
+    }
+
+    void quantityEndings()
+    {
+        QCOMPARE(parseBilledQuantity("Widget (x3)"), 3);
+        QCOMPARE(parseBilledQuantity("Widget (x12)"), 12);
+        QCOMPARE(parseBilledQuantity("Widget (x123)"), 1);
+        QCOMPARE(parseBilledQuantity("Widget"), 1);
+        QCOMPARE(parseBilledQuantity("(x5)"), 1);
+        QCOMPARE(parseBilledQuantity(" (x5)"), 5);
+    }
+
+    void title_data()
+    {
+        QTest::addColumn<int>("option");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<int>("size");
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<double>("points");
+        QTest::newRow("invoice L") << 0 << "Bill" << 2 << "INVOICE" << 36.0;
+        QTest::newRow("estimate M") << 1 << "" << 1 << "ESTIMATE" << 24.0;
+        QTest::newRow("other S") << 2 << "Receipt & Co" << 0 << "Receipt & Co" << 16.0;
+        QTest::newRow("other empty") << 2 << "" << 2 << "" << 36.0;
+    }
+    void title()
+    {
+        QFETCH(int, option);
+        QFETCH(QString, typed);
+        QFETCH(int, size);
+        QFETCH(QString, shown);
+        QFETCH(double, points);
+        for (int form = 0; form < 3; ++form) {
+            InvoiceInput in = input(form, 1);
+            in.options.title = TitleOption(option);
+            in.options.titleText = typed;
+            in.options.titleSize = TitleSize(size);
+            const Page p = compose(in);
+            const Element &t = p.at("lblInvoiceTitle");
+            QCOMPARE(t.text, shown);
+            QCOMPARE(t.fontSize, points);
+            if (form == 0) {
+                // The box follows the text; the right edge stays put.
+                QCOMPARE(t.left + t.width, 10815);
+                QCOMPARE(t.top, 1335);
+                if (!shown.isEmpty())
+                    QVERIFY(std::abs(t.width - naturalTextSize(t).width()) <= 1.0);
+            } else {
+                QCOMPARE(t.width, 2955);
+                QCOMPARE(t.left, invoiceTemplate(form)->at("lblInvoiceTitle").left);
+            }
+        }
+    }
+
+    void wrappingAndCutting()
+    {
+        Element e;
+        e.left = 1000;
+        e.top = 2000;
+        e.width = 2000;
+        e.height = 255;
+        e.fontSize = 9.75;
+        e.text = QStringLiteral("one two three four five six seven eight nine ten");
+        QList<TextLine> lines = layoutText(e);
+        // Only the first line fits in the height; it broke at a blank.
+        QCOMPARE(lines.size(), 1);
+        QVERIFY(lines[0].width <= 2000);
+        QVERIFY(e.text.startsWith(lines[0].text + u' '));
+        e.height = 2000;
+        lines = layoutText(e);
+        QVERIFY(lines.size() >= 3);
+        QStringList joined;
+        for (const TextLine &l : lines) {
+            QVERIFY(l.width <= 2000);
+            QCOMPARE(l.x, 1000.0);
+            joined << l.text;
+        }
+        QCOMPARE(joined.join(u' '), e.text);
+        e.align = Align::Right;
+        for (const TextLine &l : layoutText(e))
+            QCOMPARE(l.x + l.width, 3000.0);
+        // Line breaks in the text start new lines; a self-sizing element doesn't wrap.
+        e.text = QStringLiteral("a\r\nb\nc");
+        e.autoSize = AutoSize::KeepLeft;
+        QCOMPARE(layoutText(e).size(), 3);
+        fitAutoSize(e);
+        QVERIFY(e.height > 2 * 195 && e.height < 4 * 260);
+    }
+
+    void listColumnsHideWhatRunsUnderThem()
+    {
+        // A line too wide for its column is cut where the next column begins:
+        // each column is opaque and lies over the one to its left.
+        Page list = *pageTemplate("frmPrintC");
+        const QString wide = QStringLiteral("MMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMM");
+        Element &first = list.at("lblList", 0);
+        first.text = wide + QStringLiteral("\r\n") + wide;
+        fitAutoSize(first);
+        QVERIFY(first.left + first.width > 6000);
+        Element &second = list.at("lblList", 1);
+        second.text = QStringLiteral("A customer's long name\r\n.");
+        fitAutoSize(second);
+        const double line = pageFont(second).metrics.lineSpacing();
+        const int secondRight = 3240 + second.width;
+        // The second row of the second column holds only a dot at its left.
+        auto ink = [&](const QImage &img) {
+            int n = 0;
+            for (int y = int((1560 + line) / 10) + 2; y < int((1560 + 2 * line) / 10) - 2; ++y)
+                for (int x = 3500 / 10; x < secondRight / 10 - 1; ++x)
+                    n += qRed(img.pixel(x, y)) < 128;
+            return n;
+        };
+        auto inkLeft = [&](const QImage &img) {
+            int n = 0;
+            for (int y = int((1560 + line) / 10) + 2; y < int((1560 + 2 * line) / 10) - 2; ++y)
+                for (int x = 2000 / 10; x < 3200 / 10; ++x)
+                    n += qRed(img.pixel(x, y)) < 128;
+            return n;
+        };
+        const QImage covered = renderPage(list, 1152);  // 10 twips a pixel
+        QVERIFY(inkLeft(covered) > 20);  // the first column's own part shows
+        QCOMPARE(ink(covered), 0);
+        // Without the second column, the line runs on.
+        list.at("lblList", 1).text.clear();
+        fitAutoSize(list.at("lblList", 1));
+        QVERIFY(ink(renderPage(list, 1152)) > 20);
+    }
+
+    void penWritesLineByLine()
+    {
+        Page envelope(QStringLiteral("envelope"), 13680, 5940, {});
+        PagePen pen(envelope);
+        pen.x = 1134;
+        pen.y = 2268;
+        pen.fontSize = 10;
+        const Element &a = pen.print(QStringLiteral("Acme & Sons"));
+        QCOMPARE(a.left, 1134);
+        QCOMPARE(a.top, 2268);
+        QCOMPARE(pen.x, 0.0);
+        const double ten = pen.lineHeight();
+        QVERIFY(ten > 200 && ten < 260);  // Arial 10 point: about 230 twips
+        QCOMPARE(pen.y, 2268 + ten);
+        pen.x = 1134;
+        pen.print(QString());  // an empty line keeps its place
+        pen.fontSize = 12;
+        pen.x = 1134 + 3969;
+        pen.y += 1134;
+        const Element &c = pen.print(QStringLiteral("Jane Doe"));
+        QCOMPARE(c.left, 5103);
+        QCOMPARE(c.top, int(std::lround(2268 + 2 * ten + 1134)));
+        QVERIFY(pen.lineHeight() > ten);
+        QCOMPARE(envelope.elements().size(), 3);
+        QCOMPARE(envelope.at("line3").text, QStringLiteral("Jane Doe"));
+        QVERIFY(envelope.isLandscape());
+    }
+
+    void previewPictures()
+    {
+        const PreviewPictures pics = makePreviewPictures();
+        for (int i = 0; i < 3; ++i) {
+            QCOMPARE(pics.top[i].size(), QSize(192, 105));
+            QCOMPARE(pics.bottom[i].size(), QSize(192, 144));
+        }
+        // Each form's top differs, and so does each bottom.
+        QVERIFY(pics.top[0] != pics.top[1] && pics.top[1] != pics.top[2] && pics.top[0] != pics.top[2]);
+        QVERIFY(pics.bottom[0] != pics.bottom[1] && pics.bottom[1] != pics.bottom[2]);
+        // With the text moved up, the foot of the picture is empty paper.
+        auto inkRows = [](const QImage &img, int from) {
+            int rows = 0;
+            for (int y = from; y < img.height(); ++y) {
+                for (int x = 0; x < img.width(); ++x) {
+                    if (qRed(img.pixel(x, y)) < 200) {
+                        ++rows;
+                        break;
+                    }
+                }
+            }
+            return rows;
+        };
+        QCOMPARE(inkRows(pics.bottom[2], 110), 0);
+        QVERIFY(inkRows(pics.bottom[1], 110) > 0);
+    }
+};
+
+QTEST_MAIN(TstInvoicePage)
+#include "tst_invoicepage.moc"
