@@ -65,16 +65,17 @@ InvoiceTreeView::InvoiceTreeView(QTreeView *view, InvoiceTree *tree) : QObject(v
         m_view->setExpanded(m_tree->indexOf(node), open);
     });
     connect(view, &QTreeView::expanded, this, [this](const QModelIndex &i) {
-        if (!m_syncing) m_tree->setExpanded(m_tree->nodeOf(i), true);
+        if (!m_syncing && m_tree) m_tree->setExpanded(m_tree->nodeOf(i), true);
     });
     connect(view, &QTreeView::collapsed, this, [this](const QModelIndex &i) {
-        if (!m_syncing) m_tree->setExpanded(m_tree->nodeOf(i), false);
+        if (!m_syncing && m_tree) m_tree->setExpanded(m_tree->nodeOf(i), false);
     });
     applyExpansion();
 }
 
 void InvoiceTreeView::applyExpansion()
 {
+    if (!m_tree) return;
     const QScopedValueRollback<bool> guard(m_syncing, true);
     // A rebuilt tree is open everywhere: one call opens it.
     bool all = true;
@@ -90,10 +91,11 @@ void InvoiceTreeView::applyExpansion()
     });
 }
 
-int InvoiceTreeView::selectedNode() const { return m_tree->nodeOf(m_view->currentIndex()); }
+int InvoiceTreeView::selectedNode() const { return m_tree ? m_tree->nodeOf(m_view->currentIndex()) : 0; }
 
 void InvoiceTreeView::selectNode(int node)
 {
+    if (!m_tree) return;
     const QModelIndex i = m_tree->indexOf(node);
     m_view->setCurrentIndex(i);
     if (i.isValid()) m_view->scrollTo(i);
@@ -105,7 +107,7 @@ bool InvoiceTreeView::eventFilter(QObject *watched, QEvent *event)
         m_expansionPending = false;
         applyExpansion();
     }
-    if (watched != m_view->viewport() || m_filtering) return QObject::eventFilter(watched, event);
+    if (!m_tree || watched != m_view->viewport() || m_filtering) return QObject::eventFilter(watched, event);
     const QEvent::Type type = event->type();
     if (type != QEvent::MouseButtonRelease && type != QEvent::MouseButtonDblClick)
         return QObject::eventFilter(watched, event);

@@ -4,13 +4,14 @@
 // bulk change, and the mouse actions the billing reacts to (mouse-up with its
 // button and Ctrl, double-click).
 #include <QObject>
+#include <QPointer>
 #include <QString>
+
+#include "billing/invoicetree.h"
 
 class QTreeView;
 
 namespace qor {
-
-class InvoiceTree;
 
 class InvoiceTreeView : public QObject {
     Q_OBJECT
@@ -36,7 +37,7 @@ protected:
 private:
     void applyExpansion();
     QTreeView *m_view;
-    InvoiceTree *m_tree;
+    QPointer<InvoiceTree> m_tree;  // the books may close before the window goes
     QString m_currentKey;  // the current node over a bulk change
     bool m_syncing = false;
     bool m_filtering = false;
