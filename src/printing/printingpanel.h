@@ -4,9 +4,13 @@
 #include "shell/panel.h"
 
 class QComboBox;
-class QTreeWidget;
+class QTreeView;
 
 namespace qor {
+
+class InvoiceTree;
+class InvoiceTrees;
+class InvoiceTreeView;
 
 class PrintingPanel : public Panel {
     Q_OBJECT
@@ -14,16 +18,25 @@ public:
     explicit PrintingPanel(AppContext &ctx, QWidget *parent = nullptr);
 
     // This panel's part of RefreshBillPeriodList: cmbBillPeriod(2) lists the
-    // periods of lvwPeriods like the chooser on Bill Periods, with no entry
-    // selected.
+    // periods of lvwPeriods like the chooser on Bill Periods; it selects the
+    // period on show, if any.
     void refreshBillPeriodList();
 
-    QComboBox *chooser() const;  // cmbBillPeriod(2)
-    QTreeWidget *tree() const;   // tvwInvoiceRecords(1)
+    QComboBox *chooser() const { return m_chooser; }  // cmbBillPeriod(2)
+    QTreeView *tree() const { return m_tree; }        // tvwInvoiceRecords(1)
+    // What the tree shows, in the order the print run walks it.
+    InvoiceTree &treeModel() const;
+    InvoiceTreeView *treeBinding() const { return m_binding; }
+
+    // A right click on a customer: the invoice note for this print run.
+    void tvwInvoiceRecordsMouseUp(Qt::MouseButton button);
 
 private:
+    void periodShown(int listIndex);
+    InvoiceTrees &m_trees;
+    InvoiceTreeView *m_binding = nullptr;
     QComboBox *m_chooser = nullptr;
-    QTreeWidget *m_tree = nullptr;
+    QTreeView *m_tree = nullptr;
 };
 
 }  // namespace qor
