@@ -119,12 +119,16 @@ qint64 Database::nextKeyNumber(const KeyedList &table)
 
 QString Database::customerNameByCid(const QString &cid)
 {
-    const QString key = cid + u'k';
+    const QString number = detail::recordNumber(cid, true);
+    const QString key = number + u'k';
     if (lvwCustomers.contains(key)) {
         const QString text = lvwCustomers.textOf(key);
         const qsizetype sep = text.indexOf(FieldSep);
         return sep < 0 ? text : text.left(sep);
     }
+    // A placeholder without a usable number would be dropped by the next
+    // load and made again: there is no spot to hold.
+    if (!detail::usableNumber(number)) return QString();
     // The records point to a customer who has gone: hold the spot.
     lvwCustomers.add(key, placeholderText());
     if (onPlaceholderCreated) onPlaceholderCreated();
@@ -207,9 +211,8 @@ QStringList Database::fillInvoiceRecordNames()
         }
     }
 
-    // Records naming a missing customer. The first of them in table order asks
-    // for the name, gets the placeholder made and an empty name; the others
-    // find the placeholder.
+    // Records naming a missing customer: one placeholder per number, told
+    // once, by the first of its records in table order.
     struct Missing {
         QString cid;
         int first;
@@ -218,9 +221,8 @@ QStringList Database::fillInvoiceRecordNames()
     QHash<QString, size_t> missingIndex;
     for (int i : unnamed) {
         const QStringView text = lvwInvoiceRecords.textView(i);
-        const QStringView cid = field(text, 1);
-        if (names.contains(cid)) continue;
-        const QString c = cid.toString();
+        const QString c = detail::recordNumber(field(text, 1), true);
+        if (names.contains(c) || !detail::usableNumber(c)) continue;
         auto it = missingIndex.find(c);
         if (it == missingIndex.end()) {
             missingIndex.insert(c, missing.size());
@@ -237,8 +239,6 @@ QStringList Database::fillInvoiceRecordNames()
                               lvwInvoiceRecords.textView(missing[b].first)) < 0;
     });
     QStringList problems;
-    std::vector<int> askers;
-    askers.reserve(missing.size());
     for (size_t idx : order) {
         const Missing &m = missing[idx];
         problems << QStringLiteral("Bill period \"%1\" has a record of customer number %2, who is not in the "
@@ -247,9 +247,7 @@ QStringList Database::fillInvoiceRecordNames()
         customerNameByCid(m.cid);
         owned.push_back(m.cid);
         names.insert(owned.back(), QStringLiteral("Customer, Deleted"));
-        askers.push_back(m.first);
     }
-    std::sort(askers.begin(), askers.end());
     problems += itemProblems;
     if (itemProblemCount > detail::MaxItemProblems)
         problems << QStringLiteral("... and %1 more entries naming a missing item.")
@@ -268,8 +266,9 @@ QStringList Database::fillInvoiceRecordNames()
             from = cut + 1;
         }
         if (cut >= 0) rest = rest.left(cut);
-        QString name;
-        if (!std::binary_search(askers.begin(), askers.end(), i)) name = names.value(field(rest, 0));
+        // The record that asked for the placeholder gets its name as well, so
+        // the table is the one the next load of the saved file gives.
+        const QString name = names.value(detail::recordNumber(field(rest, 0), true));
         QString row;
         row.reserve(bp.size() + name.size() + rest.size() + 2);
         row += bp;

@@ -31,6 +31,13 @@ inline constexpr int MaxItemProblems = 1000;
 // The line telling that a record names a missing item; entry may hold "x" and
 // the quantity.
 QString itemProblem(QStringView period, QStringView cid, QStringView entry);
+// A customer or item number the way a record header gives it: lower case, no
+// blanks, and for customers no "k". A record's CID names the customer whose
+// number reads the same.
+QString recordNumber(QStringView text, bool dropK);
+// Is the leading number of a record number greater than 0? Records without
+// such a number are dropped by the reader.
+bool usableNumber(QStringView number);
 }  // namespace detail
 
 // Company fields by the index of txtCompanyDetails(i): 0 name, 1-3 address

@@ -38,47 +38,44 @@ namespace {
 
 constexpr qsizetype BlockSize = qsizetype(256) << 10;
 
-// Bytes that never stand in a text database: NUL and the control bytes other
-// than TAB, LF, FF and CR.
-inline bool isBadByte(unsigned char c)
-{
-    return c < 0x20 && c != 0x09 && c != 0x0A && c != 0x0C && c != 0x0D;
-}
+// The only byte that never stands in a text database: NUL. Other control
+// bytes are text (a vertical tab or ESC pasted from another program), except
+// the two separators of the row texts, which a value can't hold: they are
+// taken for tabs, which are never content, so they fall away.
+inline bool isSeparatorByte(unsigned char c) { return c == 0x01 || c == 0x02; }
 
-// Looks at newly read bytes: the first byte a text file never holds, and
-// whether a CR stands without an LF behind it (then lines are split the slow
-// way). next is the byte after the range, or -1 when it isn't read yet.
+// Looks at newly read bytes: the first NUL, and whether a CR stands without
+// an LF behind it (then lines are split the slow way). Separator bytes are
+// turned into tabs on the way.
 struct BlockScan {
     qsizetype bad = -1;
     bool loneCr = false;
     bool crAtEnd = false;
 };
 
-BlockScan scanBlock(const char *p, qsizetype n)
+BlockScan scanBlock(char *p, qsizetype n)
 {
     BlockScan r;
     qsizetype i = 0;
 #if defined(__SSE2__)
-    const __m128i limit = _mm_set1_epi8(0x1F);
-    const __m128i tab = _mm_set1_epi8(0x09), lf = _mm_set1_epi8(0x0A);
-    const __m128i ff = _mm_set1_epi8(0x0C), cr = _mm_set1_epi8(0x0D);
+    const __m128i two = _mm_set1_epi8(0x02);
+    const __m128i lf = _mm_set1_epi8(0x0A), cr = _mm_set1_epi8(0x0D);
     for (; i + 17 <= n; i += 16) {
         const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i));
         const __m128i y = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i + 1));
-        const __m128i low = _mm_cmpeq_epi8(_mm_max_epu8(x, limit), limit);  // x <= 0x1F
+        const __m128i low = _mm_cmpeq_epi8(_mm_max_epu8(x, two), two);  // x <= 0x02
+        if (_mm_movemask_epi8(low)) break;
         const __m128i isCr = _mm_cmpeq_epi8(x, cr);
-        const __m128i ok = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(x, tab), _mm_cmpeq_epi8(x, lf)),
-                                        _mm_or_si128(_mm_cmpeq_epi8(x, ff), isCr));
-        if (_mm_movemask_epi8(_mm_andnot_si128(ok, low))) break;
         if (!r.loneCr && _mm_movemask_epi8(_mm_andnot_si128(_mm_cmpeq_epi8(y, lf), isCr))) r.loneCr = true;
     }
 #endif
     for (; i < n; ++i) {
         const unsigned char c = static_cast<unsigned char>(p[i]);
-        if (isBadByte(c)) {
+        if (c == 0) {
             r.bad = i;
             return r;
         }
+        if (isSeparatorByte(c)) p[i] = '\t';
         if (c == '\r') {
             if (i + 1 < n) {
                 if (p[i + 1] != '\n') r.loneCr = true;
@@ -140,9 +137,13 @@ inline bool equalsLower(const char *s, qsizetype n, const char *lit, qsizetype l
         std::memcpy(&a, s + i, 8);
         std::memcpy(&b, lit + i, 8);
         if ((a | 0x2020202020202020ull) != b) return false;
+        // A control byte would pass the test above (0x1C for "<"): none may.
+        if ((a - 0x2020202020202020ull) & ~a & 0x8080808080808080ull) return false;
     }
-    for (; i < n; ++i)
-        if ((static_cast<unsigned char>(s[i]) | 0x20) != static_cast<unsigned char>(lit[i])) return false;
+    for (; i < n; ++i) {
+        const unsigned char c = static_cast<unsigned char>(s[i]);
+        if ((c | 0x20) != static_cast<unsigned char>(lit[i]) || c < 0x20) return false;
+    }
     return true;
 }
 
@@ -309,11 +310,6 @@ public:
                     continue;
                 }
             }
-            if (m_bad >= 0 && m_bad < m_bufOffset + m_pos + after) {
-                m_failed = true;
-                m_badLine = m_line + 1;
-                return false;
-            }
             b = s;
             n = lineEnd - s;
             m_pos += after;
@@ -347,7 +343,18 @@ private:
             m_pos = 0;
             m_end = rest;
         }
-        if (m_end == m_buf.size() - Slack) m_buf.resize(m_buf.size() * 2);  // one very long line
+        if (m_end == m_buf.size() - Slack) {
+            // One very long line: grow, but never past what the file still
+            // holds, so a line of the whole file costs its size and no more.
+            const qint64 fileLeft = std::max<qint64>(0, m_file.size() - (m_bufOffset + m_end));
+            const qint64 want = std::min<qint64>(qint64(m_buf.size()) * 2, qint64(m_buf.size()) + fileLeft + BlockSize);
+            m_buf.resize(qsizetype(want));
+        } else if (m_buf.size() > 4 * BlockSize + Slack && m_end < BlockSize) {
+            // The long line is gone: give its room back.
+            QByteArray small(BlockSize + Slack, Qt::Uninitialized);
+            std::memcpy(small.data(), m_buf.constData(), size_t(m_end));
+            m_buf.swap(small);
+        }
         const qint64 got = m_file.read(m_buf.data() + m_end, m_buf.size() - Slack - m_end);
         if (got < 0) {
             m_ioError = m_file.errorString();
@@ -360,15 +367,20 @@ private:
             return;
         }
         if (m_crAtEnd && m_buf.at(m_end) != '\n') m_loneCr = true;
-        if (m_bad < 0) {
-            const BlockScan scan = scanBlock(m_buf.constData() + m_end, got);
-            if (scan.bad >= 0) {
-                m_bad = m_bufOffset + m_end + scan.bad;
-                m_badValue = static_cast<unsigned char>(m_buf.at(m_end + scan.bad));
-            }
-            if (scan.loneCr) m_loneCr = true;
-            m_crAtEnd = scan.crAtEnd;
+        const BlockScan scan = scanBlock(m_buf.data() + m_end, got);
+        if (scan.bad >= 0) {
+            // A binary file: refused at once, however much of it is left.
+            m_failed = true;
+            m_exhausted = true;
+            m_badValue = static_cast<unsigned char>(m_buf.at(m_end + scan.bad));
+            m_badLine = m_line + 1;
+            const char *p = m_buf.constData();
+            for (qsizetype i = m_pos; i < m_end + scan.bad; ++i)
+                if (p[i] == '\n' || (p[i] == '\r' && p[i + 1] != '\n')) ++m_badLine;
+            return;
         }
+        if (scan.loneCr) m_loneCr = true;
+        m_crAtEnd = scan.crAtEnd;
         m_end += got;
     }
 
@@ -378,7 +390,6 @@ private:
     qsizetype m_end = 0;
     qint64 m_bufOffset = 0;
     qint64 m_line = 0;
-    qint64 m_bad = -1;
     qint64 m_badLine = 0;
     unsigned char m_badValue = 0;
     bool m_exhausted = false;
@@ -686,8 +697,9 @@ private:
     // the only way the line can hold the start of a comment.
     static bool clean(const char *b, qsizetype n, QByteArray &out)
     {
-        while (n && *b == ' ') { ++b; --n; }
-        while (n && b[n - 1] == ' ') --n;
+        // Any mix of blanks and tabs at either end is indentation.
+        while (n && (*b == ' ' || *b == '\t')) { ++b; --n; }
+        while (n && (b[n - 1] == ' ' || b[n - 1] == '\t')) --n;
         const qsizetype at = out.size();
         out.resize(at + n + 16);  // room for whole 16-byte stores
         char *const d0 = out.data();
@@ -700,8 +712,6 @@ private:
             else if (c == '&') { b += entity(b, e, d); }
             else { *d++ = c; ++b; bang |= c == '!'; }
         };
-        // Indentation: the tabs in front go before the blanks after them count.
-        while (b < e && *b == '\t') ++b;
 #if defined(__SSE2__)
         // Sixteen bytes at a time. The line source leaves readable slack behind
         // every line, so the last load may reach past the line; only the bytes
@@ -741,11 +751,19 @@ private:
     {
         const qsizetype left = e - b;
         auto is = [&](const char *lit, qsizetype len) { return left >= len && std::memcmp(b, lit, size_t(len)) == 0; };
-        if (is("&lt;", 4)) { *d++ = '<'; return 4; }
-        if (is("&gt;", 4)) { *d++ = '>'; return 4; }
+        // The markup characters a value holds come as references, never as
+        // the bare characters: structure is only what the line holds bare.
+        auto reference = [&](char32_t cp) {
+            *d++ = Marker;
+            *d++ = char(0x80 | ((cp >> 14) & 0x7F));
+            *d++ = char(0x80 | ((cp >> 7) & 0x7F));
+            *d++ = char(0x80 | (cp & 0x7F));
+        };
+        if (is("&lt;", 4)) { reference(U'<'); return 4; }
+        if (is("&gt;", 4)) { reference(U'>'); return 4; }
         if (is("&amp;", 5)) { *d++ = '&'; return 5; }
         if (is("&apos;", 6)) { *d++ = '\''; return 6; }
-        if (is("&quot;", 6)) { *d++ = '"'; return 6; }
+        if (is("&quot;", 6)) { reference(U'"'); return 6; }
         if (left >= 4 && b[1] == '#') {
             const bool hex = b[2] == 'x';
             qsizetype i = hex ? 3 : 2;
@@ -761,12 +779,9 @@ private:
                 cp = cp * (hex ? 16 : 10) + char32_t(v);
             }
             // The two separators of the row texts never come from a file.
-            const bool usable = cp > 2 && cp <= 0x10FFFF;
+            const bool usable = cp != 1 && cp != 2 && cp <= 0x10FFFF;
             if (digits > 0 && digits <= 8 && i < left && b[i] == ';' && usable) {
-                *d++ = Marker;
-                *d++ = char(0x80 | ((cp >> 14) & 0x7F));
-                *d++ = char(0x80 | ((cp >> 7) & 0x7F));
-                *d++ = char(0x80 | (cp & 0x7F));
+                reference(cp);
                 return i + 1;
             }
         }
@@ -807,8 +822,33 @@ private:
         m_curSpan = {mark, 0};
     }
 
+    // A line of a record, cleaned and appended to the record text. Lines are
+    // joined by a line break ("\n", which no cleaned line holds), so that a
+    // value written over several lines keeps its breaks; between elements the
+    // break means nothing. A blank line inside a record adds just the break,
+    // a comment line adds nothing.
+    void recordLine()
+    {
+        m_cur = &m_rec;
+        const char *b;
+        qsizetype n;
+        while (m_src.next(b, n)) {
+            const qsizetype start = m_rec.size();
+            if (start) m_rec.append('\n');
+            const qsizetype mark = m_rec.size();
+            const bool bang = clean(b, n, m_rec);
+            m_curSpan = {mark, m_rec.size() - mark};
+            if (bang && hasComment(m_rec.constData() + mark, m_curSpan.len)) {
+                m_rec.truncate(start);
+                continue;
+            }
+            return;
+        }
+        m_curSpan = {m_rec.size(), 0};
+    }
+
     // XmlNextRecord: the attribute value of a record header line, in lower case.
-    Next xmlNextRecord(const char *closeTag, const char *recordTag, const char *attr, QByteArray &value)
+    Next xmlNextRecord(const char *closeTag, const char *recordTag, const char *attr, QString &value, bool dropK)
     {
         value.clear();
         if (m_src.atEnd()) return Next::EndOfFile;
@@ -837,7 +877,7 @@ private:
             return Next::Value;
         for (qsizetype i = h; i + 1 < n; ++i)
             if (s[i] == '"' && s[i + 1] == '>') {
-                value = QByteArray(s + h, i - h);
+                value = detail::recordNumber(decoded(s + h, i - h), dropK);
                 break;
             }
         return Next::Value;
@@ -855,7 +895,7 @@ private:
     {
         m_rec.truncate(0);
         while (!m_src.atEnd()) {
-            xmlUnescape(m_rec);
+            recordLine();
             if (current("</companyinfo>")) break;
         }
         m_tags.build(m_rec);
@@ -881,17 +921,15 @@ private:
 
     void readCustomers()
     {
-        QByteArray value;
+        QString number;
         while (!current("</customers>") && !m_src.atEnd()) {
-            if (xmlNextRecord("</customers>", "customer", "cid", value) != Next::Value) return;
-            if (value.contains('k')) value.replace('k', "");
+            if (xmlNextRecord("</customers>", "customer", "cid", number, true) != Next::Value) return;
             const qint64 headerLine = m_recordLine;
             m_rec.truncate(0);
             while (!m_src.atEnd()) {
-                xmlUnescape(m_rec);
+                recordLine();
                 if (current("</customer>") || current("</customers>")) break;
             }
-            const QString number = decoded(value.constData(), value.size());
             if (!leadingNumberPositive(number)) continue;
             m_tags.build(m_rec);
             const Span first = m_tags.element("fname");
@@ -907,13 +945,16 @@ private:
             // display name is decoded straight into it.
             QString row;
             row.reserve(m_rec.size() + first.len + last.len + ArchiveMark.size() + 16);
-            if (archived) row += ArchiveMark;
-            const qsizetype nameAt = row.size();
             if (last.len > 0) {
                 appendDecoded(row, s + last.at, last.len);
                 row += QStringLiteral(", ");
             }
             appendDecoded(row, s + first.at, first.len);
+            // A name that begins with the archive mark already reads as
+            // archived everywhere (and is saved so): the mark isn't doubled,
+            // or every load would add one more.
+            if (archived && !row.startsWith(ArchiveMark)) row.prepend(ArchiveMark);
+            const qsizetype nameAt = row.startsWith(ArchiveMark) ? ArchiveMark.size() : 0;
             const qsizetype nameLen = row.size() - nameAt;
             row += FieldSep;
             appendDecoded(row, s + first.at, first.len);
@@ -940,7 +981,7 @@ private:
             m_rec.truncate(0);
             qint64 firstLine = 0;
             while (!m_src.atEnd()) {
-                xmlUnescape(m_rec);
+                recordLine();
                 if (!firstLine) firstLine = m_src.lineNumber();
                 if (current("</billperiods>")) return;
                 if (current("</billperiod>")) break;
@@ -963,28 +1004,38 @@ private:
 
     void readProductsAndServices()
     {
-        QByteArray value;
+        QString number;
         while (!m_src.atEnd()) {
-            if (xmlNextRecord("</productsandservices>", "ps", "psid", value) != Next::Value) return;
+            if (xmlNextRecord("</productsandservices>", "ps", "psid", number, false) != Next::Value) return;
             const qint64 headerLine = m_recordLine;
             m_rec.truncate(0);
             bool sectionEnd = false;
             while (!m_src.atEnd()) {
-                xmlUnescape(m_rec);
+                recordLine();
                 if (current("</productsandservices>")) { sectionEnd = true; break; }
                 if (current("</ps>")) break;
             }
             if (sectionEnd) return;
-            const QString number = decoded(value.constData(), value.size());
             if (!leadingNumberPositive(number)) continue;
             m_tags.build(m_rec);
-            const bool archived = element("current").toLower() == u"no";
-            const QString price = element("itemprice");
-            QString row = regional::sortPrice(price);
+            bool archived = element("current").toLower() == u"no";
+            // The row keeps the price and the name as one text, divided at its
+            // first " - ", with the archive mark in front: a price that holds
+            // either of them is read the way the row will be saved, so the next
+            // load gives the same row. A price that begins with the mark is an
+            // archived item's, as the row could never tell it otherwise.
+            QString combined = element("itemprice");
+            qsizetype marks = 0;
+            while (QStringView(combined).mid(marks).startsWith(ArchiveMark)) marks += ArchiveMark.size();
+            if (marks) {
+                combined.remove(0, marks);
+                archived = true;
+            }
+            combined += u" - ";
+            appendElement(combined, "item");
+            QString row = regional::sortPrice(QStringView(combined).left(combined.indexOf(u" - ")));
             if (archived) row += ArchiveMark;
-            row += price;
-            row += u" - ";
-            appendElement(row, "item");
+            row += combined;
             if (!addRow(m_db.lvwPAndS, number + u'k', std::move(row), headerLine,
                         [&] { return QStringLiteral("a second item with the number %1").arg(number); }))
                 return;
@@ -1125,35 +1176,43 @@ private:
     // stands, any other line is cleaned and makes the record a general one.
     void nextRecordLine(PlainRecord &r)
     {
-        const qsizetype mark = m_rec.size();
         m_cur = &m_rec;
-        m_curSpan = {mark, 0};
         const char *b;
         qsizetype n;
         while (m_src.next(b, n)) {
-            m_rec.truncate(mark);  // drop a blank or comment line read before
-            qsizetype t = 0;
-            while (t < n && b[t] == '\t') ++t;
-            const char *p = b + t;
-            const qsizetype len = n - t;
-            // Plain: starts with "<" and ends with ">" (so no blank at either
-            // end) and has nothing to clean inside.
-            if (r.plain && plainLine(p, len, mark, r)) {
-                m_rec.resize(mark + len);
-                std::memcpy(m_rec.data() + mark, p, size_t(len));
-                m_curSpan = {mark, len};
-                return;
+            const qsizetype start = m_rec.size();
+            if (r.plain) {
+                qsizetype t = 0;
+                while (t < n && b[t] == '\t') ++t;
+                const char *p = b + t;
+                const qsizetype len = n - t;
+                // Plain: starts with "<" and ends with ">" (so no blank at
+                // either end) and has nothing to clean inside. Such lines
+                // are whole elements, so they need no break between them.
+                if (plainLine(p, len, start, r)) {
+                    m_rec.resize(start + len);
+                    std::memcpy(m_rec.data() + start, p, size_t(len));
+                    m_curSpan = {start, len};
+                    return;
+                }
             }
+            if (start) m_rec.append('\n');
+            const qsizetype mark = m_rec.size();
             const bool bang = clean(b, n, m_rec);
             m_curSpan = {mark, m_rec.size() - mark};
-            const bool accepted = m_curSpan.len > 0 && !(bang && hasComment(m_rec.constData() + mark, m_curSpan.len));
-            if (accepted || m_src.atEnd()) {
-                if (m_curSpan.len > 0) r.plain = false;
-                return;
+            if (bang && hasComment(m_rec.constData() + mark, m_curSpan.len)) {
+                m_rec.truncate(start);
+                continue;
             }
+            if (m_curSpan.len == 0 && r.plain) {
+                // Between whole elements a blank line means nothing.
+                m_rec.truncate(start);
+                continue;
+            }
+            if (m_curSpan.len) r.plain = false;
+            return;
         }
-        m_rec.truncate(mark);
-        m_curSpan = {mark, 0};
+        m_curSpan = {m_rec.size(), 0};
     }
 
     // Records wait in small batches before they go into the table: each one's
@@ -1261,7 +1320,11 @@ private:
 
             // The customer's name when the customer is known already, so the
             // row is built once in its final six-field form.
-            const int customer = m_customers.find(s + cid.at, cid.len);
+            // A number in any other form than plain digits ("5K", " 5") names
+            // the customer whose header gives it, as the header reads it.
+            const int customer = NumberSet::plainNumber(s + cid.at, cid.len) >= 0
+                                     ? m_customers.find(s + cid.at, cid.len)
+                                     : m_customers.find(detail::recordNumber(decoded(s + cid.at, cid.len), true));
             const QStringView customerName =
                 customer >= 0 ? QStringView(m_namePool).mid(m_nameAt[size_t(customer)].at, m_nameAt[size_t(customer)].len)
                               : QStringView();
@@ -1336,6 +1399,20 @@ private:
     bool m_itemsLate = false;
 };
 
+// Lower case as the reader takes it for numbers: the letters of the code page.
+char16_t lowerInCodePage(char16_t c)
+{
+    if (c >= u'A' && c <= u'Z') return char16_t(c + 32);
+    if (c >= 0xC0 && c <= 0xDE && c != 0xD7) return char16_t(c + 32);
+    switch (c) {
+    case 0x160: return 0x161;
+    case 0x152: return 0x153;
+    case 0x17D: return 0x17E;
+    case 0x178: return 0xFF;
+    default: return c;
+    }
+}
+
 QString shownName(const QString &path) { return QDir::toNativeSeparators(path); }
 
 // The name under which a file is remembered for keeping a copy of it: the
@@ -1358,6 +1435,20 @@ ReadResult rejected(const QString &message, int line = 0, bool keepCopy = false)
 }
 
 }  // namespace
+
+QString detail::recordNumber(QStringView text, bool dropK)
+{
+    QString out;
+    out.reserve(text.size());
+    for (QChar ch : text) {
+        const char16_t c = lowerInCodePage(ch.unicode());
+        if (c == u' ' || (dropK && c == u'k')) continue;
+        out += QChar(c);
+    }
+    return out;
+}
+
+bool detail::usableNumber(QStringView number) { return leadingNumberPositive(number); }
 
 ReadResult Database::read(const QString &path) { return read(path, MissingFile::Create); }
 
