@@ -9,6 +9,7 @@
 #include <QStringList>
 #include <array>
 #include <functional>
+#include <memory>
 #include <vector>
 
 class QIODevice;
@@ -96,9 +97,18 @@ public:
 
     // SaveDatabase: writes the whole database to path safely — the old file
     // stays byte-identical unless the new content was written completely.
+    // The new file is written beside the old one, synced, renamed over it
+    // and the folder synced; it keeps the old file's permission bits.
     SaveResult save(const QString &path);
+    // The same, with the new content passing through the device that wrap
+    // makes around the temporary file (tests make it fail at any byte).
+    using DeviceWrapper = std::function<std::unique_ptr<QIODevice>(QIODevice &file)>;
+    SaveResult save(const QString &path, const DeviceWrapper &wrap);
     // The exact bytes save() writes.
     QByteArray serialize() const;
+    // Writes those bytes to any device; false when a write fails (the
+    // device's errorString() tells why).
+    bool writeTo(QIODevice &device) const;
 
     // FillInvoiceRecordNames: gives each invoice record its customer name and
     // re-sorts the records. Until it has run after a read, the records stand
@@ -133,7 +143,6 @@ private:
     // Files (canonical paths) whose old content must be kept before they are overwritten.
     QSet<QString> m_keepCopyOf;
     detail::AfterRead m_afterRead;
-    bool writeTo(QIODevice &device) const;
 };
 
 }  // namespace qor

@@ -7,7 +7,10 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <cerrno>
 #include <csignal>
+#include <cstring>
+#include <memory>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -182,6 +185,8 @@ private slots:
         std::signal(SIGXFSZ, previous);
         QVERIFY(!full.ok);
         QVERIFY2(full.message.contains(QDir::toNativeSeparators(path)), qPrintable(full.message));
+        // The system's own reason, not "Unknown error".
+        QVERIFY2(full.message.contains(QString::fromLocal8Bit(std::strerror(EFBIG))), qPrintable(full.message));
         QVERIFY(readFile(path) == old);
         QCOMPARE(QDir(own.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"QOR.xml"});
         // A folder that is a file, a name that is a folder or a pipe: each is left as it is.
@@ -200,6 +205,61 @@ private slots:
         // The save that can happen writes everything.
         QVERIFY(db.save(path).ok);
         QVERIFY(readFile(path) == db.serialize());
+    }
+
+    void saveFailingAtAnyByteAndKeepingMode()
+    {
+        // Bigger than the writer's blocks, so a failure can come in any of several writes.
+        Database db;
+        for (int c = 1; c <= 3000; ++c)
+            db.lvwCustomers.add(QString::number(c) + u'k',
+                                fields({"N", "N", "", "", "", "", "", "", ""}) + QString(8000, QChar(u'a' + c % 26)));
+        const QByteArray content = db.serialize();
+        QVERIFY(content.size() > (qint64(16) << 20));
+        QTemporaryDir own;
+        const QString path = own.filePath(QStringLiteral("QOR.xml"));
+        const QByteArray old = customerFile("1", "2");
+        QVERIFY(writeFile(path, old));
+        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup));
+
+        // A device that takes failAt bytes and then fails, part-way through a write.
+        class Failing : public QIODevice {
+        public:
+            Failing(QIODevice &inner, qint64 failAt) : m_inner(inner), m_left(failAt) { open(WriteOnly | Unbuffered); }
+        protected:
+            qint64 readData(char *, qint64) override { return -1; }
+            qint64 writeData(const char *data, qint64 size) override
+            {
+                const qint64 take = std::min(size, m_left);
+                if (take > 0 && m_inner.write(data, take) != take) return -1;
+                m_left -= take;
+                if (take == size) return size;
+                setErrorString(QStringLiteral("No space left on device"));
+                return -1;
+            }
+        private:
+            QIODevice &m_inner;
+            qint64 m_left;
+        };
+        for (qint64 failAt : {qint64(0), qint64(1), qint64(4095), qint64(8) << 20, (qint64(8) << 20) + 1,
+                              content.size() / 2, content.size() - 1}) {
+            const SaveResult r = db.save(path, [failAt](QIODevice &file) { return std::make_unique<Failing>(file, failAt); });
+            QVERIFY(!r.ok);
+            QVERIFY2(r.message.contains(QLatin1String("No space left on device")), qPrintable(r.message));
+            QVERIFY(readFile(path) == old);
+            QCOMPARE(QDir(own.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"QOR.xml"});
+        }
+        // The device that fails at the last byte only would have written it all.
+        const SaveResult whole =
+            db.save(path, [&](QIODevice &file) { return std::make_unique<Failing>(file, content.size()); });
+        QVERIFY2(whole.ok, qPrintable(whole.message));
+        QVERIFY(readFile(path) == content);
+        // The permission bits of the old file stay with the new one.
+        QCOMPARE(QFileInfo(path).permissions() & 0x7777,
+                 QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser | QFile::ReadGroup);
+        struct stat st {};
+        QCOMPARE(::stat(QFile::encodeName(path).constData(), &st), 0);
+        QCOMPARE(st.st_mode & 07777, mode_t(0640));
     }
 
     void placeholderCustomer()
