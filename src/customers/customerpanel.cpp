@@ -4,6 +4,7 @@
 #include "billing/frmchecking.h"
 #include "database/collation.h"
 #include "database/database.h"
+#include "database/entryrules.h"
 #include "database/regional.h"
 #include "database/rows.h"
 #include "shell/appcontext.h"
@@ -387,6 +388,7 @@ bool CustomerPanel::duplicateCheck(const QString &name, const QString &excludeKe
 bool CustomerPanel::addCustomer(QString &key)
 {
     const QString name = displayName();
+    if (!entryStorable()) return false;
     if (!duplicateCheck(name, QString())) return false;
     Database &db = ctx.db();
     if (key.isEmpty()) key = QString::number(Database::nextKeyNumber(db.lvwCustomers) + 1) + QLatin1Char('k');
@@ -407,8 +409,19 @@ bool CustomerPanel::addCustomer(QString &key)
     return true;
 }
 
+// Typed text that the database would take for its own marks is refused here.
+bool CustomerPanel::entryStorable()
+{
+    QStringList typed;
+    for (int i = 0; i < FieldCount; ++i) typed.append(fieldText(i));
+    const QString why = entry::customerProblem(typed);
+    if (!why.isEmpty()) QMessageBox::warning(ctx.mainWindow(), QStringLiteral("QOR"), why);
+    return why.isEmpty();
+}
+
 void CustomerPanel::applyCustomerEdit()
 {
+    if (!entryStorable()) return;
     if (settings::confirmEditsText() != QLatin1String("False")
         && !confirm(QStringLiteral("Save Changes to Existing Customer???"),
                     QStringLiteral("Are you sure you want to change the details on this existing customer?"))) {

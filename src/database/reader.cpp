@@ -630,10 +630,17 @@ public:
     }
     int find(const QString &number) const
     {
-        for (QChar c : number)
-            if (c.unicode() >= 0x80) return m_other.value(number, -1);
-        const QByteArray latin = number.toLatin1();
-        return find(latin.constData(), latin.size());
+        char digits[9];
+        const qsizetype n = number.size();
+        bool plain = n >= 1 && n <= 9;
+        for (qsizetype i = 0; plain && i < n; ++i) {
+            const char16_t c = number[i].unicode();
+            plain = c >= u'0' && c <= u'9';
+            digits[i] = char(c);
+        }
+        const qint64 v = plain ? plainNumber(digits, n) : -1;
+        if (v >= 0 && v < (qint64(1) << 24)) return size_t(v) < m_small.size() ? m_small[size_t(v)] : -1;
+        return m_other.value(number, -1);
     }
     // The value stored for a number given as cleaned bytes; -1 when unknown.
     int find(const char *p, qsizetype n) const

@@ -3,6 +3,7 @@
 #include "billing/archiving.h"
 #include "billing/frmchecking.h"
 #include "database/database.h"
+#include "database/entryrules.h"
 #include "database/regional.h"
 #include "database/rows.h"
 #include "shell/appcontext.h"
@@ -202,6 +203,11 @@ bool ProductPanel::addProduct()
     // The button only shows for a numeric price; Enter could still reach here.
     if (!regional::isNumeric(price)) return false;
     const QString shown = displayText(price, name);
+    if (const QString why = entry::productProblem(regional::formatCurrency(regional::priceValue(price)), name);
+        !why.isEmpty()) {
+        QMessageBox::warning(ctx.mainWindow(), QStringLiteral("QOR"), why);
+        return false;
+    }
     if (findProductRow(shown) > 0) {
         QMessageBox::warning(ctx.mainWindow(), QStringLiteral("Duplicate Product or Service Found"),
                              QStringLiteral("A product or service was found with the exact same price and name.\r\n\r\n"
