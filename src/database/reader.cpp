@@ -31,6 +31,9 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
 
 namespace qor {
 
@@ -209,6 +212,52 @@ inline char16_t *putDecoded(char16_t *d, const char *p, qsizetype n)
     return d;
 }
 
+// The number of characters that bytes of a cleaned value decode to.
+qsizetype decodedLength(const char *p, qsizetype n)
+{
+    qsizetype len = n;
+    const char *e = p + n;
+    while (const char *m = static_cast<const char *>(n > 0 ? std::memchr(p, Marker, size_t(e - p)) : nullptr)) {
+        if (e - m < 4) break;
+        const char32_t cp = (char32_t(m[1] & 0x7F) << 14) | (char32_t(m[2] & 0x7F) << 7) | char32_t(m[3] & 0x7F);
+        len -= cp > 0xFFFF ? 2 : 3;
+        p = m + 4;
+    }
+    return len;
+}
+
+// Decodes a very long value at d piece by piece and hands the pages of the
+// bytes already decoded back to the system, so the bytes and the characters
+// of one huge value don't both stand in memory whole. The bytes must not be
+// read again.
+char16_t *putDecodedReleasing(char16_t *d, const char *p, qsizetype n)
+{
+    constexpr qsizetype Piece = qsizetype(16) << 20;
+    constexpr uintptr_t Page = 4096;
+    const char *e = p + n;
+    const char *released = p;
+    while (p < e) {
+        const char *stop = e - p > Piece ? p + Piece : e;
+        // A reference is four bytes: never cut one.
+        for (const char *k = std::max(p, stop - 3); k < stop; ++k)
+            if (*k == Marker) {
+                stop = std::min(e, k + 4);
+                break;
+            }
+        d = putDecoded(d, p, stop - p);
+        p = stop;
+#if defined(__linux__)
+        const uintptr_t from = (reinterpret_cast<uintptr_t>(released) + Page - 1) & ~(Page - 1);
+        const uintptr_t to = reinterpret_cast<uintptr_t>(p) & ~(Page - 1);
+        if (to > from) {
+            madvise(reinterpret_cast<void *>(from), to - from, MADV_DONTNEED);
+            released = reinterpret_cast<const char *>(to);
+        }
+#endif
+    }
+    return d;
+}
+
 // Appends bytes of a cleaned value, decoded, to s.
 void appendDecoded(QString &s, const char *p, qsizetype n)
 {
@@ -271,6 +320,16 @@ public:
 
     bool next(const char *&b, qsizetype &n)
     {
+        // A long line handed out before is done with: give its room back
+        // before the record it belongs to is turned into a row.
+        if (m_buf.size() > 4 * BlockSize + Slack && m_end - m_pos < BlockSize) {
+            QByteArray small(BlockSize + Slack, Qt::Uninitialized);
+            std::memcpy(small.data(), m_buf.constData() + m_pos, size_t(m_end - m_pos));
+            m_bufOffset += m_pos;
+            m_end -= m_pos;
+            m_pos = 0;
+            m_buf.swap(small);
+        }
         for (;;) {
             if (m_failed) return false;
             const char *s = m_buf.constData() + m_pos;
@@ -349,11 +408,6 @@ private:
             const qint64 fileLeft = std::max<qint64>(0, m_file.size() - (m_bufOffset + m_end));
             const qint64 want = std::min<qint64>(qint64(m_buf.size()) * 2, qint64(m_buf.size()) + fileLeft + BlockSize);
             m_buf.resize(qsizetype(want));
-        } else if (m_buf.size() > 4 * BlockSize + Slack && m_end < BlockSize) {
-            // The long line is gone: give its room back.
-            QByteArray small(BlockSize + Slack, Qt::Uninitialized);
-            std::memcpy(small.data(), m_buf.constData(), size_t(m_end));
-            m_buf.swap(small);
         }
         const qint64 got = m_file.read(m_buf.data() + m_end, m_buf.size() - Slack - m_end);
         if (got < 0) {
@@ -829,6 +883,14 @@ private:
         m_curSpan = {mark, 0};
     }
 
+    // Empties the record buffer for the next record; the room of a huge one
+    // goes back to the system.
+    void freshRecord()
+    {
+        if (m_rec.capacity() > (qsizetype(64) << 20)) m_rec = QByteArray();
+        m_rec.truncate(0);
+    }
+
     // A line of a record, cleaned and appended to the record text. Lines are
     // joined by a line break ("\n", which no cleaned line holds), so that a
     // value written over several lines keeps its breaks; between elements the
@@ -900,7 +962,7 @@ private:
 
     void readCompanyInfo()
     {
-        m_rec.truncate(0);
+        freshRecord();
         while (!m_src.atEnd()) {
             recordLine();
             if (current("</companyinfo>")) break;
@@ -932,7 +994,7 @@ private:
         while (!current("</customers>") && !m_src.atEnd()) {
             if (xmlNextRecord("</customers>", "customer", "cid", number, true) != Next::Value) return;
             const qint64 headerLine = m_recordLine;
-            m_rec.truncate(0);
+            freshRecord();
             while (!m_src.atEnd()) {
                 recordLine();
                 if (current("</customer>") || current("</customers>")) break;
@@ -948,29 +1010,48 @@ private:
                                   : findByte(s + cur.at, cur.len, Marker)
                                       ? text(cur).toLower() == u"no"
                                       : false;
-            // Sized for the whole row, so it is built without growing; the
-            // display name is decoded straight into it.
-            QString row;
-            row.reserve(m_rec.size() + first.len + last.len + ArchiveMark.size() + 16);
-            if (last.len > 0) {
-                appendDecoded(row, s + last.at, last.len);
-                row += QStringLiteral(", ");
-            }
-            appendDecoded(row, s + first.at, first.len);
+            // The row is sized exactly and decoded straight into place: a
+            // table keeps no spare room, and a row of a huge note must not
+            // be built twice.
+            const Span lead = last.len > 0 ? last : first;
+            char16_t head[24];
+            const qsizetype headLen = putDecoded(head, s + lead.at, std::min<qsizetype>(lead.len, 24)) - head;
             // A name that begins with the archive mark already reads as
             // archived everywhere (and is saved so): the mark isn't doubled,
             // or every load would add one more.
-            if (archived && !row.startsWith(ArchiveMark)) row.prepend(ArchiveMark);
-            const qsizetype nameAt = row.startsWith(ArchiveMark) ? ArchiveMark.size() : 0;
-            const qsizetype nameLen = row.size() - nameAt;
-            row += FieldSep;
-            appendDecoded(row, s + first.at, first.len);
-            row += FieldSep;
-            appendDecoded(row, s + last.at, last.len);
-            for (const char *element : {"add1", "add2", "add3", "email", "phone", "notes"}) {
-                row += FieldSep;
-                appendElement(row, element);
+            const bool markedName = QStringView(head, headLen).startsWith(ArchiveMark);
+            const bool addMark = archived && !markedName;
+            const Span rest[6] = {m_tags.element("add1"), m_tags.element("add2"), m_tags.element("add3"),
+                                  m_tags.element("email"), m_tags.element("phone"), m_tags.element("notes")};
+            const qsizetype firstLen = decodedLength(s + first.at, first.len);
+            const qsizetype lastLen = decodedLength(s + last.at, last.len);
+            const qsizetype displayLen = last.len > 0 ? lastLen + 2 + firstLen : firstLen;
+            qsizetype total = (addMark ? ArchiveMark.size() : 0) + displayLen + 1 + firstLen + 1 + lastLen;
+            for (const Span &sp : rest) total += 1 + decodedLength(s + sp.at, sp.len);
+            QString row(total, Qt::Uninitialized);
+            char16_t *const r0 = reinterpret_cast<char16_t *>(row.data());
+            char16_t *d = r0;
+            if (addMark) d = std::copy(ArchiveMark.utf16(), ArchiveMark.utf16() + ArchiveMark.size(), d);
+            if (last.len > 0) {
+                d = putDecoded(d, s + last.at, last.len);
+                *d++ = u',';
+                *d++ = u' ';
             }
+            d = putDecoded(d, s + first.at, first.len);
+            const qsizetype nameAt = (addMark || markedName) ? ArchiveMark.size() : 0;
+            const qsizetype nameLen = (d - r0) - nameAt;
+            *d++ = FieldSep.unicode();
+            d = putDecoded(d, s + first.at, first.len);
+            *d++ = FieldSep.unicode();
+            d = putDecoded(d, s + last.at, last.len);
+            for (int i = 0; i < 6; ++i) {
+                *d++ = FieldSep.unicode();
+                // The note is read last: a huge one gives its bytes back as it goes.
+                const bool huge = i == 5 && rest[i].len >= (qsizetype(64) << 20);
+                d = huge ? putDecodedReleasing(d, s + rest[i].at, rest[i].len)
+                         : putDecoded(d, s + rest[i].at, rest[i].len);
+            }
+            Q_ASSERT(d - r0 == total);
             m_nameAt.push_back({m_namePool.size(), nameLen});
             m_namePool += QStringView(row).mid(nameAt, nameLen);
             if (!addRow(m_db.lvwCustomers, number + u'k', std::move(row), headerLine,
@@ -985,7 +1066,7 @@ private:
     void readBillPeriods()
     {
         while (!m_src.atEnd()) {
-            m_rec.truncate(0);
+            freshRecord();
             qint64 firstLine = 0;
             while (!m_src.atEnd()) {
                 recordLine();
@@ -1015,7 +1096,7 @@ private:
         while (!m_src.atEnd()) {
             if (xmlNextRecord("</productsandservices>", "ps", "psid", number, false) != Next::Value) return;
             const qint64 headerLine = m_recordLine;
-            m_rec.truncate(0);
+            freshRecord();
             bool sectionEnd = false;
             while (!m_src.atEnd()) {
                 recordLine();
@@ -1277,7 +1358,7 @@ private:
             m_db.lvwInvoiceRecords.reserve(int(std::min<qint64>(estimate, 1 << 28)));
         }
         while (!m_src.atEnd()) {
-            m_rec.truncate(0);
+            freshRecord();
             qint64 firstLine = 0;
             plain.reset();
             while (!m_src.atEnd()) {
