@@ -274,6 +274,17 @@ QStringList Database::fillInvoiceRecordNames()
         // The record that asked for the placeholder gets its name as well, so
         // the table is the one the next load of the saved file gives.
         const QString name = names.value(detail::recordNumber(field(rest, 0), true));
+        if (text.size() > (qsizetype(1) << 20) && sep0 >= 0 && cut < 0) {
+            // A huge record (a note of many megabytes) gets its name in place
+            // rather than being built a second time beside itself.
+            QString own = lvwInvoiceRecords.text(i);
+            lvwInvoiceRecords.setText(i, QString());
+            own.reserve(own.size() + name.size() + 1);
+            own.insert(sep0 + 1, name + FieldSep);
+            own.squeeze();
+            lvwInvoiceRecords.setText(i, std::move(own));
+            continue;
+        }
         QString row;
         row.reserve(bp.size() + name.size() + rest.size() + 2);
         row += bp;

@@ -23,6 +23,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <cstring>
 #include <optional>
 #include <utility>
@@ -972,7 +973,22 @@ private:
             "companyname", "companyadd1", "companyadd2", "companyadd3", "companyphone",
             "companyslogan", "generalinvoicedescription", "checkspayableto", "invoiceclosing",
         };
-        for (int i = 0; i < CompanyFieldCount; ++i) m_db.company[size_t(i)] = element(names[i]);
+        Span spans[CompanyFieldCount];
+        for (int i = 0; i < CompanyFieldCount; ++i) spans[i] = m_tags.element(names[i]);
+        for (int i = 0; i < CompanyFieldCount; ++i) {
+            const Span sp = spans[i];
+            // A huge value gives its bytes back as it is decoded, unless a
+            // value still to come lies in them (a file edited by hand).
+            bool release = sp.len >= (qsizetype(64) << 20);
+            for (int j = i + 1; release && j < CompanyFieldCount; ++j)
+                release = spans[j].at + spans[j].len <= sp.at || spans[j].at >= sp.at + sp.len;
+            const char *p = m_rec.constData() + sp.at;
+            QString value(decodedLength(p, sp.len), Qt::Uninitialized);
+            char16_t *d = reinterpret_cast<char16_t *>(value.data());
+            if (release) putDecodedReleasing(d, p, sp.len);
+            else putDecoded(d, p, sp.len);
+            m_db.company[size_t(i)] = std::move(value);
+        }
     }
 
     // `what` tells the duplicate in the message; it is only worked out then.
@@ -1451,7 +1467,12 @@ private:
                 d = putDecoded(d, s + entries[e].at, entries[e].len);
             }
             *d++ = FieldSep.unicode();
-            d = putDecoded(d, s + note.at, note.len);
+            // A huge note gives its bytes back as it is decoded, unless
+            // something read later lies in them (a file edited by hand).
+            auto apart = [&note](Span o) { return o.at + o.len <= note.at || o.at >= note.at + note.len; };
+            bool release = note.len >= (qsizetype(64) << 20) && apart(bp) && apart(cid);
+            for (const Span &entry : entries) release = release && apart(entry);
+            d = release ? putDecodedReleasing(d, s + note.at, note.len) : putDecoded(d, s + note.at, note.len);
             if (d - r < row.size()) row.truncate(d - r);
 
             pending.row = std::move(row);
@@ -1542,110 +1563,124 @@ ReadResult Database::read(const QString &path) { return read(path, MissingFile::
 
 ReadResult Database::read(const QString &path, MissingFile missing)
 {
-    clear();
-    const QFileInfo info(path);
-    const QString absolute = fileKey(path);
-    const QString name = shownName(path);
+    // Running out of memory half-way is told like any other refusal: the
+    // tables are left empty and the file as it is, with a copy kept on save.
+    auto readWhole = [&]() -> ReadResult {
+        clear();
+        const QFileInfo info(path);
+        const QString absolute = fileKey(path);
+        const QString name = shownName(path);
 
-    if (!info.exists()) {
-        if (missing == MissingFile::Reject)
-            return rejected(QStringLiteral("The database file \"%1\" does not exist.").arg(name));
-        QFile made(path);
-        if (!made.open(QIODevice::WriteOnly))
-            return rejected(QStringLiteral("The database file \"%1\" does not exist and cannot be created: %2.")
-                                .arg(name, made.errorString()));
-        made.close();
-        m_keepCopyOf.remove(absolute);  // nothing left of an older, unreadable file
-        ReadResult r;
-        r.status = ReadResult::Status::Created;
-        return r;
-    }
-    if (info.isDir())
-        return rejected(QStringLiteral("\"%1\" is a folder, not a database file.").arg(name));
-
-    // From here on the path holds something this program did not read: the
-    // first save over it must keep a copy unless the read succeeds.
-    QFile file(path);
-    // The reader keeps its own blocks; a second buffer would only copy them.
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        m_keepCopyOf.insert(absolute);
-        return rejected(QStringLiteral("The database file \"%1\" cannot be opened: %2.").arg(name, file.errorString()),
-                        0, true);
-    }
-    if (file.size() > MaxFileSize) {
-        m_keepCopyOf.insert(absolute);
-        return rejected(QStringLiteral("The database file \"%1\" cannot be loaded: at %2 MB it is larger than the "
-                                       "%3 MB this program can hold in memory.")
-                            .arg(name)
-                            .arg(file.size() >> 20)
-                            .arg(MaxFileSize >> 20),
-                        0, true);
-    }
-
-    // Read into fresh tables; they replace the current ones only on success,
-    // so a rejected file never leaves half-filled tables behind.
-    Database fresh;
-    detail::AfterRead after;
-    Reader reader(file, fresh, after);
-    reader.run();
-    LineSource &src = reader.source();
-
-    if (src.failed() && !src.ioError().isEmpty()) {
-        m_keepCopyOf.insert(absolute);
-        return rejected(QStringLiteral("The database file \"%1\" could not be read: %2.").arg(name, src.ioError()),
-                        0, true);
-    }
-    if (src.failed()) {
-        m_keepCopyOf.insert(absolute);
-        const int line = int(src.badLine());
-        return rejected(QStringLiteral("The database file \"%1\" is not a text database: line %2 holds the byte "
-                                       "0x%3, which such a file never contains.")
-                            .arg(name)
-                            .arg(line)
-                            .arg(int(src.badByte()), 2, 16, QLatin1Char('0')),
-                        line, true);
-    }
-    if (reader.duplicate) {
-        m_keepCopyOf.insert(absolute);
-        const int line = int(reader.duplicate->line);
-        return rejected(QStringLiteral("The database file \"%1\" cannot be loaded: line %2 holds %3, and a key may "
-                                       "stand only once.")
-                            .arg(name)
-                            .arg(line)
-                            .arg(reader.duplicate->what),
-                        line, true);
-    }
-
-    lvwCustomers.swap(fresh.lvwCustomers);
-    lvwPeriods.swap(fresh.lvwPeriods);
-    lvwPAndS.swap(fresh.lvwPAndS);
-    lvwInvoiceRecords.swap(fresh.lvwInvoiceRecords);
-    company.swap(fresh.company);
-    m_afterRead = std::move(after);
-    lvwCustomers.resort();
-    lvwPeriods.resort();
-    lvwPAndS.resort();
-    // The records are sorted once, by fillInvoiceRecordNames(), which every
-    // load runs next: their final text is only known then.
-
-    ReadResult r;
-    if (!reader.sectionFound) {
-        // A non-empty file without any section: read as empty, but its content
-        // is not ours to throw away on the next save.
-        file.seek(0);
-        bool content = false;
-        char chunk[65536];
-        qint64 got;
-        while (!content && (got = file.read(chunk, sizeof chunk)) > 0)
-            for (qint64 i = 0; i < got && !content; ++i)
-                content = chunk[i] != ' ' && chunk[i] != '\t' && chunk[i] != '\r' && chunk[i] != '\n';
-        if (content) {
-            m_keepCopyOf.insert(absolute);
-            r.keepsCopyOnSave = true;
+        if (!info.exists()) {
+            if (missing == MissingFile::Reject)
+                return rejected(QStringLiteral("The database file \"%1\" does not exist.").arg(name));
+            QFile made(path);
+            if (!made.open(QIODevice::WriteOnly))
+                return rejected(QStringLiteral("The database file \"%1\" does not exist and cannot be created: %2.")
+                                    .arg(name, made.errorString()));
+            made.close();
+            m_keepCopyOf.remove(absolute);  // nothing left of an older, unreadable file
+            ReadResult r;
+            r.status = ReadResult::Status::Created;
+            return r;
         }
+        if (info.isDir())
+            return rejected(QStringLiteral("\"%1\" is a folder, not a database file.").arg(name));
+
+        // From here on the path holds something this program did not read: the
+        // first save over it must keep a copy unless the read succeeds.
+        QFile file(path);
+        // The reader keeps its own blocks; a second buffer would only copy them.
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+            m_keepCopyOf.insert(absolute);
+            return rejected(QStringLiteral("The database file \"%1\" cannot be opened: %2.").arg(name, file.errorString()),
+                            0, true);
+        }
+        if (file.size() > MaxFileSize) {
+            m_keepCopyOf.insert(absolute);
+            return rejected(QStringLiteral("The database file \"%1\" cannot be loaded: at %2 MB it is larger than the "
+                                           "%3 MB this program can hold in memory.")
+                                .arg(name)
+                                .arg(file.size() >> 20)
+                                .arg(MaxFileSize >> 20),
+                            0, true);
+        }
+
+        // Read into fresh tables; they replace the current ones only on success,
+        // so a rejected file never leaves half-filled tables behind.
+        Database fresh;
+        detail::AfterRead after;
+        Reader reader(file, fresh, after);
+        reader.run();
+        LineSource &src = reader.source();
+
+        if (src.failed() && !src.ioError().isEmpty()) {
+            m_keepCopyOf.insert(absolute);
+            return rejected(QStringLiteral("The database file \"%1\" could not be read: %2.").arg(name, src.ioError()),
+                            0, true);
+        }
+        if (src.failed()) {
+            m_keepCopyOf.insert(absolute);
+            const int line = int(src.badLine());
+            return rejected(QStringLiteral("The database file \"%1\" is not a text database: line %2 holds the byte "
+                                           "0x%3, which such a file never contains.")
+                                .arg(name)
+                                .arg(line)
+                                .arg(int(src.badByte()), 2, 16, QLatin1Char('0')),
+                            line, true);
+        }
+        if (reader.duplicate) {
+            m_keepCopyOf.insert(absolute);
+            const int line = int(reader.duplicate->line);
+            return rejected(QStringLiteral("The database file \"%1\" cannot be loaded: line %2 holds %3, and a key may "
+                                           "stand only once.")
+                                .arg(name)
+                                .arg(line)
+                                .arg(reader.duplicate->what),
+                            line, true);
+        }
+
+        lvwCustomers.swap(fresh.lvwCustomers);
+        lvwPeriods.swap(fresh.lvwPeriods);
+        lvwPAndS.swap(fresh.lvwPAndS);
+        lvwInvoiceRecords.swap(fresh.lvwInvoiceRecords);
+        company.swap(fresh.company);
+        m_afterRead = std::move(after);
+        lvwCustomers.resort();
+        lvwPeriods.resort();
+        lvwPAndS.resort();
+        // The records are sorted once, by fillInvoiceRecordNames(), which every
+        // load runs next: their final text is only known then.
+
+        ReadResult r;
+        if (!reader.sectionFound) {
+            // A non-empty file without any section: read as empty, but its content
+            // is not ours to throw away on the next save.
+            file.seek(0);
+            bool content = false;
+            char chunk[65536];
+            qint64 got;
+            while (!content && (got = file.read(chunk, sizeof chunk)) > 0)
+                for (qint64 i = 0; i < got && !content; ++i)
+                    content = chunk[i] != ' ' && chunk[i] != '\t' && chunk[i] != '\r' && chunk[i] != '\n';
+            if (content) {
+                m_keepCopyOf.insert(absolute);
+                r.keepsCopyOnSave = true;
+            }
+        }
+        if (!r.keepsCopyOnSave) m_keepCopyOf.remove(absolute);
+        return r;
+    };
+    try {
+        return readWhole();
+    } catch (const std::bad_alloc &) {
+        clear();
+        m_keepCopyOf.insert(fileKey(path));
+        return rejected(QStringLiteral("The database file \"%1\" cannot be loaded: there is not enough memory "
+                                       "to hold it. The file was left as it was.")
+                            .arg(shownName(path)),
+                        0, true);
     }
-    if (!r.keepsCopyOnSave) m_keepCopyOf.remove(absolute);
-    return r;
 }
 
 }  // namespace qor

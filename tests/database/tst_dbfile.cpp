@@ -13,6 +13,8 @@
 #include <memory>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace qor;
 using namespace dbtest;
@@ -260,6 +262,44 @@ private slots:
         struct stat st {};
         QCOMPARE(::stat(QFile::encodeName(path).constData(), &st), 0);
         QCOMPARE(st.st_mode & 07777, mode_t(0640));
+    }
+
+    void outOfMemoryIsToldNotAborted()
+    {
+        // A note of 200 MB needs 400 MB as text: in a process allowed 256 MB
+        // more than it has, the load is refused with a message.
+        const QString path = dir.filePath(QStringLiteral("huge.xml"));
+        {
+            QFile f(path);
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            f.write("<Customers>\r\n<Customer CID=\"1\">\r\n<Notes>");
+            const QByteArray chunk(1 << 20, 'n');
+            for (int i = 0; i < 200; ++i) f.write(chunk);
+            f.write("</Notes>\r\n</Customer>\r\n</Customers>\r\n");
+        }
+        const QByteArray before = readFile(path).left(64);
+        const pid_t child = fork();
+        QVERIFY(child >= 0);
+        if (child == 0) {
+            // The address space in use now, from /proc, plus 256 MB.
+            QFile statm(QStringLiteral("/proc/self/statm"));
+            statm.open(QIODevice::ReadOnly);
+            const qint64 pages = statm.readAll().split(' ').value(0).toLongLong();
+            struct rlimit limit;
+            limit.rlim_cur = limit.rlim_max = rlim_t(pages * sysconf(_SC_PAGESIZE) + (qint64(256) << 20));
+            setrlimit(RLIMIT_AS, &limit);
+            Database db;
+            const ReadResult r = db.read(path);
+            const bool told = r.status == ReadResult::Status::Rejected && r.keepsCopyOnSave &&
+                              r.message.contains(QLatin1String("not enough memory")) && tablesEmpty(db);
+            _exit(told ? 0 : 1);
+        }
+        int status = 0;
+        QCOMPARE(waitpid(child, &status, 0), child);
+        QVERIFY2(WIFEXITED(status), "the load was aborted");
+        QCOMPARE(WEXITSTATUS(status), 0);
+        QVERIFY(readFile(path).left(64) == before);
+        QFile::remove(path);
     }
 
     void placeholderCustomer()
