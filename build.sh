@@ -8,7 +8,8 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 PACKAGES=(cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools libgl1-mesa-dev
-          libxkbcommon-dev libpugixml-dev fonts-liberation xvfb xauth)
+          libxkbcommon-dev libpugixml-dev fonts-liberation xvfb xauth
+          clang-14 libclang-rt-14-dev)  # the last two for fuzz/run.sh only
 
 install_missing() {
     local missing=()
