@@ -83,9 +83,12 @@ public:
     // company field empty and marks the path so that the first save over it
     // keeps a copy of the old file beside it. Refused: a key that comes twice
     // (customer number, item number, period name, customer within a period),
-    // bytes no text file holds (NUL, control bytes other than TAB, LF, FF,
-    // CR), a file that can't be opened or read, a folder, a file larger than
-    // MaxFileSize. Records without a usable number are dropped silently.
+    // a NUL byte (a binary file; refused at the first block that holds one),
+    // a file that can't be opened or read, a folder, a file larger than
+    // MaxFileSize, a file the memory can't hold. Other control bytes are
+    // text. Records without a usable number are dropped silently. Structure
+    // is only what a line holds bare: escaped markup and the line breaks
+    // inside a value come back as part of the value.
     ReadResult read(const QString &path);
     // What read() does when no file is there: the program makes an empty one,
     // a checking tool must not create anything and rejects the path instead.
