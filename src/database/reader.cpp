@@ -1128,18 +1128,30 @@ private:
             // either of them is read the way the row will be saved, so the next
             // load gives the same row. A price that begins with the mark is an
             // archived item's, as the row could never tell it otherwise.
-            QString combined = element("itemprice");
+            QString price = element("itemprice");
             qsizetype marks = 0;
-            while (QStringView(combined).mid(marks).startsWith(ArchiveMark)) marks += ArchiveMark.size();
+            while (QStringView(price).mid(marks).startsWith(ArchiveMark)) marks += ArchiveMark.size();
             if (marks) {
-                combined.remove(0, marks);
+                price.remove(0, marks);
                 archived = true;
             }
-            combined += u" - ";
-            appendElement(combined, "item");
-            QString row = regional::sortPrice(QStringView(combined).left(combined.indexOf(u" - ")));
-            if (archived) row += ArchiveMark;
-            row += combined;
+            price += u" - ";
+            // The price part is what stands before the first " - " of price,
+            // " - " and name; the separator itself bounds it.
+            const QString sort = regional::sortPrice(QStringView(price).left(price.indexOf(u" - ")));
+            // Sized exactly, the name decoded straight into place.
+            const Span item = m_tags.element("item");
+            const char *const nameBytes = m_rec.constData() + item.at;
+            QString row(sort.size() + (archived ? ArchiveMark.size() : 0) + price.size() +
+                            decodedLength(nameBytes, item.len),
+                        Qt::Uninitialized);
+            char16_t *d = reinterpret_cast<char16_t *>(row.data());
+            d = std::copy(sort.utf16(), sort.utf16() + sort.size(), d);
+            if (archived) d = std::copy(ArchiveMark.utf16(), ArchiveMark.utf16() + ArchiveMark.size(), d);
+            d = std::copy(price.utf16(), price.utf16() + price.size(), d);
+            // The name is read last: a huge one gives its bytes back as it goes.
+            if (item.len >= (qsizetype(64) << 20)) putDecodedReleasing(d, nameBytes, item.len);
+            else putDecoded(d, nameBytes, item.len);
             if (!addRow(m_db.lvwPAndS, number + u'k', std::move(row), headerLine,
                         [&] { return QStringLiteral("a second item with the number %1").arg(number); }))
                 return;
