@@ -4,6 +4,7 @@
 #include "database/collation.h"
 #include "database/database.h"
 #include "database/edits.h"
+#include "database/entryrules.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
 #include "shell/appcontext.h"
@@ -405,6 +406,7 @@ bool CustomerPanel::duplicateCheck(const QString &name, const QString &excludeKe
 bool CustomerPanel::addCustomer(QString &key)
 {
     const QString name = displayName();
+    if (!entryStorable()) return false;
     if (!duplicateCheck(name, QString())) return false;
     key = edits::addCustomer(ctx.db(), entryRow(), key);
     if (m_list) {
@@ -419,8 +421,19 @@ bool CustomerPanel::addCustomer(QString &key)
     return true;
 }
 
+// Typed text that the database would take for its own marks is refused here.
+bool CustomerPanel::entryStorable()
+{
+    QStringList typed;
+    for (int i = 0; i < FieldCount; ++i) typed.append(fieldText(i));
+    const QString why = entry::customerProblem(typed);
+    if (!why.isEmpty()) DialogService::current().warning(ctx.mainWindow(), QStringLiteral("QOR"), why);
+    return why.isEmpty();
+}
+
 void CustomerPanel::applyCustomerEdit()
 {
+    if (!entryStorable()) return;
     if (settings::confirmEditsText() != QLatin1String("False")
         && !confirm(QStringLiteral("Save Changes to Existing Customer???"),
                     QStringLiteral("Are you sure you want to change the details on this existing customer?"))) {

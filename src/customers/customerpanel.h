@@ -42,6 +42,8 @@ public:
     // key empty: a new CID is given and written back. False when the user
     // cancelled at the duplicate question (nothing changed then).
     bool addCustomer(QString &key);
+    // False (after telling the user) when typed text can't be stored as it stands.
+    bool entryStorable();
     void applyCustomerEdit();
     void undoCustomerEdit();
     void deleteCustomer();

@@ -5,16 +5,21 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
-#include <QSaveFile>
 #include <QSet>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <deque>
 #include <limits>
 #include <vector>
 
 #include "collation.h"
 #include "rowtypes.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace qor {
 
@@ -86,8 +91,12 @@ qint64 Database::nextKeyNumber(const KeyedList &table)
 
 QString Database::customerNameByCid(const QString &cid)
 {
-    const QString key = numberKey(cid);
+    const QString number = detail::recordNumber(cid, true);
+    const QString key = number + u'k';
     if (lvwCustomers.contains(key)) return customer::displayNameOf(lvwCustomers.textOf(key)).toString();
+    // A placeholder without a usable number would be dropped by the next
+    // load and made again: there is no spot to hold.
+    if (!detail::usableNumber(number)) return QString();
     // The records point to a customer who has gone: hold the spot.
     lvwCustomers.add(key, customer::placeholder().text());
     if (onPlaceholderCreated) onPlaceholderCreated();
@@ -163,9 +172,8 @@ QStringList Database::fillInvoiceRecordNames()
         }
     }
 
-    // Records naming a missing customer. The first of them in table order asks
-    // for the name, gets the placeholder made and an empty name; the others
-    // find the placeholder.
+    // Records naming a missing customer: one placeholder per number, told
+    // once, by the first of its records in table order.
     struct Missing {
         QString cid;
         int first;
@@ -176,9 +184,8 @@ QStringList Database::fillInvoiceRecordNames()
         const QStringView text = lvwInvoiceRecords.textView(i);
         const auto rec = InvoiceRecordView::parse(text);
         if (!rec) continue;
-        const QStringView cid = rec->cid;
-        if (names.contains(cid)) continue;
-        const QString c = cid.toString();
+        const QString c = detail::recordNumber(rec->cid, true);
+        if (names.contains(c) || !detail::usableNumber(c)) continue;
         auto it = missingIndex.find(c);
         if (it == missingIndex.end()) {
             missingIndex.insert(c, missing.size());
@@ -195,8 +202,6 @@ QStringList Database::fillInvoiceRecordNames()
                               lvwInvoiceRecords.textView(missing[b].first)) < 0;
     });
     QStringList problems;
-    std::vector<int> askers;
-    askers.reserve(missing.size());
     for (size_t idx : order) {
         const Missing &m = missing[idx];
         problems << QStringLiteral("Bill period \"%1\" has a record of customer number %2, who is not in the "
@@ -205,9 +210,7 @@ QStringList Database::fillInvoiceRecordNames()
         customerNameByCid(m.cid);
         owned.push_back(m.cid);
         names.insert(owned.back(), QStringLiteral("Customer, Deleted"));
-        askers.push_back(m.first);
     }
-    std::sort(askers.begin(), askers.end());
     problems += itemProblems;
     if (itemProblemCount > detail::MaxItemProblems)
         problems << QStringLiteral("... and %1 more entries naming a missing item.")
@@ -217,8 +220,21 @@ QStringList Database::fillInvoiceRecordNames()
     for (int i : unnamed) {
         auto rec = InvoiceRecordView::parse(lvwInvoiceRecords.textView(i));
         if (!rec || rec->named) continue;
-        QString name;
-        if (!std::binary_search(askers.begin(), askers.end(), i)) name = names.value(rec->cid);
+        // The record that asked for the placeholder gets its name as well, so
+        // the table is the one the next load of the saved file gives.
+        const QString name = names.value(detail::recordNumber(rec->cid, true));
+        if (lvwInvoiceRecords.textView(i).size() > (qsizetype(1) << 20)) {
+            // A huge record (a note of many megabytes) gets its name in place
+            // rather than being built a second time beside itself.
+            const qsizetype at = rec->period.size() + 1;
+            QString own = lvwInvoiceRecords.text(i);
+            lvwInvoiceRecords.setText(i, QString());
+            own.reserve(own.size() + name.size() + 1);
+            own.insert(at, name + FieldSep);
+            own.squeeze();
+            lvwInvoiceRecords.setText(i, std::move(own));
+            continue;
+        }
         rec->named = true;
         rec->customerName = name;
         lvwInvoiceRecords.setText(i, rec->text());
@@ -292,13 +308,55 @@ QString Database::deleteOrArchiveProduct(KeyedList &products, const QString &key
     return QStringLiteral("archived");
 }
 
-SaveResult Database::save(const QString &path)
+namespace {
+
+// The file being written, as a device: every failed write keeps the
+// system's own reason ("No space left on device").
+class FdDevice : public QIODevice {
+public:
+    explicit FdDevice(int fd) : m_fd(fd) { open(QIODevice::WriteOnly | QIODevice::Unbuffered); }
+
+protected:
+    qint64 readData(char *, qint64) override { return -1; }
+    qint64 writeData(const char *data, qint64 size) override
+    {
+        qint64 done = 0;
+        while (done < size) {
+            const ssize_t n = ::write(m_fd, data + done, size_t(std::min<qint64>(size - done, qint64(1) << 30)));
+            if (n < 0 && errno == EINTR) continue;
+            if (n <= 0) {
+                setErrorString(n < 0 ? QString::fromLocal8Bit(std::strerror(errno))
+                                     : QStringLiteral("nothing could be written"));
+                return -1;
+            }
+            done += n;
+        }
+        return done;
+    }
+
+private:
+    int m_fd;
+};
+
+QString systemReason(int error) { return QString::fromLocal8Bit(std::strerror(error)); }
+
+}  // namespace
+
+SaveResult Database::save(const QString &path) { return save(path, {}); }
+
+SaveResult Database::save(const QString &path, const DeviceWrapper &wrap)
 {
     SaveResult r;
     const QFileInfo info(path);
     const QString canonical = info.canonicalFilePath();
     const QString absolute = canonical.isEmpty() ? info.absoluteFilePath() : canonical;
     const QString name = QDir::toNativeSeparators(path);
+    auto fail = [&r, &name](const QString &reason) {
+        r.ok = false;
+        r.message = QStringLiteral("The database could not be saved to \"%1\": %2. The file was left as it was.")
+                        .arg(name, reason);
+        return r;
+    };
 
     // Only a regular file is ever replaced: a save must not turn a folder,
     // device or pipe that happens to carry the name into a file.
@@ -309,6 +367,12 @@ SaveResult Database::save(const QString &path)
                         .arg(name);
         return r;
     }
+    // A link is followed: the file it points to is the one replaced.
+    const QString target = info.exists() ? absolute : info.absoluteFilePath();
+    const QByteArray targetName = QFile::encodeName(target);
+    struct stat old {};
+    const bool existed = ::stat(targetName.constData(), &old) == 0;
+    if (existed && ::access(targetName.constData(), W_OK) != 0) return fail(systemReason(errno));
 
     // A file that could not be read is never overwritten blindly: keep its
     // old content beside it first.
@@ -317,39 +381,64 @@ SaveResult Database::save(const QString &path)
         QString copy = path + QStringLiteral(".unreadable-") + stamp;
         for (int i = 2; QFileInfo::exists(copy); ++i)
             copy = path + QStringLiteral(".unreadable-") + stamp + u'-' + QString::number(i);
-        QFile old(path);
-        if (!old.copy(copy)) {
+        QFile oldFile(path);
+        if (!oldFile.copy(copy)) {
             r.ok = false;
             r.message = QStringLiteral("The database was not saved to \"%1\": that file could not be read, and the "
                                        "copy of it that must be kept first could not be made (%2).")
-                            .arg(name, old.errorString());
+                            .arg(name, oldFile.errorString());
             return r;
         }
         r.keptCopy = copy;
         m_keepCopyOf.remove(absolute);
     }
 
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
-        r.ok = false;
-        r.message = QStringLiteral("The database could not be saved to \"%1\": %2.").arg(name, file.errorString());
-        return r;
+    // The new content goes to a fresh file in the same folder, so that the
+    // rename below replaces the old file in one step.
+    const QString folder = QFileInfo(target).absolutePath();
+    QByteArray temp = QFile::encodeName(folder + u'/' + u'.' + QFileInfo(target).fileName()) + ".new-XXXXXX";
+    const int fd = ::mkostemp(temp.data(), O_CLOEXEC);
+    if (fd < 0) return fail(systemReason(errno));
+    auto abandon = [&](const QString &reason) {
+        ::close(fd);
+        ::unlink(temp.constData());
+        return fail(reason);
+    };
+    // The old file's permission bits (and owner, where allowed); a new file
+    // gets what the user's umask gives.
+    if (existed) {
+        if (::fchown(fd, old.st_uid, old.st_gid) != 0) { /* another owner's file: stays ours */ }
+        if (::fchmod(fd, old.st_mode & 07777) != 0) return abandon(systemReason(errno));
+    } else {
+        const mode_t mask = ::umask(0);
+        ::umask(mask);
+        if (::fchmod(fd, 0666 & ~mask) != 0) return abandon(systemReason(errno));
     }
-    // QSaveFile buffers: a write that fails late (disk full) only shows when
-    // the buffer is flushed, and commit() would still rename the short file.
-    if (!writeTo(file) || !file.flush() || file.error() != QFileDevice::NoError) {
-        const QString reason = file.errorString();
-        file.cancelWriting();
-        r.ok = false;
-        r.message = QStringLiteral("The database could not be saved to \"%1\": %2. The file was left as it was.")
-                        .arg(name, reason);
-        return r;
+    {
+        FdDevice file(fd);
+        std::unique_ptr<QIODevice> through = wrap ? wrap(file) : nullptr;
+        QIODevice &device = through ? *through : static_cast<QIODevice &>(file);
+        if (!writeTo(device)) {
+            const QString reason = device.errorString();
+            return abandon(reason.isEmpty() ? QStringLiteral("the data could not be written") : reason);
+        }
     }
-    if (!file.commit()) {
-        r.ok = false;
-        r.message = QStringLiteral("The database could not be saved to \"%1\": %2. The file was left as it was.")
-                        .arg(name, file.errorString());
-        return r;
+    if (::fsync(fd) != 0) return abandon(systemReason(errno));
+    if (::close(fd) != 0) {
+        const int error = errno;
+        ::unlink(temp.constData());
+        return fail(systemReason(error));
+    }
+    if (::rename(temp.constData(), targetName.constData()) != 0) {
+        const int error = errno;
+        ::unlink(temp.constData());
+        return fail(systemReason(error));
+    }
+    // The new name must survive a power cut too.
+    const int dir = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (dir >= 0) {
+        ::fsync(dir);
+        ::close(dir);
     }
     m_keepCopyOf.remove(absolute);
     return r;

@@ -10,6 +10,7 @@
 #include <QStringList>
 #include <array>
 #include <functional>
+#include <memory>
 #include <vector>
 
 class QIODevice;
@@ -32,6 +33,13 @@ inline constexpr int MaxItemProblems = 1000;
 // The line telling that a record names a missing item; entry may hold "x" and
 // the quantity.
 QString itemProblem(QStringView period, QStringView cid, QStringView entry);
+// A customer or item number the way a record header gives it: lower case, no
+// blanks, and for customers no "k". A record's CID names the customer whose
+// number reads the same.
+QString recordNumber(QStringView text, bool dropK);
+// Is the leading number of a record number greater than 0? Records without
+// such a number are dropped by the reader.
+bool usableNumber(QStringView number);
 }  // namespace detail
 
 // Company fields by the index of txtCompanyDetails(i): 0 name, 1-3 address
@@ -82,9 +90,12 @@ public:
     // company field empty and marks the path so that the first save over it
     // keeps a copy of the old file beside it. Refused: a key that comes twice
     // (customer number, item number, period name, customer within a period),
-    // bytes no text file holds (NUL, control bytes other than TAB, LF, FF,
-    // CR), a file that can't be opened or read, a folder, a file larger than
-    // MaxFileSize. Records without a usable number are dropped silently.
+    // a NUL byte (a binary file; refused at the first block that holds one),
+    // a file that can't be opened or read, a folder, a file larger than
+    // MaxFileSize, a file the memory can't hold. Other control bytes are
+    // text. Records without a usable number are dropped silently. Structure
+    // is only what a line holds bare: escaped markup and the line breaks
+    // inside a value come back as part of the value.
     ReadResult read(const QString &path);
     // What read() does when no file is there: the program makes an empty one,
     // a checking tool must not create anything and rejects the path instead.
@@ -96,9 +107,18 @@ public:
 
     // SaveDatabase: writes the whole database to path safely — the old file
     // stays byte-identical unless the new content was written completely.
+    // The new file is written beside the old one, synced, renamed over it
+    // and the folder synced; it keeps the old file's permission bits.
     SaveResult save(const QString &path);
+    // The same, with the new content passing through the device that wrap
+    // makes around the temporary file (tests make it fail at any byte).
+    using DeviceWrapper = std::function<std::unique_ptr<QIODevice>(QIODevice &file)>;
+    SaveResult save(const QString &path, const DeviceWrapper &wrap);
     // The exact bytes save() writes.
     QByteArray serialize() const;
+    // Writes those bytes to any device; false when a write fails (the
+    // device's errorString() tells why).
+    bool writeTo(QIODevice &device) const;
 
     // FillInvoiceRecordNames: gives each invoice record its customer name and
     // re-sorts the records. Until it has run after a read, the records stand
@@ -157,7 +177,6 @@ private:
     // Files (canonical paths) whose old content must be kept before they are overwritten.
     QSet<QString> m_keepCopyOf;
     detail::AfterRead m_afterRead;
-    bool writeTo(QIODevice &device) const;
 };
 
 }  // namespace qor

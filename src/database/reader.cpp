@@ -23,6 +23,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <cstring>
 #include <optional>
 #include <utility>
@@ -31,6 +32,9 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
 
 namespace qor {
 
@@ -38,47 +42,44 @@ namespace {
 
 constexpr qsizetype BlockSize = qsizetype(256) << 10;
 
-// Bytes that never stand in a text database: NUL and the control bytes other
-// than TAB, LF, FF and CR.
-inline bool isBadByte(unsigned char c)
-{
-    return c < 0x20 && c != 0x09 && c != 0x0A && c != 0x0C && c != 0x0D;
-}
+// The only byte that never stands in a text database: NUL. Other control
+// bytes are text (a vertical tab or ESC pasted from another program), except
+// the two separators of the row texts, which a value can't hold: they are
+// taken for tabs, which are never content, so they fall away.
+inline bool isSeparatorByte(unsigned char c) { return c == 0x01 || c == 0x02; }
 
-// Looks at newly read bytes: the first byte a text file never holds, and
-// whether a CR stands without an LF behind it (then lines are split the slow
-// way). next is the byte after the range, or -1 when it isn't read yet.
+// Looks at newly read bytes: the first NUL, and whether a CR stands without
+// an LF behind it (then lines are split the slow way). Separator bytes are
+// turned into tabs on the way.
 struct BlockScan {
     qsizetype bad = -1;
     bool loneCr = false;
     bool crAtEnd = false;
 };
 
-BlockScan scanBlock(const char *p, qsizetype n)
+BlockScan scanBlock(char *p, qsizetype n)
 {
     BlockScan r;
     qsizetype i = 0;
 #if defined(__SSE2__)
-    const __m128i limit = _mm_set1_epi8(0x1F);
-    const __m128i tab = _mm_set1_epi8(0x09), lf = _mm_set1_epi8(0x0A);
-    const __m128i ff = _mm_set1_epi8(0x0C), cr = _mm_set1_epi8(0x0D);
+    const __m128i two = _mm_set1_epi8(0x02);
+    const __m128i lf = _mm_set1_epi8(0x0A), cr = _mm_set1_epi8(0x0D);
     for (; i + 17 <= n; i += 16) {
         const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i));
         const __m128i y = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i + 1));
-        const __m128i low = _mm_cmpeq_epi8(_mm_max_epu8(x, limit), limit);  // x <= 0x1F
+        const __m128i low = _mm_cmpeq_epi8(_mm_max_epu8(x, two), two);  // x <= 0x02
+        if (_mm_movemask_epi8(low)) break;
         const __m128i isCr = _mm_cmpeq_epi8(x, cr);
-        const __m128i ok = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(x, tab), _mm_cmpeq_epi8(x, lf)),
-                                        _mm_or_si128(_mm_cmpeq_epi8(x, ff), isCr));
-        if (_mm_movemask_epi8(_mm_andnot_si128(ok, low))) break;
         if (!r.loneCr && _mm_movemask_epi8(_mm_andnot_si128(_mm_cmpeq_epi8(y, lf), isCr))) r.loneCr = true;
     }
 #endif
     for (; i < n; ++i) {
         const unsigned char c = static_cast<unsigned char>(p[i]);
-        if (isBadByte(c)) {
+        if (c == 0) {
             r.bad = i;
             return r;
         }
+        if (isSeparatorByte(c)) p[i] = '\t';
         if (c == '\r') {
             if (i + 1 < n) {
                 if (p[i + 1] != '\n') r.loneCr = true;
@@ -140,9 +141,13 @@ inline bool equalsLower(const char *s, qsizetype n, const char *lit, qsizetype l
         std::memcpy(&a, s + i, 8);
         std::memcpy(&b, lit + i, 8);
         if ((a | 0x2020202020202020ull) != b) return false;
+        // A control byte would pass the test above (0x1C for "<"): none may.
+        if ((a - 0x2020202020202020ull) & ~a & 0x8080808080808080ull) return false;
     }
-    for (; i < n; ++i)
-        if ((static_cast<unsigned char>(s[i]) | 0x20) != static_cast<unsigned char>(lit[i])) return false;
+    for (; i < n; ++i) {
+        const unsigned char c = static_cast<unsigned char>(s[i]);
+        if ((c | 0x20) != static_cast<unsigned char>(lit[i]) || c < 0x20) return false;
+    }
     return true;
 }
 
@@ -204,6 +209,52 @@ inline char16_t *putDecoded(char16_t *d, const char *p, qsizetype n)
         }
         *d++ = Decode.t[c];
         ++p;
+    }
+    return d;
+}
+
+// The number of characters that bytes of a cleaned value decode to.
+qsizetype decodedLength(const char *p, qsizetype n)
+{
+    qsizetype len = n;
+    const char *e = p + n;
+    while (const char *m = static_cast<const char *>(n > 0 ? std::memchr(p, Marker, size_t(e - p)) : nullptr)) {
+        if (e - m < 4) break;
+        const char32_t cp = (char32_t(m[1] & 0x7F) << 14) | (char32_t(m[2] & 0x7F) << 7) | char32_t(m[3] & 0x7F);
+        len -= cp > 0xFFFF ? 2 : 3;
+        p = m + 4;
+    }
+    return len;
+}
+
+// Decodes a very long value at d piece by piece and hands the pages of the
+// bytes already decoded back to the system, so the bytes and the characters
+// of one huge value don't both stand in memory whole. The bytes must not be
+// read again.
+char16_t *putDecodedReleasing(char16_t *d, const char *p, qsizetype n)
+{
+    constexpr qsizetype Piece = qsizetype(16) << 20;
+    constexpr uintptr_t Page = 4096;
+    const char *e = p + n;
+    const char *released = p;
+    while (p < e) {
+        const char *stop = e - p > Piece ? p + Piece : e;
+        // A reference is four bytes: never cut one.
+        for (const char *k = std::max(p, stop - 3); k < stop; ++k)
+            if (*k == Marker) {
+                stop = std::min(e, k + 4);
+                break;
+            }
+        d = putDecoded(d, p, stop - p);
+        p = stop;
+#if defined(__linux__)
+        const uintptr_t from = (reinterpret_cast<uintptr_t>(released) + Page - 1) & ~(Page - 1);
+        const uintptr_t to = reinterpret_cast<uintptr_t>(p) & ~(Page - 1);
+        if (to > from) {
+            madvise(reinterpret_cast<void *>(from), to - from, MADV_DONTNEED);
+            released = reinterpret_cast<const char *>(to);
+        }
+#endif
     }
     return d;
 }
@@ -270,6 +321,16 @@ public:
 
     bool next(const char *&b, qsizetype &n)
     {
+        // A long line handed out before is done with: give its room back
+        // before the record it belongs to is turned into a row.
+        if (m_buf.size() > 4 * BlockSize + Slack && m_end - m_pos < BlockSize) {
+            QByteArray small(BlockSize + Slack, Qt::Uninitialized);
+            std::memcpy(small.data(), m_buf.constData() + m_pos, size_t(m_end - m_pos));
+            m_bufOffset += m_pos;
+            m_end -= m_pos;
+            m_pos = 0;
+            m_buf.swap(small);
+        }
         for (;;) {
             if (m_failed) return false;
             const char *s = m_buf.constData() + m_pos;
@@ -309,11 +370,6 @@ public:
                     continue;
                 }
             }
-            if (m_bad >= 0 && m_bad < m_bufOffset + m_pos + after) {
-                m_failed = true;
-                m_badLine = m_line + 1;
-                return false;
-            }
             b = s;
             n = lineEnd - s;
             m_pos += after;
@@ -347,7 +403,13 @@ private:
             m_pos = 0;
             m_end = rest;
         }
-        if (m_end == m_buf.size() - Slack) m_buf.resize(m_buf.size() * 2);  // one very long line
+        if (m_end == m_buf.size() - Slack) {
+            // One very long line: grow, but never past what the file still
+            // holds, so a line of the whole file costs its size and no more.
+            const qint64 fileLeft = std::max<qint64>(0, m_file.size() - (m_bufOffset + m_end));
+            const qint64 want = std::min<qint64>(qint64(m_buf.size()) * 2, qint64(m_buf.size()) + fileLeft + BlockSize);
+            m_buf.resize(qsizetype(want));
+        }
         const qint64 got = m_file.read(m_buf.data() + m_end, m_buf.size() - Slack - m_end);
         if (got < 0) {
             m_ioError = m_file.errorString();
@@ -360,15 +422,20 @@ private:
             return;
         }
         if (m_crAtEnd && m_buf.at(m_end) != '\n') m_loneCr = true;
-        if (m_bad < 0) {
-            const BlockScan scan = scanBlock(m_buf.constData() + m_end, got);
-            if (scan.bad >= 0) {
-                m_bad = m_bufOffset + m_end + scan.bad;
-                m_badValue = static_cast<unsigned char>(m_buf.at(m_end + scan.bad));
-            }
-            if (scan.loneCr) m_loneCr = true;
-            m_crAtEnd = scan.crAtEnd;
+        const BlockScan scan = scanBlock(m_buf.data() + m_end, got);
+        if (scan.bad >= 0) {
+            // A binary file: refused at once, however much of it is left.
+            m_failed = true;
+            m_exhausted = true;
+            m_badValue = static_cast<unsigned char>(m_buf.at(m_end + scan.bad));
+            m_badLine = m_line + 1;
+            const char *p = m_buf.constData();
+            for (qsizetype i = m_pos; i < m_end + scan.bad; ++i)
+                if (p[i] == '\n' || (p[i] == '\r' && p[i + 1] != '\n')) ++m_badLine;
+            return;
         }
+        if (scan.loneCr) m_loneCr = true;
+        m_crAtEnd = scan.crAtEnd;
         m_end += got;
     }
 
@@ -378,7 +445,6 @@ private:
     qsizetype m_end = 0;
     qint64 m_bufOffset = 0;
     qint64 m_line = 0;
-    qint64 m_bad = -1;
     qint64 m_badLine = 0;
     unsigned char m_badValue = 0;
     bool m_exhausted = false;
@@ -619,10 +685,17 @@ public:
     }
     int find(const QString &number) const
     {
-        for (QChar c : number)
-            if (c.unicode() >= 0x80) return m_other.value(number, -1);
-        const QByteArray latin = number.toLatin1();
-        return find(latin.constData(), latin.size());
+        char digits[9];
+        const qsizetype n = number.size();
+        bool plain = n >= 1 && n <= 9;
+        for (qsizetype i = 0; plain && i < n; ++i) {
+            const char16_t c = number[i].unicode();
+            plain = c >= u'0' && c <= u'9';
+            digits[i] = char(c);
+        }
+        const qint64 v = plain ? plainNumber(digits, n) : -1;
+        if (v >= 0 && v < (qint64(1) << 24)) return size_t(v) < m_small.size() ? m_small[size_t(v)] : -1;
+        return m_other.value(number, -1);
     }
     // The value stored for a number given as cleaned bytes; -1 when unknown.
     int find(const char *p, qsizetype n) const
@@ -686,8 +759,9 @@ private:
     // the only way the line can hold the start of a comment.
     static bool clean(const char *b, qsizetype n, QByteArray &out)
     {
-        while (n && *b == ' ') { ++b; --n; }
-        while (n && b[n - 1] == ' ') --n;
+        // Any mix of blanks and tabs at either end is indentation.
+        while (n && (*b == ' ' || *b == '\t')) { ++b; --n; }
+        while (n && (b[n - 1] == ' ' || b[n - 1] == '\t')) --n;
         const qsizetype at = out.size();
         out.resize(at + n + 16);  // room for whole 16-byte stores
         char *const d0 = out.data();
@@ -700,8 +774,6 @@ private:
             else if (c == '&') { b += entity(b, e, d); }
             else { *d++ = c; ++b; bang |= c == '!'; }
         };
-        // Indentation: the tabs in front go before the blanks after them count.
-        while (b < e && *b == '\t') ++b;
 #if defined(__SSE2__)
         // Sixteen bytes at a time. The line source leaves readable slack behind
         // every line, so the last load may reach past the line; only the bytes
@@ -741,11 +813,19 @@ private:
     {
         const qsizetype left = e - b;
         auto is = [&](const char *lit, qsizetype len) { return left >= len && std::memcmp(b, lit, size_t(len)) == 0; };
-        if (is("&lt;", 4)) { *d++ = '<'; return 4; }
-        if (is("&gt;", 4)) { *d++ = '>'; return 4; }
+        // The markup characters a value holds come as references, never as
+        // the bare characters: structure is only what the line holds bare.
+        auto reference = [&](char32_t cp) {
+            *d++ = Marker;
+            *d++ = char(0x80 | ((cp >> 14) & 0x7F));
+            *d++ = char(0x80 | ((cp >> 7) & 0x7F));
+            *d++ = char(0x80 | (cp & 0x7F));
+        };
+        if (is("&lt;", 4)) { reference(U'<'); return 4; }
+        if (is("&gt;", 4)) { reference(U'>'); return 4; }
         if (is("&amp;", 5)) { *d++ = '&'; return 5; }
         if (is("&apos;", 6)) { *d++ = '\''; return 6; }
-        if (is("&quot;", 6)) { *d++ = '"'; return 6; }
+        if (is("&quot;", 6)) { reference(U'"'); return 6; }
         if (left >= 4 && b[1] == '#') {
             const bool hex = b[2] == 'x';
             qsizetype i = hex ? 3 : 2;
@@ -761,12 +841,9 @@ private:
                 cp = cp * (hex ? 16 : 10) + char32_t(v);
             }
             // The two separators of the row texts never come from a file.
-            const bool usable = cp > 2 && cp <= 0x10FFFF;
+            const bool usable = cp != 1 && cp != 2 && cp <= 0x10FFFF;
             if (digits > 0 && digits <= 8 && i < left && b[i] == ';' && usable) {
-                *d++ = Marker;
-                *d++ = char(0x80 | ((cp >> 14) & 0x7F));
-                *d++ = char(0x80 | ((cp >> 7) & 0x7F));
-                *d++ = char(0x80 | (cp & 0x7F));
+                reference(cp);
                 return i + 1;
             }
         }
@@ -807,8 +884,41 @@ private:
         m_curSpan = {mark, 0};
     }
 
+    // Empties the record buffer for the next record; the room of a huge one
+    // goes back to the system.
+    void freshRecord()
+    {
+        if (m_rec.capacity() > (qsizetype(64) << 20)) m_rec = QByteArray();
+        m_rec.truncate(0);
+    }
+
+    // A line of a record, cleaned and appended to the record text. Lines are
+    // joined by a line break ("\n", which no cleaned line holds), so that a
+    // value written over several lines keeps its breaks; between elements the
+    // break means nothing. A blank line inside a record adds just the break,
+    // a comment line adds nothing.
+    void recordLine()
+    {
+        m_cur = &m_rec;
+        const char *b;
+        qsizetype n;
+        while (m_src.next(b, n)) {
+            const qsizetype start = m_rec.size();
+            if (start) m_rec.append('\n');
+            const qsizetype mark = m_rec.size();
+            const bool bang = clean(b, n, m_rec);
+            m_curSpan = {mark, m_rec.size() - mark};
+            if (bang && hasComment(m_rec.constData() + mark, m_curSpan.len)) {
+                m_rec.truncate(start);
+                continue;
+            }
+            return;
+        }
+        m_curSpan = {m_rec.size(), 0};
+    }
+
     // XmlNextRecord: the attribute value of a record header line, in lower case.
-    Next xmlNextRecord(const char *closeTag, const char *recordTag, const char *attr, QByteArray &value)
+    Next xmlNextRecord(const char *closeTag, const char *recordTag, const char *attr, QString &value, bool dropK)
     {
         value.clear();
         if (m_src.atEnd()) return Next::EndOfFile;
@@ -837,7 +947,7 @@ private:
             return Next::Value;
         for (qsizetype i = h; i + 1 < n; ++i)
             if (s[i] == '"' && s[i + 1] == '>') {
-                value = QByteArray(s + h, i - h);
+                value = detail::recordNumber(decoded(s + h, i - h), dropK);
                 break;
             }
         return Next::Value;
@@ -853,9 +963,9 @@ private:
 
     void readCompanyInfo()
     {
-        m_rec.truncate(0);
+        freshRecord();
         while (!m_src.atEnd()) {
-            xmlUnescape(m_rec);
+            recordLine();
             if (current("</companyinfo>")) break;
         }
         m_tags.build(m_rec);
@@ -863,7 +973,22 @@ private:
             "companyname", "companyadd1", "companyadd2", "companyadd3", "companyphone",
             "companyslogan", "generalinvoicedescription", "checkspayableto", "invoiceclosing",
         };
-        for (int i = 0; i < CompanyFieldCount; ++i) m_db.company[size_t(i)] = element(names[i]);
+        Span spans[CompanyFieldCount];
+        for (int i = 0; i < CompanyFieldCount; ++i) spans[i] = m_tags.element(names[i]);
+        for (int i = 0; i < CompanyFieldCount; ++i) {
+            const Span sp = spans[i];
+            // A huge value gives its bytes back as it is decoded, unless a
+            // value still to come lies in them (a file edited by hand).
+            bool release = sp.len >= (qsizetype(64) << 20);
+            for (int j = i + 1; release && j < CompanyFieldCount; ++j)
+                release = spans[j].at + spans[j].len <= sp.at || spans[j].at >= sp.at + sp.len;
+            const char *p = m_rec.constData() + sp.at;
+            QString value(decodedLength(p, sp.len), Qt::Uninitialized);
+            char16_t *d = reinterpret_cast<char16_t *>(value.data());
+            if (release) putDecodedReleasing(d, p, sp.len);
+            else putDecoded(d, p, sp.len);
+            m_db.company[size_t(i)] = std::move(value);
+        }
     }
 
     // `what` tells the duplicate in the message; it is only worked out then.
@@ -881,17 +1006,15 @@ private:
 
     void readCustomers()
     {
-        QByteArray value;
+        QString number;
         while (!current("</customers>") && !m_src.atEnd()) {
-            if (xmlNextRecord("</customers>", "customer", "cid", value) != Next::Value) return;
-            if (value.contains('k')) value.replace('k', "");
+            if (xmlNextRecord("</customers>", "customer", "cid", number, true) != Next::Value) return;
             const qint64 headerLine = m_recordLine;
-            m_rec.truncate(0);
+            freshRecord();
             while (!m_src.atEnd()) {
-                xmlUnescape(m_rec);
+                recordLine();
                 if (current("</customer>") || current("</customers>")) break;
             }
-            const QString number = decoded(value.constData(), value.size());
             if (!leadingNumberPositive(number)) continue;
             m_tags.build(m_rec);
             const Span first = m_tags.element("fname");
@@ -903,26 +1026,48 @@ private:
                                   : findByte(s + cur.at, cur.len, Marker)
                                       ? text(cur).toLower() == u"no"
                                       : false;
-            // Sized for the whole row, so it is built without growing; the
-            // display name is decoded straight into it.
-            QString row;
-            row.reserve(m_rec.size() + first.len + last.len + ArchiveMark.size() + 16);
-            if (archived) row += ArchiveMark;
-            const qsizetype nameAt = row.size();
+            // The row is sized exactly and decoded straight into place: a
+            // table keeps no spare room, and a row of a huge note must not
+            // be built twice.
+            const Span lead = last.len > 0 ? last : first;
+            char16_t head[24];
+            const qsizetype headLen = putDecoded(head, s + lead.at, std::min<qsizetype>(lead.len, 24)) - head;
+            // A name that begins with the archive mark already reads as
+            // archived everywhere (and is saved so): the mark isn't doubled,
+            // or every load would add one more.
+            const bool markedName = QStringView(head, headLen).startsWith(ArchiveMark);
+            const bool addMark = archived && !markedName;
+            const Span rest[6] = {m_tags.element("add1"), m_tags.element("add2"), m_tags.element("add3"),
+                                  m_tags.element("email"), m_tags.element("phone"), m_tags.element("notes")};
+            const qsizetype firstLen = decodedLength(s + first.at, first.len);
+            const qsizetype lastLen = decodedLength(s + last.at, last.len);
+            const qsizetype displayLen = last.len > 0 ? lastLen + 2 + firstLen : firstLen;
+            qsizetype total = (addMark ? ArchiveMark.size() : 0) + displayLen + 1 + firstLen + 1 + lastLen;
+            for (const Span &sp : rest) total += 1 + decodedLength(s + sp.at, sp.len);
+            QString row(total, Qt::Uninitialized);
+            char16_t *const r0 = reinterpret_cast<char16_t *>(row.data());
+            char16_t *d = r0;
+            if (addMark) d = std::copy(ArchiveMark.utf16(), ArchiveMark.utf16() + ArchiveMark.size(), d);
             if (last.len > 0) {
-                appendDecoded(row, s + last.at, last.len);
-                row += QStringLiteral(", ");
+                d = putDecoded(d, s + last.at, last.len);
+                *d++ = u',';
+                *d++ = u' ';
             }
-            appendDecoded(row, s + first.at, first.len);
-            const qsizetype nameLen = row.size() - nameAt;
-            row += FieldSep;
-            appendDecoded(row, s + first.at, first.len);
-            row += FieldSep;
-            appendDecoded(row, s + last.at, last.len);
-            for (const char *element : {"add1", "add2", "add3", "email", "phone", "notes"}) {
-                row += FieldSep;
-                appendElement(row, element);
+            d = putDecoded(d, s + first.at, first.len);
+            const qsizetype nameAt = (addMark || markedName) ? ArchiveMark.size() : 0;
+            const qsizetype nameLen = (d - r0) - nameAt;
+            *d++ = FieldSep.unicode();
+            d = putDecoded(d, s + first.at, first.len);
+            *d++ = FieldSep.unicode();
+            d = putDecoded(d, s + last.at, last.len);
+            for (int i = 0; i < 6; ++i) {
+                *d++ = FieldSep.unicode();
+                // The note is read last: a huge one gives its bytes back as it goes.
+                const bool huge = i == 5 && rest[i].len >= (qsizetype(64) << 20);
+                d = huge ? putDecodedReleasing(d, s + rest[i].at, rest[i].len)
+                         : putDecoded(d, s + rest[i].at, rest[i].len);
             }
+            Q_ASSERT(d - r0 == total);
             m_nameAt.push_back({m_namePool.size(), nameLen});
             m_namePool += QStringView(row).mid(nameAt, nameLen);
             if (!addRow(m_db.lvwCustomers, number + u'k', std::move(row), headerLine,
@@ -937,10 +1082,10 @@ private:
     void readBillPeriods()
     {
         while (!m_src.atEnd()) {
-            m_rec.truncate(0);
+            freshRecord();
             qint64 firstLine = 0;
             while (!m_src.atEnd()) {
-                xmlUnescape(m_rec);
+                recordLine();
                 if (!firstLine) firstLine = m_src.lineNumber();
                 if (current("</billperiods>")) return;
                 if (current("</billperiod>")) break;
@@ -963,28 +1108,50 @@ private:
 
     void readProductsAndServices()
     {
-        QByteArray value;
+        QString number;
         while (!m_src.atEnd()) {
-            if (xmlNextRecord("</productsandservices>", "ps", "psid", value) != Next::Value) return;
+            if (xmlNextRecord("</productsandservices>", "ps", "psid", number, false) != Next::Value) return;
             const qint64 headerLine = m_recordLine;
-            m_rec.truncate(0);
+            freshRecord();
             bool sectionEnd = false;
             while (!m_src.atEnd()) {
-                xmlUnescape(m_rec);
+                recordLine();
                 if (current("</productsandservices>")) { sectionEnd = true; break; }
                 if (current("</ps>")) break;
             }
             if (sectionEnd) return;
-            const QString number = decoded(value.constData(), value.size());
             if (!leadingNumberPositive(number)) continue;
             m_tags.build(m_rec);
-            const bool archived = element("current").toLower() == u"no";
-            const QString price = element("itemprice");
-            QString row = regional::sortPrice(price);
-            if (archived) row += ArchiveMark;
-            row += price;
-            row += u" - ";
-            appendElement(row, "item");
+            bool archived = element("current").toLower() == u"no";
+            // The row keeps the price and the name as one text, divided at its
+            // first " - ", with the archive mark in front: a price that holds
+            // either of them is read the way the row will be saved, so the next
+            // load gives the same row. A price that begins with the mark is an
+            // archived item's, as the row could never tell it otherwise.
+            QString price = element("itemprice");
+            qsizetype marks = 0;
+            while (QStringView(price).mid(marks).startsWith(ArchiveMark)) marks += ArchiveMark.size();
+            if (marks) {
+                price.remove(0, marks);
+                archived = true;
+            }
+            price += u" - ";
+            // The price part is what stands before the first " - " of price,
+            // " - " and name; the separator itself bounds it.
+            const QString sort = regional::sortPrice(QStringView(price).left(price.indexOf(u" - ")));
+            // Sized exactly, the name decoded straight into place.
+            const Span item = m_tags.element("item");
+            const char *const nameBytes = m_rec.constData() + item.at;
+            QString row(sort.size() + (archived ? ArchiveMark.size() : 0) + price.size() +
+                            decodedLength(nameBytes, item.len),
+                        Qt::Uninitialized);
+            char16_t *d = reinterpret_cast<char16_t *>(row.data());
+            d = std::copy(sort.utf16(), sort.utf16() + sort.size(), d);
+            if (archived) d = std::copy(ArchiveMark.utf16(), ArchiveMark.utf16() + ArchiveMark.size(), d);
+            d = std::copy(price.utf16(), price.utf16() + price.size(), d);
+            // The name is read last: a huge one gives its bytes back as it goes.
+            if (item.len >= (qsizetype(64) << 20)) putDecodedReleasing(d, nameBytes, item.len);
+            else putDecoded(d, nameBytes, item.len);
             if (!addRow(m_db.lvwPAndS, number + u'k', std::move(row), headerLine,
                         [&] { return QStringLiteral("a second item with the number %1").arg(number); }))
                 return;
@@ -1125,35 +1292,43 @@ private:
     // stands, any other line is cleaned and makes the record a general one.
     void nextRecordLine(PlainRecord &r)
     {
-        const qsizetype mark = m_rec.size();
         m_cur = &m_rec;
-        m_curSpan = {mark, 0};
         const char *b;
         qsizetype n;
         while (m_src.next(b, n)) {
-            m_rec.truncate(mark);  // drop a blank or comment line read before
-            qsizetype t = 0;
-            while (t < n && b[t] == '\t') ++t;
-            const char *p = b + t;
-            const qsizetype len = n - t;
-            // Plain: starts with "<" and ends with ">" (so no blank at either
-            // end) and has nothing to clean inside.
-            if (r.plain && plainLine(p, len, mark, r)) {
-                m_rec.resize(mark + len);
-                std::memcpy(m_rec.data() + mark, p, size_t(len));
-                m_curSpan = {mark, len};
-                return;
+            const qsizetype start = m_rec.size();
+            if (r.plain) {
+                qsizetype t = 0;
+                while (t < n && b[t] == '\t') ++t;
+                const char *p = b + t;
+                const qsizetype len = n - t;
+                // Plain: starts with "<" and ends with ">" (so no blank at
+                // either end) and has nothing to clean inside. Such lines
+                // are whole elements, so they need no break between them.
+                if (plainLine(p, len, start, r)) {
+                    m_rec.resize(start + len);
+                    std::memcpy(m_rec.data() + start, p, size_t(len));
+                    m_curSpan = {start, len};
+                    return;
+                }
             }
+            if (start) m_rec.append('\n');
+            const qsizetype mark = m_rec.size();
             const bool bang = clean(b, n, m_rec);
             m_curSpan = {mark, m_rec.size() - mark};
-            const bool accepted = m_curSpan.len > 0 && !(bang && hasComment(m_rec.constData() + mark, m_curSpan.len));
-            if (accepted || m_src.atEnd()) {
-                if (m_curSpan.len > 0) r.plain = false;
-                return;
+            if (bang && hasComment(m_rec.constData() + mark, m_curSpan.len)) {
+                m_rec.truncate(start);
+                continue;
             }
+            if (m_curSpan.len == 0 && r.plain) {
+                // Between whole elements a blank line means nothing.
+                m_rec.truncate(start);
+                continue;
+            }
+            if (m_curSpan.len) r.plain = false;
+            return;
         }
-        m_rec.truncate(mark);
-        m_curSpan = {mark, 0};
+        m_curSpan = {m_rec.size(), 0};
     }
 
     // Records wait in small batches before they go into the table: each one's
@@ -1211,7 +1386,7 @@ private:
             m_db.lvwInvoiceRecords.reserve(int(std::min<qint64>(estimate, 1 << 28)));
         }
         while (!m_src.atEnd()) {
-            m_rec.truncate(0);
+            freshRecord();
             qint64 firstLine = 0;
             plain.reset();
             while (!m_src.atEnd()) {
@@ -1261,7 +1436,11 @@ private:
 
             // The customer's name when the customer is known already, so the
             // row is built once in its final six-field form.
-            const int customer = m_customers.find(s + cid.at, cid.len);
+            // A number in any other form than plain digits ("5K", " 5") names
+            // the customer whose header gives it, as the header reads it.
+            const int customer = NumberSet::plainNumber(s + cid.at, cid.len) >= 0
+                                     ? m_customers.find(s + cid.at, cid.len)
+                                     : m_customers.find(detail::recordNumber(decoded(s + cid.at, cid.len), true));
             const QStringView customerName =
                 customer >= 0 ? QStringView(m_namePool).mid(m_nameAt[size_t(customer)].at, m_nameAt[size_t(customer)].len)
                               : QStringView();
@@ -1300,7 +1479,12 @@ private:
                 d = putDecoded(d, s + entries[e].at, entries[e].len);
             }
             *d++ = FieldSep.unicode();
-            d = putDecoded(d, s + note.at, note.len);
+            // A huge note gives its bytes back as it is decoded, unless
+            // something read later lies in them (a file edited by hand).
+            auto apart = [&note](Span o) { return o.at + o.len <= note.at || o.at >= note.at + note.len; };
+            bool release = note.len >= (qsizetype(64) << 20) && apart(bp) && apart(cid);
+            for (const Span &entry : entries) release = release && apart(entry);
+            d = release ? putDecodedReleasing(d, s + note.at, note.len) : putDecoded(d, s + note.at, note.len);
             if (d - r < row.size()) row.truncate(d - r);
 
             pending.row = std::move(row);
@@ -1336,6 +1520,20 @@ private:
     bool m_itemsLate = false;
 };
 
+// Lower case as the reader takes it for numbers: the letters of the code page.
+char16_t lowerInCodePage(char16_t c)
+{
+    if (c >= u'A' && c <= u'Z') return char16_t(c + 32);
+    if (c >= 0xC0 && c <= 0xDE && c != 0xD7) return char16_t(c + 32);
+    switch (c) {
+    case 0x160: return 0x161;
+    case 0x152: return 0x153;
+    case 0x17D: return 0x17E;
+    case 0x178: return 0xFF;
+    default: return c;
+    }
+}
+
 QString shownName(const QString &path) { return QDir::toNativeSeparators(path); }
 
 // The name under which a file is remembered for keeping a copy of it: the
@@ -1359,114 +1557,142 @@ ReadResult rejected(const QString &message, int line = 0, bool keepCopy = false)
 
 }  // namespace
 
+QString detail::recordNumber(QStringView text, bool dropK)
+{
+    QString out;
+    out.reserve(text.size());
+    for (QChar ch : text) {
+        const char16_t c = lowerInCodePage(ch.unicode());
+        if (c == u' ' || (dropK && c == u'k')) continue;
+        out += QChar(c);
+    }
+    return out;
+}
+
+bool detail::usableNumber(QStringView number) { return leadingNumberPositive(number); }
+
 ReadResult Database::read(const QString &path) { return read(path, MissingFile::Create); }
 
 ReadResult Database::read(const QString &path, MissingFile missing)
 {
-    clear();
-    const QFileInfo info(path);
-    const QString absolute = fileKey(path);
-    const QString name = shownName(path);
+    // Running out of memory half-way is told like any other refusal: the
+    // tables are left empty and the file as it is, with a copy kept on save.
+    auto readWhole = [&]() -> ReadResult {
+        clear();
+        const QFileInfo info(path);
+        const QString absolute = fileKey(path);
+        const QString name = shownName(path);
 
-    if (!info.exists()) {
-        if (missing == MissingFile::Reject)
-            return rejected(QStringLiteral("The database file \"%1\" does not exist.").arg(name));
-        QFile made(path);
-        if (!made.open(QIODevice::WriteOnly))
-            return rejected(QStringLiteral("The database file \"%1\" does not exist and cannot be created: %2.")
-                                .arg(name, made.errorString()));
-        made.close();
-        m_keepCopyOf.remove(absolute);  // nothing left of an older, unreadable file
-        ReadResult r;
-        r.status = ReadResult::Status::Created;
-        return r;
-    }
-    if (info.isDir())
-        return rejected(QStringLiteral("\"%1\" is a folder, not a database file.").arg(name));
-
-    // From here on the path holds something this program did not read: the
-    // first save over it must keep a copy unless the read succeeds.
-    QFile file(path);
-    // The reader keeps its own blocks; a second buffer would only copy them.
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        m_keepCopyOf.insert(absolute);
-        return rejected(QStringLiteral("The database file \"%1\" cannot be opened: %2.").arg(name, file.errorString()),
-                        0, true);
-    }
-    if (file.size() > MaxFileSize) {
-        m_keepCopyOf.insert(absolute);
-        return rejected(QStringLiteral("The database file \"%1\" cannot be loaded: at %2 MB it is larger than the "
-                                       "%3 MB this program can hold in memory.")
-                            .arg(name)
-                            .arg(file.size() >> 20)
-                            .arg(MaxFileSize >> 20),
-                        0, true);
-    }
-
-    // Read into fresh tables; they replace the current ones only on success,
-    // so a rejected file never leaves half-filled tables behind.
-    Database fresh;
-    detail::AfterRead after;
-    Reader reader(file, fresh, after);
-    reader.run();
-    LineSource &src = reader.source();
-
-    if (src.failed() && !src.ioError().isEmpty()) {
-        m_keepCopyOf.insert(absolute);
-        return rejected(QStringLiteral("The database file \"%1\" could not be read: %2.").arg(name, src.ioError()),
-                        0, true);
-    }
-    if (src.failed()) {
-        m_keepCopyOf.insert(absolute);
-        const int line = int(src.badLine());
-        return rejected(QStringLiteral("The database file \"%1\" is not a text database: line %2 holds the byte "
-                                       "0x%3, which such a file never contains.")
-                            .arg(name)
-                            .arg(line)
-                            .arg(int(src.badByte()), 2, 16, QLatin1Char('0')),
-                        line, true);
-    }
-    if (reader.duplicate) {
-        m_keepCopyOf.insert(absolute);
-        const int line = int(reader.duplicate->line);
-        return rejected(QStringLiteral("The database file \"%1\" cannot be loaded: line %2 holds %3, and a key may "
-                                       "stand only once.")
-                            .arg(name)
-                            .arg(line)
-                            .arg(reader.duplicate->what),
-                        line, true);
-    }
-
-    lvwCustomers.swap(fresh.lvwCustomers);
-    lvwPeriods.swap(fresh.lvwPeriods);
-    lvwPAndS.swap(fresh.lvwPAndS);
-    lvwInvoiceRecords.swap(fresh.lvwInvoiceRecords);
-    company.swap(fresh.company);
-    m_afterRead = std::move(after);
-    lvwCustomers.resort();
-    lvwPeriods.resort();
-    lvwPAndS.resort();
-    // The records are sorted once, by fillInvoiceRecordNames(), which every
-    // load runs next: their final text is only known then.
-
-    ReadResult r;
-    if (!reader.sectionFound) {
-        // A non-empty file without any section: read as empty, but its content
-        // is not ours to throw away on the next save.
-        file.seek(0);
-        bool content = false;
-        char chunk[65536];
-        qint64 got;
-        while (!content && (got = file.read(chunk, sizeof chunk)) > 0)
-            for (qint64 i = 0; i < got && !content; ++i)
-                content = chunk[i] != ' ' && chunk[i] != '\t' && chunk[i] != '\r' && chunk[i] != '\n';
-        if (content) {
-            m_keepCopyOf.insert(absolute);
-            r.keepsCopyOnSave = true;
+        if (!info.exists()) {
+            if (missing == MissingFile::Reject)
+                return rejected(QStringLiteral("The database file \"%1\" does not exist.").arg(name));
+            QFile made(path);
+            if (!made.open(QIODevice::WriteOnly))
+                return rejected(QStringLiteral("The database file \"%1\" does not exist and cannot be created: %2.")
+                                    .arg(name, made.errorString()));
+            made.close();
+            m_keepCopyOf.remove(absolute);  // nothing left of an older, unreadable file
+            ReadResult r;
+            r.status = ReadResult::Status::Created;
+            return r;
         }
+        if (info.isDir())
+            return rejected(QStringLiteral("\"%1\" is a folder, not a database file.").arg(name));
+
+        // From here on the path holds something this program did not read: the
+        // first save over it must keep a copy unless the read succeeds.
+        QFile file(path);
+        // The reader keeps its own blocks; a second buffer would only copy them.
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+            m_keepCopyOf.insert(absolute);
+            return rejected(QStringLiteral("The database file \"%1\" cannot be opened: %2.").arg(name, file.errorString()),
+                            0, true);
+        }
+        if (file.size() > MaxFileSize) {
+            m_keepCopyOf.insert(absolute);
+            return rejected(QStringLiteral("The database file \"%1\" cannot be loaded: at %2 MB it is larger than the "
+                                           "%3 MB this program can hold in memory.")
+                                .arg(name)
+                                .arg(file.size() >> 20)
+                                .arg(MaxFileSize >> 20),
+                            0, true);
+        }
+
+        // Read into fresh tables; they replace the current ones only on success,
+        // so a rejected file never leaves half-filled tables behind.
+        Database fresh;
+        detail::AfterRead after;
+        Reader reader(file, fresh, after);
+        reader.run();
+        LineSource &src = reader.source();
+
+        if (src.failed() && !src.ioError().isEmpty()) {
+            m_keepCopyOf.insert(absolute);
+            return rejected(QStringLiteral("The database file \"%1\" could not be read: %2.").arg(name, src.ioError()),
+                            0, true);
+        }
+        if (src.failed()) {
+            m_keepCopyOf.insert(absolute);
+            const int line = int(src.badLine());
+            return rejected(QStringLiteral("The database file \"%1\" is not a text database: line %2 holds the byte "
+                                           "0x%3, which such a file never contains.")
+                                .arg(name)
+                                .arg(line)
+                                .arg(int(src.badByte()), 2, 16, QLatin1Char('0')),
+                            line, true);
+        }
+        if (reader.duplicate) {
+            m_keepCopyOf.insert(absolute);
+            const int line = int(reader.duplicate->line);
+            return rejected(QStringLiteral("The database file \"%1\" cannot be loaded: line %2 holds %3, and a key may "
+                                           "stand only once.")
+                                .arg(name)
+                                .arg(line)
+                                .arg(reader.duplicate->what),
+                            line, true);
+        }
+
+        lvwCustomers.swap(fresh.lvwCustomers);
+        lvwPeriods.swap(fresh.lvwPeriods);
+        lvwPAndS.swap(fresh.lvwPAndS);
+        lvwInvoiceRecords.swap(fresh.lvwInvoiceRecords);
+        company.swap(fresh.company);
+        m_afterRead = std::move(after);
+        lvwCustomers.resort();
+        lvwPeriods.resort();
+        lvwPAndS.resort();
+        // The records are sorted once, by fillInvoiceRecordNames(), which every
+        // load runs next: their final text is only known then.
+
+        ReadResult r;
+        if (!reader.sectionFound) {
+            // A non-empty file without any section: read as empty, but its content
+            // is not ours to throw away on the next save.
+            file.seek(0);
+            bool content = false;
+            char chunk[65536];
+            qint64 got;
+            while (!content && (got = file.read(chunk, sizeof chunk)) > 0)
+                for (qint64 i = 0; i < got && !content; ++i)
+                    content = chunk[i] != ' ' && chunk[i] != '\t' && chunk[i] != '\r' && chunk[i] != '\n';
+            if (content) {
+                m_keepCopyOf.insert(absolute);
+                r.keepsCopyOnSave = true;
+            }
+        }
+        if (!r.keepsCopyOnSave) m_keepCopyOf.remove(absolute);
+        return r;
+    };
+    try {
+        return readWhole();
+    } catch (const std::bad_alloc &) {
+        clear();
+        m_keepCopyOf.insert(fileKey(path));
+        return rejected(QStringLiteral("The database file \"%1\" cannot be loaded: there is not enough memory "
+                                       "to hold it. The file was left as it was.")
+                            .arg(shownName(path)),
+                        0, true);
     }
-    if (!r.keepsCopyOnSave) m_keepCopyOf.remove(absolute);
-    return r;
 }
 
 }  // namespace qor

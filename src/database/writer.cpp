@@ -19,13 +19,15 @@ namespace qor {
 namespace {
 
 // Characters below 0x80 that can't go into a value as they are: the five
-// markup characters, line breaks (normalised to CR LF), and control bytes
-// that the reader would take for a binary file (written as references).
+// markup characters, and every control character, tabs and lone CRs
+// included (the reader takes tabs and blanks at a line's ends for
+// indentation), which are written as references. A line break (LF) is the
+// file's own CR LF.
 struct SpecialTable {
     bool special[128] = {};
     constexpr SpecialTable()
     {
-        for (int c = 0; c < 0x20; ++c) special[c] = (c != '\t');
+        for (int c = 0; c < 0x20; ++c) special[c] = true;
         special[0x7F] = true;
         special[int('&')] = special[int('<')] = special[int('>')] = true;
         special[int('\'')] = special[int('"')] = true;
@@ -72,8 +74,45 @@ public:
     }
 
     // XmlEscape of a value: the markup characters become entities, line breaks
-    // CR LF, and what the code page lacks a numeric reference.
+    // CR LF, and what the code page lacks a numeric reference. A blank next
+    // to a line break is a reference too, since the reader takes blanks at
+    // the ends of a line for indentation.
     void value(QStringView v)
+    {
+        qsizetype start = 0;
+        for (;;) {
+            const qsizetype nl = v.indexOf(u'\n', start);
+            if (nl < 0 && start == 0) {
+                line(v);
+                return;
+            }
+            QStringView part = nl < 0 ? v.mid(start) : v.mid(start, nl - start);
+            if (start > 0 && part.startsWith(u' ')) {
+                lit("&#32;");
+                part = part.mid(1);
+            }
+            const bool blankAtEnd = nl >= 0 && part.endsWith(u' ');
+            line(blankAtEnd ? part.chopped(1) : part);
+            if (blankAtEnd) lit("&#32;");
+            if (nl < 0) return;
+            lit("\r\n");
+            start = nl + 1;
+        }
+    }
+
+    // An attribute value stays on its line: a line break is a reference.
+    void attribute(QStringView v)
+    {
+        qsizetype start = 0;
+        for (qsizetype nl; (nl = v.indexOf(u'\n', start)) >= 0; start = nl + 1) {
+            line(v.mid(start, nl - start));
+            lit("&#10;");
+        }
+        line(v.mid(start));
+    }
+
+    // A value without line breaks.
+    void line(QStringView v)
     {
         const char16_t *s = v.utf16();
         const qsizetype n = v.size();
@@ -118,11 +157,6 @@ public:
             case '>': lit("&gt;"); break;
             case '\'': lit("&apos;"); break;
             case '"': lit("&quot;"); break;
-            case '\n': lit("\r\n"); break;
-            case '\r':
-                lit("\r\n");
-                if (i + 1 < n && s[i + 1] == '\n') ++i;
-                break;
             default:
                 lit("&#");
                 number(c);
@@ -272,7 +306,7 @@ void writeCustomers(Out &o, const KeyedList &customers)
         if (key.isEmpty()) return true;
         o.lit("\t\t<Customer CID=\"");
         for (QChar ch : key)
-            if (ch != u'k') o.value(QStringView(&ch, 1));
+            if (ch != u'k') o.attribute(QStringView(&ch, 1));
         o.lit("\">\r\n");
         const Fields f(text, FieldSep);
         o.element(3, "FName", f[1]);
@@ -318,7 +352,7 @@ void writeProductsAndServices(Out &o, const KeyedList &products)
         const bool archived = price.startsWith(ArchiveMark);
         if (archived) price = price.mid(ArchiveMark.size());
         o.lit("\t\t<PS PSID=\"");
-        o.value(key.chopped(key.isEmpty() ? 0 : 1));
+        o.attribute(key.chopped(key.isEmpty() ? 0 : 1));
         o.lit("\">\r\n");
         o.element(3, "Item", name);
         o.element(3, "ItemPrice", price);
@@ -338,7 +372,9 @@ void writeInvoiceRecords(Out &o, const KeyedList &records)
         o.element(3, "BP", f[0]);
         o.element(3, "CID", f[2]);
         o.element(3, "AccountBalance", f[3]);
-        // Entries keep the number of their place, so an empty entry leaves a gap.
+        // Entries keep the number of their place. An empty entry is written
+        // as an empty element: a gap in the numbers would end the list there
+        // on the next load.
         const QStringView items = f[4];
         const char16_t *p = items.utf16();
         const qsizetype n = items.size();
@@ -347,7 +383,7 @@ void writeInvoiceRecords(Out &o, const KeyedList &records)
         for (qsizetype i = 0; i <= n; ++i) {
             if (i < n && p[i] != ItemSep.unicode()) continue;
             ++number;
-            if (i > start) {
+            if (n > 0) {
                 o.lit("\t\t\t<PSID Number=\"");
                 o.number(number);
                 o.lit("\">");

@@ -3,6 +3,7 @@
 #include "billing/frmchecking.h"
 #include "database/database.h"
 #include "database/edits.h"
+#include "database/entryrules.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
 #include "shell/appcontext.h"
@@ -197,6 +198,10 @@ bool ProductPanel::addProduct()
     // The button only shows for a numeric price; Enter could still reach here.
     if (!regional::isNumeric(price)) return false;
     const ItemRow row = item::make(regional::sortPrice(price), regional::formatCurrency(regional::priceValue(price)), name);
+    if (const QString why = entry::productProblem(regional::formatCurrency(regional::priceValue(price)), name); !why.isEmpty()) {
+        DialogService::current().warning(ctx.mainWindow(), QStringLiteral("QOR"), why);
+        return false;
+    }
     if (findProductRow(row.listText) > 0) {
         DialogService::current().warning(ctx.mainWindow(), QStringLiteral("Duplicate Product or Service Found"),
                              QStringLiteral("A product or service was found with the exact same price and name.\r\n\r\n"

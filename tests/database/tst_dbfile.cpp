@@ -7,9 +7,14 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <cerrno>
 #include <csignal>
+#include <cstring>
+#include <memory>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace qor;
 using namespace dbtest;
@@ -66,7 +71,7 @@ private slots:
             << 10 << "record of customer 3 in bill period \"May\"";
         static const char withNul[] = "<QOR-DB>\r\n<Customers>\r\n\r\n<Cust\0omer>\r\n";
         QTest::newRow("NUL byte") << QByteArray(withNul, sizeof withNul - 1) << 4 << "0x00";
-        QTest::newRow("escape byte, CR line ends") << QByteArray("a\rb\rc\x1b\r") << 3 << "0x1b";
+        QTest::newRow("NUL in a CR-ended line") << QByteArray("a\rb\x1b\rc\0\r", 9) << 3 << "0x00";
         const QString wide = QStringLiteral("<QOR-DB>\r\n");
         QTest::newRow("UTF-16 text") << QByteArray(reinterpret_cast<const char *>(wide.utf16()), wide.size() * 2) << 1
                                      << "0x00";
@@ -182,6 +187,8 @@ private slots:
         std::signal(SIGXFSZ, previous);
         QVERIFY(!full.ok);
         QVERIFY2(full.message.contains(QDir::toNativeSeparators(path)), qPrintable(full.message));
+        // The system's own reason, not "Unknown error".
+        QVERIFY2(full.message.contains(QString::fromLocal8Bit(std::strerror(EFBIG))), qPrintable(full.message));
         QVERIFY(readFile(path) == old);
         QCOMPARE(QDir(own.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"QOR.xml"});
         // A folder that is a file, a name that is a folder or a pipe: each is left as it is.
@@ -202,6 +209,99 @@ private slots:
         QVERIFY(readFile(path) == db.serialize());
     }
 
+    void saveFailingAtAnyByteAndKeepingMode()
+    {
+        // Bigger than the writer's blocks, so a failure can come in any of several writes.
+        Database db;
+        for (int c = 1; c <= 3000; ++c)
+            db.lvwCustomers.add(QString::number(c) + u'k',
+                                fields({"N", "N", "", "", "", "", "", "", ""}) + QString(8000, QChar(u'a' + c % 26)));
+        const QByteArray content = db.serialize();
+        QVERIFY(content.size() > (qint64(16) << 20));
+        QTemporaryDir own;
+        const QString path = own.filePath(QStringLiteral("QOR.xml"));
+        const QByteArray old = customerFile("1", "2");
+        QVERIFY(writeFile(path, old));
+        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup));
+
+        // A device that takes failAt bytes and then fails, part-way through a write.
+        class Failing : public QIODevice {
+        public:
+            Failing(QIODevice &inner, qint64 failAt) : m_inner(inner), m_left(failAt) { open(WriteOnly | Unbuffered); }
+        protected:
+            qint64 readData(char *, qint64) override { return -1; }
+            qint64 writeData(const char *data, qint64 size) override
+            {
+                const qint64 take = std::min(size, m_left);
+                if (take > 0 && m_inner.write(data, take) != take) return -1;
+                m_left -= take;
+                if (take == size) return size;
+                setErrorString(QStringLiteral("No space left on device"));
+                return -1;
+            }
+        private:
+            QIODevice &m_inner;
+            qint64 m_left;
+        };
+        for (qint64 failAt : {qint64(0), qint64(1), qint64(4095), qint64(8) << 20, (qint64(8) << 20) + 1,
+                              content.size() / 2, content.size() - 1}) {
+            const SaveResult r = db.save(path, [failAt](QIODevice &file) { return std::make_unique<Failing>(file, failAt); });
+            QVERIFY(!r.ok);
+            QVERIFY2(r.message.contains(QLatin1String("No space left on device")), qPrintable(r.message));
+            QVERIFY(readFile(path) == old);
+            QCOMPARE(QDir(own.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"QOR.xml"});
+        }
+        // The device that fails at the last byte only would have written it all.
+        const SaveResult whole =
+            db.save(path, [&](QIODevice &file) { return std::make_unique<Failing>(file, content.size()); });
+        QVERIFY2(whole.ok, qPrintable(whole.message));
+        QVERIFY(readFile(path) == content);
+        // The permission bits of the old file stay with the new one.
+        QCOMPARE(QFileInfo(path).permissions() & 0x7777,
+                 QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser | QFile::ReadGroup);
+        struct stat st {};
+        QCOMPARE(::stat(QFile::encodeName(path).constData(), &st), 0);
+        QCOMPARE(st.st_mode & 07777, mode_t(0640));
+    }
+
+    void outOfMemoryIsToldNotAborted()
+    {
+        // A note of 200 MB needs 400 MB as text: in a process allowed 256 MB
+        // more than it has, the load is refused with a message.
+        const QString path = dir.filePath(QStringLiteral("huge.xml"));
+        {
+            QFile f(path);
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            f.write("<Customers>\r\n<Customer CID=\"1\">\r\n<Notes>");
+            const QByteArray chunk(1 << 20, 'n');
+            for (int i = 0; i < 200; ++i) f.write(chunk);
+            f.write("</Notes>\r\n</Customer>\r\n</Customers>\r\n");
+        }
+        const QByteArray before = readFile(path).left(64);
+        const pid_t child = fork();
+        QVERIFY(child >= 0);
+        if (child == 0) {
+            // The address space in use now, from /proc, plus 256 MB.
+            QFile statm(QStringLiteral("/proc/self/statm"));
+            statm.open(QIODevice::ReadOnly);
+            const qint64 pages = statm.readAll().split(' ').value(0).toLongLong();
+            struct rlimit limit;
+            limit.rlim_cur = limit.rlim_max = rlim_t(pages * sysconf(_SC_PAGESIZE) + (qint64(256) << 20));
+            setrlimit(RLIMIT_AS, &limit);
+            Database db;
+            const ReadResult r = db.read(path);
+            const bool told = r.status == ReadResult::Status::Rejected && r.keepsCopyOnSave &&
+                              r.message.contains(QLatin1String("not enough memory")) && tablesEmpty(db);
+            _exit(told ? 0 : 1);
+        }
+        int status = 0;
+        QCOMPARE(waitpid(child, &status, 0), child);
+        QVERIFY2(WIFEXITED(status), "the load was aborted");
+        QCOMPARE(WEXITSTATUS(status), 0);
+        QVERIFY(readFile(path).left(64) == before);
+        QFile::remove(path);
+    }
+
     void placeholderCustomer()
     {
         Database db;
@@ -220,9 +320,10 @@ private slots:
         QVERIFY2(l.problems[0].contains(QLatin1String("customer number 9")), qPrintable(l.problems[0]));
         QCOMPARE(rows(db.lvwCustomers), (QStringList{"9k = Customer, Deleted|Deleted|Customer||||||",
                                                      "3k = zzzz\u00BBThree, Cy|Cy|Three||||||"}));
-        // The first record in table order asked for the name and got none; the
-        // next one finds the placeholder. An archived customer's name shows plain.
-        QCOMPARE(rows(db.lvwInvoiceRecords), (QStringList{"A|9| = A||9||1|", "A|3| = A|Three, Cy|3||1|",
+        // Every record of the missing customer gets the placeholder's name, as
+        // the next load of the saved file gives it. An archived customer's name shows plain.
+        QCOMPARE(rows(db.lvwInvoiceRecords), (QStringList{"A|9| = A|Customer, Deleted|9||1|",
+                                                          "A|3| = A|Three, Cy|3||1|",
                                                           "B|9| = B|Customer, Deleted|9||1|"}));
         QCOMPARE(db.customerNameByCid(QStringLiteral("3")), QStringLiteral("zzzz\u00BBThree, Cy"));
         QCOMPARE(db.customerNameByCid(QStringLiteral("40")), QString());

@@ -36,7 +36,7 @@ private slots:
         struct Case { const char *name; QByteArray bytes; bool exists, fileRead, told; int customers; };
         const QByteArray good = "<QOR-DB>\r\n\t<Customers>\r\n\t\t<Customer CID=\"1\">\r\n\t\t\t<FName>Ann</FName>\r\n"
                                 "\t\t\t<Current>Yes</Current>\r\n\t\t</Customer>\r\n\t</Customers>\r\n</QOR-DB>\r\n";
-        const QByteArray refused = QByteArray("<QOR-DB>\r\n\x01\r\n</QOR-DB>\r\n");
+        const QByteArray refused = QByteArray("<QOR-DB>\r\n") + char(0) + QByteArray("\r\n</QOR-DB>\r\n");
         for (const Case &c : {Case{"missing", {}, false, false, false, 0}, Case{"read", good, true, true, false, 1},
                               Case{"refused", refused, true, false, true, 0}}) {
             QFile::remove(path());

@@ -1,0 +1,21 @@
+#pragma once
+// What typed text can't be stored as it stands. A row keeps its fields in one
+// text, divided by two characters, and marks archived rows with "zzzz»" at a
+// fixed place; an item's row divides price and name at the first " - ". Text
+// that would be taken for one of those marks is refused when it is entered,
+// so it can never flip a row to archived or move text between fields.
+#include <QString>
+#include <QStringList>
+#include <QStringView>
+
+namespace qor::entry {
+
+// The customer fields as typed, in the panel's order: first name, last name,
+// three address lines, e-mail, phone, notes. Empty when they can be stored,
+// else the message that tells the user why not.
+QString customerProblem(const QStringList &typed);
+
+// The price text as it will be stored (in the currency form) and the name.
+QString productProblem(QStringView priceText, QStringView name);
+
+}  // namespace qor::entry
