@@ -102,6 +102,18 @@ private slots:
         QCOMPARE(settings::databasePath(), at(u"Copy.XML"_s));
         QVERIFY(answers->messages().isEmpty());
         QVERIFY(recoveryCopies().isEmpty());
+
+        // A name that cannot be written: told, and the books stay with their file.
+        company(1)->setText(u"Only in memory"_s);
+        answers->nextFileNames = {at(u"no-such-folder/Lost"_s)};
+        pathButton(3);
+        QCOMPARE(answers->messages().size(), 1);
+        QCOMPARE(answers->last().message.icon, QMessageBox::Critical);
+        QCOMPARE(settings::databasePath(), at(u"Copy.XML"_s));
+        QCOMPARE(shownPath(), at(u"Copy.XML"_s));
+        QVERIFY(w->databaseChanged());
+        QCOMPARE(company(1)->text(), u"Only in memory"_s);
+        QCOMPARE(w->customerPanel()->rowCount(), 2);
     }
 
     void newAndOpen() {
