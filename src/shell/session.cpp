@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <algorithm>
 #include <exception>
 
 namespace qor {
@@ -123,8 +124,11 @@ QString Session::changePath(FileButton button)
     path = withXmlExtension(path);
 
     // New and Open drop unsaved changes without a question; a copy keeps
-    // them recoverable.
-    if (button != FileButton::SaveAs && m_db.isChanged()) keepUnsavedChanges();
+    // them recoverable. An empty database (a first start) has nothing to lose.
+    const bool empty = m_db.lvwCustomers.count() == 0 && m_db.lvwPAndS.count() == 0 &&
+                       m_db.lvwPeriods.count() == 0 && m_db.lvwInvoiceRecords.count() == 0 &&
+                       std::all_of(m_db.company.begin(), m_db.company.end(), [](const QString &c) { return c.isEmpty(); });
+    if (button != FileButton::SaveAs && m_db.isChanged() && !empty) keepUnsavedChanges();
 
     const QString previous = settings::databasePath();
     settings::write(QStringLiteral("FileHandling"), QStringLiteral("DatabasePath"), path);
