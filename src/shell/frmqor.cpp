@@ -188,6 +188,9 @@ void FrmQOR::buildFormControls() {
 
     connect(optionsPanel(), &OptionsPanel::helpRequested, this, [this] { cmdOpenHelpClick(); });
     connect(optionsPanel(), &OptionsPanel::expertModeClicked, this, [this] { applyExpertMode(); });
+    connect(optionsPanel(), &OptionsPanel::changePathClicked, this, &FrmQOR::cmdChangePathClick);
+    connect(optionsPanel(), &OptionsPanel::closeBooksClicked, this, &FrmQOR::cmdCloseBooksClick);
+    connect(m_session, &Session::unsavedChangesKept, optionsPanel(), &OptionsPanel::showRecoveryCopy);
     connect(optionsPanel(), &OptionsPanel::checkForNewVersionRequested, this,
             [this] { maintenance::checkForNewVersion(this); });
     maintenance::attachDeveloperView(p->picLogo, this, db(), [this] { return m_session->path(); });
@@ -361,6 +364,23 @@ void FrmQOR::cmdCancelClick() {
     if (answer != QMessageBox::Ok)
         return;
     m_session->load();
+}
+
+void FrmQOR::cmdChangePathClick(int index) {
+    if (index == int(Session::FileButton::Save)) {
+        saveDatabase();
+        return;
+    }
+    if (m_session->changePath(Session::FileButton(index)).isEmpty())
+        return;
+    loadDatabaseAndRefresh();
+    showDatabaseChanged(false);
+}
+
+void FrmQOR::cmdCloseBooksClick() {
+    if (!m_session->closeBooks())
+        return;
+    optionsPanel()->showDatabasePath();
 }
 
 // ---------------------------------------------------------------------------

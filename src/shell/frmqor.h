@@ -76,6 +76,9 @@ public:
     // The buttons at the top of the window.
     void cmdSaveClick();
     void cmdCancelClick();
+    // The file buttons of the Options panel.
+    void cmdChangePathClick(int index);
+    void cmdCloseBooksClick();
     // Opens the user guide in the system's viewer; false when it could not be
     // written or no viewer took it (nothing is shown to the user then).
     bool cmdOpenHelpClick();

@@ -3,6 +3,7 @@
 #include "shell/frmqor.h"
 #include "shell/session.h"
 #include "shell/singleinstance.h"
+#include "uiservices/clsdialogs.h"
 #include "uiservices/dialogservice.h"
 
 #include <QApplication>
@@ -26,8 +27,15 @@ int main(int argc, char *argv[]) {
         return 0;
     }
 
+    // The common dialogs, from here to the end; their end writes what they
+    // remember for the next run.
+    qor::ClsDIALOGS dialogService;
+
     auto *window = new qor::FrmQOR(session);
+    dialogService.setOwner(window);
     window->setAttribute(Qt::WA_DeleteOnClose);
     window->formLoad();
-    return app.exec();
+    const int code = app.exec();
+    dialogService.setOwner(nullptr);
+    return code;
 }

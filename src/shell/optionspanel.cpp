@@ -3,7 +3,10 @@
 #include "shell/settingsstore.h"
 #include "uiservices/assetpaths.h"
 #include "uiservices/hovercommand.h"
+#include "uiservices/twips.h"
 
+#include <QAbstractButton>
+#include <QDir>
 #include <QCheckBox>
 #include <QEvent>
 #include <QLabel>
@@ -45,8 +48,29 @@ OptionsPanel::OptionsPanel(AppContext &ctx, QWidget *parent) : Panel(5, ctx, par
         settings::putStoredSetting(QStringLiteral("ExpertMode"), QString::fromLatin1(onOff(on)));
         emit expertModeClicked(on);
     });
-    // cmdChangePath(0..3) and cmdCloseBooks get their handlers with the file
-    // operations.
+    for (int i = 0; i < 4; ++i)
+        connect(require<QAbstractButton>(QStringLiteral("cmdChangePath(%1)").arg(i)), &QAbstractButton::clicked,
+                this, [this, i] { emit changePathClicked(i); });
+    connect(require<QAbstractButton>("cmdCloseBooks"), &QAbstractButton::clicked, this,
+            &OptionsPanel::closeBooksClicked);
+
+    // Between the close-the-books button and the check boxes; shown once
+    // unsaved changes were kept in a recovery copy.
+    m_recoveryCopy = new QLabel(this);
+    m_recoveryCopy->setObjectName(QStringLiteral("lblRecoveryCopy"));
+    m_recoveryCopy->setGeometry(twipsToPx(240), twipsToPx(2580), twipsToPx(3255), twipsToPx(255));
+    m_recoveryCopy->setTextFormat(Qt::PlainText);
+    m_recoveryCopy->hide();
+}
+
+void OptionsPanel::showRecoveryCopy(const QString &path)
+{
+    const QString line = QStringLiteral("Unsaved changes were kept in %1").arg(QDir::toNativeSeparators(path));
+    m_recoveryCopy->setToolTip(line);
+    m_recoveryCopy->setText(
+        m_recoveryCopy->fontMetrics().elidedText(line, Qt::ElideMiddle, m_recoveryCopy->width()));
+    m_recoveryCopy->setAccessibleName(line);
+    m_recoveryCopy->show();
 }
 
 void OptionsPanel::showVersion() { m_version->setText(versionText()); }
@@ -56,9 +80,11 @@ QString OptionsPanel::versionText()
     return QStringLiteral("%1.%2").arg(QOR_VERSION_MAJOR).arg(QOR_VERSION_MINOR);
 }
 
+void OptionsPanel::showDatabasePath() { m_path->setText(settings::databasePath()); }
+
 void OptionsPanel::applySettings()
 {
-    m_path->setText(settings::databasePath());
+    showDatabasePath();
     m_confirmEdits->setChecked(settings::isOn(QStringLiteral("Settings"), QStringLiteral("CheckToConfirmEdits")));
     m_expertMode->setChecked(settings::isOn(QStringLiteral("Settings"), QStringLiteral("ExpertMode")));
 }

@@ -17,6 +17,8 @@ public:
     // The part of ApplySettings on this panel: the path shown, then the two
     // boxes set by their keys (which stores them back through their handlers).
     void applySettings();
+    // txtChangePath shows the file the settings name.
+    void showDatabasePath();
 
     bool expertMode() const;
     bool checkToConfirmEdits() const;
@@ -25,6 +27,9 @@ public:
     static QString versionText();
     // lblVersionNumber shows versionText().
     void showVersion();
+    // One line under the file buttons: unsaved changes were kept in path.
+    void showRecoveryCopy(const QString &path);
+    QLabel *recoveryCopyLine() const { return m_recoveryCopy; }
 
 signals:
     // chkExpertMode was clicked (or set by code) and its setting stored: the
@@ -34,6 +39,10 @@ signals:
     void helpRequested();
     // lblCheckForNewVersion was clicked.
     void checkForNewVersionRequested();
+    // cmdChangePath(index) was pressed: 0 New, 1 Open, 2 Save, 3 Save As.
+    void changePathClicked(int index);
+    // cmdCloseBooks was pressed.
+    void closeBooksClicked();
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -44,6 +53,7 @@ private:
     QCheckBox *m_confirmEdits = nullptr;    // chkCheckToConfirmEdits
     QCheckBox *m_expertMode = nullptr;      // chkExpertMode
     QLineEdit *m_path = nullptr;            // txtChangePath
+    QLabel *m_recoveryCopy = nullptr;       // lblRecoveryCopy
 };
 
 }  // namespace qor

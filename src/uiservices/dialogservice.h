@@ -2,10 +2,14 @@
 // Every question the program puts to the user goes through one service:
 // message boxes, frmMessage, typed text, file names. The program uses the one
 // that shows real windows; a test installs a ScriptedDialogs and gives the
-// answers in advance. New kinds of dialog (fonts, colours, pages, folders)
-// are added here as one more virtual with its real and scripted form.
+// answers in advance. The real dialogs are Qt's own, never the desktop's,
+// so they work without a desktop portal and a test can drive them.
+#include <QColor>
 #include <QFont>
 #include <QList>
+#include <QMargins>
+#include <QStringList>
+#include <array>
 #include <QMessageBox>
 #include <QString>
 #include <deque>
@@ -30,6 +34,27 @@ public:
     struct FileQuestion {
         QString caption, folder, filter;
     };
+    // A file dialog with all it can be told (clsDIALOGS asks this way).
+    struct FileRequest {
+        bool save = false;
+        QString title, folder;
+        QStringList filters;     // "Description (*.ext)", as Qt lists them
+        int filterIndex = 1;     // 1-based: the filter selected at the start
+        bool mustExist = false;  // open: only an existing file is accepted
+        bool multiple = false;   // open: several files may be chosen
+        bool createPrompt = false;  // save: ask before a new file is named
+    };
+    struct FileReply {
+        QStringList files;       // empty: cancelled
+        int filterIndex = 1;     // 1-based: the filter selected at the end
+    };
+    // Page setup: paper and margins in thousandths of an inch.
+    struct PageSetup {
+        int paperWidth = 8500, paperHeight = 11000;
+        QMargins margins{500, 500, 500, 500};
+        QMargins minMargins{250, 250, 250, 250};
+    };
+    using CustomColors = std::array<QColor, 16>;
 
     virtual ~DialogService() = default;
 
@@ -43,7 +68,17 @@ public:
     virtual QString openFileName(QWidget *owner, const FileQuestion &q) = 0;
     virtual QString saveFileName(QWidget *owner, const FileQuestion &q) = 0;
     // The font dialog: no value when the user cancelled.
+    // A size below one point is taken as 10 points.
     virtual std::optional<QFont> font(QWidget *owner, const QString &title, const QFont &initial) = 0;
+    virtual FileReply fileDialog(QWidget *owner, const FileRequest &r) = 0;
+    // No value when cancelled; custom holds the sixteen custom colours, in
+    // and out.
+    virtual std::optional<QColor> color(QWidget *owner, const QColor &initial, CustomColors &custom) = 0;
+    virtual std::optional<PageSetup> pageSetup(QWidget *owner, const PageSetup &start) = 0;
+    // True when the print dialog was confirmed.
+    virtual bool printDialog(QWidget *owner) = 0;
+    // A folder, or an empty text when cancelled.
+    virtual QString folder(QWidget *owner, const QString &title) = 0;
 
     // The usual boxes.
     QMessageBox::StandardButton warning(QWidget *owner, const QString &title, const QString &text,
@@ -75,6 +110,11 @@ public:
     QString openFileName(QWidget *owner, const FileQuestion &q) override;
     QString saveFileName(QWidget *owner, const FileQuestion &q) override;
     std::optional<QFont> font(QWidget *owner, const QString &title, const QFont &initial) override;
+    FileReply fileDialog(QWidget *owner, const FileRequest &r) override;
+    std::optional<QColor> color(QWidget *owner, const QColor &initial, CustomColors &custom) override;
+    std::optional<PageSetup> pageSetup(QWidget *owner, const PageSetup &start) override;
+    bool printDialog(QWidget *owner) override;
+    QString folder(QWidget *owner, const QString &title) override;
 };
 
 // Answers given in advance, for tests: installs itself for as long as it
@@ -88,10 +128,14 @@ public:
     ScriptedDialogs &operator=(const ScriptedDialogs &) = delete;
 
     struct Seen {
-        QString kind;  // "message", "messageForm", "text", "open", "save", "font"
+        // "message", "messageForm", "text", "open", "save", "font", "color",
+        // "pageSetup", "print", "folder"
+        QString kind;
         Message message;
         MessageForm form;
-        QString title, label;
+        QString title, label;  // for a file dialog the label is its filter list
+        QString folder;        // the start folder of a file dialog
+        FileRequest file;      // a file dialog's whole request
     };
     QList<Seen> seen;
 
@@ -107,6 +151,17 @@ public:
     std::deque<QString> nextFileNames;
     // Fonts: queued choices first (no value: Cancel), else Cancel.
     std::deque<std::optional<QFont>> nextFonts;
+    // File dialogs (fileDialog) take nextFileSelections first (several
+    // names at once), else nextFileNames; the filter index is the next of
+    // nextFilterIndexes, else the one the dialog started with.
+    std::deque<QStringList> nextFileSelections;
+    std::deque<int> nextFilterIndexes;
+    // Colours, page setups (no value: Cancel), print dialogs, folders ("":
+    // Cancel); an empty queue cancels.
+    std::deque<std::optional<QColor>> nextColors;
+    std::deque<std::optional<PageSetup>> nextPageSetups;
+    std::deque<bool> nextPrintAnswers;
+    std::deque<QString> nextFolders;
 
     const Seen &last() const;
     QList<Seen> messages() const;  // the message boxes only
@@ -118,6 +173,11 @@ public:
     QString openFileName(QWidget *owner, const FileQuestion &q) override;
     QString saveFileName(QWidget *owner, const FileQuestion &q) override;
     std::optional<QFont> font(QWidget *owner, const QString &title, const QFont &initial) override;
+    FileReply fileDialog(QWidget *owner, const FileRequest &r) override;
+    std::optional<QColor> color(QWidget *owner, const QColor &initial, CustomColors &custom) override;
+    std::optional<PageSetup> pageSetup(QWidget *owner, const PageSetup &start) override;
+    bool printDialog(QWidget *owner) override;
+    QString folder(QWidget *owner, const QString &title) override;
 
 private:
     DialogService *m_previous = nullptr;

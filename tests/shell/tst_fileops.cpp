@@ -1,0 +1,328 @@
+// The database file as a whole, through the window: New, Open, Save As,
+// abandoning changes and closing the books, with the file dialogs answered
+// in advance and once through the real Qt file dialog.
+#include "../customers/panelharness.h"
+#include "../uiservices/modaldriver.h"
+#include "customers/customerpanel.h"
+#include "billing/billperiodpanel.h"
+#include "printing/printingpanel.h"
+#include "shell/optionspanel.h"
+#include "shell/panel.h"
+#include "uiservices/clsdialogs.h"
+#include "uiservices/hovercommand.h"
+
+#include <QComboBox>
+#include <QDirIterator>
+#include <QFileDialog>
+#include <QRegularExpression>
+
+using namespace qor;
+using namespace qor::testing;
+using namespace Qt::StringLiterals;
+
+class TstFileOps : public QObject {
+    Q_OBJECT
+    Sandbox sb;
+    std::unique_ptr<FrmQOR> w;
+    std::unique_ptr<ScriptedDialogs> answers;
+    std::unique_ptr<ClsDIALOGS> dialogs;
+
+    QString at(const QString &name) const { return sb.dir.path() + u'/' + name; }
+    QAbstractButton *button(const QString &name) { return w->panel(5)->control<QAbstractButton>(name); }
+    void pathButton(int i) { click(button(u"cmdChangePath(%1)"_s.arg(i))); }
+    QString shownPath() { return w->panel(5)->control<QLineEdit>(u"txtChangePath"_s)->text(); }
+    QLineEdit *company(int i) { return w->panel(6)->control<QLineEdit>(u"txtCompanyDetails(%1)"_s.arg(i)); }
+    static QByteArray bytes(const QString &path) {
+        QFile f(path);
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("(missing)");
+    }
+    static std::unique_ptr<Database> readBack(const QString &path) {
+        auto db = std::make_unique<Database>();
+        db->read(path, Database::MissingFile::Reject);
+        db->fillInvoiceRecordNames();
+        return db;
+    }
+    QStringList recoveryCopies() const {
+        return QDir(sb.dir.path()).entryList({u"*.unsaved-*"_s}, QDir::Files, QDir::Name);
+    }
+    void addCustomer(const QString &first) {
+        w->cmdTabClick(0);
+        auto *add = w->customerPanel()->control<QAbstractButton>(u"cmdAddNew"_s);
+        click(add);
+        QTest::keyClicks(w->customerPanel()->controlWidget(u"txtField(0)"_s), first);
+        click(add);
+        w->cmdTabClick(5);
+    }
+
+private slots:
+    void init() {
+        writeDatabase(sb.db, {{1, u"Ann"_s, u"Lee"_s}, {2, u"Bob"_s, u"Moss"_s}, {3, u"Old"_s, u"Gone"_s, false}},
+                      {{1, u"Mowing"_s, u"10"_s}, {2, u"Raking"_s, u"5"_s, false}},
+                      {{1, {u"1"_s}}, {2, {u"1"_s, u"1"_s}}});
+        settings::write(u"FileHandling"_s, u"DatabasePath"_s, sb.db);
+        settings::write(u"Messages"_s, u"DontShowExplanationOfClosingBooks"_s, u"False"_s);
+        dialogs = std::make_unique<ClsDIALOGS>(false);
+        answers = std::make_unique<ScriptedDialogs>();
+        w = openWindow(5);
+    }
+    void cleanup() {
+        discard(w);
+        answers.reset();
+        dialogs.reset();
+        for (const QString &f : QDir(sb.dir.path()).entryList(QDir::Files)) QFile::remove(at(f));
+    }
+
+    void saveAsAddsTheExtensionAndGoesOn() {
+        const QByteArray original = sb.fileBytes();
+        company(0)->setText(u"Renamed Co"_s);
+        answers->nextFileNames = {at(u"Books"_s), at(u"Copy.XML"_s)};
+        pathButton(3);
+        const auto &asked = answers->last();
+        QCOMPARE(asked.kind, u"save"_s);
+        QCOMPARE(asked.title, u"Save Current Database under a New Name"_s);
+        QCOMPARE(asked.file.filters, QStringList{u"Harnwick QOR Database (*.xml)"_s});
+        QVERIFY(bytes(at(u"Books.xml"_s)).contains("Renamed Co"));
+        QCOMPARE(sb.fileBytes(), original);  // the old file is not written
+        QCOMPARE(settings::databasePath(), at(u"Books.xml"_s));
+        QCOMPARE(shownPath(), at(u"Books.xml"_s));
+        QVERIFY(!w->databaseChanged() && w->cmdSave()->isHidden());
+        QCOMPARE(w->customerPanel()->rowCount(), 2);
+        QCOMPARE(company(0)->text(), u"Renamed Co"_s);
+
+        // Capitals are left alone; the dialog opens where the last one ended.
+        pathButton(3);
+        QCOMPARE(answers->last().folder, sb.dir.path() + u'/');
+        QVERIFY(QFile::exists(at(u"Copy.XML"_s)));
+        QVERIFY(!QFile::exists(at(u"Copy.XML.xml"_s)));
+        QCOMPARE(settings::databasePath(), at(u"Copy.XML"_s));
+        QCOMPARE(bytes(at(u"Copy.XML"_s)), bytes(at(u"Books.xml"_s)));
+
+        // Cancel changes nothing and says nothing.
+        pathButton(3);
+        QCOMPARE(settings::databasePath(), at(u"Copy.XML"_s));
+        QVERIFY(answers->messages().isEmpty());
+        QVERIFY(recoveryCopies().isEmpty());
+
+        // A name that cannot be written: told, and the books stay with their file.
+        company(1)->setText(u"Only in memory"_s);
+        answers->nextFileNames = {at(u"no-such-folder/Lost"_s)};
+        pathButton(3);
+        QCOMPARE(answers->messages().size(), 1);
+        QCOMPARE(answers->last().message.icon, QMessageBox::Critical);
+        QCOMPARE(settings::databasePath(), at(u"Copy.XML"_s));
+        QCOMPARE(shownPath(), at(u"Copy.XML"_s));
+        QVERIFY(w->databaseChanged());
+        QCOMPARE(company(1)->text(), u"Only in memory"_s);
+        QCOMPARE(w->customerPanel()->rowCount(), 2);
+    }
+
+    void newAndOpen() {
+        // A name that is taken, with or without its ".xml": the message, nothing else.
+        answers->nextFileNames = {sb.db, at(u"QOR"_s)};
+        for (int i = 0; i < 2; ++i) {
+            pathButton(0);
+            QCOMPARE(answers->last().kind, u"message"_s);
+            QCOMPARE(answers->last().message.text,
+                     u"If you want to create a new database,\r\nyou'll need to type in a new (unique) file name."_s);
+            QCOMPARE(answers->last().message.buttons, QMessageBox::Ok);
+        }
+        QCOMPARE(answers->seen[0].title, u"Create a New Database"_s);
+        QCOMPARE(settings::databasePath(), sb.db);
+        QCOMPARE(w->customerPanel()->rowCount(), 2);
+
+        // The new file is there, empty, until the first save.
+        answers->nextFileNames = {at(u"Fresh"_s)};
+        pathButton(0);
+        QCOMPARE(QFileInfo(at(u"Fresh.xml"_s)).size(), 0);
+        QCOMPARE(settings::databasePath(), at(u"Fresh.xml"_s));
+        QCOMPARE(shownPath(), at(u"Fresh.xml"_s));
+        QCOMPARE(w->customerPanel()->rowCount(), 0);
+        QCOMPARE(company(0)->text(), QString());
+        QVERIFY(!w->databaseChanged());
+        QCOMPARE(w->billPeriodPanel()->chooser()->count(), 0);
+
+        // An empty file is a good empty database: no complaint when it is opened.
+        // The changed state of a first start (nothing in the books) needs no recovery copy.
+        w->showDatabaseChanged(true);
+        const int told = int(answers->messages().size());
+        answers->nextFileNames = {at(u"Fresh.xml"_s), at(u"Nowhere"_s), sb.db};
+        pathButton(1);
+        QCOMPARE(answers->last().title, u"Open an Exisiting Database"_s);
+        QVERIFY(answers->last().file.mustExist);
+        QCOMPARE(answers->messages().size(), told);
+        // A name the dialog let through though no file has it: made empty.
+        pathButton(1);
+        QCOMPARE(QFileInfo(at(u"Nowhere.xml"_s)).size(), 0);
+        QCOMPARE(w->customerPanel()->rowCount(), 0);
+        pathButton(1);
+        QCOMPARE(w->customerPanel()->rowCount(), 2);
+        QCOMPARE(company(0)->text(), u"Test Co"_s);
+        QCOMPARE(w->billPeriodPanel()->chooser()->count(), 1);
+        QVERIFY(recoveryCopies().isEmpty());  // nothing was ever unsaved
+    }
+
+    void unsavedChangesAreKeptBeforeTheyAreDropped() {
+        addCustomer(u"Cara"_s);
+        QVERIFY(w->databaseChanged());
+        const QByteArray original = sb.fileBytes();
+        QVERIFY(w->optionsPanel()->recoveryCopyLine()->isHidden());
+        answers->nextFileNames = {at(u"Other"_s)};
+        pathButton(0);
+        QCOMPARE(settings::databasePath(), at(u"Other.xml"_s));
+        QCOMPARE(sb.fileBytes(), original);  // New drops the changes without a question
+        const QStringList copies = recoveryCopies();
+        QCOMPARE(copies.size(), 1);
+        QVERIFY2(QRegularExpression(u"^QOR\\.xml\\.unsaved-\\d{8}-\\d{6}$"_s).match(copies[0]).hasMatch(),
+                 qPrintable(copies[0]));
+        // The copy is a database with the change in it.
+        const auto kept = readBack(at(copies[0]));
+        QCOMPARE(kept->lvwCustomers.count(), 4);
+        QCOMPARE(kept->lvwInvoiceRecords.count(), 2);
+        const QLabel *line = w->optionsPanel()->recoveryCopyLine();
+        QVERIFY(line->isVisible());
+        QVERIFY(line->toolTip().endsWith(copies[0]));
+
+        // Open drops them the same way; a second copy beside the file they came from.
+        company(0)->setText(u"Unsaved Name"_s);
+        answers->nextFileNames = {sb.db};
+        pathButton(1);
+        const QStringList more = recoveryCopies();
+        QCOMPARE(more.size(), 2);
+        QVERIFY(more.filter(u"Other.xml.unsaved-"_s).size() == 1);
+        QVERIFY(bytes(at(more.filter(u"Other.xml.unsaved-"_s)[0])).contains("Unsaved Name"));
+        QCOMPARE(w->customerPanel()->rowCount(), 2);
+    }
+
+    void closeTheBooks() {
+        const QString explanation =
+            u"By \"closing the books,\" the current database will be saved\r\nand you will then start fresh under a "
+            "new file name with\r\nyour existing customers && products.  This allows you to\r\narchive previous bill "
+            "periods and invoices, keeping your\r\nfiles smaller and more managable.  (Even after closing the\r\n"
+            "books on a file, you can always re-open and edit it later.)\r\n\r\nWould you like to close the books on "
+            "this file and begin a\r\nnew file using your current customers && products?"_s;
+        const QString refusal = u"If you want to close the books and continue with a new database,\r\nyou'll need "
+                                "to type in a new (unique) file name for the new database."_s;
+        auto *closeBooks = button(u"cmdCloseBooks"_s);
+        // Declined ("No", also the close box): no dialog.
+        answers->nextFormAnswers = {u"No"_s};
+        click(closeBooks);
+        click(closeBooks);
+        QCOMPARE(answers->seen.size(), 2);
+        QCOMPARE(answers->seen[0].kind, u"messageForm"_s);
+        QCOMPARE(answers->seen[0].form.text, explanation);
+        QCOMPARE(answers->seen[0].form.key, u"DontShowExplanationOfClosingBooks"_s);
+        QCOMPARE(answers->seen[0].form.presetAnswer, u"No"_s);
+        QVERIFY(answers->seen[0].form.buttons != u"OK"_s);
+
+        // Cancel in the dialog, and a name that is taken: the refusal.
+        answers->nextFormAnswers = {u"Yes"_s, u"Yes"_s};
+        answers->nextFileNames = {QString(), at(u"QOR"_s)};
+        click(closeBooks);
+        QCOMPARE(answers->seen[3].title, u"Create a New Database"_s);
+        QCOMPARE(answers->last().message.text, refusal);
+        click(closeBooks);
+        QCOMPARE(answers->last().message.text, refusal);
+        QCOMPARE(settings::databasePath(), sb.db);
+
+        // Without pending changes the old file is not written.
+        const QByteArray original = sb.fileBytes();
+        settings::write(u"Messages"_s, u"DontShowExplanationOfClosingBooks"_s, u"TRUE"_s);
+        const qsizetype asked = answers->seen.size();
+        answers->nextFileNames = {at(u"Year2"_s)};
+        click(closeBooks);
+        QCOMPARE(answers->seen.size(), asked + 1);  // no explanation once switched off
+        QCOMPARE(sb.fileBytes(), original);
+        QCOMPARE(settings::databasePath(), at(u"Year2.xml"_s));
+        QCOMPARE(shownPath(), at(u"Year2.xml"_s));
+        QVERIFY(!w->databaseChanged() && w->cmdSave()->isHidden());
+        QCOMPARE(w->billPeriodPanel()->chooser()->count(), 0);
+        QCOMPARE(w->billPeriodPanel()->tree()->topLevelItemCount(), 0);
+        QCOMPARE(w->printingPanel()->chooser()->count(), 0);
+        QCOMPARE(w->printingPanel()->tree()->topLevelItemCount(), 0);
+        QCOMPARE(w->customerPanel()->rowCount(), 2);
+        QCOMPARE(company(0)->text(), u"Test Co"_s);
+        const auto year2 = readBack(at(u"Year2.xml"_s));
+        QCOMPARE(year2->lvwCustomers.count(), 3);  // the archived one too, with its number
+        QVERIFY(year2->lvwCustomers.contains(u"3k"));
+        QCOMPARE(year2->lvwPAndS.count(), 2);
+        QCOMPARE(year2->lvwPeriods.count(), 0);
+        QCOMPARE(year2->lvwInvoiceRecords.count(), 0);
+        QCOMPARE(year2->company[0], u"Test Co"_s);
+
+        // With pending changes: they reach the old file first, and the new one.
+        addCustomer(u"Dora"_s);
+        answers->nextFileNames = {at(u"Year3.xml"_s)};
+        click(closeBooks);
+        const auto year2After = readBack(at(u"Year2.xml"_s));
+        const auto year3 = readBack(at(u"Year3.xml"_s));
+        QCOMPARE(year2After->lvwCustomers.count(), 4);
+        QCOMPARE(year3->lvwCustomers.count(), 4);
+        QVERIFY(!w->databaseChanged());
+
+        // The first file stays as it was and opens again with its records.
+        answers->nextFileNames = {sb.db};
+        pathButton(1);
+        QCOMPARE(sb.fileBytes(), original);
+        QCOMPARE(w->db().lvwInvoiceRecords.count(), 2);
+        QCOMPARE(w->printingPanel()->chooser()->count(), 1);
+        QVERIFY(recoveryCopies().isEmpty());
+    }
+
+    void abandonAfterAddingACustomer() {
+        w->cmdSaveClick();  // the file as this program writes it
+        const QByteArray saved = sb.fileBytes();
+        const QStringList shown = rowTexts(w->customerPanel()->list());
+        addCustomer(u"Cara"_s);
+        QCOMPARE(w->customerPanel()->rowCount(), 3);
+        settings::sync();
+        const QByteArray settingsBefore = bytes(settings::storePath());
+        answers->nextAnswers = {QMessageBox::Ok};
+        click(w->cmdCancel());
+        QCOMPARE(answers->last().message.title, u"ABANDON ALL CHANGES???"_s);
+        QCOMPARE(rowTexts(w->customerPanel()->list()), shown);
+        QCOMPARE(w->billPeriodPanel()->chooser()->count(), 1);
+        QVERIFY(!w->databaseChanged());
+        settings::sync();
+        QCOMPARE(bytes(settings::storePath()), settingsBefore);
+        // The Options panel's own save button writes the file unchanged.
+        w->cmdChangePathClick(2);
+        QCOMPARE(sb.fileBytes(), saved);
+    }
+
+    // The real Qt file dialog, filled in as a user does.
+    void throughTheRealFileDialog() {
+        answers.reset();  // the real windows answer now
+        const QString target = at(u"Typed"_s);
+        bool seen = false;
+        whenModal<QFileDialog>([&](QFileDialog *f) {
+            QCOMPARE(f->windowTitle(), u"Save Current Database under a New Name"_s);
+            QCOMPARE(f->nameFilters(), QStringList{u"Harnwick QOR Database (*.xml)"_s});
+            auto *name = f->findChild<QLineEdit *>(u"fileNameEdit"_s);
+            QVERIFY(name);
+            // A full path is pasted: typed, the completer's list would take the Return.
+            name->setText(target);
+            QTest::keyClick(name, Qt::Key_Return);
+        }, &seen);
+        pathButton(3);
+        QVERIFY(seen);
+        QCOMPARE(settings::databasePath(), at(u"Typed.xml"_s));
+        QCOMPARE(readBack(at(u"Typed.xml"_s))->lvwCustomers.count(), 3);
+
+        // Open through it: the dialog starts in the folder of the last open.
+        seen = false;
+        whenModal<QFileDialog>([&](QFileDialog *f) {
+            QCOMPARE(f->windowTitle(), u"Open an Exisiting Database"_s);
+            QCOMPARE(QDir(f->directory()).canonicalPath(),
+                     QDir(ClsDIALOGS::current().strLastOpenFolder()).canonicalPath());
+            f->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(sb.db);
+            QTest::keyClick(f->findChild<QLineEdit *>(u"fileNameEdit"_s), Qt::Key_Return);
+        }, &seen);
+        pathButton(1);
+        QVERIFY(seen);
+        QCOMPARE(settings::databasePath(), sb.db);
+        QCOMPARE(shownPath(), sb.db);
+    }
+};
+
+QTEST_MAIN(TstFileOps)
+#include "tst_fileops.moc"

@@ -1,0 +1,268 @@
+// The common dialog object: what a new one starts with, what it remembers
+// between runs, the file dialogs' bookkeeping (folders, files, filters,
+// multiple selection), the font rules, colours, page setup, and the real Qt
+// dialogs behind it, driven as a user would.
+#include "modaldriver.h"
+#include "shell/settingsstore.h"
+#include "uiservices/clsdialogs.h"
+
+#include <QColorDialog>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace qor;
+using namespace qor::testing;
+using namespace Qt::StringLiterals;
+
+class TstClsDialogs : public QObject {
+    Q_OBJECT
+    QTemporaryDir dir;
+    const QString NUL = QString(QChar(u'\0'));
+
+    static QString readIni(const char *key)
+    {
+        QSettings ini(ClsDIALOGS::iniPath(), QSettings::IniFormat);
+        return ini.value(u"DIALOGS/"_s + QLatin1String(key)).toString();
+    }
+
+private slots:
+    void initTestCase() { qputenv("XDG_CONFIG_HOME", (dir.path() + u"/config"_s).toLocal8Bit()); }
+    void init() { QFile::remove(ClsDIALOGS::iniPath()); }
+
+    void newObjectWithoutIni()
+    {
+        QVERIFY(ClsDIALOGS::iniPath().startsWith(dir.path() + u"/config/QOR/"_s));
+        ClsDIALOGS d;
+        QCOMPARE(&ClsDIALOGS::current(), &d);
+        const QString program = QCoreApplication::applicationDirPath();
+        QCOMPARE(d.strInitialDir(), program);
+        QCOMPARE(d.strLastOpenFolder(), program);
+        QCOMPARE(d.strLastSaveFolder(), program);
+        QCOMPARE(d.lngLastOpenFilter(), 1);
+        QCOMPARE(d.lngLastSaveFilter(), 1);
+        QCOMPARE(d.strLastOpenFile(), QString());
+        QCOMPARE(d.strDialogError(), u"N/A"_s);
+        QCOMPARE(d.lngColor(), 0xC0C0C0);
+        QCOMPARE(d.lngFontSize(), 10);
+        QCOMPARE(d.lngFontType(), 1024);
+        QCOMPARE(QList<int>({d.lngPaperWidth(), d.lngPaperHeight(), d.intLeftMargin(), d.intMinMarginTop()}),
+                 QList<int>({8500, 11000, 500, 250}));
+        QCOMPARE(d.dialogFilters(),
+                 QStringList({u"All Files (*.*)"_s, u"Batch Files (*.BAT)"_s, u"INF Files (*.INF)"_s,
+                              u"SYS Files (*.SYS)"_s, u"HTM Files (*.HTM)"_s, u"Text Files (*.TXT)"_s}));
+        QCOMPARE(d.customColors()[2], QColor(255, 0, 0));
+        QCOMPARE(d.customColors()[7], QColor(0, 255, 255));
+        QCOMPARE(d.customColors()[15], QColor(255, 255, 255));
+        // The first dialog opens at the program's folder with the first filter.
+        ScriptedDialogs answers;
+        d.strGetOpenFileName();
+        QCOMPARE(answers.last().folder, program);
+        QCOMPARE(answers.last().file.filterIndex, 1);
+        QCOMPARE(answers.last().title, u"Select File(s) To Open"_s);
+    }
+
+    void rememberedBetweenRuns()
+    {
+        {
+            ClsDIALOGS first;
+            ScriptedDialogs answers;
+            answers.nextFileNames = {u"/srv/books/Out.txt"_s, u"/home/u/In.bat"_s};
+            answers.nextFilterIndexes = {6, 2};
+            QCOMPARE(first.strGetSaveFileName(), u"/srv/books/Out.txt"_s);
+            QCOMPARE(first.strGetOpenFileName(), u"/home/u/In.bat"_s);
+            QVERIFY(!QFile::exists(ClsDIALOGS::iniPath()));  // written only at the end
+        }
+        QCOMPARE(readIni("LastSaveDir"), u"/srv/books/"_s);
+        QCOMPARE(readIni("LastSaveFilter"), u"6"_s);
+        QCOMPARE(readIni("InitialDir"), u"/home/u/"_s);
+
+        ClsDIALOGS second;
+        QCOMPARE(second.strLastSaveFolder(), u"/srv/books/"_s);
+        QCOMPARE(second.strLastSaveFile(), u"/srv/books/Out.txt"_s);
+        QCOMPARE(second.lngLastSaveFilter(), 6);
+        QCOMPARE(second.strLastOpenFolder(), u"/home/u/"_s);
+        QCOMPARE(second.strLastOpenFile(), u"/home/u/In.bat"_s);
+        QCOMPARE(second.lngLastOpenFilter(), 2);
+        ScriptedDialogs answers;
+        second.setStrInitialDir(QString());  // the folder of the last use
+        second.strGetSaveFileName();
+        QCOMPARE(answers.last().folder, u"/srv/books/"_s);
+        QCOMPARE(answers.last().file.filterIndex, 6);
+
+        // Switched off after creation: nothing is written at the end.
+        const QByteArray before = [] { QFile f(ClsDIALOGS::iniPath()); f.open(QIODevice::ReadOnly); return f.readAll(); }();
+        {
+            ClsDIALOGS third;
+            third.setBlnUsePersistence(false);
+            answers.nextFileNames = {u"/tmp/elsewhere/x"_s};
+            third.strGetOpenFileName();
+        }
+        QFile f(ClsDIALOGS::iniPath());
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        QCOMPARE(f.readAll(), before);
+    }
+
+    void cancelAndFilters()
+    {
+        ClsDIALOGS d(false);
+        ScriptedDialogs answers;
+        answers.nextFileNames = {u"/data/a.xml"_s};
+        d.strGetSaveFileName();
+        d.setStrInitialDir(u"/elsewhere"_s);
+        QCOMPARE(d.strGetSaveFileName(), QString());  // cancelled
+        QCOMPARE(d.strInitialDir(), u"/data/"_s);
+        QCOMPARE(d.strLastSaveFile(), u"/data/a.xml"_s);
+        QCOMPARE(d.lngDialogError(), 0);
+        QCOMPARE(d.strDialogError(), u"General Codes Failure"_s);
+        QVERIFY(answers.messages().isEmpty());  // a plain cancel is not told
+        QCOMPARE(ClsDIALOGS::dialogErrorText(12291), u"File Name/Title Buffer Too Small"_s);
+        QCOMPARE(ClsDIALOGS::dialogErrorText(77), u"Unknown Error"_s);
+
+        d.setStrFilter(u"Text (*.txt)|*.txt|"_s);  // the bar's NUL, then two more
+        QCOMPARE(d.filterList(), u"Text (*.txt)"_s + NUL + u"*.txt"_s + NUL + NUL + NUL);
+        d.setStrFilter(u"Pictures|*.png;*.jpg"_s + NUL + NUL);
+        QCOMPARE(d.filterList(), u"Pictures"_s + NUL + u"*.png;*.jpg"_s + NUL + NUL);
+        QCOMPARE(d.dialogFilters(), QStringList{u"Pictures (*.png *.jpg)"_s});
+    }
+
+    void multipleSelection()
+    {
+        ClsDIALOGS d(false);
+        ScriptedDialogs answers;
+        answers.nextFileNames = {u"/d/one.txt"_s};
+        QCOMPARE(d.strGetOpenFileName(), u"/d/one.txt"_s);
+        QCOMPARE(d.strLastOpenFile(), u"/d/one.txt"_s);  // without multiple selection: the full name
+        QCOMPARE(d.lngNumFilesSelected(), 0);
+
+        d.setBlnAllowMultipleFileSelect(true);
+        answers.nextFileNames = {u"/d/one.txt"_s};
+        QCOMPARE(d.strGetOpenFileName(), u"/d/one.txt"_s);
+        QCOMPARE(d.lngNumFilesSelected(), 1);
+        QCOMPARE(d.strLastOpenFile(), u"one.txt"_s);
+        QVERIFY(answers.last().file.multiple && answers.last().file.mustExist);
+
+        answers.nextFileSelections = {{u"/d/a.txt"_s, u"/d/b.txt"_s}, {u"/a"_s, u"/b"_s, u"/c"_s}};
+        QCOMPARE(d.strGetOpenFileName(), u"a.txt"_s + NUL + u"b.txt"_s + NUL + NUL);
+        QCOMPARE(d.lngNumFilesSelected(), 2);
+        QCOMPARE(d.strLastOpenFolder(), u"/d/"_s);
+        QCOMPARE(d.fstrReturnSingleFileName(1), u"/d/b.txt"_s);
+        // The root keeps its one separator; the names of the earlier choice go.
+        d.strGetOpenFileName();
+        QCOMPARE(d.lngNumFilesSelected(), 3);
+        QCOMPARE(d.strLastOpenFolder(), u"/"_s);
+        QCOMPARE(QStringList({d.fstrReturnSingleFileName(0), d.fstrReturnSingleFileName(2),
+                              d.fstrReturnSingleFileName(3), d.fstrReturnSingleFileName(256)}),
+                 QStringList({u"/a"_s, u"/c"_s, QString(), QString()}));
+    }
+
+    void fontRules()
+    {
+        ClsDIALOGS d(false);
+        ScriptedDialogs answers;
+        QFont tiny(u"DejaVu Sans"_s);
+        tiny.setPointSizeF(0.5);
+        QFont bigBoldItalic(u"DejaVu Serif"_s);
+        bigBoldItalic.setPointSizeF(11.6);
+        bigBoldItalic.setBold(true);
+        bigBoldItalic.setItalic(true);
+        QFont styled(u"DejaVu Sans"_s, 9);
+        styled.setStyleName(u"Condensed"_s);
+        answers.nextFonts = {tiny, bigBoldItalic, styled, std::nullopt};
+
+        QVERIFY(d.blnChooseFont());
+        QCOMPARE(d.lngFontSize(), 10);  // under one point
+        QCOMPARE(d.strFontFaceName(), u"DejaVu Sans"_s);
+        QCOMPARE(d.strFontStyle(), QString());
+        QVERIFY(!d.blnIsFontBold() && !d.blnIsFontItalic());
+
+        QVERIFY(d.blnChooseFont());
+        QCOMPARE(d.lngFontSize(), 12);
+        QCOMPARE(d.lngFontType(), 256 | 512);
+        QCOMPARE(d.strFontStyle(), u"Italic"_s);  // both: the italic wins the text
+        QVERIFY(d.blnIsFontBold() && d.blnIsFontItalic());
+
+        // A style text from the dialog reads "Regular" and leaves the two flags.
+        QVERIFY(d.blnChooseFont());
+        QCOMPARE(d.lngFontSize(), 9);
+        QCOMPARE(d.strFontStyle(), u"Regular"_s);
+        QVERIFY(d.blnIsFontBold() && d.blnIsFontItalic());
+
+        QVERIFY(!d.blnChooseFont());
+        QCOMPARE(d.lngFontSize(), 9);
+    }
+
+    void colourPageSetupPrintFolder()
+    {
+        ClsDIALOGS d(false);
+        ScriptedDialogs answers;
+        answers.nextColors = {QColor(255, 0, 0), std::nullopt};
+        QCOMPARE(d.lngChooseColor(0x00FF00), 0x0000FF);
+        QCOMPARE(d.lngChooseColor(0x00FF00), -1);
+        QCOMPARE(d.lngColor(), 0x0000FF);  // a cancel leaves it
+
+        DialogService::PageSetup a4;
+        a4.paperWidth = 8268;
+        a4.paperHeight = 11693;
+        a4.margins = QMargins(400, 300, 600, 700);
+        answers.nextPageSetups = {a4, std::nullopt};
+        QVERIFY(d.blnPageSetup());
+        QCOMPARE(QList<int>({d.lngPaperWidth(), d.lngPaperHeight(), d.intLeftMargin(), d.intTopMargin(),
+                             d.intRightMargin(), d.intBottomMargin(), d.intMinMarginLeft()}),
+                 QList<int>({8268, 11693, 400, 300, 600, 700, 250}));
+        QVERIFY(!d.blnPageSetup());
+        QCOMPARE(d.lngPaperWidth(), 8268);
+
+        answers.nextPrintAnswers = {true, false};
+        QVERIFY(d.blnPrintDialog());
+        QVERIFY(!d.blnPrintDialog());
+        answers.nextFolders = {u"/srv"_s};
+        QCOMPARE(d.fstrBrowseForFolder(nullptr), u"/srv"_s);
+        QCOMPARE(answers.last().title, u"Select Folder"_s);
+        QCOMPARE(d.fstrBrowseForFolder(nullptr), QString());
+    }
+
+    // The real dialogs, as a user fills them in.
+    void realDialogs()
+    {
+        ClsDIALOGS d(false);
+        const QString folder = dir.path() + u"/real"_s;
+        QVERIFY(QDir().mkpath(folder));
+        d.setStrInitialDir(folder);
+        d.setStrFilter(u"Harnwick QOR Database (*.xml)|*.xml|Text Files (*.TXT)|*.TXT"_s);
+        d.setStrTitle(u"Keep it"_s);
+        bool seen = false;
+        whenModal<QFileDialog>([&](QFileDialog *f) {
+            QCOMPARE(f->windowTitle(), u"Keep it"_s);
+            QVERIFY(f->testOption(QFileDialog::DontUseNativeDialog));
+            QCOMPARE(QDir(f->directory()).canonicalPath(), QDir(folder).canonicalPath());
+            QCOMPARE(f->selectedNameFilter(), u"Harnwick QOR Database (*.xml)"_s);
+            f->findChild<QComboBox *>(u"fileTypeCombo"_s)->setCurrentIndex(1);
+            auto *name = f->findChild<QLineEdit *>(u"fileNameEdit"_s);
+            QVERIFY(name);
+            QTest::keyClicks(name, u"typed.txt"_s);
+            QTest::keyClick(name, Qt::Key_Return);
+        }, &seen);
+        QCOMPARE(d.strGetSaveFileName(), folder + u"/typed.txt"_s);
+        QVERIFY(seen);
+        QCOMPARE(d.lngLastSaveFilter(), 2);
+        QCOMPARE(d.strInitialDir(), folder + u"/"_s);
+
+        // The colour dialog starts from the given colour with the object's custom colours.
+        seen = false;
+        whenModal<QColorDialog>([&](QColorDialog *c) {
+            QCOMPARE(c->currentColor(), QColor(0, 0, 255));
+            QCOMPARE(QColorDialog::customColor(4), QColor(255, 255, 0));
+            c->setCurrentColor(QColor(10, 20, 30));
+            c->accept();
+        }, &seen);
+        QCOMPARE(d.lngChooseColor(0xFF0000), 10 | (20 << 8) | (30 << 16));
+        QVERIFY(seen);
+    }
+};
+
+QTEST_MAIN(TstClsDialogs)
+#include "tst_clsdialogs.moc"
