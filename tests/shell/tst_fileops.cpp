@@ -236,9 +236,9 @@ private slots:
         QCOMPARE(shownPath(), at(u"Year2.xml"_s));
         QVERIFY(!w->databaseChanged() && w->cmdSave()->isHidden());
         QCOMPARE(w->billPeriodPanel()->chooser()->count(), 0);
-        QCOMPARE(w->billPeriodPanel()->tree()->topLevelItemCount(), 0);
+        QCOMPARE(w->billPeriodPanel()->tree()->model()->rowCount(), 0);
         QCOMPARE(w->printingPanel()->chooser()->count(), 0);
-        QCOMPARE(w->printingPanel()->tree()->topLevelItemCount(), 0);
+        QCOMPARE(w->printingPanel()->tree()->model()->rowCount(), 0);
         QCOMPARE(w->customerPanel()->rowCount(), 2);
         QCOMPARE(company(0)->text(), u"Test Co"_s);
         const auto year2 = readBack(at(u"Year2.xml"_s));
