@@ -11,9 +11,11 @@
 
 namespace qor::pages {
 
-int marginCentimetres(QStringView text)
+int marginCentimetres(QStringView text) { return wholeCentimetres(regional::val(text)); }
+
+int wholeCentimetres(double value)
 {
-    const double v = std::nearbyint(regional::val(text));  // the default rounding: half to even
+    const double v = std::nearbyint(value);  // the default rounding: half to even
     if (!std::isfinite(v))
         return 0;
     if (v >= double(std::numeric_limits<int>::max()))

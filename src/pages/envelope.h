@@ -29,6 +29,8 @@ struct EnvelopeInput {
 // A stored margin as the run reads it: Val of the text, rounded to whole
 // centimetres, an exact half to the even neighbour ("2.5" gives 2).
 int marginCentimetres(QStringView text);
+// The same for a margin already read with Val.
+int wholeCentimetres(double value);
 
 // The envelope a user of this locale feeds: US No. 10 where the locale
 // measures in US units, DL elsewhere.
