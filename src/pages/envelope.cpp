@@ -27,8 +27,9 @@ int wholeCentimetres(double value)
 
 QPageSize defaultEnvelopePaper()
 {
-    return QLocale().measurementSystem() == QLocale::ImperialUSSystem ? QPageSize(QPageSize::Envelope10)
-                                                                      : QPageSize(QPageSize::EnvelopeDL);
+    if (QLocale().measurementSystem() == QLocale::ImperialUSSystem)
+        return QPageSize(QSizeF(9, 12), QPageSize::Inch, QStringLiteral("Catalog Envelope 9 x 12"));
+    return QPageSize(QPageSize::EnvelopeC4);
 }
 
 Page composeEnvelope(const EnvelopeInput &in, const QPageSize &paper)

@@ -32,8 +32,11 @@ int marginCentimetres(QStringView text);
 // The same for a margin already read with Val.
 int wholeCentimetres(double value);
 
-// The envelope a user of this locale feeds: US No. 10 where the locale
-// measures in US units, DL elsewhere.
+// The envelope a user of this locale feeds: the 9 by 12 inch catalogue
+// envelope where the locale measures in US units, C4 elsewhere. Both are
+// 22.9 cm high when turned to landscape, so the address block at the stored
+// default margins (12 cm down, reaching about 17.5 cm) lands on them; on the
+// small business sizes (No. 10, DL: about 11 cm high) it would not.
 QPageSize defaultEnvelopePaper();
 
 // Twips in a centimetre.

@@ -91,9 +91,26 @@ private slots:
         QVERIFY(lines[4]->bottom - lines[4]->top > lines[0]->bottom - lines[0]->top);  // 12 points
         for (int i = 6; i < 8; ++i)
             QVERIFY(std::abs(lines[i]->top - lines[i - 1]->top - pitch10) < 5);
+        // The block lies on the paper.
+        QVERIFY(lines[7]->bottom < page.height());
         // The page is the envelope, landscape.
         const QSizeF pt = size.size(QPageSize::Point);
         QCOMPARE(page.width(), int(std::lround(std::max(pt.width(), pt.height()) * 20)));
+    }
+
+    // The locale's envelope takes the block at the default margins.
+    void defaultPaperHoldsTheDefaults()
+    {
+        for (const char *name : {"en_US", "de_DE", "en_GB"}) {
+            QLocale::setDefault(QLocale(QString::fromLatin1(name)));
+            EnvelopeInput in = sample();
+            const Page page = composeEnvelope(in);
+            QVERIFY(page.isLandscape());
+            const Element &last = page.elements().last();
+            QVERIFY2(last.top + last.height < page.height(), name);
+            QVERIFY2(last.left + last.width < page.width(), name);
+        }
+        QLocale::setDefault(QLocale::c());
     }
 
     // Empty lines keep their place: the block keeps its height.
