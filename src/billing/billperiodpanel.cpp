@@ -1,31 +1,114 @@
 #include "billing/billperiodpanel.h"
 
+#include "billing/billing.h"
+#include "billing/invoicetrees.h"
+#include "billing/invoicetreeview.h"
 #include "database/database.h"
+#include "database/regional.h"
 #include "database/rowtypes.h"
 #include "shell/appcontext.h"
 #include "shell/roster.h"
+#include "uiservices/dialogservice.h"
+#include "uiservices/twips.h"
 
+#include <QAbstractButton>
 #include <QComboBox>
+#include <QCursor>
+#include <QDate>
+#include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QSignalBlocker>
+#include <QTreeView>
 #include <QTreeWidget>
 
 namespace qor {
 
-BillPeriodPanel::BillPeriodPanel(AppContext &ctx, QWidget *parent) : Panel(2, ctx, parent)
+namespace {
+// The captions by which the panel's state is read: a button's caption says
+// what it does now.
+namespace caption {
+const QString NewBillPeriod = QStringLiteral("&New Bill Period");
+const QString AddNew = QStringLiteral("&Add New");
+const QString CancelNew = QStringLiteral("&Cancel New");
+const QString LogFullPayment = QStringLiteral("&Log Full Payment");
+const QString ResetCustomerAccounts = QStringLiteral("&Reset Customer Accounts");
+const QString NameInEntry = QStringLiteral("Bill Period Name:");
+const QString NameInView = QStringLiteral("Bill Period:");
+}  // namespace caption
+
+const QString AppTitle = QStringLiteral("QOR");
+
+QString titleOf(const billing::Prompt &p) { return p.title.isEmpty() ? AppTitle : p.title; }
+
+// A customer the list of the Customers panel shows: nine fields, not archived.
+bool hasCurrentCustomer(const Database &db)
+{
+    bool found = false;
+    db.lvwCustomers.forEach([&](QStringView, QStringView text) {
+        found = CustomerView::parse(text) && !customer::isArchived(text);
+        return !found;
+    });
+    return found;
+}
+}  // namespace
+
+BillPeriodPanel::BillPeriodPanel(AppContext &ctx, QWidget *parent)
+    : Panel(2, ctx, parent), m_trees(InvoiceTrees::of(ctx.db()))
 {
     m_chooser = require<QComboBox>("cmbBillPeriod(1)");
-    m_tree = require<QTreeWidget>("tvwInvoiceRecords(0)");
+    m_treeView = require<QTreeView>("tvwInvoiceRecords(0)");
     m_products = require<QTreeWidget>("lvwProducts(1)");
     m_txtBillPeriod = require<QLineEdit>("txtBillPeriod");
     for (int i = 1; i <= 3; ++i)
         m_periodFields[size_t(i - 1)] = require<QLineEdit>(QStringLiteral("txtPField(%1)").arg(i));
-    // The buttons, the chooser and the trees get their handlers with the bill
-    // period logic.
+    m_cmdAddNewBP = require<QAbstractButton>("cmdAddNewBP");
+    m_cmdCancelNewBP = require<QAbstractButton>("cmdCancelNewBP");
+    m_cmdResetCustomerAccounts = require<QAbstractButton>("cmdResetCustomerAccounts");
+    m_cmdAdjustBalance = require<QAbstractButton>("cmdAdjustBalance");
+    m_lblBillPeriodName = require<QLabel>("lblBillPeriodName");
+    m_lblExample = require<QLabel>("lblExample");
+    m_lblDoubleClickToAdd = require<QLabel>("lblDoubleClickToAdd");
+    m_lblCustomerAccounts = require<QLabel>("lblCustomerAccountsForThisPeriod");
+    m_binding = new InvoiceTreeView(m_treeView, &m_trees.tree(0));
 
-    const Database &db = ctx.db();
+    // The popup menus of the tree during an entry.
+    m_mnuPopupC = new QMenu(QStringLiteral("Menu Popup C"), this);
+    m_mnuPopupC->setObjectName(QStringLiteral("mnuPopupC"));
+    m_mnuSelectThisOnly = m_mnuPopupC->addAction(QStringLiteral("Select This Customer Only"));
+    m_mnuSelectThisOnly->setObjectName(QStringLiteral("mnuSelectThisOnly"));  // the left click does this already
+    m_mnuSelectAll = m_mnuPopupC->addAction(QStringLiteral("Select All Customers"));
+    m_mnuSelectAll->setObjectName(QStringLiteral("mnuSelectAll"));
+    m_mnuPopupB = new QMenu(QStringLiteral("Menu Popup B"), this);
+    m_mnuPopupB->setObjectName(QStringLiteral("mnuPopupB"));
+    m_mnuDeleteItem = m_mnuPopupB->addAction(QStringLiteral("Delete This Item from Customer Bill"));
+    m_mnuDeleteItem->setObjectName(QStringLiteral("mnuDeleteItem"));
+    connect(m_mnuSelectAll, &QAction::triggered, this, [this] { billing::markAllCustomers(treeModel()); });
+    connect(m_mnuDeleteItem, &QAction::triggered, this, [this] {
+        billing::deleteBilledItem(treeModel(), m_binding->selectedNode());
+        showResetButton();
+    });
+
+    connect(m_cmdAddNewBP, &QAbstractButton::clicked, this, &BillPeriodPanel::cmdAddNewBPClick);
+    connect(m_cmdCancelNewBP, &QAbstractButton::clicked, this, &BillPeriodPanel::cmdCancelNewBPClick);
+    connect(m_cmdResetCustomerAccounts, &QAbstractButton::clicked, this,
+            &BillPeriodPanel::cmdResetCustomerAccountsClick);
+    connect(m_cmdAdjustBalance, &QAbstractButton::clicked, this, &BillPeriodPanel::cmdAdjustBalanceClick);
+    connect(m_txtBillPeriod, &QLineEdit::textChanged, this, &BillPeriodPanel::txtBillPeriodChange);
+    for (int i = 1; i <= 3; ++i)
+        connect(m_periodFields[size_t(i - 1)], &QLineEdit::textChanged, this, [this, i] { txtPFieldChange(i); });
+    connect(m_products, &QTreeWidget::itemDoubleClicked, this, &BillPeriodPanel::lvwProductsDblClick);
+    connect(m_chooser, &QComboBox::currentIndexChanged, this,
+            [this](int index) { m_trees.showPeriod(index, m_chooser->itemText(index)); });
+    connect(&m_trees, &InvoiceTrees::periodShown, this, &BillPeriodPanel::periodShown);
+    connect(m_binding, &InvoiceTreeView::mouseUp, this, &BillPeriodPanel::tvwInvoiceRecordsMouseUp);
+    connect(m_binding, &InvoiceTreeView::doubleClicked, this, &BillPeriodPanel::tvwInvoiceRecordsDblClick);
+
+    Database &db = ctx.db();
     connect(&db, &Database::aboutToReload, this, [this] {
-        m_tree->clear();
+        m_trees.forgetPeriod();
+        m_trees.tree(0).clear();
+        m_trees.tree(1).clear();
         m_products->clear();
     });
     connect(&db, &Database::reloaded, this, [this] {
@@ -38,16 +121,13 @@ BillPeriodPanel::BillPeriodPanel(AppContext &ctx, QWidget *parent) : Panel(2, ct
     });
 }
 
-QComboBox *BillPeriodPanel::chooser() const { return m_chooser; }
-QTreeWidget *BillPeriodPanel::tree() const { return m_tree; }
-QTreeWidget *BillPeriodPanel::productList() const { return m_products; }
+InvoiceTree &BillPeriodPanel::treeModel() const { return m_trees.tree(0); }
 
 QStringList BillPeriodPanel::periodNames(const KeyedList &periods)
 {
     QStringList names;
     periods.forEach([&names](QStringView, QStringView text) {
-        if (const auto period = PeriodView::parse(text))
-            names.append(period->name.toString());
+        if (const auto period = PeriodView::parse(text)) names.append(period->name.toString());
         return true;
     });
     return names;
@@ -55,8 +135,6 @@ QStringList BillPeriodPanel::periodNames(const KeyedList &periods)
 
 void BillPeriodPanel::fillChooser(QComboBox *box, const KeyedList &periods)
 {
-    if (!box)
-        return;
     // Filling an empty box would select its first entry on the way.
     const QSignalBlocker quiet(box);
     box->clear();
@@ -66,28 +144,27 @@ void BillPeriodPanel::fillChooser(QComboBox *box, const KeyedList &periods)
 
 void BillPeriodPanel::refreshBillPeriodList()
 {
-    QComboBox *box = m_chooser;
     {
-        const QSignalBlocker quiet(box);
-        box->clear();
+        const QSignalBlocker quiet(m_chooser);
+        m_chooser->clear();
     }
+    m_trees.forgetPeriod();
     m_txtBillPeriod->clear();
-    m_tree->clear();
+    treeModel().clear();
     clearEntryFields(2);
 
     const KeyedList &periods = ctx.db().lvwPeriods;
-    if (periods.count() == 0)
-        return;
-    fillChooser(box, periods);
-    if (box->count() > 0)
-        box->setCurrentIndex(box->count() - 1);
+    if (periods.count() == 0) return;
+    fillChooser(m_chooser, periods);
+    // The latest period is what the user sees: the chooser's change shows it.
+    if (m_chooser->count() > 0) m_chooser->setCurrentIndex(m_chooser->count() - 1);
 }
 
 void BillPeriodPanel::clearEntryFields(int kind)
 {
     if (kind == 1) {
         m_txtBillPeriod->clear();
-        m_tree->clear();
+        treeModel().clear();
         for (int i = 1; i <= 3; ++i) {
             QLineEdit *f = m_periodFields[size_t(i - 1)];
             f->clear();
@@ -118,8 +195,264 @@ void BillPeriodPanel::refreshProductList()
         return true;
     });
     list->addTopLevelItems(rows);
-    if (!rows.isEmpty())
-        list->setCurrentItem(rows.first());
+    if (!rows.isEmpty()) list->setCurrentItem(rows.first());
+}
+
+// ---------------------------------------------------------------- modes
+
+bool BillPeriodPanel::inEntry() const { return m_lblBillPeriodName->text() == caption::NameInEntry; }
+
+void BillPeriodPanel::rearrange()
+{
+    const double W = pxToTwips(width()), H = pxToTwips(height());
+    arrange(W, H, middleOf(W));
+}
+
+void BillPeriodPanel::cmdAddNewBPClick()
+{
+    if (m_cmdAddNewBP->text() == caption::NewBillPeriod) showBillPeriodEntry(true);
+    else addBillPeriod();
+}
+
+void BillPeriodPanel::cmdCancelNewBPClick() { showBillPeriodEntry(false); }
+
+void BillPeriodPanel::showBillPeriodEntry(bool isNew)
+{
+    if (isNew) {
+        if (!hasCurrentCustomer(ctx.db()) || m_products->topLevelItemCount() == 0) {
+            DialogService::current().message(ctx.mainWindow(), {QMessageBox::NoIcon, titleOf(billing::text::AddCustomersFirst),
+                                                                billing::text::AddCustomersFirst.text});
+            return;
+        }
+        m_cmdCancelNewBP->setText(caption::CancelNew);
+        m_cmdAddNewBP->setText(caption::AddNew);
+        m_lblBillPeriodName->setText(caption::NameInEntry);
+        roster::setBackColour(m_txtBillPeriod, syscolor::InfoBackground);
+        m_lblExample->setText(billing::exampleText(QDate::currentDate()));
+        clearEntryFields(1);
+        billing::resetNewPeriodTree(treeModel(), ctx.db());
+        m_cmdResetCustomerAccounts->setText(caption::ResetCustomerAccounts);
+        m_cmdResetCustomerAccounts->hide();
+        m_cmdAdjustBalance->hide();
+    } else {
+        m_cmdAddNewBP->setText(caption::NewBillPeriod);
+        m_lblBillPeriodName->setText(caption::NameInView);
+        // cmbBillPeriod_Click(1): the period the chooser holds, if any. After
+        // finalising, the refresh of the lists has just shown it; it is built
+        // again only when the tree holds something else (an entry).
+        if (treeModel().isEmpty() || treeModel().chosenPeriod() != m_chooser->currentText()
+            || m_chooser->currentIndex() != m_trees.chosenIndex())
+            m_trees.showPeriod(m_chooser->currentIndex(), m_chooser->currentText());
+        clearEntryFields(2);
+        m_cmdResetCustomerAccounts->hide();
+        m_cmdResetCustomerAccounts->setText(caption::LogFullPayment);
+    }
+    for (QWidget *w : std::initializer_list<QWidget *>{m_products, m_lblDoubleClickToAdd, m_lblExample, m_cmdCancelNewBP,
+                                                       m_txtBillPeriod})
+        w->setVisible(isNew);
+    for (QWidget *w : std::initializer_list<QWidget *>{m_cmdAddNewBP, m_chooser, m_lblCustomerAccounts})
+        w->setVisible(!isNew);
+    if (isNew && !m_txtBillPeriod->isHidden()) m_txtBillPeriod->setFocus();
+    rearrange();
+}
+
+void BillPeriodPanel::txtBillPeriodChange()
+{
+    // Only an entry reads the name; in view mode the field is hidden and a
+    // refresh that empties it must not hide "&New Bill Period".
+    if (!inEntry()) return;
+    if (!m_txtBillPeriod->text().isEmpty()) {
+        roster::setBackColour(m_txtBillPeriod, syscolor::Window);
+        m_cmdAddNewBP->setVisible(billing::dueDateAllowsAdd(m_periodFields[2]->text()));
+        if (!m_lblExample->isHidden()) {
+            m_lblExample->hide();
+            m_lblCustomerAccounts->show();
+        }
+    } else {
+        roster::setBackColour(m_txtBillPeriod, syscolor::InfoBackground);
+        m_cmdAddNewBP->hide();
+        if (m_lblExample->isHidden()) {
+            m_lblExample->show();
+            m_lblCustomerAccounts->hide();
+        }
+    }
+}
+
+void BillPeriodPanel::txtPFieldChange(int index)
+{
+    if (m_cmdAddNewBP->text() == caption::NewBillPeriod || index != 3) return;
+    const QString due = m_periodFields[2]->text();
+    m_cmdAddNewBP->setVisible(!m_txtBillPeriod->text().isEmpty() && billing::dueDateAllowsAdd(due));
+    roster::setBackColour(m_periodFields[2], billing::dueDateLooksGood(due, regional::dateSeparator())
+                                                 ? syscolor::Window
+                                                 : syscolor::InfoBackground);
+}
+
+void BillPeriodPanel::addBillPeriod()
+{
+    DialogService &dialogs = DialogService::current();
+    QWidget *owner = ctx.mainWindow();
+    const QString name = m_txtBillPeriod->text();
+    switch (billing::checkNewBillPeriod(ctx.db(), treeModel(), name)) {
+    case billing::AddCheck::DuplicateName:
+        dialogs.warning(owner, billing::text::DuplicateName.title, billing::text::DuplicateName.text);
+        return;
+    case billing::AddCheck::NothingBilled:
+        dialogs.warning(owner, billing::text::NothingBilled.title, billing::text::NothingBilled.text);
+        return;
+    case billing::AddCheck::Ok:
+        break;
+    }
+    // Finalising is always asked, whatever the setting for confirmations.
+    if (dialogs.warning(owner, titleOf(billing::text::Finalise), billing::text::Finalise.text,
+                        QMessageBox::Ok | QMessageBox::Cancel) != QMessageBox::Ok)
+        return;
+    billing::finaliseBillPeriod(ctx.db(), treeModel(), name, m_periodFields[0]->text(), m_periodFields[1]->text(),
+                                m_periodFields[2]->text(), regional::currencySymbol());
+    // The lists of periods follow (RefreshBillPeriodList shows the latest),
+    // and the database counts as changed.
+    ctx.db().tableEdited(Database::Table::InvoiceRecords);
+    ctx.db().tableEdited(Database::Table::Periods);
+    showBillPeriodEntry(false);
+}
+
+void BillPeriodPanel::periodShown(int listIndex, const QString &row)
+{
+    if (m_chooser->currentIndex() != listIndex) {
+        const QSignalBlocker quiet(m_chooser);
+        m_chooser->setCurrentIndex(listIndex);
+    }
+    if (const auto period = PeriodRow::parse(row)) {
+        m_periodFields[0]->setText(billing::screenDate(period->start));
+        m_periodFields[1]->setText(billing::screenDate(period->end));
+        m_periodFields[2]->setText(billing::screenDate(period->billDue));
+    }
+    m_cmdResetCustomerAccounts->hide();
+    m_cmdAdjustBalance->hide();
+}
+
+// ---------------------------------------------------------------- billing items
+
+void BillPeriodPanel::showResetButton()
+{
+    if (m_cmdResetCustomerAccounts->isHidden()) m_cmdResetCustomerAccounts->show();
+}
+
+void BillPeriodPanel::lvwProductsDblClick()
+{
+    if (m_lblDoubleClickToAdd->isHidden()) return;
+    QTreeWidgetItem *row = m_products->currentItem();
+    if (!row) return;
+    const billing::BillOutcome outcome =
+        billing::billProductToMarked(treeModel(), row->data(0, Qt::UserRole).toString(), row->text(0));
+    if (!outcome.refused.isEmpty())
+        DialogService::current().warning(ctx.mainWindow(), billing::text::QuantityFullTitle, outcome.refusalText());
+    showResetButton();
+}
+
+bool BillPeriodPanel::selectedHasRecord() const
+{
+    const InvoiceTree &t = treeModel();
+    const QString key = t.key(m_binding->selectedNode());
+    if (!billing::isCustomerKey(key) || m_trees.chosenIndex() < 0) return false;
+    return ctx.db().lvwInvoiceRecords.contains(record::keyFor(m_trees.chosenName(), billing::cidOfKey(key)));
+}
+
+void BillPeriodPanel::tvwInvoiceRecordsMouseUp(Qt::MouseButton button, bool ctrl)
+{
+    InvoiceTree &t = treeModel();
+    if (t.isEmpty()) return;
+    const int node = m_binding->selectedNode();
+    if (node == 0) return;
+    const billing::NodeKind kind = billing::kindOfKey(t.key(node));
+    if (inEntry()) {
+        if (button != Qt::LeftButton) {
+            if (kind == billing::NodeKind::Customer) m_mnuPopupC->popup(QCursor::pos());
+            else if (kind == billing::NodeKind::EnteredItem) m_mnuPopupB->popup(QCursor::pos());
+        } else if (kind == billing::NodeKind::Customer) {
+            if (ctrl) {
+                billing::toggleMark(t, node);
+            } else {
+                billing::markOnlyCustomer(t, node);
+                showResetButton();
+            }
+        }
+        return;
+    }
+    // A finalised period: the payment buttons for a customer of its records.
+    const bool customer = selectedHasRecord();
+    m_cmdResetCustomerAccounts->setVisible(customer);
+    m_cmdAdjustBalance->setVisible(customer);
+}
+
+void BillPeriodPanel::tvwInvoiceRecordsDblClick()
+{
+    InvoiceTree &t = treeModel();
+    if (t.isEmpty()) return;
+    const int node = m_binding->selectedNode();
+    if (node == 0) return;
+    const billing::NodeKind kind = billing::kindOfKey(t.key(node));
+    if (inEntry()) {
+        if (kind == billing::NodeKind::EnteredItem) {
+            billing::deleteBilledItem(t, node);
+            showResetButton();
+        } else if (kind == billing::NodeKind::Customer) {
+            t.setExpanded(node, true);
+        } else if (t.text(node) == billing::NewPeriodRootText) {
+            billing::markAllCustomers(t);
+            t.setExpanded(node, true);
+        }
+        return;
+    }
+    if (kind == billing::NodeKind::Customer) {
+        t.setExpanded(node, true);
+        logPayment(0.0f, QString());
+    }
+}
+
+// ---------------------------------------------------------------- payments
+
+void BillPeriodPanel::logPayment(float balance, const QString &note)
+{
+    if (m_treeView->isHidden()) return;
+    m_treeView->setFocus();
+    if (!selectedHasRecord()) return;
+    if (!billing::logPayment(treeModel(), m_trees.tree(1), ctx.db(), m_binding->selectedNode(), balance, note,
+                             m_trees.chosenName()))
+        return;
+    m_cmdResetCustomerAccounts->hide();
+    m_cmdAdjustBalance->hide();
+    ctx.db().setChanged(true);
+}
+
+void BillPeriodPanel::cmdResetCustomerAccountsClick()
+{
+    if (m_cmdResetCustomerAccounts->text() == caption::ResetCustomerAccounts) {
+        billing::resetNewPeriodTree(treeModel(), ctx.db());
+        return;
+    }
+    logPayment(0.0f, QString());
+    // Pressed, the button marks the database changed even when nothing moved.
+    ctx.db().setChanged(true);
+}
+
+void BillPeriodPanel::cmdAdjustBalanceClick()
+{
+    if (m_treeView->isHidden()) return;
+    m_treeView->setFocus();
+    const QString name = billing::nameOfNodeText(treeModel().text(m_binding->selectedNode()));
+    DialogService &dialogs = DialogService::current();
+    const QString balance = dialogs.text(ctx.mainWindow(), billing::text::NewBalance.title,
+                                         billing::balancePrompt(name), QString())
+                                .value_or(QString());
+    const QString note = dialogs.text(ctx.mainWindow(), billing::text::OptionalNote.title, billing::notePrompt(name),
+                                      QString())
+                             .value_or(QString());
+    if (balance.trimmed().isEmpty() && note.isEmpty()) return;
+    // What isn't a number logs nothing, the note neither.
+    const auto value = billing::readBalanceAnswer(balance, regional::currencySymbol());
+    if (!value) return;
+    logPayment(*value, note);
 }
 
 }  // namespace qor

@@ -3,6 +3,7 @@
 // the program does at start (the file, then the customer names of the
 // records) and writes exactly what the program's save writes, in the user's
 // locale. Pages come from the same page layer as the program's printing.
+#include "billing/accounts.h"
 #include "database/database.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
@@ -37,6 +38,17 @@ const char *const HelpText =
     "                              the printed customer list with the stored\n"
     "                              list options, the title and the number of\n"
     "                              columns (1 to 4) as given\n"
+    "  qorvane-cli periods FILE [--plain]\n"
+    "                              one line per bill period, fields separated by\n"
+    "                              tabs: name, start, end, due (as stored), records,\n"
+    "                              total billed, total still owed, records paid\n"
+    "  qorvane-cli owing FILE [--customer CID] [--plain]\n"
+    "                              open balances: for each customer who owes, a line\n"
+    "                              with the name and number, one tab-indented line\n"
+    "                              per period with its balance, the customer's\n"
+    "                              total; then the total of all\n"
+    "                              Amounts are in the user's currency form; --plain\n"
+    "                              prints plain numbers with \".\" for scripts.\n"
     "  qorvane-cli --help          show this text\n"
     "  qorvane-cli --version       show the version\n"
     "\n"
@@ -103,6 +115,58 @@ int resave(const QString &in, const QString &outPath)
         return NotWritten;
     }
     if (!s.keptCopy.isEmpty()) err(QStringLiteral("The old content of the file was kept as \"%1\".").arg(s.keptCopy));
+    return Ok;
+}
+
+// The arguments after the file of periods and owing: --plain, and for owing
+// --customer CID. False for anything else.
+struct StatementOptions {
+    bool plain = false;
+    QString customer;
+};
+bool readOptions(const QStringList &args, bool allowCustomer, StatementOptions &o)
+{
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        if (args[i] == u"--plain") {
+            o.plain = true;
+        } else if (allowCustomer && args[i] == u"--customer" && i + 1 < args.size() && o.customer.isEmpty()) {
+            o.customer = args[++i];
+            if (qor::plainNumber(o.customer).isEmpty()) return false;
+        } else {
+            return false;
+        }
+    }
+    return true;
+}
+
+int periods(const QString &path, const StatementOptions &o)
+{
+    qor::Database db;
+    QStringList problems;
+    if (!load(db, path, problems)) return Rejected;
+    QTextStream out(stdout);
+    for (const qor::accounts::PeriodSummary &p : qor::accounts::periodSummaries(db)) {
+        out << p.name << '\t' << p.start << '\t' << p.end << '\t' << p.due << '\t' << p.records << '\t'
+            << qor::accounts::formatCents(p.billedCents, o.plain) << '\t'
+            << qor::accounts::formatCents(p.owedCents, o.plain) << '\t' << p.paid << '\n';
+    }
+    return Ok;
+}
+
+int owing(const QString &path, const StatementOptions &o)
+{
+    qor::Database db;
+    QStringList problems;
+    if (!load(db, path, problems)) return Rejected;
+    QTextStream out(stdout);
+    const qor::accounts::Owing statement = qor::accounts::owing(db, o.customer);
+    for (const qor::accounts::OwingCustomer &c : statement.customers) {
+        out << c.name << '\t' << c.cid << '\n';
+        for (const auto &[period, cents] : c.periods)
+            out << '\t' << period << '\t' << qor::accounts::formatCents(cents, o.plain) << '\n';
+        out << "\ttotal\t" << qor::accounts::formatCents(c.totalCents, o.plain) << '\n';
+    }
+    out << "total owed\t" << qor::accounts::formatCents(statement.totalCents, o.plain) << '\n';
     return Ok;
 }
 
@@ -261,6 +325,12 @@ int main(int argc, char **argv)
     if (args.size() == 3 && args[0] == u"resave") return resave(args[1], args[2]);
     if (!args.isEmpty() && args[0] == u"envelopes") return envelopes(args);
     if (!args.isEmpty() && args[0] == u"customers") return customers(args);
+    StatementOptions options;
+    if (args.size() >= 2 && args[0] == u"periods" && readOptions(args.mid(2), false, options))
+        return periods(args[1], options);
+    if (args.size() >= 2 && args[0] == u"owing" && readOptions(args.mid(2), true, options))
+        return owing(args[1], options);
+
 
     std::fputs(HelpText, stderr);
     return Usage;

@@ -1,6 +1,9 @@
 #include "printing/printingpanel.h"
 
+#include "billing/billing.h"
 #include "billing/billperiodpanel.h"
+#include "billing/invoicetrees.h"
+#include "billing/invoicetreeview.h"
 #include "database/database.h"
 #include "database/rowtypes.h"
 #include "shell/appcontext.h"
@@ -14,16 +17,17 @@
 #include <QPrinter>
 #include <QPrinterInfo>
 #include <QProgressBar>
-#include <QTreeWidget>
-
-#include <cmath>
+#include <QSignalBlocker>
+#include <QTreeView>
 
 namespace qor {
 
-PrintingPanel::PrintingPanel(AppContext &ctx, QWidget *parent) : Panel(3, ctx, parent)
+PrintingPanel::PrintingPanel(AppContext &ctx, QWidget *parent)
+    : Panel(3, ctx, parent), m_trees(InvoiceTrees::of(ctx.db()))
 {
     m_chooser = require<QComboBox>("cmbBillPeriod(2)");
-    m_tree = require<QTreeWidget>("tvwInvoiceRecords(1)");
+    m_tree = require<QTreeView>("tvwInvoiceRecords(1)");
+    m_binding = new InvoiceTreeView(m_tree, &m_trees.tree(1));
     m_cmdPrintSelectedEnvelopes = require<QAbstractButton>("cmdPrintSelectedEnvelopes");
     m_lblPrinting = require<QLabel>("lblPrinting");
     m_staPrinting = require<QProgressBar>("staPrinting");
@@ -41,33 +45,41 @@ PrintingPanel::PrintingPanel(AppContext &ctx, QWidget *parent) : Panel(3, ctx, p
         printer.setPageSize(pages::defaultEnvelopePaper());
         return pages::printPages({page}, printer, QStringLiteral("Envelope"));
     };
-    // The invoice button and the tree's note menu get their handlers with the
-    // invoice run.
+    // The invoice button gets its handler with the invoice run.
+
+    connect(m_chooser, &QComboBox::currentIndexChanged, this,
+            [this](int index) { m_trees.showPeriod(index, m_chooser->itemText(index)); });
+    connect(&m_trees, &InvoiceTrees::periodShown, this, [this](int listIndex) { periodShown(listIndex); });
+    connect(m_binding, &InvoiceTreeView::mouseUp, this,
+            [this](Qt::MouseButton button) { tvwInvoiceRecordsMouseUp(button); });
 
     const Database &db = ctx.db();
-    connect(&db, &Database::aboutToReload, this, [this] { m_tree->clear(); });
+    connect(&db, &Database::aboutToReload, this, [this] { m_trees.tree(1).clear(); });
     connect(&db, &Database::reloaded, this, &PrintingPanel::refreshBillPeriodList);
     connect(&db, &Database::tableChanged, this, [this](Database::Table table) {
         if (table == Database::Table::Periods) refreshBillPeriodList();
     });
 }
 
-QComboBox *PrintingPanel::chooser() const { return m_chooser; }
-QTreeWidget *PrintingPanel::tree() const { return m_tree; }
+InvoiceTree &PrintingPanel::treeModel() const { return m_trees.tree(1); }
+
+void PrintingPanel::refreshBillPeriodList()
+{
+    BillPeriodPanel::fillChooser(m_chooser, ctx.db().lvwPeriods);
+    // Both choosers show the same period: the one on show, when the Bill
+    // Periods chooser has chosen it already.
+    periodShown(m_trees.chosenIndex());
+}
 
 QStringList PrintingPanel::tickedCustomerKeys() const
 {
+    // Node order: the order the nodes were added, as the print runs walk it.
     QStringList keys;
-    // Node order: depth first, as the tree shows them.
-    std::function<void(QTreeWidgetItem *)> walk = [&](QTreeWidgetItem *item) {
-        const QString key = item->data(0, Qt::UserRole).toString();
-        if (item->checkState(0) == Qt::Checked && key.endsWith(u'k'))
-            keys << key;
-        for (int i = 0; i < item->childCount(); ++i)
-            walk(item->child(i));
-    };
-    for (int i = 0; i < m_tree->topLevelItemCount(); ++i)
-        walk(m_tree->topLevelItem(i));
+    const InvoiceTree &t = treeModel();
+    t.forEachNode([&](int node) {
+        if (t.checked(node) && billing::isCustomerKey(t.key(node)))
+            keys << t.key(node);
+    });
     return keys;
 }
 
@@ -128,9 +140,23 @@ void PrintingPanel::printEnvelopes(const QStringList &customerKeys)
     m_envelopeRun = false;
 }
 
-void PrintingPanel::refreshBillPeriodList()
+void PrintingPanel::periodShown(int listIndex)
 {
-    BillPeriodPanel::fillChooser(m_chooser, ctx.db().lvwPeriods);
+    if (listIndex >= m_chooser->count() || m_chooser->currentIndex() == listIndex) return;
+    const QSignalBlocker quiet(m_chooser);
+    m_chooser->setCurrentIndex(listIndex);
+}
+
+void PrintingPanel::tvwInvoiceRecordsMouseUp(Qt::MouseButton button)
+{
+    // Nothing happens while the Bill Periods tree is empty, whichever tree.
+    if (m_trees.tree(0).isEmpty() || button != Qt::RightButton) return;
+    InvoiceTree &t = treeModel();
+    const int node = m_binding->selectedNode();
+    if (!billing::isCustomerKey(t.key(node))) return;
+    const std::optional<QString> answer = DialogService::current().text(
+        ctx.mainWindow(), billing::text::InvoiceNote.title, billing::text::InvoiceNote.text, QString());
+    billing::addInvoiceNote(t, node, answer.value_or(QString()));
 }
 
 }  // namespace qor

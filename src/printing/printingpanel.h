@@ -13,9 +13,13 @@ class QAbstractButton;
 class QComboBox;
 class QLabel;
 class QProgressBar;
-class QTreeWidget;
+class QTreeView;
 
 namespace qor {
+
+class InvoiceTree;
+class InvoiceTrees;
+class InvoiceTreeView;
 
 class PrintingPanel : public Panel {
     Q_OBJECT
@@ -23,12 +27,18 @@ public:
     explicit PrintingPanel(AppContext &ctx, QWidget *parent = nullptr);
 
     // This panel's part of RefreshBillPeriodList: cmbBillPeriod(2) lists the
-    // periods of lvwPeriods like the chooser on Bill Periods, with no entry
-    // selected.
+    // periods of lvwPeriods like the chooser on Bill Periods; it selects the
+    // period on show, if any.
     void refreshBillPeriodList();
 
-    QComboBox *chooser() const;  // cmbBillPeriod(2)
-    QTreeWidget *tree() const;   // tvwInvoiceRecords(1)
+    QComboBox *chooser() const { return m_chooser; }  // cmbBillPeriod(2)
+    QTreeView *tree() const { return m_tree; }        // tvwInvoiceRecords(1)
+    // What the tree shows, in the order the print run walks it.
+    InvoiceTree &treeModel() const;
+    InvoiceTreeView *treeBinding() const { return m_binding; }
+
+    // A right click on a customer: the invoice note for this print run.
+    void tvwInvoiceRecordsMouseUp(Qt::MouseButton button);
 
     // cmdPrintSelectedEnvelopes: one envelope for each ticked customer of
     // tree 1, each its own print job.
@@ -39,7 +49,7 @@ public:
     // are let through between envelopes; a press meanwhile starts nothing.
     void printEnvelopes(const QStringList &customerKeys);
     bool isPrintingEnvelopes() const { return m_envelopeRun; }
-    // The customer keys of tree 1's ticked customer nodes, in node order.
+    // The keys of tree 1's ticked customer nodes, in node order.
     QStringList tickedCustomerKeys() const;
     // The envelope of one customer as the run makes it.
     pages::EnvelopeInput envelopeFor(const QString &customerKey, int x, int y) const;
@@ -49,8 +59,11 @@ public:
     std::function<pages::PrintOutcome(const pages::Page &)> printEnvelope;
 
 private:
+    void periodShown(int listIndex);
+    InvoiceTrees &m_trees;
+    InvoiceTreeView *m_binding = nullptr;
     QComboBox *m_chooser = nullptr;
-    QTreeWidget *m_tree = nullptr;
+    QTreeView *m_tree = nullptr;
     QAbstractButton *m_cmdPrintSelectedEnvelopes = nullptr;
     QLabel *m_lblPrinting = nullptr;
     QProgressBar *m_staPrinting = nullptr;

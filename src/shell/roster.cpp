@@ -22,6 +22,7 @@
 #include <QRadioButton>
 #include <QStyleOptionButton>
 #include <QStylePainter>
+#include <QTreeView>
 #include <QTreeWidget>
 
 #include <algorithm>
@@ -280,8 +281,8 @@ QWidget *makeWidget(const Entry &e, QWidget *parent)
         return l;
     }
     case K::TreeView: {
-        auto *t = new QTreeWidget(parent);
-        t->setColumnCount(1);
+        // A view: the invoice records trees are models of their own.
+        auto *t = new QTreeView(parent);
         t->setHeaderHidden(true);
         t->setSelectionMode(QAbstractItemView::SingleSelection);
         return t;

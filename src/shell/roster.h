@@ -22,7 +22,7 @@ namespace qor::roster {
 enum class Kind : quint8 {
     TextBox,       // QLineEdit, or QPlainTextEdit when MultiLine
     ListView,      // QTreeWidget, one column, no header, no root decoration
-    TreeView,      // QTreeWidget
+    TreeView,      // QTreeView
     DropDown,      // QComboBox, not editable
     Label,         // QLabel
     Button,        // QPushButton

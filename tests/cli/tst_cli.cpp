@@ -174,6 +174,60 @@ private slots:
         QCOMPARE(cli({"customers", file, "-o", list, "--columns", "5"}).exitCode, 1);
     }
 
+    // The two statements: sums to the cent over many records, the user's
+    // currency form or plain numbers, one customer alone, wrong options.
+    void periodsAndOwing()
+    {
+        Database db;
+        db.lvwCustomers.add("1k", fields({"Ames, Al", "Al", "Ames", "", "", "", "", "", ""}));
+        db.lvwCustomers.add("2k", fields({"zzzz\u00BBBell, Bo", "Bo", "Bell", "", "", "", "", "", ""}));
+        db.lvwCustomers.add("3k", fields({"Cole, Cy", "Cy", "Cole", "", "", "", "", "", ""}));
+        db.lvwPAndS.add("5k", QStringLiteral("000000000.10$0.10 - Dime"));
+        db.lvwPAndS.add("6k", QStringLiteral("000001200.50zzzz\u00BB$1,200.50 - Setup"));
+        db.lvwPeriods.add(QStringLiteral("Jan") + FieldSep, fields({"2024/01/01", "Jan", "2024/01/31", "2024/02/15"}));
+        db.lvwPeriods.add(QStringLiteral("Feb") + FieldSep, fields({"2024/02/01", "Feb", "", "2024/03/15"}));
+        // A thousand records of a dime each in January: a float sum drifts, cents don't.
+        for (int cid = 10; cid < 1010; ++cid) {
+            const QString c = QString::number(cid);
+            db.lvwCustomers.add(c + "k", fields({"Zed", "Zed", "", "", "", "", "", "", ""}));
+            db.lvwInvoiceRecords.add(QStringLiteral("Jan") + FieldSep + c + FieldSep,
+                                     QStringLiteral("Jan") + FieldSep + "Zed" + FieldSep + c + FieldSep + "0.1" + FieldSep + "5" + FieldSep);
+        }
+        db.lvwInvoiceRecords.add(fields({"Feb", "1", ""}), fields({"Feb", "Ames, Al", "1", "2401", "6x2", ""}));
+        db.lvwInvoiceRecords.add(fields({"Feb", "2", ""}), fields({"Feb", "Bell, Bo", "2", "-4.25", "5x3", ""}));
+        db.lvwInvoiceRecords.add(fields({"Feb", "3", ""}), fields({"Feb", "Cole, Cy", "3", "0", "5\u00026", "paid"}));
+        db.lvwInvoiceRecords.add(fields({"Jan", "1", ""}), fields({"Jan", "Ames, Al", "1", "16.5", "5", ""}));
+        const QString file = dir.filePath(QStringLiteral("statements.xml"));
+        QVERIFY(db.save(file).ok);
+
+        const Run p = cli({"periods", file});
+        QCOMPARE(p.exitCode, 0);
+        QCOMPARE(p.out, QStringLiteral("Jan\t2024/01/01\t2024/01/31\t2024/02/15\t1001\t$100.10\t$116.50\t0\n"
+                                       "Feb\t2024/02/01\t\t2024/03/15\t3\t$3,601.90\t$2,396.75\t1\n"));
+        QCOMPARE(cli({"periods", file, "--plain"}).out,
+                 QStringLiteral("Jan\t2024/01/01\t2024/01/31\t2024/02/15\t1001\t100.10\t116.50\t0\n"
+                                "Feb\t2024/02/01\t\t2024/03/15\t3\t3601.90\t2396.75\t1\n"));
+
+        const Run one = cli({"owing", file, "--customer", "1"});
+        QCOMPARE(one.exitCode, 0);
+        QCOMPARE(one.out, QStringLiteral("Ames, Al\t1\n\tJan\t$16.50\n\tFeb\t$2,401.00\n\ttotal\t$2,417.50\n"
+                                         "total owed\t$2,417.50\n"));
+        const Run bell = cli({"owing", file, "--plain", "--customer", "2k"});
+        QCOMPARE(bell.out, QStringLiteral("Bell, Bo\t2\n\tFeb\t-4.25\n\ttotal\t-4.25\ntotal owed\t-4.25\n"));
+        QCOMPARE(cli({"owing", file, "--customer", "3"}).out, QStringLiteral("total owed\t$0.00\n"));
+        const QStringList all = cli({"owing", file, "--plain"}).out.split(u'\n', Qt::SkipEmptyParts);
+        QCOMPARE(all.size(), 4 + 3 + 1000 * 3 + 1);
+        QCOMPARE(all.first(), QStringLiteral("Ames, Al\t1"));
+        QCOMPARE(all.last(), QStringLiteral("total owed\t2513.25"));
+
+        for (const QStringList &bad : {QStringList{"periods"}, QStringList{"periods", file, "--customer", "1"},
+                                       QStringList{"owing", file, "--customer"}, QStringList{"owing", file, "-x"},
+                                       QStringList{"owing", file, "--customer", "k"}}) {
+            const Run r = cli(bad);
+            QVERIFY2(r.exitCode == 1 && r.out.isEmpty(), qPrintable(bad.join(u' ')));
+        }
+        QCOMPARE(cli({"owing", dir.filePath(QStringLiteral("none.xml"))}).exitCode, 2);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestCli)

@@ -6,6 +6,7 @@
 #include "pages/envelope.h"
 #include "printing/printingpanel.h"
 
+#include <QComboBox>
 #include <QLabel>
 #include <QProgressBar>
 
@@ -82,6 +83,30 @@ private slots:
         QCOMPARE(first.elements()[0].top, int(std::lround(2 * pages::TwipsPerCm)));
         QCOMPARE(first.elements()[4].left, int(std::lround(11 * pages::TwipsPerCm)));
         QCOMPARE(jobs[1].elements()[4].text, u"Cy "_s);  // no last name: first name and a blank
+        discard(w);
+    }
+
+    // The button walks the ticked customers of tree 1: those who owe, and
+    // whoever the user ticks besides.
+    void buttonWalksTree()
+    {
+        Sandbox box;
+        writeDatabase(box.db, {{1, u"Ann"_s, u"Lee"_s}, {2, u"Bob"_s, u"Ray"_s}, {3, u"Cy"_s, QString()}},
+                      {{5, u"Widget"_s, u"$5.00"_s}}, {{1, {u"5"_s}}, {3, {u"5"_s}}});
+        auto w = openWindow(3);
+        PrintingPanel *panel = w->printingPanel();
+        panel->chooser()->setCurrentIndex(0);
+        Answerer answers;
+        QStringList names;
+        panel->printEnvelope = [&](const pages::Page &p) {
+            names << p.elements()[4].text;
+            return pages::PrintOutcome{pages::PrintStatus::Printed, {}, {}};
+        };
+        // Node order: the records by customer name, "Cy" before "Lee, Ann".
+        QCOMPARE(panel->tickedCustomerKeys(), QStringList({u"3k"_s, u"1k"_s}));
+        click(panel->findChild<QAbstractButton *>(u"cmdPrintSelectedEnvelopes"_s));
+        QCOMPARE(names, QStringList({u"Cy "_s, u"Ann Lee"_s}));
+        QVERIFY(answers.seen().isEmpty());
         discard(w);
     }
 };

@@ -1,0 +1,52 @@
+#pragma once
+// The two invoice records trees of the open books, and the period they show.
+// The Bill Periods panel and the Printing panel each have a chooser of the
+// period; both always show the same one, and choosing it on either rebuilds
+// both trees. The pair lives with the database (a child of it), so either
+// panel finds it without reaching into the other.
+#include "billing/invoicetree.h"
+
+#include <QObject>
+#include <QString>
+
+namespace qor {
+
+class Database;
+
+class InvoiceTrees : public QObject {
+    Q_OBJECT
+public:
+    // The pair of db, made on first use.
+    static InvoiceTrees &of(Database &db);
+
+    Database &db() { return m_db; }
+    // 0: the Bill Periods tree; 1: the Printing tree.
+    InvoiceTree &tree(int index) { return index == 0 ? m_tree0 : m_tree1; }
+
+    // The period on show: its position in the choosers (ListIndex, from 0)
+    // and its name (the chooser's text); -1 and empty when none.
+    int chosenIndex() const { return m_index; }
+    QString chosenName() const { return m_name; }
+
+    // ShowBillPeriod: the period at chooser position listIndex, whose name the
+    // chooser shows. Nothing happens for no selection, or when the row at
+    // that position of lvwPeriods isn't a period row. Otherwise both trees
+    // are rebuilt and periodShown tells both panels.
+    void showPeriod(int listIndex, const QString &name);
+    // RefreshBillPeriodList empties the choosers: no period is on show.
+    void forgetPeriod();
+
+signals:
+    // Both trees show the period at listIndex of the choosers; row is its
+    // row text in lvwPeriods (for the dates).
+    void periodShown(int listIndex, const QString &row);
+
+private:
+    explicit InvoiceTrees(Database &db);
+    Database &m_db;
+    InvoiceTree m_tree0{0}, m_tree1{1};
+    int m_index = -1;
+    QString m_name;
+};
+
+}  // namespace qor

@@ -1,0 +1,47 @@
+#pragma once
+// Shows an InvoiceTree in a QTreeView: the node colours in the window's
+// palette, the expansion state of the data, the current node kept across a
+// bulk change, and the mouse actions the billing reacts to (mouse-up with its
+// button and Ctrl, double-click).
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+#include "billing/invoicetree.h"
+
+class QTreeView;
+
+namespace qor {
+
+class InvoiceTreeView : public QObject {
+    Q_OBJECT
+public:
+    // Puts tree into view; the binding lives as long as the view.
+    InvoiceTreeView(QTreeView *view, InvoiceTree *tree);
+
+    QTreeView *view() const { return m_view; }
+    InvoiceTree *tree() const { return m_tree; }
+
+    // The selected node, 0 when none.
+    int selectedNode() const;
+    void selectNode(int node);
+
+signals:
+    // A mouse button was let go over the tree, after the selection followed it.
+    void mouseUp(Qt::MouseButton button, bool ctrl);
+    void doubleClicked();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void applyExpansion();
+    QTreeView *m_view;
+    QPointer<InvoiceTree> m_tree;  // the books may close before the window goes
+    QString m_currentKey;  // the current node over a bulk change
+    bool m_syncing = false;
+    bool m_filtering = false;
+    bool m_expansionPending = false;
+};
+
+}  // namespace qor

@@ -1,0 +1,478 @@
+// Billing without a window: the entry of a period, its finalising, the trees
+// rebuilt from the records, payments and invoice notes, and the file.
+#include "billingfixture.h"
+
+#include "database/regional.h"
+
+#include <QAbstractItemModelTester>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace qor;
+using namespace qor::billing;
+using namespace billtest;
+
+namespace {
+const QString Dollar = QStringLiteral("$");
+
+// Bills item key to the marked customers of the entry tree.
+BillOutcome bill(InvoiceTree &t, const Database &db, const QString &key)
+{
+    return billProductToMarked(t, key, listText(db, key));
+}
+
+QString recordText(const Database &db, const QString &period, int cid)
+{
+    return QString(db.lvwInvoiceRecords.textOf(record::keyFor(period, QString::number(cid))))
+        .replace(FieldSep, u'|')
+        .replace(ItemSep, u'+');
+}
+
+// A database with period "May" finalised: Ames 7x3 + 9 (16.5), Bell 7 (5),
+// Cole 10x3 (0.3).
+void mayFinalised(Database &db)
+{
+    fill(db);
+    InvoiceTree t(0);
+    resetNewPeriodTree(t, db);
+    markOnlyCustomer(t, customerNode(t, 1));
+    toggleMark(t, customerNode(t, 2));
+    bill(t, db, "7k");
+    markOnlyCustomer(t, customerNode(t, 1));
+    bill(t, db, "7k");
+    bill(t, db, "7k");
+    bill(t, db, "9k");
+    markOnlyCustomer(t, customerNode(t, 3));
+    for (int i = 0; i < 3; ++i) bill(t, db, "10k");
+    QCOMPARE(finaliseBillPeriod(db, t, "May", "5/1/2024", "5/31/2024", "6/15/2024", Dollar), 3);
+}
+}  // namespace
+
+class TestBillingCore : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
+
+    void quantityInItemTexts()
+    {
+        QCOMPARE(parseBilledQuantity(u"$5.00 - Midget Widget (x3)"), 3);
+        QCOMPARE(parseBilledQuantity(u"$5.00 - Midget Widget (x12)"), 12);
+        QCOMPARE(parseBilledQuantity(u"$5.00 - Midget Widget (x123)"), 1);
+        QCOMPARE(parseBilledQuantity(u"$5.00 - Midget Widget"), 1);
+        QCOMPARE(parseBilledQuantity(u"$5.00 - Widget(x3)"), 1);
+        QCOMPARE(parseBilledQuantity(u")"), 1);
+        QCOMPARE(parseBilledQuantity(u""), 1);
+
+        QCOMPARE(*addOneToQuantity(u"$5.00 - Bolt"), QStringLiteral("$5.00 - Bolt (x2)"));
+        QCOMPARE(*addOneToQuantity(u"$5.00 - Bolt (x9)"), QStringLiteral("$5.00 - Bolt (x10)"));
+        QCOMPARE(*addOneToQuantity(u"$5.00 - Bolt (x10)"), QStringLiteral("$5.00 - Bolt (x11)"));
+        QCOMPARE(*addOneToQuantity(u"$5.00 - Bolt (x98)"), QStringLiteral("$5.00 - Bolt (x99)"));
+        QVERIFY(!addOneToQuantity(u"$5.00 - Bolt (x99)"));
+        // Every text the raise writes reads back as the number it wrote.
+        QString t = QStringLiteral("$1.00 - Pin");
+        for (int q = 2; q <= MaxQuantity; ++q) {
+            t = *addOneToQuantity(t);
+            QCOMPARE(parseBilledQuantity(t), q);
+        }
+    }
+
+    void amountsInSinglePrecision()
+    {
+        QCOMPARE(billedItemAmount(u"$1,200.50 - Setup (x2)", Dollar), 2401.0f);
+        QCOMPARE(billedItemAmount(u"$5.00 - Midget Widget (x3)", Dollar), 15.0f);
+        // A price shown in parentheses (negative under US settings) reads as 0.
+        QCOMPARE(billedItemAmount(u"($5.00) - Refund", Dollar), 0.0f);
+        QCOMPARE(billedItemAmount(u"free - Advice", Dollar), 0.0f);
+        // A name ending in a quantity counts as one.
+        QCOMPARE(billedItemAmount(u"$2.00 - Pack (x5)", Dollar), 10.0f);
+        QCOMPARE(billedItemAmount(u"$0.10 - Washer", Dollar), 0.1f);
+
+        QCOMPARE(leadingDecimal(u"12abc"), 12.0);
+        QCOMPARE(leadingDecimal(u"-3.5x"), -3.5);
+        QCOMPARE(leadingDecimal(u".5"), 0.5);
+        QCOMPARE(leadingDecimal(u"-"), 0.0);
+        QCOMPARE(leadingDecimal(u"1,200"), 1.0);
+    }
+
+    void typedBalances()
+    {
+        QCOMPARE(*readBalanceAnswer("$25.00", Dollar), 25.0f);
+        QCOMPARE(*readBalanceAnswer("  12abc ", Dollar), 12.0f);
+        QCOMPARE(*readBalanceAnswer("1,200", Dollar), 1.0f);
+        QCOMPARE(*readBalanceAnswer("-7.25", Dollar), -7.25f);
+        for (const char *zero : {"0", "0.", "0.0", "0.00", "$0", " 0 "})
+            QCOMPARE(*readBalanceAnswer(QString::fromLatin1(zero), Dollar), 0.0f);
+        for (const char *notNumber : {"", "0.000", "0,00", "abc", "$", "-0", QByteArray(400, '9').constData()})
+            QVERIFY2(!readBalanceAnswer(QString::fromLatin1(notNumber), Dollar), notNumber);
+        QCOMPARE(balanceSuffix(0.0f), QStringLiteral(" - paid"));
+        QCOMPARE(balanceSuffix(25.0f), QStringLiteral(" - owes $25.00"));
+        QCOMPARE(balanceSuffix(-5.0f), QStringLiteral(" - owes ") + regional::formatCurrency(-5.0));
+    }
+
+    void dueDatesNamesAndExample()
+    {
+        const QString sep = QStringLiteral("/");
+        QVERIFY(regional::isDate(u"1/1/4"));
+        QVERIFY(!dueDateAllowsAdd(u"1/1/4"));  // a date, but 5 characters
+        QVERIFY(dueDateAllowsAdd(u"3/31/04") && dueDateLooksGood(u"3/31/04", sep));
+        QVERIFY(dueDateAllowsAdd(u"March 31, 2004") && !dueDateLooksGood(u"March 31, 2004", sep));
+        QVERIFY(!dueDateAllowsAdd(u"31/31/2004"));
+        QCOMPARE(exampleText(QDate(2004, 3, 9)), QStringLiteral("(Example: March 2004)"));
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        QCOMPARE(exampleText(QDate(2004, 3, 9)), QStringLiteral("(Example: M\u00E4rz 2004)"));
+        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+
+        QCOMPARE(chronoDate("3/31/2004"), QStringLiteral("2004/03/31"));
+        QCOMPARE(chronoDate(""), QString());
+        QCOMPARE(chronoDate("soon"), QStringLiteral("soon"));
+        QCOMPARE(screenDate("2004/03/31"), QStringLiteral("03/31/2004"));
+        QCOMPARE(rowSafe(QStringLiteral("Ma\u0001y\u0002\r\n")), QStringLiteral("May"));
+    }
+
+    // The entry of a period: marks, billing, quantities, deleting, finalising.
+    void enteringAndFinalising()
+    {
+        Database db;
+        fill(db);
+        InvoiceTree t(0);
+        QAbstractItemModelTester tester(&t, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        resetNewPeriodTree(t, db);
+        QCOMPARE(dump(t), (QStringList{"root_node = New Bill Period", "  1k = *Ames, Al", "  2k = *Bell, Bo",
+                                       "  3k = *Cole, Cy", "  4k = *Dunn, Di", "  5k = *Egan, Ed"}));
+        QVERIFY(t.expanded(t.root()));
+        QCOMPARE(checkNewBillPeriod(db, t, "May"), AddCheck::NothingBilled);
+
+        // A click marks one alone; Ctrl+click adds one; billing keeps the marks.
+        markOnlyCustomer(t, customerNode(t, 1));
+        toggleMark(t, customerNode(t, 3));
+        QCOMPARE(bill(t, db, "7k").added, 2);
+        BillOutcome again = bill(t, db, "7k");
+        QCOMPARE(again.added + again.raised, 2);
+        toggleMark(t, customerNode(t, 3));
+        bill(t, db, "7k");
+        bill(t, db, "9k");
+        QCOMPARE(t.text(t.find("0000000100000007b")), QStringLiteral("$5.00 - Midget Widget (x3)"));
+        QCOMPARE(t.text(t.find("0000000300000007b")), QStringLiteral("$5.00 - Midget Widget (x2)"));
+        QCOMPARE(t.text(customerNode(t, 2)), QStringLiteral("Bell, Bo"));
+        // Products $5.00 and $1,200.50 to Bell: two nodes, then one deleted as a whole.
+        markOnlyCustomer(t, customerNode(t, 2));
+        bill(t, db, "7k");
+        bill(t, db, "11k");
+        bill(t, db, "11k");
+        QVERIFY(!deleteBilledItem(t, customerNode(t, 2)));
+        QVERIFY(deleteBilledItem(t, t.find("0000000200000011b")));
+        QCOMPARE(t.childrenOf(customerNode(t, 2)).size(), size_t(1));
+        // No marked customer: nothing billed.
+        toggleMark(t, customerNode(t, 2));
+        const BillOutcome none = bill(t, db, "9k");
+        QCOMPARE(none.added + none.raised, 0);
+        markAllCustomers(t);
+        QVERIFY(isMarked(t.text(customerNode(t, 4))));
+        QCOMPARE(checkNewBillPeriod(db, t, "May"), AddCheck::Ok);
+
+        // Dunn and Egan, marked but never billed, get no record.
+        QCOMPARE(finaliseBillPeriod(db, t, "May", "5/1/2024", "", "6/15/2024", Dollar), 3);
+        QCOMPARE(db.lvwPeriods.textOf(u"May"), QStringLiteral("2024/05/01\u0001May\u0001\u00012024/06/15"));
+        QCOMPARE(recordText(db, "May", 1), QStringLiteral("May|Ames, Al|1|16.5|7x3+9|"));
+        QCOMPARE(recordText(db, "May", 2), QStringLiteral("May|Bell, Bo|2|5|7|"));
+        QCOMPARE(recordText(db, "May", 3), QStringLiteral("May|Cole, Cy|3|10|7x2|"));
+        QVERIFY(!db.lvwInvoiceRecords.contains(record::keyFor("May", "4")));
+        QCOMPARE(db.lvwInvoiceRecords.count(), 3);
+
+        // Names are compared exactly: "may" is another period, "May" is taken.
+        QCOMPARE(checkNewBillPeriod(db, t, "May"), AddCheck::DuplicateName);
+        QCOMPARE(checkNewBillPeriod(db, t, "may"), AddCheck::Ok);
+        QCOMPARE(finaliseBillPeriod(db, t, "May", "", "", "6/15/2024", Dollar), 0);
+        QCOMPARE(finaliseBillPeriod(db, t, "may", "", "", "6/15/2024", Dollar), 3);
+        QCOMPARE(findPeriodRow(db, "may"), 1);  // no start date: first
+        QCOMPARE(periodNames(db), (QStringList{"may", "May"}));
+    }
+
+    void singleFloatTotals()
+    {
+        Database db;
+        fill(db);
+        InvoiceTree t(0);
+        resetNewPeriodTree(t, db);
+        markOnlyCustomer(t, customerNode(t, 1));
+        for (const char *k : {"10k", "7k"}) bill(t, db, k);
+        // Three lines at $0.10 need three products of that price.
+        db.lvwPAndS.add("20k", itemRow("$0.10", "Nut"));
+        db.lvwPAndS.add("21k", itemRow("$0.10", "Clip"));
+        bill(t, db, "20k");
+        bill(t, db, "21k");
+        deleteBilledItem(t, t.find("0000000100000007b"));
+        markOnlyCustomer(t, customerNode(t, 2));
+        bill(t, db, "11k");
+        bill(t, db, "11k");
+        finaliseBillPeriod(db, t, "P", "", "", "1/1/2025", Dollar);
+        QCOMPARE(recordText(db, "P", 1), QStringLiteral("P|Ames, Al|1|0.3|10+20+21|"));
+        QCOMPARE(recordText(db, "P", 2), QStringLiteral("P|Bell, Bo|2|2401|11x2|"));
+    }
+
+    void theHundredthOfAnItemIsRefused()
+    {
+        Database db;
+        fill(db);
+        InvoiceTree t(0);
+        resetNewPeriodTree(t, db);
+        markOnlyCustomer(t, customerNode(t, 1));
+        for (int i = 0; i < 98; ++i) bill(t, db, "9k");
+        toggleMark(t, customerNode(t, 2));
+        BillOutcome o = bill(t, db, "9k");  // Ames reaches 99, Bell gets one
+        QVERIFY(o.refused.isEmpty());
+        o = bill(t, db, "9k");
+        QCOMPARE(o.raised, 1);
+        QCOMPARE(o.refused.size(), 1);
+        QCOMPARE(t.text(t.find("0000000100000009b")), QStringLiteral("$1.50 - Bolt (x99)"));
+        QCOMPARE(t.text(t.find("0000000200000009b")), QStringLiteral("$1.50 - Bolt (x2)"));
+        QVERIFY(o.refusalText().contains(QLatin1String("Ames, Al")));
+        QVERIFY(o.refusalText().contains(QLatin1String("$1.50 - Bolt (x99)")));
+        finaliseBillPeriod(db, t, "P", "", "", "1/1/2025", Dollar);
+        QCOMPARE(recordText(db, "P", 1), QStringLiteral("P|Ames, Al|1|148.5|9x99|"));
+    }
+
+    // The trees of a finalised period: texts, colours, ticks, numbers, order.
+    void rebuiltTrees()
+    {
+        Database db;
+        mayFinalised(db);
+        // Bell paid; Cole's name edited and archived since; item 9 archived;
+        // a note on Ames' record; a record that names an item no longer there.
+        db.lvwInvoiceRecords.setTextOf(record::keyFor("May", "2"), "May\u0001Bell, Bo\u00012\u00010\u00017\u0001");
+        db.lvwInvoiceRecords.setTextOf(record::keyFor("May", "1"),
+                                       "May\u0001Ames, Al\u00011\u000116.5\u00017x3\u00029\u0001chk 12");
+        db.lvwInvoiceRecords.setTextOf(record::keyFor("May", "3"),
+                                       "May\u0001Cole, Cy\u00013\u0001-5\u000199\u000210x3\u0001");
+        db.lvwCustomers.remove(u"3k");
+        db.lvwCustomers.add("3k", customerRow("Coleman", "Cy", true));
+        db.lvwPAndS.remove(u"9k");
+        db.lvwPAndS.add("9k", itemRow("$1.50", "Bolt", true));
+
+        InvoiceTree t0(0), t1(1);
+        QAbstractItemModelTester tester(&t1, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        rebuildInvoiceTrees(t0, t1, db, "May");
+        const QString neg = regional::formatCurrency(-5.0);
+        QCOMPARE(dump(t0), (QStringList{"root_node = May", "  1k = Ames, Al - owes $16.50 red",
+                                        "    1bi = $5.00 - Midget Widget (x3)", "    2bi = $1.50 - Bolt",
+                                        "    1knote = NOTE: chk 12", "  2k = Bell, Bo - paid text",
+                                        "    3bi = $5.00 - Midget Widget",
+                                        "  3k = Coleman, Cy - owes " + neg + " red",
+                                        "    4bi = $0.00 - Item number 99, not in the database",
+                                        "    5bi = $0.10 - Washer (x3)"}));
+        QCOMPARE(dump(t1), (QStringList{"root_node = May [x]", "  1k = Ames, Al - owes $16.50 text [x]",
+                                        "    1bi = $5.00 - Midget Widget (x3) text [x]",
+                                        "    2bi = $1.50 - Bolt text [x]", "  2k = Bell, Bo - paid grey [ ]",
+                                        "    3bi = $5.00 - Midget Widget grey [x]",
+                                        "  3k = Coleman, Cy - owes " + neg + " text [x]",
+                                        "    4bi = $0.00 - Item number 99, not in the database text [x]",
+                                        "    5bi = $0.10 - Washer (x3) text [x]"}));
+        bool allOpen = true;
+        t1.forEachNode([&](int n) { allOpen &= t1.childrenOf(n).empty() || t1.expanded(n); });
+        QVERIFY(allOpen);
+
+        // NodeCheck: a grey node keeps the user's tick and moves nothing; the
+        // root gives its state to every node, grey ones and notes included.
+        const int bell = customerNode(t1, 2);
+        QVERIFY(t1.setData(t1.indexOf(bell), Qt::Checked, Qt::CheckStateRole));
+        QVERIFY(t1.checked(bell));
+        addInvoiceNote(t1, customerNode(t1, 1), "Thanks");
+        QVERIFY(t1.setData(t1.indexOf(t1.root()), Qt::Unchecked, Qt::CheckStateRole));
+        bool anyTicked = false;
+        t1.forEachNode([&](int n) { anyTicked |= t1.checked(n); });
+        QVERIFY(!anyTicked);
+        QVERIFY(t1.setData(t1.indexOf(customerNode(t1, 1)), Qt::Checked, Qt::CheckStateRole));
+        QVERIFY(!t1.checked(t1.find("1bi")));  // a customer's tick leaves its items
+
+        // Everybody paid: the root is grey and unticked, and ticking it moves nothing.
+        for (int cid : {1, 3}) {
+            auto r = *InvoiceRecordRow::parse(db.lvwInvoiceRecords.textOf(record::keyFor("May", QString::number(cid))));
+            r.balance = "0";
+            db.lvwInvoiceRecords.setTextOf(record::keyFor("May", QString::number(cid)), r.text());
+        }
+        rebuildInvoiceTree(t1, db, "May");
+        QCOMPARE(t1.colour(t1.root()), NodeColour::GreyText);
+        QVERIFY(!t1.checked(t1.root()));
+        t1.setData(t1.indexOf(t1.root()), Qt::Checked, Qt::CheckStateRole);
+        QVERIFY(t1.checked(t1.root()));
+        QVERIFY(!t1.checked(customerNode(t1, 1)) && t1.checked(t1.find("1bi")));
+
+        // Unknown period: an empty root; a rebuild of the entry tree's period is the same.
+        rebuildInvoiceTree(t0, db, "June");
+        QCOMPARE(dump(t0), QStringList{"root_node = June"});
+    }
+
+    // A period whose name differs from another only in case has its own records,
+    // though the table sorts the two periods' records into one another.
+    void periodsDifferingInCase()
+    {
+        Database db;
+        mayFinalised(db);
+        InvoiceTree t(0);
+        resetNewPeriodTree(t, db);
+        markOnlyCustomer(t, customerNode(t, 2));
+        bill(t, db, "9k");
+        markOnlyCustomer(t, customerNode(t, 4));
+        bill(t, db, "9k");
+        finaliseBillPeriod(db, t, "may", "", "", "1/1/2025", Dollar);
+        InvoiceTree a(0), b(1);
+        rebuildInvoiceTrees(a, b, db, "May");
+        QCOMPARE(a.childrenOf(a.root()).size(), size_t(3));
+        rebuildInvoiceTrees(a, b, db, "may");
+        QCOMPARE(dump(a), (QStringList{"root_node = may", "  2k = Bell, Bo - owes $1.50 red", "    1bi = $1.50 - Bolt",
+                                       "  4k = Dunn, Di - owes $1.50 red", "    2bi = $1.50 - Bolt"}));
+    }
+
+    void payments()
+    {
+        Database db;
+        mayFinalised(db);
+        InvoiceTree t0(0), t1(1);
+        rebuildInvoiceTrees(t0, t1, db, "May");
+        const int ames = customerNode(t0, 1);
+        addInvoiceNote(t1, customerNode(t1, 1), "Pay soon");
+
+        // A part payment with a note: the node, the note node, the record, tree 1.
+        QVERIFY(logPayment(t0, t1, db, ames, *readBalanceAnswer("$25.00", Dollar), "check 1043", "May"));
+        QCOMPARE(t0.text(ames), QStringLiteral("Ames, Al - owes $25.00"));
+        QCOMPARE(t0.colour(ames), NodeColour::Owes);
+        QCOMPARE(t0.text(t0.find("1knote")), QStringLiteral("NOTE: check 1043"));
+        QCOMPARE(recordText(db, "May", 1), QStringLiteral("May|Ames, Al|1|25|7x3+9|check 1043"));
+        QVERIFY(!t1.find("1kn"));
+        QVERIFY(t1.text(customerNode(t1, 1)).endsWith(QLatin1String("$25.00")));
+        // A second note replaces the first in the one note node.
+        QVERIFY(logPayment(t0, t1, db, ames, 3.5f, "check 1044", "May"));
+        QCOMPARE(t0.text(t0.find("1knote")), QStringLiteral("NOTE: check 1044"));
+        QCOMPARE(t0.childrenOf(ames).size(), size_t(3));
+
+        // In full: paid, the note cleared in the record but still on show.
+        QVERIFY(logPayment(t0, t1, db, ames, 0.0f, QString(), "May"));
+        QCOMPARE(t0.text(ames), QStringLiteral("Ames, Al - paid"));
+        QCOMPARE(t0.colour(ames), NodeColour::WindowText);
+        QCOMPARE(recordText(db, "May", 1), QStringLiteral("May|Ames, Al|1|0|7x3+9|"));
+        QVERIFY(t0.find("1knote"));
+        QCOMPARE(t1.colour(customerNode(t1, 1)), NodeColour::GreyText);
+        // Again in full without a note: nothing changes.
+        const QString before = db.lvwInvoiceRecords.textOf(record::keyFor("May", "1"));
+        QVERIFY(!logPayment(t0, t1, db, ames, 0.0f, QString(), "May"));
+        QCOMPARE(db.lvwInvoiceRecords.textOf(record::keyFor("May", "1")), before);
+        // Paid with a note: still paid, with its note.
+        QVERIFY(logPayment(t0, t1, db, ames, 0.0f, "cash", "May"));
+        QCOMPARE(recordText(db, "May", 1), QStringLiteral("May|Ames, Al|1|0|7x3+9|cash"));
+        // A negative balance is taken as typed.
+        const int bell = customerNode(t0, 2);
+        QVERIFY(logPayment(t0, t1, db, bell, *readBalanceAnswer("-4", Dollar), QString(), "May"));
+        QCOMPARE(t0.text(bell), "Bell, Bo - owes " + regional::formatCurrency(-4.0));
+        QCOMPARE(recordText(db, "May", 2), QStringLiteral("May|Bell, Bo|2|-4|7|"));
+
+        // A customer renamed since the period was finalised: the record takes
+        // the new name and its place by it, and the trees still find it.
+        db.lvwCustomers.remove(u"1k");
+        db.lvwCustomers.add("1k", customerRow("Zuber", "Al"));
+        QVERIFY(logPayment(t0, t1, db, ames, 1.0f, QString(), "May"));
+        QCOMPARE(recordText(db, "May", 1), QStringLiteral("May|Zuber, Al|1|1|7x3+9|"));
+        QCOMPARE(db.lvwInvoiceRecords.indexOf(record::keyFor("May", "1")), db.lvwInvoiceRecords.count());
+        QCOMPARE(t1.text(t1.childrenOf(t1.root()).back()), QStringLiteral("Zuber, Al - owes $1.00"));
+
+        // Only customer nodes with a record of the period are paid.
+        QVERIFY(!logPayment(t0, t1, db, t0.find("1bi"), 0.0f, "x", "May"));
+        InvoiceTree entry(0);
+        resetNewPeriodTree(entry, db);
+        QVERIFY(!logPayment(entry, t1, db, customerNode(entry, 4), 0.0f, "x", "May"));
+    }
+
+    void invoiceNotes()
+    {
+        Database db;
+        mayFinalised(db);
+        InvoiceTree t0(0), t1(1);
+        rebuildInvoiceTrees(t0, t1, db, "May");
+        const int ames = customerNode(t1, 1);
+        QCOMPARE(addInvoiceNote(t1, ames, QString()), 0);
+        QCOMPARE(addInvoiceNote(t1, t1.find("1bi"), "x"), 0);
+        const int note = addInvoiceNote(t1, ames, "Thank you!");
+        QVERIFY(note);
+        QCOMPARE(t1.nodes().back(), note);
+        QCOMPARE(t1.childrenOf(ames).back(), note);
+        QCOMPARE(t1.text(note), QStringLiteral("INVOICE NOTE: Thank you!"));
+        QVERIFY(t1.checked(note));
+        t1.setChecked(note, false);
+        QCOMPARE(addInvoiceNote(t1, ames, "Another"), note);
+        QCOMPARE(t1.text(note), QStringLiteral("INVOICE NOTE: Thank you!"));
+        QVERIFY(t1.checked(note));
+        rebuildInvoiceTree(t1, db, "May");
+        QVERIFY(!t1.find("1kn"));
+    }
+
+    // The model tells views about every change in order.
+    void modelSignals()
+    {
+        InvoiceTree t(1);
+        QAbstractItemModelTester tester(&t, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        const int root = t.add(0, "root_node", "R");
+        const int a = t.add(root, "1k", "A");
+        const int b = t.add(root, "2k", "B");
+        QCOMPARE(t.add(root, "1k", "again"), 0);
+        QCOMPARE(t.add(99, "9k", "no parent"), 0);
+        const int a1 = t.add(a, "1bi", "a1");
+        QCOMPARE(t.rowCount(t.indexOf(root)), 2);
+        QCOMPARE(t.indexOf(b).row(), 1);
+        QSignalSpy changed(&t, &QAbstractItemModel::dataChanged);
+        t.setText(a1, "a1'");
+        QCOMPARE(changed.size(), 1);
+        t.remove(a);
+        QVERIFY(!t.exists(a1) && !t.find("1bi"));
+        QCOMPARE(t.indexOf(b).row(), 0);
+        // Numbers aren't used again, so the living ones keep insertion order.
+        const int b1 = t.add(b, "1bi", "again");
+        QCOMPARE(b1, a1 + 1);
+        QCOMPARE(t.nodes(), (std::vector<int>{root, b, b1}));
+        QCOMPARE(t.data(t.indexOf(b), InvoiceTree::KeyRole).toString(), QStringLiteral("2k"));
+        QVERIFY(t.flags(t.indexOf(b)) & Qt::ItemIsUserCheckable);
+    }
+
+    // A period entered, finalised, paid in part and in full, saved and read
+    // again: the same tables, the same trees, and the file holds the lists.
+    void endToEndThroughTheFile()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("QOR.xml");
+        Database db;
+        mayFinalised(db);
+        InvoiceTree t0(0), t1(1);
+        rebuildInvoiceTrees(t0, t1, db, "May");
+        QVERIFY(logPayment(t0, t1, db, customerNode(t0, 2), 0.0f, QString(), "May"));
+        QVERIFY(logPayment(t0, t1, db, customerNode(t0, 1), 10.25f, "Part by check #7", "May"));
+        QVERIFY(db.save(path).ok);
+
+        Database again;
+        QVERIFY(again.read(path).ok());
+        QVERIFY(again.fillInvoiceRecordNames().isEmpty());
+        for (auto table : {&Database::lvwCustomers, &Database::lvwPeriods, &Database::lvwPAndS,
+                           &Database::lvwInvoiceRecords}) {
+            QStringList a, b;
+            (db.*table).forEach([&](QStringView, QStringView t) { return a << t.toString(), true; });
+            (again.*table).forEach([&](QStringView, QStringView t) { return b << t.toString(), true; });
+            QCOMPARE(b, a);
+        }
+        InvoiceTree r0(0), r1(1);
+        rebuildInvoiceTrees(r0, r1, again, "May");
+        rebuildInvoiceTrees(t0, t1, db, "May");
+        QCOMPARE(dump(r0), dump(t0));
+        QCOMPARE(dump(r1), dump(t1));
+        QVERIFY(dump(r0).contains("    1knote = NOTE: Part by check #7"));
+
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        const QByteArray bytes = f.readAll();
+        for (const char *part : {"<PSID Number=\"1\">7x3</PSID>", "<PSID Number=\"2\">9</PSID>",
+                                 "<AccountBalance>10.25</AccountBalance>", "<AccountBalance>0</AccountBalance>",
+                                 "<Note>Part by check #7</Note>"})
+            QVERIFY2(bytes.contains(part), part);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestBillingCore)
+#include "tst_billingcore.moc"
