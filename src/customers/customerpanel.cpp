@@ -1,5 +1,7 @@
 #include "customers/customerpanel.h"
 
+#include "customers/frmprintcustomers.h"
+
 #include "billing/frmchecking.h"
 #include "database/collation.h"
 #include "database/database.h"
@@ -73,6 +75,11 @@ CustomerPanel::CustomerPanel(AppContext &ctx, QWidget *parent) : Panel(0, ctx, p
     connect(m_cmdAddNew, &QAbstractButton::clicked, this, &CustomerPanel::cmdAddNewClick);
     connect(m_cmdUndo, &QAbstractButton::clicked, this, &CustomerPanel::cmdUndoClick);
     connect(m_cmdSearch, &QAbstractButton::clicked, this, &CustomerPanel::cmdSearchClick);
+    // The list print's options window, modal over the main window.
+    connect(m_cmdPrint, &QAbstractButton::clicked, this, [this] {
+        FrmPrintCustomers options(this->ctx.db().lvwCustomers, this->ctx.mainWindow());
+        options.exec();
+    });
     connect(m_txtSearch, &QLineEdit::textChanged, this, &CustomerPanel::txtSearchChange);
     if (m_cmdSearch && m_txtSearch) QWidget::setTabOrder(m_cmdSearch, m_txtSearch);
     if (m_list) {

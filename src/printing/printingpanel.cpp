@@ -5,10 +5,18 @@
 #include "billing/invoicetrees.h"
 #include "billing/invoicetreeview.h"
 #include "database/database.h"
+#include "database/rowtypes.h"
 #include "shell/appcontext.h"
+#include "shell/settingsstore.h"
 #include "uiservices/dialogservice.h"
 
+#include <QAbstractButton>
 #include <QComboBox>
+#include <QCoreApplication>
+#include <QLabel>
+#include <QPrinter>
+#include <QPrinterInfo>
+#include <QProgressBar>
 #include <QSignalBlocker>
 #include <QTreeView>
 
@@ -20,7 +28,24 @@ PrintingPanel::PrintingPanel(AppContext &ctx, QWidget *parent)
     m_chooser = require<QComboBox>("cmbBillPeriod(2)");
     m_tree = require<QTreeView>("tvwInvoiceRecords(1)");
     m_binding = new InvoiceTreeView(m_tree, &m_trees.tree(1));
-    // The print buttons get their handlers with the print run.
+    m_cmdPrintSelectedEnvelopes = require<QAbstractButton>("cmdPrintSelectedEnvelopes");
+    m_lblPrinting = require<QLabel>("lblPrinting");
+    m_staPrinting = require<QProgressBar>("staPrinting");
+    connect(m_cmdPrintSelectedEnvelopes, &QAbstractButton::clicked, this,
+            &PrintingPanel::cmdPrintSelectedEnvelopesClick);
+    printEnvelope = [](const pages::Page &page) {
+        const QString name = pages::defaultPrinterName();
+        if (name.isEmpty()) {
+            pages::PrintOutcome none;
+            none.status = pages::PrintStatus::NoPrinter;
+            none.reason = QStringLiteral("There is no printer on this system.");
+            return none;
+        }
+        QPrinter printer(QPrinterInfo::printerInfo(name), QPrinter::HighResolution);
+        printer.setPageSize(pages::defaultEnvelopePaper());
+        return pages::printPages({page}, printer, QStringLiteral("Envelope"));
+    };
+    // The invoice button gets its handler with the invoice run.
 
     connect(m_chooser, &QComboBox::currentIndexChanged, this,
             [this](int index) { m_trees.showPeriod(index, m_chooser->itemText(index)); });
@@ -44,6 +69,75 @@ void PrintingPanel::refreshBillPeriodList()
     // Both choosers show the same period: the one on show, when the Bill
     // Periods chooser has chosen it already.
     periodShown(m_trees.chosenIndex());
+}
+
+QStringList PrintingPanel::tickedCustomerKeys() const
+{
+    // Node order: the order the nodes were added, as the print runs walk it.
+    QStringList keys;
+    const InvoiceTree &t = treeModel();
+    t.forEachNode([&](int node) {
+        if (t.checked(node) && billing::isCustomerKey(t.key(node)))
+            keys << t.key(node);
+    });
+    return keys;
+}
+
+pages::EnvelopeInput PrintingPanel::envelopeFor(const QString &customerKey, int x, int y) const
+{
+    const Database &db = ctx.db();
+    pages::EnvelopeInput in;
+    for (int i = 0; i < 4; ++i)
+        in.company[size_t(i)] = db.company[size_t(i)];
+    in.x = x;
+    in.y = y;
+    if (db.lvwCustomers.contains(customerKey)) {
+        if (const auto c = CustomerRow::parse(db.lvwCustomers.textOf(customerKey))) {
+            in.firstName = c->firstName;
+            in.lastName = c->lastName;
+            in.address = {c->address1, c->address2, c->address3};
+        }
+    }
+    return in;
+}
+
+void PrintingPanel::cmdPrintSelectedEnvelopesClick()
+{
+    if (m_envelopeRun)
+        return;
+    printEnvelopes(tickedCustomerKeys());
+}
+
+void PrintingPanel::printEnvelopes(const QStringList &customerKeys)
+{
+    if (m_envelopeRun)
+        return;
+    m_envelopeRun = true;
+    // Stores both defaults when X-Margin is empty, also when nothing is ticked.
+    settings::envelopeMarginX();
+    m_lblPrinting->show();
+    m_staPrinting->show();
+    const qsizetype n = customerKeys.size() + 1;
+    for (qsizetype i = 0; i < customerKeys.size(); ++i) {
+        m_staPrinting->setValue(int(double(i + 1) / double(n) * 100));
+        // Read at every envelope, as stored now.
+        const int x = pages::wholeCentimetres(settings::envelopeMarginX());
+        const int y = pages::wholeCentimetres(settings::envelopeMarginY());
+        const pages::Page page = pages::composeEnvelope(envelopeFor(customerKeys[i], x, y));
+        const pages::PrintOutcome out = printEnvelope(page);
+        if (out.status != pages::PrintStatus::Printed) {
+            DialogService::current().critical(this, QStringLiteral("Printer Error"),
+                                              QStringLiteral("An error has occoured: \n") + out.reason +
+                                                  QStringLiteral("\nThe printing job has been canceled, please "
+                                                                 "try again."));
+        }
+        // The window repaints and answers between envelopes.
+        QCoreApplication::processEvents();
+    }
+    m_staPrinting->setValue(100);
+    m_lblPrinting->hide();
+    m_staPrinting->hide();
+    m_envelopeRun = false;
 }
 
 void PrintingPanel::periodShown(int listIndex)

@@ -1,9 +1,18 @@
 #pragma once
 // fraMain(3), Printing: the second view of the period chooser and of the
 // invoice records tree, the two print buttons and the progress of a run.
+#include "pages/envelope.h"
+#include "pages/printout.h"
 #include "shell/panel.h"
 
+#include <QStringList>
+
+#include <functional>
+
+class QAbstractButton;
 class QComboBox;
+class QLabel;
+class QProgressBar;
 class QTreeView;
 
 namespace qor {
@@ -31,12 +40,34 @@ public:
     // A right click on a customer: the invoice note for this print run.
     void tvwInvoiceRecordsMouseUp(Qt::MouseButton button);
 
+    // cmdPrintSelectedEnvelopes: one envelope for each ticked customer of
+    // tree 1, each its own print job.
+    void cmdPrintSelectedEnvelopesClick();
+    // The run over customer keys ("12k") in tree order: the stored margins
+    // (defaults stored when X-Margin is empty), one job per envelope, "Printer
+    // Error" and the job dropped when one fails, and the run goes on. Events
+    // are let through between envelopes; a press meanwhile starts nothing.
+    void printEnvelopes(const QStringList &customerKeys);
+    bool isPrintingEnvelopes() const { return m_envelopeRun; }
+    // The keys of tree 1's ticked customer nodes, in node order.
+    QStringList tickedCustomerKeys() const;
+    // The envelope of one customer as the run makes it.
+    pages::EnvelopeInput envelopeFor(const QString &customerKey, int x, int y) const;
+
+    // Prints one envelope as a job of its own. The program prints on the
+    // default printer on the locale's envelope paper; a test puts its own here.
+    std::function<pages::PrintOutcome(const pages::Page &)> printEnvelope;
+
 private:
     void periodShown(int listIndex);
     InvoiceTrees &m_trees;
     InvoiceTreeView *m_binding = nullptr;
     QComboBox *m_chooser = nullptr;
     QTreeView *m_tree = nullptr;
+    QAbstractButton *m_cmdPrintSelectedEnvelopes = nullptr;
+    QLabel *m_lblPrinting = nullptr;
+    QProgressBar *m_staPrinting = nullptr;
+    bool m_envelopeRun = false;
 };
 
 }  // namespace qor

@@ -230,13 +230,15 @@ void ensureEnvelopeMargins()
 double envelopeMarginX()
 {
     ensureEnvelopeMargins();
-    return readDouble(QStringLiteral("Printing"), QStringLiteral("X-Margin"));
+    return regional::val(rawText(QStringLiteral("Printing"), QStringLiteral("X-Margin")));
 }
 
 double envelopeMarginY()
 {
     ensureEnvelopeMargins();
-    return readDouble(QStringLiteral("Printing"), QStringLiteral("Y-Margin"));
+    // Read as it stands: an empty Y-Margin beside a stored X-Margin is 0 and
+    // stays empty; only an empty X-Margin brings the defaults back.
+    return regional::val(rawText(QStringLiteral("Printing"), QStringLiteral("Y-Margin")));
 }
 
 QString defaultDatabasePath()

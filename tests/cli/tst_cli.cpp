@@ -125,6 +125,54 @@ private slots:
         QVERIFY(!QFileInfo::exists(dir.filePath(QStringLiteral("no"))));
     }
 
+    // Envelopes and the customer list as PDF, read back as text.
+    void pagesAsPdf()
+    {
+        Database db;
+        db.company[0] = QStringLiteral("Acme & Sons");
+        db.lvwCustomers.add("1k", fields({"Ames, Al", "Al", "Ames", "1 Elm St", "", "Townsville", "", "", ""}));
+        db.lvwCustomers.add("2k", fields({"zzzz\u00BBBell, Bo", "Bo", "Bell", "", "", "", "", "", ""}));
+        db.lvwCustomers.add("3k", fields({"Cole, Cy", "Cy", "Cole", "", "", "", "", "", ""}));
+        db.lvwPeriods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
+        db.lvwInvoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "5", "", ""}));
+        db.lvwInvoiceRecords.add(fields({"May", "3", ""}), fields({"May", "Cole, Cy", "3", "0", "", ""}));
+        const QString file = dir.filePath("pages.xml");
+        QFile f(file);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write(db.serialize());
+        f.close();
+        qputenv("XDG_CONFIG_HOME", dir.filePath("config").toUtf8());  // the stored options: defaults
+        auto text = [](const QString &pdf) {
+            QProcess p;
+            p.start(QStringLiteral("pdftotext"), {pdf, QStringLiteral("-")});
+            p.waitForFinished(60000);
+            return QString::fromUtf8(p.readAllStandardOutput());
+        };
+
+        const QString env = dir.filePath("env.pdf");
+        Run r = cli({"envelopes", file, "--period", "May", "-o", env});
+        QCOMPARE(r.exitCode, 0);
+        QCOMPARE(r.out, QStringLiteral("1 envelopes\n"));  // only the customer who owes
+        QString t = text(env);
+        QVERIFY(t.contains("Acme & Sons") && t.contains("Al Ames") && t.contains("Townsville"));
+        QVERIFY(!t.contains("Cole"));
+        r = cli({"envelopes", file, "--period", "May", "--all", "-o", env});
+        QCOMPARE(r.out, QStringLiteral("2 envelopes\n"));
+        QVERIFY(text(env).contains("Cy Cole"));
+        QCOMPARE(cli({"envelopes", file, "--period", "June", "-o", env}).exitCode, 2);
+        QCOMPARE(cli({"envelopes", file, "-o", env}).exitCode, 1);
+
+        const QString list = dir.filePath("list.pdf");
+        r = cli({"customers", file, "-o", list, "--title", "Route & Co", "--columns", "2"});
+        QCOMPARE(r.exitCode, 0);
+        QCOMPARE(r.out, QStringLiteral("1 pages\n"));
+        t = text(list);
+        QVERIFY(t.contains("Route & Co"));
+        QVERIFY(t.contains("Ames, Al") && t.contains("Cole, Cy") && t.contains("Page #1"));
+        QVERIFY(!t.contains("Bell"));
+        QCOMPARE(cli({"customers", file, "-o", list, "--columns", "5"}).exitCode, 1);
+    }
+
     // The two statements: sums to the cent over many records, the user's
     // currency form or plain numbers, one customer alone, wrong options.
     void periodsAndOwing()

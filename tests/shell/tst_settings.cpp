@@ -173,6 +173,11 @@ private slots:
         settings::write(P, X, QString());
         QCOMPARE(settings::envelopeMarginY(), 12.0);
         QCOMPARE(settings::envelopeMarginX(), 2.0);
+        // A stored X-Margin with an empty Y-Margin isn't mended.
+        settings::write(P, Y, QString());
+        QCOMPARE(settings::envelopeMarginY(), 0.0);
+        QCOMPARE(settings::envelopeMarginX(), 2.0);
+        QCOMPARE(stored(P, Y), QString());
     }
 
     void databasePath() {

@@ -1,0 +1,182 @@
+// The customer list's options window: read from the settings with their
+// limits, every choice stored at once, the font dialog, and the print step.
+#include "customers/frmprintcustomers.h"
+#include "database/keyedlist.h"
+#include "database/rowtypes.h"
+#include "shell/settingsstore.h"
+#include "uiservices/dialogservice.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+using namespace qor;
+using namespace Qt::StringLiterals;
+
+class KeySpy : public QObject {
+public:
+    int rights = 0;
+    bool eventFilter(QObject *, QEvent *e) override
+    {
+        if (e->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(e)->key() == Qt::Key_Right)
+            ++rights;
+        return false;
+    }
+};
+
+class TstFrmPrintCustomers : public QObject {
+    Q_OBJECT
+    QTemporaryDir m_config;
+    int m_round = 0;
+    const QString S = u"CustomerListPrint"_s;
+
+    template <class T> static T *child(QWidget &w, const QString &name) { return w.findChild<T *>(name); }
+
+private slots:
+    void init()
+    {
+        const QString dir = m_config.filePath(u"run%1"_s.arg(++m_round));
+        QVERIFY(QDir().mkpath(dir));
+        qputenv("XDG_CONFIG_HOME", dir.toUtf8());
+    }
+
+    void opensFromSettingsWithLimits()
+    {
+        settings::write(S, u"Columns"_s, u"9"_s);
+        settings::write(S, u"BlankLinesBetween"_s, u"7"_s);
+        settings::write(S, u"PrintEmail"_s, u"FALSE"_s);
+        settings::write(S, u"PrintFontStyleSize"_s, u"Bold 11"_s);
+        KeyedList t;
+        QWidget owner;
+        owner.setGeometry(100, 100, 800, 600);
+        FrmPrintCustomers f(t, &owner);
+        QCOMPARE(f.windowTitle(), u"Customer List Print Options"_s);
+        QVERIFY(f.isModal());
+        QCOMPARE(f.minimumSize(), f.maximumSize());
+        QCOMPARE(f.geometry().center(), owner.frameGeometry().center());
+        QCOMPARE(child<QComboBox>(f, u"cmbColumns"_s)->currentText(), u"3"_s);
+        QCOMPARE(child<QComboBox>(f, u"cmbBlankLines"_s)->currentText(), u"1"_s);
+        QCOMPARE(child<QComboBox>(f, u"cmbColumns"_s)->count(), 4);
+        QCOMPARE(child<QComboBox>(f, u"cmbBlankLines"_s)->count(), 5);
+        QCOMPARE(child<QLineEdit>(f, u"txtPageTitle"_s)->text(), u"Customer List"_s);
+        QVERIFY(child<QCheckBox>(f, u"chkPCL(0)"_s)->isChecked());
+        QVERIFY(!child<QCheckBox>(f, u"chkPCL(1)"_s)->isChecked());
+        QCOMPARE(child<QLabel>(f, u"lblFontName(0)"_s)->text(), u"Arial"_s);
+        QCOMPARE(child<QLabel>(f, u"lblFontName(1)"_s)->text(), u"Bold 11"_s);
+        QCOMPARE(child<QPushButton>(f, u"cmdChangeFont"_s)->text(), u"C&hange"_s);
+        QVERIFY(child<QPushButton>(f, u"cmdPrint"_s)->isDefault());
+        // Opening stored nothing over the out-of-range values.
+        QCOMPARE(settings::read(S, u"Columns"_s), u"9"_s);
+        const pages::CustomerListOptions o = f.options();
+        QCOMPARE(o.columns, 3);
+        QCOMPARE(o.blankLines, 1);
+        QVERIFY(!o.printEmail && o.printNotes);
+    }
+
+    void choicesStoredAtOnce()
+    {
+        KeyedList t;
+        FrmPrintCustomers f(t, nullptr);
+        KeySpy spy;
+        f.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&f));
+        auto *columns = child<QComboBox>(f, u"cmbColumns"_s);
+        columns->setFocus();
+        columns->installEventFilter(&spy);
+        columns->setCurrentIndex(3);
+        emit columns->activated(3);
+        QCOMPARE(settings::read(S, u"Columns"_s), u"4"_s);
+        auto *blank = child<QComboBox>(f, u"cmbBlankLines"_s);
+        blank->setCurrentIndex(0);
+        emit blank->activated(0);
+        QCOMPARE(settings::read(S, u"BlankLinesBetween"_s), u"0"_s);
+        QCoreApplication::processEvents();
+        QCOMPARE(spy.rights, 2);  // {RIGHT} after each pick
+
+        child<QCheckBox>(f, u"chkPCL(4)"_s)->click();
+        QCOMPARE(settings::read(S, u"PrintPageNumbers"_s), u"False"_s);
+        child<QCheckBox>(f, u"chkPCL(4)"_s)->click();
+        QCOMPARE(settings::read(S, u"PrintPageNumbers"_s), u"True"_s);
+        QTest::keyClicks(child<QLineEdit>(f, u"txtPageTitle"_s), u" & Co"_s);
+        QCOMPARE(settings::read(S, u"PageTitle"_s), u"Customer List & Co"_s);
+    }
+
+    void changeFont()
+    {
+        KeyedList t;
+        FrmPrintCustomers f(t, nullptr);
+        ScriptedDialogs dialogs;
+        QFont chosen(u"DejaVu Serif"_s);
+        chosen.setPointSizeF(10.4);
+        chosen.setBold(true);
+        chosen.setItalic(true);
+        dialogs.nextFonts.push_back(chosen);
+        dialogs.nextFonts.push_back(std::nullopt);  // cancelled
+        f.cmdChangeFontClick();
+        QCOMPARE(dialogs.last().kind, u"font"_s);
+        QCOMPARE(child<QLabel>(f, u"lblFontName(0)"_s)->text(), u"DejaVu Serif"_s);
+        QCOMPARE(child<QLabel>(f, u"lblFontName(1)"_s)->text(), u"Bold Italic 10"_s);
+        QCOMPARE(settings::read(S, u"PrintFontName"_s), u"DejaVu Serif"_s);
+        QCOMPARE(settings::read(S, u"PrintFontStyleSize"_s), u"Bold Italic 10"_s);
+        f.cmdChangeFontClick();  // cancel: nothing changes
+        QCOMPARE(child<QLabel>(f, u"lblFontName(1)"_s)->text(), u"Bold Italic 10"_s);
+        const pages::ListFont lf = pages::parseListFont(f.options().fontName, f.options().fontStyleSize);
+        QVERIFY(lf.bold && lf.italic);
+        QCOMPARE(lf.size, 10.0);
+    }
+
+    void printStep()
+    {
+        // No customers: the message, nothing printed, the window closes.
+        KeyedList empty;
+        ScriptedDialogs dialogs;
+        {
+            FrmPrintCustomers f(empty, nullptr);
+            int printed = 0;
+            f.print = [&](const pages::CustomerListOptions &) {
+                ++printed;
+                return pages::PrintOutcome{pages::PrintStatus::Printed, {}, {}};
+            };
+            f.show();
+            f.cmdPrintClick();
+            QCOMPARE(printed, 0);
+            QCOMPARE(dialogs.messages().size(), 1);
+            QCOMPARE(dialogs.messages().last().message.text, u"There are no customers to print!"_s);
+            QVERIFY(!f.isVisible());
+        }
+        // Customers: the options as they stand go out once; the window stays
+        // a second and then closes.
+        KeyedList t;
+        CustomerRow r;
+        r.displayName = u"Lee, Ann"_s;
+        t.add(u"1k"_s, r.text());
+        FrmPrintCustomers f(t, nullptr);
+        QList<pages::CustomerListOptions> asked;
+        f.print = [&](const pages::CustomerListOptions &o) {
+            asked << o;
+            return pages::PrintOutcome{pages::PrintStatus::Printed, {}, {}};
+        };
+        child<QLineEdit>(f, u"txtPageTitle"_s)->setText(u"Route 7"_s);
+        f.show();
+        child<QPushButton>(f, u"cmdPrint"_s)->click();
+        child<QPushButton>(f, u"cmdPrint"_s)->click();  // while closing: no second print
+        QCOMPARE(asked.size(), 1);
+        QCOMPARE(asked[0].pageTitle, u"Route 7"_s);
+        QVERIFY(f.isVisible());
+        QVERIFY(f.closeTimer()->isActive());
+        QCOMPARE(f.closeTimer()->interval(), 1000);
+        QVERIFY(f.closeTimer()->isSingleShot());
+        f.finishPrint();
+        QVERIFY(!f.isVisible());
+        QCOMPARE(f.result(), int(QDialog::Accepted));
+    }
+};
+
+QTEST_MAIN(TstFrmPrintCustomers)
+#include "tst_frmprintcustomers.moc"

@@ -1,0 +1,241 @@
+// The printed customer list: entries, fonts, columns and pages, and a long
+// list written to PDF and read back word by word.
+#include "pdfwords.h"
+
+#include "database/keyedlist.h"
+#include "database/rows.h"
+#include "database/rowtypes.h"
+#include "pages/customerlist.h"
+#include "pages/pdfoutput.h"
+#include "pages/templates.h"
+
+#include <QBuffer>
+#include <QPdfWriter>
+#include <QTest>
+
+using namespace qor;
+using namespace qor::pages;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString row(const QString &first, const QString &last = {}, const QString &a1 = {}, const QString &a2 = {},
+            const QString &a3 = {}, const QString &email = {}, const QString &phone = {}, const QString &notes = {})
+{
+    CustomerRow r;
+    r.displayName = customer::displayNameFor(first, last);
+    r.firstName = first;
+    r.lastName = last;
+    r.address1 = a1;
+    r.address2 = a2;
+    r.address3 = a3;
+    r.email = email;
+    r.phone = phone;
+    r.notes = notes;
+    return r.text();
+}
+
+const Element &list(const Page &p, int i) { return p.at(u"lblList"_s, i); }
+
+}  // namespace
+
+class TstCustomerList : public QObject {
+    Q_OBJECT
+
+private slots:
+    void entryText()
+    {
+        CustomerListOptions o;
+        const QString full = row(u"Ann"_s, u"Lee & Co"_s, u"1 Main St"_s, QString(), u"Springfield"_s,
+                                 u"ann@x.org"_s, u"555-1212"_s, u"call first\r\nafter 5"_s);
+        // Empty address lines take no line; notes keep their breaks; one
+        // blank line; the ampersand doubled for the label.
+        QCOMPARE(CustomerListEntry(full, o),
+                 u"Lee && Co, Ann\r\n1 Main St\r\nSpringfield\r\nann@x.org\r\n555-1212\r\ncall first\r\nafter 5\r\n\r\n"_s);
+        QCOMPARE(labelText(CustomerListEntry(full, o)).count(u'&'), 1);
+        // Nothing ticked, no blank lines: the display name alone.
+        o.printAddress = o.printEmail = o.printPhone = o.printNotes = false;
+        o.blankLines = 0;
+        QCOMPARE(CustomerListEntry(full, o), u"Lee && Co, Ann\r\n"_s);
+        o.blankLines = 4;
+        QCOMPARE(CustomerListEntry(full, o), u"Lee && Co, Ann\r\n\r\n\r\n\r\n\r\n"_s);
+        // A row that isn't a customer row adds nothing.
+        QCOMPARE(CustomerListEntry(u"Ann\u0001Lee"_s, o), QString());
+        QCOMPARE(labelText(u"&Print &&Co &"_s), u"Print &Co "_s);
+    }
+
+    void fontText()
+    {
+        ListFont f = parseListFont(u"Verdana"_s, u"Bold Italic 10"_s);
+        QCOMPARE(f.name, u"Verdana"_s);
+        QVERIFY(f.bold && f.italic);
+        QCOMPARE(f.size, 10.0);
+        // A style without a number keeps the template's size; case is ignored.
+        f = parseListFont(u"Arial"_s, u"bold italic "_s);
+        QVERIFY(f.bold && f.italic);
+        QCOMPARE(f.size, 8.25);
+        f = parseListFont(u"Arial"_s, u"Regular 8"_s);
+        QVERIFY(!f.bold && !f.italic);
+        QCOMPARE(f.size, 8.0);
+        f = parseListFont(u"Arial"_s, u"Italic 12"_s);
+        QVERIFY(!f.bold && f.italic);
+        QCOMPARE(f.size, 12.0);
+        QCOMPARE(fontStyleText(true, true, 10), u"Bold Italic 10"_s);
+        QCOMPARE(fontStyleText(false, false, 8), u"Regular 8"_s);
+        QCOMPARE(fontStyleText(false, true, 9), u"Italic 9"_s);
+        // What the options window writes reads back the same.
+        f = parseListFont(u"Arial"_s, fontStyleText(true, false, 14));
+        QVERIFY(f.bold && !f.italic);
+        QCOMPARE(f.size, 14.0);
+    }
+
+    void shortLists()
+    {
+        KeyedList t;
+        QCOMPARE(composeCustomerList(t, {}).size(), 0);  // "There are no customers to print!"
+
+        // Four names, no blank lines, one column: four lines in a row.
+        for (const char *n : {"Adams", "Baker", "Cole", "Dunn"})
+            t.add(numberKey(t.count() + 1), row(QString::fromLatin1(n)));
+        t.add(u"9k"_s, customer::archivedText(row(u"Zed & Co"_s)));
+        CustomerListOptions o;
+        o.columns = 1;
+        o.blankLines = 0;
+        o.pageTitle = u"Tom & Jerry's"_s;
+        o.fontStyleSize = u"Bold Italic 10"_s;
+        QList<Page> pages = composeCustomerList(t, o);
+        QCOMPARE(pages.size(), 1);
+        const Page &p = pages[0];
+        QCOMPARE(list(p, 0).text, u"Adams\r\nBaker\r\nCole\r\nDunn\r\n"_s);  // the archived one left out
+        QCOMPARE(list(p, 0).left, 600);
+        QCOMPARE(p.at(u"lblPageTitle"_s).text, u"Tom & Jerry's"_s);
+        QCOMPARE(list(p, 4).text, u"Page #1"_s);
+        QVERIFY(std::abs(list(p, 4).top + list(p, 4).height - PageNumberBottom) <= 1);
+        for (int i = 0; i <= 4; ++i) {
+            QVERIFY(list(p, i).bold && list(p, i).italic);
+            QCOMPARE(list(p, i).fontSize, 10.0);
+        }
+
+        // Page numbers off: the element stays empty, nothing else changes.
+        o.printPageNumbers = false;
+        pages = composeCustomerList(t, o);
+        QCOMPARE(list(pages[0], 4).text, QString());
+        QCOMPARE(list(pages[0], 0).text, u"Adams\r\nBaker\r\nCole\r\nDunn\r\n"_s);
+
+        // Only archived customers: the page still goes out, with its title.
+        KeyedList archived;
+        archived.add(u"1k"_s, customer::archivedText(row(u"Gone"_s)));
+        pages = composeCustomerList(archived, o);
+        QCOMPARE(pages.size(), 1);
+        QCOMPARE(list(pages[0], 0).text, QString());
+        QCOMPARE(pages[0].at(u"lblPageTitle"_s).text, u"Tom & Jerry's"_s);
+
+        // A column count out of range counts as 3.
+        QCOMPARE(columnLefts(9), columnLefts(3));
+        QCOMPARE(columnLefts(3), (std::array<int, 4>{600, 4120, 7640, 0}));
+    }
+
+    // Column and page breaks by the line height; the entry that didn't fit
+    // opens the next column; a line too wide is cut at the next column.
+    void breaks()
+    {
+        CustomerListOptions o;
+        o.columns = 2;
+        o.blankLines = 0;
+        o.printPageNumbers = true;
+        const ListMetrics m(parseListFont(o.fontName, o.fontStyleSize), nullptr);
+        const int perColumn = int(ColumnFullHeight / m.lineHeight());  // lines that fit
+        KeyedList t;
+        // Single-line entries: a column holds perColumn - 1 of them (the text
+        // ends in a line end, which takes a line of its own).
+        const int n = 2 * (perColumn - 1) + 3;
+        for (int i = 1; i <= n; ++i)
+            t.add(numberKey(i), row(u"C%1"_s.arg(i, 4, 10, QChar(u'0')), QString(), QString(), QString(), QString(),
+                                    QString(), QString(), QString(200, u'W')));
+        o.printNotes = false;
+        const QList<Page> pages = composeCustomerList(t, o);
+        QCOMPARE(pages.size(), 2);
+        QStringList all;
+        for (const Page &p : pages)
+            for (int c = 0; c < 2; ++c)
+                all += list(p, c).text.split(u"\r\n"_s, Qt::SkipEmptyParts);
+        QCOMPARE(all.size(), n);
+        for (int i = 1; i <= n; ++i)
+            QCOMPARE(all[i - 1], u"C%1"_s.arg(i, 4, 10, QChar(u'0')));
+        QCOMPARE(list(pages[0], 0).text.count(u"\r\n"_s), perColumn - 1);
+        QVERIFY(list(pages[0], 0).height <= ColumnFullHeight + 1);
+        QCOMPARE(list(pages[1], 0).text.left(5), u"C%1"_s.arg(2 * (perColumn - 1) + 1, 4, 10, QChar(u'0')));
+        QCOMPARE(list(pages[1], 4).text, u"Page #2"_s);
+        QCOMPARE(list(pages[1], 1).left, 5880);
+
+        // A long line is cut where the next column begins.
+        KeyedList wide;
+        wide.add(u"1k"_s, row(u"N"_s, QString(), QString(), QString(), QString(), QString(), QString(),
+                              QString(300, u'W')));
+        CustomerListOptions withNotes = o;
+        withNotes.printNotes = true;
+        const Page q = composeCustomerList(wide, withNotes).first();
+        const QStringList lines = list(q, 0).text.split(u"\r\n"_s);
+        QVERIFY(lines.size() >= 2);
+        QVERIFY(lines[1].size() < 300);
+        QVERIFY(m.advance(lines[1]) <= 5880 - 600);
+        QVERIFY(m.advance(lines[1] + u'W') > 5880 - 600);
+    }
+
+    // A thousand customers with long notes in three columns: each one shows
+    // exactly once in the PDF, the title on every page.
+    void thousandToPdf()
+    {
+        KeyedList t;
+        const QString note = u"Delivery round on the eastern side of the river, gate code on the back of the card;"
+                             " second line\r\nthird line of the note\r\nfourth line"_s;
+        for (int i = 1; i <= 1000; ++i)
+            t.add(numberKey(i), row(u"Qx%1"_s.arg(i, 4, 10, QChar(u'0')), u"Customer"_s, u"%1 Long Road"_s.arg(i),
+                                    u"Suite %1"_s.arg(i), u"Town"_s, u"c%1@example.com"_s.arg(i), u"555-0100"_s,
+                                    note));
+        t.add(u"2000k"_s, customer::archivedText(row(u"Qx9999"_s, u"Customer"_s)));
+        CustomerListOptions o;
+        QTemporaryDir dir;
+        const QString file = dir.filePath(u"list.pdf"_s);
+        // Measured on the PDF writer the pages are for.
+        QBuffer probe;
+        probe.open(QIODevice::WriteOnly);
+        QPdfWriter writer(&probe);
+        writer.setResolution(1440);
+        const QList<Page> pages = composeCustomerList(t, o, &writer);
+        QVERIFY(pages.size() >= 2);
+        QVERIFY(writePdf(pages, file));
+        QString why;
+        const QList<PdfWord> words = readPdfWords(file, &why);
+        QVERIFY2(!words.isEmpty(), qPrintable(why));
+        QHash<QString, int> seen;
+        QSet<int> titled;
+        int lastPage = -1;
+        for (const PdfWord &w : words) {
+            if (w.text.startsWith(u"Qx"_s))
+                seen[w.text.left(7).remove(u',')]++;
+            if (w.text == u"List" && w.top < 1560)
+                titled << w.page;
+            if (w.text.startsWith(u"#"_s)) {
+                QCOMPARE(w.text, u"#%1"_s.arg(w.page + 1));
+                QVERIFY(w.bottom <= PageNumberBottom + 40 && w.bottom > PageNumberBottom - 300);
+            }
+            lastPage = std::max(lastPage, w.page);
+        }
+        QCOMPARE(lastPage + 1, pages.size());
+        QCOMPARE(titled.size(), pages.size());
+        QCOMPARE(seen.size(), 1000);
+        for (auto it = seen.cbegin(); it != seen.cend(); ++it)
+            QVERIFY2(it.value() == 1, qPrintable(it.key()));
+        QVERIFY(!seen.contains(u"Qx9999"_s));
+        // Nothing runs below the column's room.
+        for (const PdfWord &w : words) {
+            if (w.text.startsWith(u"#"_s) || w.text == u"Page")
+                continue;
+            QVERIFY2(w.bottom <= 1560 + ColumnFullHeight + 60, qPrintable(w.text));
+        }
+    }
+};
+
+QTEST_MAIN(TstCustomerList)
+#include "tst_customerlist.moc"
