@@ -249,7 +249,13 @@ QString defaultDatabasePath()
 QString defaultDatabasePath(const QString &appDir)
 {
     const QFileInfo dirInfo(appDir);
-    if (!appDir.isEmpty() && dirInfo.isDir() && dirInfo.isWritable())
+    // A program installed with the system's programs (/usr/bin and the like)
+    // keeps each user's books in that user's data folder, even for root, who
+    // could write there: the system's folders belong to the package manager.
+    const QString canonical = dirInfo.canonicalFilePath();
+    const bool systemFolder = canonical.startsWith(QLatin1String("/usr/")) || canonical == QLatin1String("/bin") ||
+                              canonical == QLatin1String("/sbin");
+    if (!appDir.isEmpty() && dirInfo.isDir() && dirInfo.isWritable() && !systemFolder)
         return QDir(appDir).filePath(QStringLiteral("QOR.xml"));
     const QString base = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
     const QString dir = base + QStringLiteral("/QOR");

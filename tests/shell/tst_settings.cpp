@@ -192,6 +192,9 @@ private slots:
         QCOMPARE(settings::defaultDatabasePath(dataHome.path() + u"/no/such"_s), userDir + "/QOR.xml");
         QVERIFY(QDir(userDir).exists());
         QCOMPARE(settings::defaultDatabasePath(QCoreApplication::applicationFilePath()), userDir + "/QOR.xml");
+        // Installed with the system's programs: the user's folder, even when
+        // the folder could be written (as root can).
+        QCOMPARE(settings::defaultDatabasePath(u"/usr/bin"_s), userDir + "/QOR.xml");
         // A stored path wins exactly as stored; an empty one counts as none.
         settings::write(F, K, u"/srv/books/Firm 2024.xml"_s);
         QCOMPARE(settings::databasePath(), u"/srv/books/Firm 2024.xml"_s);
