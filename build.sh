@@ -11,7 +11,8 @@ cd "$(dirname "$0")"
 PACKAGES=(cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools libgl1-mesa-dev
           libxkbcommon-dev libpugixml-dev fonts-liberation xvfb xauth
           openssl desktop-file-utils appstream dpkg-dev file man-db
-          libcups2-dev cups printer-driver-cups-pdf poppler-utils)
+          libcups2-dev cups printer-driver-cups-pdf poppler-utils
+          at-spi2-core python3-pyatspi dbus-x11)
 
 install_missing() {
     local missing=()

@@ -5,6 +5,7 @@
 #include "uiservices/hovercommand.h"
 
 #include <QCheckBox>
+#include <algorithm>
 #include <QEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -28,10 +29,20 @@ OptionsPanel::OptionsPanel(AppContext &ctx, QWidget *parent) : Panel(5, ctx, par
     auto *help = require<HoverCommand>("cmdOpenHelp");
     help->setStyleBits(hover::NoBorder);
     help->setBorderOffset(0);
-    // The picture's ground is transparent; the panel's white shows there.
-    help->setBackColor(Qt::white);
-    help->setPicture(QImage(QString::fromLatin1(assets::Help)));
-    help->setHovPicture(QImage(QString::fromLatin1(assets::HelpHover)));
+    // The button shows whatever the frame draws behind it, so no square of
+    // another colour stands on the frame's ground.
+    help->setAttribute(Qt::WA_OpaquePaintEvent, false);
+    help->setBackColor(Qt::transparent);
+    // The pictures are drawn larger than the button: shrink them to fit whole.
+    const int side = std::min(help->width(), help->height());
+    auto fitted = [side](const char *path) {
+        const QImage keyed = hover::keyedPicture(QImage(QString::fromLatin1(path)));
+        return keyed.width() <= side && keyed.height() <= side
+                   ? keyed
+                   : keyed.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    };
+    help->setPicture(fitted(assets::Help));
+    help->setHovPicture(fitted(assets::HelpHover));
     connect(help, &QAbstractButton::clicked, this, &OptionsPanel::helpRequested);
 
     m_checkForNewVersion->installEventFilter(this);
@@ -59,6 +70,7 @@ QString OptionsPanel::versionText()
 void OptionsPanel::applySettings()
 {
     m_path->setText(settings::databasePath());
+    m_path->setCursorPosition(0);  // a long path shows its start
     m_confirmEdits->setChecked(settings::isOn(QStringLiteral("Settings"), QStringLiteral("CheckToConfirmEdits")));
     m_expertMode->setChecked(settings::isOn(QStringLiteral("Settings"), QStringLiteral("ExpertMode")));
 }

@@ -531,7 +531,11 @@ void build(int panelIndex, QWidget *panel, QHash<QString, QWidget *> &controls)
         w->setGeometry(twipsToPx(e->left), twipsToPx(e->top), twipsToPx(e->width),
                        twipsToPx(e->height));
         w->setProperty(TabIndexProperty, e->tab);
-        w->setAccessibleName(accessibleNameOf(*e));
+        // A label's or a button's spoken name is its caption, read when asked:
+        // a name stored now would stay behind when the caption changes.
+        const bool speaksCaption = !e->accessible && (qobject_cast<QLabel *>(w) || qobject_cast<QAbstractButton *>(w));
+        if (!speaksCaption)
+            w->setAccessibleName(accessibleNameOf(*e));
         setForeColour(w, e->fore);
         setBackColour(w, e->back);
         if (e->kind == K::Label)
