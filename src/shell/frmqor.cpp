@@ -176,12 +176,11 @@ void FrmQOR::buildFormControls() {
 
     // Off the left edge: never seen, but their hot keys switch panels.
     for (int i = 0; i < 7; ++i) {
-        auto *key = new QPushButton(QString::fromLatin1(AcceleratorCaptions[i]), this);
+        auto *key = new OffWindowButton(QString::fromLatin1(AcceleratorCaptions[i]), this);
         key->setObjectName(QStringLiteral("cmdAcceleratorKey(%1)").arg(i));
         key->setGeometry(twipsRect(-2000, 6360 + 600 * i, 1215, 495));
         key->setFocusPolicy(Qt::NoFocus);
         key->setAccessibleName(m_cmdTab[size_t(i)]->accessibleName());
-        markOffWindow(key);
         // The hot key takes the focus to the panel's tab: its raised border
         // shows which panel is on show, and Tab goes on from there.
         connect(key, &QAbstractButton::clicked, this, [this, i] {

@@ -29,10 +29,10 @@ OptionsPanel::OptionsPanel(AppContext &ctx, QWidget *parent) : Panel(5, ctx, par
     auto *help = require<HoverCommand>("cmdOpenHelp");
     help->setStyleBits(hover::NoBorder);
     help->setBorderOffset(0);
-    // The button shows whatever the frame draws behind it, so no square of
+    // The button shows what the frame draws behind it, so no square of
     // another colour stands on the frame's ground.
-    help->setAttribute(Qt::WA_OpaquePaintEvent, false);
-    help->setBackColor(Qt::transparent);
+    help->setBackColor(Qt::white);
+    help->setGrabBG(true);
     // The pictures are drawn larger than the button: shrink them to fit whole.
     const int side = std::min(help->width(), help->height());
     auto fitted = [side](const char *path) {

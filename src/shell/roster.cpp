@@ -533,7 +533,10 @@ void build(int panelIndex, QWidget *panel, QHash<QString, QWidget *> &controls)
         w->setProperty(TabIndexProperty, e->tab);
         // A label's or a button's spoken name is its caption, read when asked:
         // a name stored now would stay behind when the caption changes.
-        const bool speaksCaption = !e->accessible && (qobject_cast<QLabel *>(w) || qobject_cast<QAbstractButton *>(w));
+        // Padded captions keep a stored, trimmed name.
+        const QString caption = QString::fromUtf8(e->caption);
+        const bool speaksCaption = !e->accessible && caption == caption.trimmed()
+                                   && (qobject_cast<QLabel *>(w) || qobject_cast<QAbstractButton *>(w));
         if (!speaksCaption)
             w->setAccessibleName(accessibleNameOf(*e));
         setForeColour(w, e->fore);

@@ -8,8 +8,6 @@
 namespace qor {
 
 namespace {
-constexpr char OffWindowProperty[] = "qorOffWindow";
-
 bool isEnter(const QKeyEvent *k)
 {
     return (k->key() == Qt::Key_Return || k->key() == Qt::Key_Enter)
@@ -33,10 +31,10 @@ public:
     }
 };
 
-QAccessibleInterface *offWindowFactory(const QString &, QObject *object)
+QAccessibleInterface *offWindowFactory(const QString &className, QObject *object)
 {
-    if (auto *w = qobject_cast<QWidget *>(object); w && w->property(OffWindowProperty).toBool())
-        return new OffWindowAccessible(w);
+    if (className == QLatin1String(OffWindowButton::staticMetaObject.className()))
+        if (auto *w = qobject_cast<QWidget *>(object)) return new OffWindowAccessible(w);
     return nullptr;
 }
 }  // namespace
@@ -64,14 +62,13 @@ bool EnterPressesButtons::eventFilter(QObject *watched, QEvent *event)
     return true;
 }
 
-void markOffWindow(QWidget *w)
+OffWindowButton::OffWindowButton(const QString &caption, QWidget *parent) : QPushButton(caption, parent)
 {
     static const bool installed = [] {
         QAccessible::installFactory(offWindowFactory);
         return true;
     }();
     Q_UNUSED(installed);
-    w->setProperty(OffWindowProperty, true);
 }
 
 }  // namespace qor

@@ -1,6 +1,7 @@
 #pragma once
 // Keyboard and screen-reader behaviour shared by the window's buttons.
 #include <QObject>
+#include <QPushButton>
 
 class QWidget;
 
@@ -11,8 +12,8 @@ namespace qor {
 class EnterPressesButtons : public QObject {
     Q_OBJECT
 public:
-    // Watches every push button under root, now and created later is not
-    // covered: call after the controls are built.
+    // Watches the push buttons under root at the time of the call; buttons
+    // made later are not watched: call once the controls are built.
     static void install(QWidget *root);
 
 protected:
@@ -22,8 +23,12 @@ private:
     explicit EnterPressesButtons(QObject *parent) : QObject(parent) {}
 };
 
-// Marks a control that stands off the window's edge only for its hot key:
+// A button that stands off the window's edge only for its hot key:
 // assistive technology is told it is not showing.
-void markOffWindow(QWidget *w);
+class OffWindowButton : public QPushButton {
+    Q_OBJECT
+public:
+    OffWindowButton(const QString &caption, QWidget *parent);
+};
 
 }  // namespace qor

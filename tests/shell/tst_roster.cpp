@@ -424,7 +424,10 @@ private slots:
         QVERIFY(ctx.changeCalls == 0 && !p.isReadingCompanyInfo());
         for (int i = 0; i < CompanyFieldCount; ++i)
             QCOMPARE(p.field(i), u"value %1"_s.arg(i));
-        QTest::keyClicks(p.control<QLineEdit>(u"txtCompanyDetails(3)"_s), "X");
+        auto *three = p.control<QLineEdit>(u"txtCompanyDetails(3)"_s);
+        QCOMPARE(three->cursorPosition(), 0);  // a value longer than the field shows its start
+        QTest::keyClick(three, Qt::Key_End);
+        QTest::keyClicks(three, "X");
         QVERIFY(ctx.database.company[3] == u"value 3X" && ctx.database.isChanged());
 
         // Clearing counts as a change where a field had text, not where all were empty.
