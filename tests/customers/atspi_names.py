@@ -25,7 +25,7 @@ def walk(acc, out, depth=0):
 def main():
     helper = sys.argv[1]
     name = helper.rsplit("/", 1)[-1]
-    proc = subprocess.Popen([helper], stdout=subprocess.PIPE, text=True)
+    proc = subprocess.Popen([helper], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
     try:
         if proc.stdout.readline().strip() != "ready":
             print("the window helper did not start")
@@ -41,10 +41,20 @@ def main():
         if app is None:
             print("the window never appeared on the accessibility bus")
             return 1
+        # The captions change while the reader is attached, as they do for a user.
+        walk(app, [])
+        proc.stdin.write("go\n")
+        proc.stdin.flush()
+        if proc.stdout.readline().strip() != "changed":
+            print("the window helper did not change its captions")
+            return 1
+        time.sleep(1)  # the change events cross the bus
+        app.clear_cache()  # read what the program says now, not what was heard before
         nodes = []
         walk(app, nodes)
         showing = [(n, r) for n, r, s in nodes if s]
         print("nodes read:", len(nodes), "showing:", len(showing))
+        print("showing buttons:", sorted(n for n, r in showing if r == "push button"))
         failures = []
 
         def expect(ok, what):
