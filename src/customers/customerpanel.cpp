@@ -636,7 +636,9 @@ void CustomerPanel::txtSearchChange()
         const int position = findListItem(m_list, text);
         if (position > 0) selectPosition(position);
     }
-    showCustomerDetails();
+    // The fields show the row found, and the buttons the customer viewed
+    // (also over a new entry the search interrupted).
+    followSelection();
 }
 
 // ---------------------------------------------------------------- events
