@@ -9,6 +9,8 @@
 #include "products/productpanel.h"
 
 #include <QAccessible>
+#include <QCheckBox>
+#include "uiservices/frmmessage.h"
 
 using namespace qor;
 using namespace qor::testing;
@@ -237,6 +239,31 @@ private slots:
             QVERIFY(a->state().invisible);
             QCOMPARE(a->text(QAccessible::Name), spoken(m_w->findChild<QWidget *>(QStringLiteral("cmdTab(%1)").arg(i))));
         }
+    }
+
+    // The placeholder customer's message comes over the shown main window,
+    // which owns it (and so centres it); the form's box shares the text's face.
+    void placeholderMessageOverWindow() {
+        m_answers.reset();
+        struct Watching : ScriptedDialogs {
+            QList<QPair<QWidget *, bool>> owners;
+            QString messageForm(QWidget *owner, const MessageForm &m) override {
+                owners.append({owner, owner && owner->isVisible()});
+                return ScriptedDialogs::messageForm(owner, m);
+            }
+        } dialogs;
+        settings::write("Messages", "DeletedCustomer", "False");
+        discard(m_w);
+        writeDatabase(m_box.db, {{1, "Ann", "Lee"}}, {}, {{7, {}}});
+        m_w = openWindow(0);
+        QCOMPARE(dialogs.owners.size(), 1);
+        QCOMPARE(dialogs.owners.at(0).first, m_w.get());
+        QVERIFY(dialogs.owners.at(0).second);
+        QVERIFY(m_w->databaseChanged());
+
+        FrmMessage form(m_w.get(), "text", "Key", "OK", "OK");
+        QCOMPARE(form.findChild<QCheckBox *>("chkDontShow")->font().family(),
+                 form.findChild<QLabel *>("lblMessage")->font().family());
     }
 
     // A stored value longer than its field shows its start.
