@@ -10,6 +10,7 @@
 #include "uiservices/hovercommand.h"
 
 #include <QApplication>
+#include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
@@ -549,6 +550,20 @@ void build(int panelIndex, QWidget *panel, QHash<QString, QWidget *> &controls)
         if (e->flags & Hidden)
             w->hide();  // explicitly: showing the panel leaves it hidden
         controls.insert(name, w);
+    }
+    // Each frame's options are one group of their own. Left to themselves,
+    // options count every option below their parent as one group for the
+    // keyboard, so the focus on an outer option took Tab away from the
+    // options of a frame inside it.
+    QHash<QWidget *, QButtonGroup *> groups;
+    for (QWidget *w : std::as_const(controls)) {
+        auto *option = qobject_cast<QRadioButton *>(w);
+        if (!option)
+            continue;
+        QButtonGroup *&group = groups[option->parentWidget()];
+        if (!group)
+            group = new QButtonGroup(option->parentWidget());
+        group->addButton(option);
     }
 }
 

@@ -174,6 +174,27 @@ private slots:
         QTest::keyClick(m_w.get(), Qt::Key_C, Qt::AltModifier);
         QTRY_VERIFY(cp()->isVisible());
         QCOMPARE(QApplication::focusWidget(), m_w->findChild<QWidget *>("cmdTab(0)"));
+
+        // Tab reaches the chosen option of each group of options, both ways,
+        // also the title size inside the title frame.
+        m_w->findChild<QAbstractButton *>("cmdTab(4)")->click();
+        QVERIFY(m_w->findChild<QWidget *>("optInvoiceTitleSize(0)")->isVisible());
+        QSet<QString> forward, backward;
+        for (int i = 0; i < 150; ++i) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            forward << QApplication::focusWidget()->objectName();
+        }
+        for (int i = 0; i < 150; ++i) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
+            backward << QApplication::focusWidget()->objectName();
+        }
+        for (const char *group : {"optInvoiceTitleSize", "optInvoiceTitle"}) {
+            QAbstractButton *chosen = nullptr;
+            for (int i = 0; i < 3; ++i)
+                if (auto *o = m_w->findChild<QAbstractButton *>(QStringLiteral("%1(%2)").arg(group).arg(i)); o->isChecked())
+                    chosen = o;
+            QVERIFY2(chosen && forward.contains(chosen->objectName()) && backward.contains(chosen->objectName()), group);
+        }
     }
 
     // Enter presses a focused button as Space does; a held key clicks once.
