@@ -28,6 +28,7 @@
 #include <QTextEdit>
 #include <QTreeWidget>
 #include <QHash>
+#include <QScopedValueRollback>
 #include <algorithm>
 
 namespace qor {
@@ -88,6 +89,11 @@ CustomerPanel::CustomerPanel(AppContext &ctx, QWidget *parent) : Panel(0, ctx, p
         m_list->setUniformRowHeights(true);
         m_list->setSelectionMode(QAbstractItemView::SingleSelection);
         connect(m_list, &QTreeWidget::itemClicked, this, [this] { showCustomerDetails(); });
+        // However the highlight moves (Home, End, Page keys, a typed letter,
+        // the wheel, a click), the fields show the row it lands on.
+        connect(m_list, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem *current) {
+            if (current && !m_holdFields) followSelection();
+        });
         m_list->installEventFilter(this);
     }
 
@@ -183,6 +189,7 @@ void CustomerPanel::setFieldText(int index, const QString &text)
         const int limit = fieldLimit(index);
         if (limit > 0) le->setMaxLength(std::max<int>(limit, int(text.size())));
         le->setText(text);
+        le->setCursorPosition(0);  // a value longer than the field shows its start
     } else if (auto *pe = qobject_cast<QPlainTextEdit *>(w)) {
         if (pe->toPlainText() != text) pe->setPlainText(text);
     } else if (auto *te = qobject_cast<QTextEdit *>(w)) {
@@ -221,6 +228,7 @@ bool CustomerPanel::confirm(const QString &title, const QString &text)
 
 void CustomerPanel::clearEntryFields()
 {
+    m_loadedKey.clear();
     for (int i = 0; i < FieldCount; ++i) {
         setTag(i, QString());
         setFieldText(i, QString());
@@ -242,6 +250,8 @@ void CustomerPanel::refreshCustomerList()
     const int columnPx = twipsToPx(pxToTwips(m_list->width()) - 330);
     if (columnPx > 0) m_list->setColumnWidth(0, columnPx);
 
+    const bool held = m_holdFields;
+    m_holdFields = true;
     std::vector<VisibleRow> rows;
     const KeyedList &table = ctx.db().lvwCustomers;
     rows.reserve(size_t(table.count()));
@@ -267,6 +277,26 @@ void CustomerPanel::refreshCustomerList()
     if (wanted >= 1 && wanted <= rowCount()) selectPosition(wanted);
     else if (rowCount() > 0) selectPosition(1);
     m_list->setUpdatesEnabled(true);
+    m_holdFields = held;
+    // A rebuilt list (a reread file, abandoned changes) has a row highlighted:
+    // the fields show that row, never blanks or the details of another.
+    QTreeWidgetItem *row = selectedRow();
+    if (!held && row && row->data(0, Qt::UserRole).toString() != m_loadedKey && !isNewEntry()) followSelection();
+}
+
+bool CustomerPanel::isNewEntry() const { return isShown(m_cmdUndo) && caption(m_cmdUndo) == kCancelNew; }
+
+// The highlight moved to another row: its details fill the fields and the
+// panel is back to viewing; an edit not applied is given up, as with Up and Down.
+void CustomerPanel::followSelection()
+{
+    QTreeWidgetItem *row = selectedRow();
+    if (!row) return;
+    if (!row->isSelected()) row->setSelected(true);
+    showCustomerDetails();
+    showNewEntryColours(false);
+    setButton(m_cmdAddNew, kNewCustomer, true);
+    setPrintShown(true);
 }
 
 QTreeWidgetItem *CustomerPanel::makeRow(const QString &key, const QString &name)
@@ -447,30 +477,38 @@ void CustomerPanel::applyCustomerEdit()
         undoCustomerEdit();
         return;
     }
-    QTreeWidgetItem *row = selectedRow();
-    QString key = row ? row->data(0, Qt::UserRole).toString() : QString();
+    // The edit belongs to the customer the fields were filled from, not to
+    // whatever row the highlight has reached since.
+    const QString key = m_loadedKey;
     Database &db = ctx.db();
+    if (fieldText(0).isEmpty()) {
+        // The first name is the one required field, for an edit as for a new entry.
+        DialogService::current().warning(ctx.mainWindow(), QStringLiteral("QOR"),
+                                         QStringLiteral("A customer needs at least a first name."));
+        return;
+    }
     if (key.isEmpty() || !db.lvwCustomers.contains(key)) {
         // Nothing stands under edit (typing into an empty panel): keep what was
         // typed as a new customer instead of throwing it away.
-        if (fieldText(0).isEmpty()) {
-            DialogService::current().warning(ctx.mainWindow(), QStringLiteral("QOR"),
-                                             QStringLiteral("A customer needs at least a first name."));
-            return;
-        }
         QString newKey;
         addCustomer(newKey);
         return;
     }
     if (!duplicateCheck(displayName(), key)) return;
 
-    delete m_list->takeTopLevelItem(m_list->indexOfTopLevelItem(row));
     const CustomerRow entered = entryRow();
-    edits::replaceCustomer(db, key, entered);
-    if (m_list) {
-        selectRow(insertVisibleRow(key, entered.displayName));
-        m_list->setFocus(Qt::OtherFocusReason);
+    m_holdFields = true;
+    for (int i = 0; i < rowCount(); ++i) {
+        if (m_list->topLevelItem(i)->data(0, Qt::UserRole).toString() == key) {
+            delete m_list->takeTopLevelItem(i);
+            break;
+        }
     }
+    edits::replaceCustomer(db, key, entered);
+    selectRow(insertVisibleRow(key, entered.displayName));
+    m_holdFields = false;
+    m_list->setFocus(Qt::OtherFocusReason);
+    showCustomerDetails();
     showNewEntryColours(false);
     m_cmdAddNew->setText(kNewCustomer);
     m_cmdUndo->setText(kDeleteExisting);
@@ -516,6 +554,7 @@ void CustomerPanel::showCustomerDetails()
         setTag(i, customer->entry(i));
         setFieldText(i, customer->entry(i));
     }
+    m_loadedKey = key;
     setButton(m_cmdUndo, kDeleteExisting, true);
 }
 
@@ -538,6 +577,7 @@ void CustomerPanel::deleteCustomer()
     Database &db = ctx.db();
     if (!db.lvwCustomers.contains(key)) return;
 
+    const QScopedValueRollback hold(m_holdFields, true);
     FrmChecking &checking = ctx.showCheckingWindow();
     const edits::Removal removal =
         edits::removeCustomer(db, key, [&checking](float percent) { checking.setProgress(percent); });
@@ -616,7 +656,9 @@ void CustomerPanel::txtSearchChange()
         const int position = findListItem(m_list, text);
         if (position > 0) selectPosition(position);
     }
-    showCustomerDetails();
+    // The fields show the row found, and the buttons the customer viewed
+    // (also over a new entry the search interrupted).
+    followSelection();
 }
 
 // ---------------------------------------------------------------- events

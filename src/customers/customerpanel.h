@@ -61,6 +61,7 @@ public:
     // The customer row the entry fields make.
     CustomerRow entryRow() const;
     QString fieldTag(int index) const { return m_tag.at(size_t(index)); }
+    QString loadedKey() const { return m_loadedKey; }
 
     static constexpr int FieldCount = CustomerRow::EntryCount;
     static constexpr int fieldLimit(int index) { return index <= 4 ? 32 : (index <= 6 ? 128 : 0); }
@@ -91,6 +92,14 @@ private:
 
     std::array<QWidget *, FieldCount> m_fields{};
     std::array<QString, FieldCount> m_tag;
+    // The customer whose details the fields were filled from: what an edit
+    // replaces, whatever row is highlighted by then.
+    QString m_loadedKey;
+    // Set while the panel moves the list's rows itself, so that the fields
+    // don't follow a current row that is only passing through.
+    bool m_holdFields = false;
+    void followSelection();
+    bool isNewEntry() const;
     QAbstractButton *m_cmdAddNew = nullptr;
     QAbstractButton *m_cmdUndo = nullptr;
     QAbstractButton *m_cmdPrint = nullptr;

@@ -226,8 +226,10 @@ void ProductPanel::deleteProduct()
     }
     if (m_list->isHidden()) return;
     m_list->setFocus(Qt::OtherFocusReason);
+    // Only the row the user sees highlighted is deleted: a current row
+    // without the highlight (after an entry cleared it) is not a choice.
     QTreeWidgetItem *row = m_list->currentItem();
-    if (!row) return;
+    if (!row || !row->isSelected()) return;
     QString key = row->data(0, Qt::UserRole).toString();
     Database &db = ctx.db();
     if (!db.lvwPAndS.contains(key)) return;

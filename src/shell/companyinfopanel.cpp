@@ -35,8 +35,10 @@ void CompanyInfoPanel::readCompanyInfo()
 {
     static const int order[CompanyFieldCount] = {0, 1, 2, 3, 4, 6, 7, 5, 8};
     m_isReadingCompanyInfo = true;
-    for (int i : order)
+    for (int i : order) {
         m_fields[size_t(i)]->setText(ctx.db().company[size_t(i)]);
+        m_fields[size_t(i)]->setCursorPosition(0);  // a long value shows its start
+    }
     m_isReadingCompanyInfo = false;
 }
 

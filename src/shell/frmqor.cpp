@@ -16,6 +16,7 @@
 #include "shell/roster.h"
 #include "shell/settingsstore.h"
 #include "uiservices/assetpaths.h"
+#include "uiservices/buttonkeys.h"
 #include "uiservices/dialogservice.h"
 #include "uiservices/frmmessage.h"
 #include "uiservices/hovercommand.h"
@@ -35,6 +36,7 @@
 #include <QUrl>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 static void initHelpResource() { Q_INIT_RESOURCE(help); }
 
@@ -95,6 +97,7 @@ FrmQOR::FrmQOR(Session &session, QWidget *parent) : QWidget(parent), m_session(&
 
     buildFormControls();
     chainTabOrder();
+    EnterPressesButtons::install(this);
 
     // The one place the changed state becomes visible.
     connect(&db(), &Database::changedStateChanged, this, [this](bool changed) {
@@ -173,12 +176,17 @@ void FrmQOR::buildFormControls() {
 
     // Off the left edge: never seen, but their hot keys switch panels.
     for (int i = 0; i < 7; ++i) {
-        auto *key = new QPushButton(QString::fromLatin1(AcceleratorCaptions[i]), this);
+        auto *key = new OffWindowButton(QString::fromLatin1(AcceleratorCaptions[i]), this);
         key->setObjectName(QStringLiteral("cmdAcceleratorKey(%1)").arg(i));
         key->setGeometry(twipsRect(-2000, 6360 + 600 * i, 1215, 495));
         key->setFocusPolicy(Qt::NoFocus);
         key->setAccessibleName(m_cmdTab[size_t(i)]->accessibleName());
-        connect(key, &QAbstractButton::clicked, this, [this, i] { cmdTabClick(i); });
+        // The hot key takes the focus to the panel's tab: its raised border
+        // shows which panel is on show, and Tab goes on from there.
+        connect(key, &QAbstractButton::clicked, this, [this, i] {
+            cmdTabClick(i);
+            m_cmdTab[size_t(i)]->setFocus(Qt::ShortcutFocusReason);
+        });
         p->cmdAcceleratorKey[size_t(i)] = key;
     }
 
@@ -249,6 +257,8 @@ void FrmQOR::formLoad() {
     show();
     m_wasMinimized = isMinimized();
     customerPanel()->focusList();
+    if (std::exchange(m_placeholderPending, false))
+        placeholderCreated();
 }
 
 void FrmQOR::loadDatabaseAndRefresh() {
@@ -331,6 +341,13 @@ void FrmQOR::applySettings() {
 
 void FrmQOR::placeholderCreated() {
     const QString key = QStringLiteral("DeletedCustomer");
+    if (!isVisible()) {
+        // The first read comes before the window is on screen: the message
+        // waits for the window, to stand centred over it.
+        m_placeholderPending = true;
+        showDatabaseChanged(true);
+        return;
+    }
     if (!isMessageMarked(key)) {
         const QString text = QStringList{QStringLiteral("An entry in your billing records points to a"),
                                          QStringLiteral("customer who is no longer in the database."),

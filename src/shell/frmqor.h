@@ -127,6 +127,7 @@ private:
     int m_currentPanel = 0;
     bool m_loadingForm = false;
     bool m_wasMinimized = false;
+    bool m_placeholderPending = false;  // the placeholder message waits for the window
     int m_arrangeCount = 0;
     QString m_dateFormatString, m_dateSeparator, m_currencySymbol;
     struct Private;

@@ -13,6 +13,8 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 
+#include <algorithm>
+
 namespace qor {
 
 namespace {
@@ -31,10 +33,20 @@ OptionsPanel::OptionsPanel(AppContext &ctx, QWidget *parent) : Panel(5, ctx, par
     auto *help = require<HoverCommand>("cmdOpenHelp");
     help->setStyleBits(hover::NoBorder);
     help->setBorderOffset(0);
-    // The picture's ground is transparent; the panel's white shows there.
+    // The button shows what the frame draws behind it, so no square of
+    // another colour stands on the frame's ground.
     help->setBackColor(Qt::white);
-    help->setPicture(QImage(QString::fromLatin1(assets::Help)));
-    help->setHovPicture(QImage(QString::fromLatin1(assets::HelpHover)));
+    help->setGrabBG(true);
+    // The pictures are drawn larger than the button: shrink them to fit whole.
+    const int side = std::min(help->width(), help->height());
+    auto fitted = [side](const char *path) {
+        const QImage keyed = hover::keyedPicture(QImage(QString::fromLatin1(path)));
+        return keyed.width() <= side && keyed.height() <= side
+                   ? keyed
+                   : keyed.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    };
+    help->setPicture(fitted(assets::Help));
+    help->setHovPicture(fitted(assets::HelpHover));
     connect(help, &QAbstractButton::clicked, this, &OptionsPanel::helpRequested);
 
     m_checkForNewVersion->installEventFilter(this);
@@ -80,7 +92,11 @@ QString OptionsPanel::versionText()
     return QStringLiteral("%1.%2").arg(QOR_VERSION_MAJOR).arg(QOR_VERSION_MINOR);
 }
 
-void OptionsPanel::showDatabasePath() { m_path->setText(settings::databasePath()); }
+void OptionsPanel::showDatabasePath()
+{
+    m_path->setText(settings::databasePath());
+    m_path->setCursorPosition(0);  // a long path shows its start
+}
 
 void OptionsPanel::applySettings()
 {

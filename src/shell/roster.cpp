@@ -10,6 +10,7 @@
 #include "uiservices/hovercommand.h"
 
 #include <QApplication>
+#include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
@@ -532,7 +533,14 @@ void build(int panelIndex, QWidget *panel, QHash<QString, QWidget *> &controls)
         w->setGeometry(twipsToPx(e->left), twipsToPx(e->top), twipsToPx(e->width),
                        twipsToPx(e->height));
         w->setProperty(TabIndexProperty, e->tab);
-        w->setAccessibleName(accessibleNameOf(*e));
+        // A label's or a button's spoken name is its caption, read when asked:
+        // a name stored now would stay behind when the caption changes.
+        // Padded captions keep a stored, trimmed name.
+        const QString caption = QString::fromUtf8(e->caption);
+        const bool speaksCaption = !e->accessible && caption == caption.trimmed()
+                                   && (qobject_cast<QLabel *>(w) || qobject_cast<QAbstractButton *>(w));
+        if (!speaksCaption)
+            w->setAccessibleName(accessibleNameOf(*e));
         setForeColour(w, e->fore);
         setBackColour(w, e->back);
         if (e->kind == K::Label)
@@ -543,6 +551,20 @@ void build(int panelIndex, QWidget *panel, QHash<QString, QWidget *> &controls)
         if (e->flags & Hidden)
             w->hide();  // explicitly: showing the panel leaves it hidden
         controls.insert(name, w);
+    }
+    // Each frame's options are one group of their own. Left to themselves,
+    // options count every option below their parent as one group for the
+    // keyboard, so the focus on an outer option took Tab away from the
+    // options of a frame inside it.
+    QHash<QWidget *, QButtonGroup *> groups;
+    for (QWidget *w : std::as_const(controls)) {
+        auto *option = qobject_cast<QRadioButton *>(w);
+        if (!option)
+            continue;
+        QButtonGroup *&group = groups[option->parentWidget()];
+        if (!group)
+            group = new QButtonGroup(option->parentWidget());
+        group->addButton(option);
     }
 }
 

@@ -76,6 +76,10 @@ FrmMessage::FrmMessage(QWidget *owner, const QString &text, const QString &key, 
         m_dontShow = new QCheckBox(QStringLiteral("Don't Show this Message Again."), this);
         m_dontShow->setObjectName(QStringLiteral("chkDontShow"));
         place(m_dontShow, 120, 3000, 3375, 255);
+        // The same face as the text and the buttons, in the regular weight.
+        QFont boxFont = font;
+        boxFont.setBold(false);
+        m_dontShow->setFont(boxFont);
         m_label = new QLabel(this);
         m_label->setObjectName(QStringLiteral("lblMessage"));
         m_label->setFont(font);
