@@ -174,6 +174,15 @@ private slots:
         QTest::keyClick(m_w.get(), Qt::Key_C, Qt::AltModifier);
         QTRY_VERIFY(cp()->isVisible());
         QCOMPARE(QApplication::focusWidget(), m_w->findChild<QWidget *>("cmdTab(0)"));
+        // Every panel's hot key works with the focus on a tab (a hot key's
+        // click comes a moment after the key, as for any button).
+        const Qt::Key keys[7] = {Qt::Key_C, Qt::Key_P, Qt::Key_B, Qt::Key_N, Qt::Key_T, Qt::Key_O, Qt::Key_I};
+        for (int to = 0; to < 7; ++to) {
+            QTest::keyClick(m_w.get(), keys[6], Qt::AltModifier);
+            QTRY_VERIFY(m_w->panel(6)->isVisible());
+            QTest::keyClick(m_w.get(), keys[to], Qt::AltModifier);
+            QTRY_VERIFY2(m_w->panel(to)->isVisible(), qPrintable(QString::number(to)));
+        }
 
         // Tab reaches the chosen option of each group of options, both ways,
         // also the title size inside the title frame.
