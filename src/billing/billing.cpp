@@ -142,10 +142,10 @@ float billedItemAmount(QStringView text, const QString &currencySymbol)
 {
     const qint16 quantity = parseBilledQuantity(text);
     QString s = text.toString();
-    if (!currencySymbol.isEmpty()) s.remove(currencySymbol);
     const qsizetype divider = s.indexOf(QStringLiteral(" - "));
     if (divider >= 0) s.truncate(divider);
-    s.remove(u',');
+    // Read by the locale's own marks: "5,00 €" is five, not five hundred.
+    s = regional::plainAmountText(s, currencySymbol);
     const float price = float(leadingDecimal(s));
     const float amount = float(quantity) * price;
     return std::isfinite(amount) ? amount : 0.0f;

@@ -4,15 +4,19 @@
 // records) and writes exactly what the program's save writes, in the user's
 // locale. Pages come from the same page layer as the program's printing.
 #include "billing/accounts.h"
+#include "billing/billing.h"
+#include "billing/invoicetree.h"
 #include "database/database.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
 #include "pages/customerlist.h"
 #include "pages/envelope.h"
 #include "pages/pdfoutput.h"
+#include "printing/invoicerun.h"
 #include "shell/settingsstore.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QGuiApplication>
 #include <QStringList>
 #include <QTextStream>
@@ -38,6 +42,14 @@ const char *const HelpText =
     "                              the printed customer list with the stored\n"
     "                              list options, the title and the number of\n"
     "                              columns (1 to 4) as given\n"
+    "  qorvane-cli invoices FILE --period NAME (-o OUT.pdf | --each DIR)\n"
+    "              [--all | --customer CID] [--template 0|1|2] [--paper letter|a4]\n"
+    "                              the invoices of the period as the print run\n"
+    "                              makes them: the customers who owe (--all:\n"
+    "                              every customer of the period; --customer: that\n"
+    "                              one), the stored print options, the file's\n"
+    "                              company details; --each writes one PDF per\n"
+    "                              customer, named after the customer and period\n"
     "  qorvane-cli periods FILE [--plain]\n"
     "                              one line per bill period, fields separated by\n"
     "                              tabs: name, start, end, due (as stored), records,\n"
@@ -265,6 +277,129 @@ int envelopes(const QStringList &args)
     return rc;
 }
 
+// A file name made of what the user typed: characters that can't stand in a
+// file name become "_".
+QString fileNameOf(const QString &text)
+{
+    QString out;
+    for (QChar c : text) {
+        if (c.unicode() < 32 || QStringView(u"/\\:*?\"<>|").contains(c)) out += u'_';
+        else out += c;
+    }
+    out = out.trimmed();
+    while (out.startsWith(u'.')) out.remove(0, 1);
+    return out.isEmpty() ? QStringLiteral("invoice") : out;
+}
+
+int invoices(const QStringList &args)
+{
+    if (args.size() < 2) {
+        std::fputs(HelpText, stderr);
+        return Usage;
+    }
+    QString file = args[1], out, period, cid, each;
+    bool all = false;
+    int templateNumber = -2;
+    QPageSize paper = qor::pages::defaultPaper();
+    for (qsizetype i = 2; i < args.size(); ++i) {
+        const QString &f = args[i];
+        const bool hasValue = i + 1 < args.size();
+        if ((f == u"-o" || f == u"--output") && hasValue) out = args[++i];
+        else if (f == u"--period" && hasValue) period = args[++i];
+        else if (f == u"--all") all = true;
+        else if (f == u"--customer" && hasValue) cid = args[++i];
+        else if (f == u"--each" && hasValue) each = args[++i];
+        else if (f == u"--template" && hasValue) {
+            const QString t = args[++i];
+            if (t != u"0" && t != u"1" && t != u"2") {
+                err(QStringLiteral("--template takes 0, 1 or 2."));
+                return Usage;
+            }
+            templateNumber = t.toInt();
+        } else if (f == u"--paper" && hasValue) {
+            const QString p = args[++i].toLower();
+            if (p == u"letter") paper = QPageSize(QPageSize::Letter);
+            else if (p == u"a4") paper = QPageSize(QPageSize::A4);
+            else {
+                err(QStringLiteral("--paper takes letter or a4."));
+                return Usage;
+            }
+        } else {
+            std::fputs(HelpText, stderr);
+            return Usage;
+        }
+    }
+    if (period.isEmpty() || out.isEmpty() == each.isEmpty() || (all && !cid.isEmpty())) {
+        std::fputs(HelpText, stderr);
+        return Usage;
+    }
+    qor::Database db;
+    QStringList problems;
+    if (!load(db, file, problems)) return Rejected;
+    bool periodFound = false;
+    db.lvwPeriods.forEach([&](QStringView, QStringView text) {
+        const auto p = qor::PeriodView::parse(text);
+        if (p && p->name == period) periodFound = true;
+        return !periodFound;
+    });
+    if (!periodFound) {
+        err(QStringLiteral("There is no bill period \"%1\" in the file.").arg(period));
+        return Rejected;
+    }
+    // The print tree of the period, ticked as the program ticks it: the
+    // customers who owe.
+    qor::InvoiceTree tree(1);
+    qor::billing::rebuildInvoiceTree(tree, db, period);
+    std::vector<int> customers;
+    for (int node : tree.nodes())
+        if (qor::billing::isCustomerKey(tree.key(node))) customers.push_back(node);
+    if (!cid.isEmpty()) {
+        const QString key = qor::numberKey(QStringView(cid));
+        bool found = false;
+        for (int node : customers) {
+            tree.setChecked(node, tree.key(node) == key);
+            found = found || tree.key(node) == key;
+        }
+        if (!found) {
+            err(QStringLiteral("Customer %1 has no invoice in the bill period \"%2\".").arg(cid, period));
+            return Rejected;
+        }
+    } else if (all) {
+        for (int node : customers) tree.setChecked(node, true);
+    }
+    qor::invoicerun::RunValues run;
+    run.company = db.company;
+    run.billDue = qor::invoicerun::billDueOf(db, period);
+    run.options = qor::invoicerun::storedInvoiceOptions();
+    if (templateNumber >= 0) run.options.templateNumber = templateNumber;
+
+    if (out.isEmpty()) {
+        // One PDF per customer, for e-mailing; duplicates make no sense there.
+        run.options.printDuplicates = false;
+        if (!QDir().mkpath(each)) {
+            err(QStringLiteral("The folder \"%1\" could not be made.").arg(each));
+            return NotWritten;
+        }
+        int written = 0;
+        for (int node : customers) {
+            if (!tree.checked(node)) continue;
+            const auto page = qor::invoicerun::invoicePageFor(db, tree, node, run);
+            if (!page) continue;
+            const QString name = fileNameOf(qor::billing::nameOfNodeText(tree.text(node)) + QStringLiteral(" - ") +
+                                            period) + QStringLiteral(".pdf");
+            const int rc = writePages({*page}, QDir(each).filePath(name), paper);
+            if (rc != Ok) return rc;
+            ++written;
+        }
+        QTextStream(stdout) << written << " invoices\n";
+        return Ok;
+    }
+    const QList<qor::pages::Page> pages = qor::invoicerun::composeInvoiceRun(db, tree, run);
+    const int rc = writePages(pages, out, paper);
+    if (rc == Ok) QTextStream(stdout) << pages.size() << " pages\n";
+    return rc;
+}
+
 int customers(const QStringList &args)
 {
     PageArgs a;
@@ -304,7 +439,8 @@ int customers(const QStringList &args)
 int main(int argc, char **argv)
 {
     // The page commands need fonts, so a GUI application without a screen.
-    const bool pagesWanted = argc > 1 && (qstrcmp(argv[1], "envelopes") == 0 || qstrcmp(argv[1], "customers") == 0);
+    const bool pagesWanted = argc > 1 && (qstrcmp(argv[1], "envelopes") == 0 || qstrcmp(argv[1], "customers") == 0 ||
+                                          qstrcmp(argv[1], "invoices") == 0);
     if (pagesWanted && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     std::unique_ptr<QCoreApplication> appPtr(pagesWanted ? new QGuiApplication(argc, argv)
                                                           : new QCoreApplication(argc, argv));
@@ -325,6 +461,7 @@ int main(int argc, char **argv)
     if (args.size() == 3 && args[0] == u"resave") return resave(args[1], args[2]);
     if (!args.isEmpty() && args[0] == u"envelopes") return envelopes(args);
     if (!args.isEmpty() && args[0] == u"customers") return customers(args);
+    if (!args.isEmpty() && args[0] == u"invoices") return invoices(args);
     StatementOptions options;
     if (args.size() >= 2 && args[0] == u"periods" && readOptions(args.mid(2), false, options))
         return periods(args[1], options);

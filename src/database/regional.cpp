@@ -471,6 +471,21 @@ QString sortPrice(QStringView priceText)
     return formatNumber(v, picture);
 }
 
+QString plainAmountText(QStringView text, QStringView currencySymbol)
+{
+    const QLocale loc;
+    QString s = text.toString();
+    if (!currencySymbol.isEmpty())
+        s.remove(currencySymbol.toString());
+    const QString group = loc.groupSeparator();
+    const QString point = loc.decimalPoint();
+    if (!group.isEmpty() && group != point)
+        s.remove(group);
+    if (point != u".")
+        s.replace(point, QStringLiteral("."));
+    return s.trimmed();
+}
+
 double val(QStringView text)
 {
     qsizetype i = 0;

@@ -38,6 +38,12 @@ QString sortPrice(QStringView priceText);
 // the decimal point. Text without digits is 0.
 double priceValue(QStringView priceText);
 
+// An amount text as the lists show it ("$1,234.50", "1.234,50 €") made ready
+// for Val: the currency symbol and this locale's group mark taken out, its
+// decimal mark turned into '.'. Where the marks are "," and "." this is just
+// the text without the symbol and the commas.
+QString plainAmountText(QStringView text, QStringView currencySymbol);
+
 // Val: the leading number of a text, '.' as decimal point, blanks skipped,
 // anything else ends it; no number gives 0. An exponent counts only with
 // digits after it; "&H" and "&O" read hexadecimal and octal.

@@ -105,10 +105,8 @@ int ComposeInvoice(Page &page, const InvoiceInput &in)
         const QStringList pieces = child.text.split(QStringLiteral(" - "));
         const QString description = pieces.value(1);
         page.at(QStringLiteral("lblPS"), lineIndex).text = description;
-        QString price = pieces.value(0);
-        if (!in.currencySymbol.isEmpty())
-            price.remove(in.currencySymbol);
-        price.remove(u',');
+        // Read by the locale's own marks: "5,00 €" is five, not five hundred.
+        const QString price = re::plainAmountText(pieces.value(0), in.currencySymbol);
         const qint16 quantity = qint16(parseBilledQuantity(description));
         const double lineAmount = re::val(price) * quantity;
         const QString amountText = re::str(lineAmount).trimmed();

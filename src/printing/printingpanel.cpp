@@ -6,6 +6,9 @@
 #include "billing/invoicetreeview.h"
 #include "database/database.h"
 #include "database/rowtypes.h"
+#include "pages/painter.h"
+#include "pages/pdfoutput.h"
+#include "printing/invoicerun.h"
 #include "shell/appcontext.h"
 #include "shell/settingsstore.h"
 #include "uiservices/dialogservice.h"
@@ -15,6 +18,8 @@
 #include <QCoreApplication>
 #include <QLabel>
 #include <QPrinter>
+#include <QPainter>
+#include <QPrintPreviewDialog>
 #include <QPrinterInfo>
 #include <QProgressBar>
 #include <QSignalBlocker>
@@ -45,7 +50,19 @@ PrintingPanel::PrintingPanel(AppContext &ctx, QWidget *parent)
         printer.setPageSize(pages::defaultEnvelopePaper());
         return pages::printPages({page}, printer, QStringLiteral("Envelope"));
     };
-    // The invoice button gets its handler with the invoice run.
+    m_cmdPrintSelectedInvoices = require<QAbstractButton>("cmdPrintSelectedInvoices");
+    connect(m_cmdPrintSelectedInvoices, &QAbstractButton::clicked, this,
+            &PrintingPanel::cmdPrintSelectedInvoicesClick);
+    invoiceOptions = [] { return invoicerun::storedInvoiceOptions(); };
+    printInvoices = [](const QList<pages::Page> &pages) {
+        return pages::printToDefaultPrinter(pages, QStringLiteral("Invoices"));
+    };
+    showPreviewWindow = [](QWidget *w) {
+        w->setAttribute(Qt::WA_DeleteOnClose);
+        static_cast<QDialog *>(w)->exec();
+    };
+    connect(m_tree, &QTreeView::doubleClicked, this,
+            [this](const QModelIndex &index) { showInvoicePreview(treeModel().nodeOf(index)); });
 
     connect(m_chooser, &QComboBox::currentIndexChanged, this,
             [this](int index) { m_trees.showPeriod(index, m_chooser->itemText(index)); });
@@ -138,6 +155,119 @@ void PrintingPanel::printEnvelopes(const QStringList &customerKeys)
     m_lblPrinting->hide();
     m_staPrinting->hide();
     m_envelopeRun = false;
+}
+
+bool PrintingPanel::needCompanyInfoFirst()
+{
+    if (!invoicerun::companyInfoMissing(ctx.db()))
+        return false;
+    const QString key = QStringLiteral("DontShowNeedToFillCompanyInfo");
+    if (settings::read(QStringLiteral("Messages"), key).toLower() == u"true")
+        return false;
+    const QString text = QStringLiteral("You have not entered your company's name or address.\r\n\r\n"
+                                        "Would you like to enter this information\r\nbefore printing your invoices?");
+    const QString answer =
+        DialogService::current().messageForm(ctx.mainWindow(), {text, key, QStringLiteral("YesNo"), QStringLiteral("Yes")});
+    return answer == u"Yes";
+}
+
+invoicerun::RunValues PrintingPanel::runValues() const
+{
+    invoicerun::RunValues run;
+    run.company = ctx.db().company;
+    run.billDue = invoicerun::billDueOf(ctx.db(), m_trees.chosenName());
+    run.options = invoiceOptions();
+    return run;
+}
+
+QList<pages::Page> PrintingPanel::invoicePages() const
+{
+    return invoicerun::composeInvoiceRun(ctx.db(), treeModel(), runValues());
+}
+
+void PrintingPanel::cmdPrintSelectedInvoicesClick()
+{
+    if (needCompanyInfoFirst()) {
+        if (showCompanyInfoPanel)
+            showCompanyInfoPanel();
+        return;
+    }
+    m_lblPrinting->show();
+    m_staPrinting->setValue(0);
+    m_staPrinting->show();
+    // The pages are composed first, node by node, and sent as one job, so a
+    // printer that refuses the run costs the run once and says so once.
+    QList<pages::Page> pages;
+    {
+        const invoicerun::RunValues run = runValues();
+        const InvoiceTree &t = treeModel();
+        const std::vector<int> nodes = t.nodes();
+        const double n = double(nodes.size()) + 1;
+        for (size_t i = 0; i < nodes.size(); ++i) {
+            m_staPrinting->setValue(int(double(i + 1) / n * 100));
+            m_staPrinting->repaint();
+            const int node = nodes[i];
+            if (!t.checked(node) || !billing::isCustomerKey(t.key(node)))
+                continue;
+            if (const auto page = invoicerun::invoicePageFor(ctx.db(), t, node, run)) {
+                pages << *page;
+                if (run.options.printDuplicates)
+                    pages << *page;
+            }
+        }
+    }
+    const pages::PrintOutcome out = pages.isEmpty() ? pages::PrintOutcome{pages::PrintStatus::Printed, {}, {}}
+                                                    : printInvoices(pages);
+    m_lblPrinting->hide();
+    m_staPrinting->hide();
+    DialogService &dialogs = DialogService::current();
+    if (out.status == pages::PrintStatus::NoPrinter) {
+        const QMessageBox::StandardButton answer = dialogs.message(
+            ctx.mainWindow(),
+            {QMessageBox::Question, QStringLiteral("No Printer"),
+             QStringLiteral("There is no printer on this system.\r\n\r\nWould you like to save the invoices as "
+                            "a PDF file instead?"),
+             QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes});
+        if (answer != QMessageBox::Yes)
+            return;
+        const QString file = dialogs.saveFileName(
+            ctx.mainWindow(), {QStringLiteral("Save Invoices as PDF"), QString(), QStringLiteral("PDF (*.pdf)")});
+        if (file.isEmpty())
+            return;
+        QString why;
+        if (!pages::writePdf(pages, file, pages::defaultPaper(), &why))
+            dialogs.critical(ctx.mainWindow(), QStringLiteral("Printer Error"), why);
+    } else if (out.status == pages::PrintStatus::Failed) {
+        dialogs.critical(ctx.mainWindow(), QStringLiteral("Printer Error"),
+                         QStringLiteral("An error has occoured: \n") + out.reason +
+                             QStringLiteral("\nThe printing job has been canceled, please try again."));
+    }
+}
+
+void PrintingPanel::showInvoicePreview(int customerNode)
+{
+    const InvoiceTree &t = treeModel();
+    if (!t.exists(customerNode) || !billing::isCustomerKey(t.key(customerNode)))
+        return;
+    const std::optional<pages::Page> page = invoicerun::invoicePageFor(ctx.db(), t, customerNode, runValues());
+    if (!page)
+        return;
+    auto *printer = new QPrinter(QPrinter::HighResolution);
+    printer->setPageSize(pages::defaultPaper());
+    printer->setFullPage(true);
+    printer->setDocName(billing::nameOfNodeText(t.text(customerNode)));
+    auto *dialog = new QPrintPreviewDialog(printer, ctx.mainWindow());
+    dialog->setObjectName(QStringLiteral("dlgInvoicePreview"));
+    dialog->setWindowTitle(QStringLiteral("Invoice Preview"));
+    connect(dialog, &QObject::destroyed, dialog, [printer] { delete printer; });
+    const pages::Page shown = *page;
+    connect(dialog, &QPrintPreviewDialog::paintRequested, dialog, [shown](QPrinter *p) {
+        p->setFullPage(true);
+        QPainter painter(p);
+        pages::scaleToTwips(painter);
+        pages::drawPage(painter, shown);
+    });
+    showPreviewWindow(dialog);
 }
 
 void PrintingPanel::periodShown(int listIndex)

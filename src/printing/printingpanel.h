@@ -2,7 +2,9 @@
 // fraMain(3), Printing: the second view of the period chooser and of the
 // invoice records tree, the two print buttons and the progress of a run.
 #include "pages/envelope.h"
+#include "pages/invoice.h"
 #include "pages/printout.h"
+#include "printing/invoicerun.h"
 #include "shell/panel.h"
 
 #include <QStringList>
@@ -54,17 +56,45 @@ public:
     // The envelope of one customer as the run makes it.
     pages::EnvelopeInput envelopeFor(const QString &customerKey, int x, int y) const;
 
+    // cmdPrintSelectedInvoices: NeedCompanyInfoFirst, then one page per
+    // ticked customer in node order (the duplicate right after its invoice),
+    // all pages as one print job. Changes no data.
+    void cmdPrintSelectedInvoicesClick();
+    // True when the run must stop so that the user can enter the company's
+    // name or address first.
+    bool needCompanyInfoFirst();
+    // The pages the run would print now.
+    QList<pages::Page> invoicePages() const;
+    // A print preview of one customer's invoice as it would print now, from
+    // which it can be printed or saved as PDF. Nothing for a node that isn't
+    // a customer or has no ticked line.
+    void showInvoicePreview(int customerNode);
+
+    // The options the run reads: the Print Options panel's controls and the
+    // stored settings. The window sets it; alone, the stored options count.
+    std::function<pages::InvoiceOptions()> invoiceOptions;
+    // What opens the Company Info panel (ShowCompanyInfoPanel).
+    std::function<void()> showCompanyInfoPanel;
+    // Sends the pages of one run as one job. The program prints on the
+    // default printer; a test writes them elsewhere.
+    std::function<pages::PrintOutcome(const QList<pages::Page> &)> printInvoices;
+    // When the preview is shown modally; a test sets it to look at the window
+    // without blocking.
+    std::function<void(QWidget *)> showPreviewWindow;
+
     // Prints one envelope as a job of its own. The program prints on the
     // default printer on the locale's envelope paper; a test puts its own here.
     std::function<pages::PrintOutcome(const pages::Page &)> printEnvelope;
 
 private:
     void periodShown(int listIndex);
+    invoicerun::RunValues runValues() const;
     InvoiceTrees &m_trees;
     InvoiceTreeView *m_binding = nullptr;
     QComboBox *m_chooser = nullptr;
     QTreeView *m_tree = nullptr;
     QAbstractButton *m_cmdPrintSelectedEnvelopes = nullptr;
+    QAbstractButton *m_cmdPrintSelectedInvoices = nullptr;
     QLabel *m_lblPrinting = nullptr;
     QProgressBar *m_staPrinting = nullptr;
     bool m_envelopeRun = false;

@@ -1,9 +1,13 @@
 #include "printing/printoptionspanel.h"
 
 #include "database/regional.h"
+#include "pages/preview.h"
+#include "printing/invoicerun.h"
 #include "shell/settingsstore.h"
 
+#include <QAbstractButton>
 #include <QCheckBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -26,16 +30,25 @@ PrintOptionsPanel::PrintOptionsPanel(AppContext &ctx, QWidget *parent) : Panel(4
     for (int i = 0; i < 3; ++i) {
         m_optTitle[size_t(i)] = require<QRadioButton>(indexed("optInvoiceTitle", i));
         m_optTitleSize[size_t(i)] = require<QRadioButton>(indexed("optInvoiceTitleSize", i));
-        m_previewBottom[size_t(i)] = require(indexed("picPrintPreviewBottom", i));
-        m_previewTop[size_t(i)] = require(indexed("picPrintPreviewTop", i));
+        m_previewBottom[size_t(i)] = require<QLabel>(indexed("picPrintPreviewBottom", i));
+        m_previewTop[size_t(i)] = require<QLabel>(indexed("picPrintPreviewTop", i));
     }
     m_txtTitle = require<QLineEdit>("txtInvoiceTitle");
     m_chkAddDate = require<QCheckBox>("chkAddInvoiceDateToInvoice");
     m_chkDuplicates = require<QCheckBox>("chkPrintDuplicateInvoices");
     m_chkKeepTwelve = require<QCheckBox>("chkKeepTwelveLines");
     m_chkMove = require<QCheckBox>("chkMoveAccordingly");
-    m_previewBack = require("cmdPrintPreviewBack");
-    m_previewForward = require("cmdPrintPreviewForward");
+    m_previewBack = require<QAbstractButton>("cmdPrintPreviewBack");
+    m_previewForward = require<QAbstractButton>("cmdPrintPreviewForward");
+
+    // The pictures are drawn from the real forms, so they show what prints.
+    const pages::PreviewPictures pictures = pages::makePreviewPictures();
+    for (int i = 0; i < 3; ++i) {
+        m_previewTop[size_t(i)]->setPixmap(QPixmap::fromImage(pictures.top[size_t(i)]));
+        m_previewBottom[size_t(i)]->setPixmap(QPixmap::fromImage(pictures.bottom[size_t(i)]));
+        m_previewTop[size_t(i)]->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+        m_previewBottom[size_t(i)]->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    }
 
     // Option buttons report on being turned on, from a click or from code,
     // as the settings are applied; the one turned off says nothing.
@@ -60,8 +73,36 @@ PrintOptionsPanel::PrintOptionsPanel(AppContext &ctx, QWidget *parent) : Panel(4
     });
     connect(m_chkKeepTwelve, &QCheckBox::toggled, this, &PrintOptionsPanel::keepTwelveLinesClicked);
     connect(m_chkMove, &QCheckBox::toggled, this, &PrintOptionsPanel::moveAccordinglyClicked);
-    // cmdPrintPreviewBack and cmdPrintPreviewForward get their handlers with
-    // the preview.
+    connect(m_previewBack, &QAbstractButton::clicked, this, [this] { stepPreview(-1); });
+    connect(m_previewForward, &QAbstractButton::clicked, this, [this] { stepPreview(1); });
+}
+
+void PrintOptionsPanel::stepPreview(int step)
+{
+    // A disabled arrow can't be pressed; this keeps a call from code in range too.
+    const float next = m_printPreviewSelected + float(step);
+    if (next < 0 || next > 2)
+        return;
+    m_printPreviewSelected = next;
+    settings::write(Printing, QStringLiteral("PrintPreviewSelected"), regional::str(double(next)).trimmed());
+    showPreviewTemplate();
+}
+
+pages::InvoiceOptions PrintOptionsPanel::invoiceOptions() const
+{
+    pages::InvoiceOptions o = invoicerun::storedInvoiceOptions();
+    const float t = m_printPreviewSelected;
+    o.templateNumber = t == 0 ? 0 : t == 1 ? 1 : t == 2 ? 2 : -1;
+    o.title = m_optTitle[1]->isChecked()   ? pages::TitleOption::Estimate
+              : m_optTitle[2]->isChecked() ? pages::TitleOption::Other
+                                           : pages::TitleOption::Invoice;
+    o.titleText = m_txtTitle->text();
+    o.titleSize = m_optTitleSize[0]->isChecked()   ? pages::TitleSize::Small
+                  : m_optTitleSize[1]->isChecked() ? pages::TitleSize::Medium
+                                                   : pages::TitleSize::Large;
+    o.moveBottomText = m_chkMove->isChecked();
+    o.printDuplicates = m_chkDuplicates->isChecked();
+    return o;
 }
 
 void PrintOptionsPanel::keepTwelveLinesClicked()

@@ -2,11 +2,14 @@
 // fraMain(4), Print Options: the invoice title and its size, the date,
 // duplicate and twelve-line options, and the preview of the invoice layout.
 // Every option is stored the moment it changes.
+#include "pages/invoice.h"
 #include "shell/panel.h"
 
 #include <array>
 
+class QAbstractButton;
 class QCheckBox;
+class QLabel;
 class QLineEdit;
 class QRadioButton;
 
@@ -33,9 +36,16 @@ public:
     // The top sample of the selected layout, and which arrows may be pressed.
     void showPreviewTemplate();
 
+    // The options the invoice run reads: title, title text, size and moving
+    // from the controls; date line and twelve lines from the settings; the
+    // layout as selected here.
+    pages::InvoiceOptions invoiceOptions() const;
+
 private:
     void keepTwelveLinesClicked();
     void moveAccordinglyClicked();
+    // cmdPrintPreviewBack (-1) and cmdPrintPreviewForward (+1).
+    void stepPreview(int step);
 
     bool m_isApplyingSettings = false;
     float m_printPreviewSelected = 0;
@@ -47,10 +57,10 @@ private:
     QCheckBox *m_chkDuplicates = nullptr;            // chkPrintDuplicateInvoices
     QCheckBox *m_chkKeepTwelve = nullptr;            // chkKeepTwelveLines
     QCheckBox *m_chkMove = nullptr;                  // chkMoveAccordingly
-    std::array<QWidget *, 3> m_previewBottom{};      // picPrintPreviewBottom(0..2)
-    std::array<QWidget *, 3> m_previewTop{};         // picPrintPreviewTop(0..2)
-    QWidget *m_previewBack = nullptr;                // cmdPrintPreviewBack
-    QWidget *m_previewForward = nullptr;             // cmdPrintPreviewForward
+    std::array<QLabel *, 3> m_previewBottom{};       // picPrintPreviewBottom(0..2)
+    std::array<QLabel *, 3> m_previewTop{};          // picPrintPreviewTop(0..2)
+    QAbstractButton *m_previewBack = nullptr;        // cmdPrintPreviewBack
+    QAbstractButton *m_previewForward = nullptr;     // cmdPrintPreviewForward
 };
 
 }  // namespace qor

@@ -94,6 +94,10 @@ FrmQOR::FrmQOR(Session &session, QWidget *parent) : QWidget(parent), m_session(&
     m_panels[6] = new CompanyInfoPanel(*this, this);
     for (Panel *panel : m_panels)
         panel->hide();
+    // The invoice run reads the options as they stand on Print Options, and
+    // sends the user to Company Info when the company's details are missing.
+    printingPanel()->invoiceOptions = [this] { return printOptionsPanel()->invoiceOptions(); };
+    printingPanel()->showCompanyInfoPanel = [this] { showCompanyInfoPanel(); };
 
     buildFormControls();
     chainTabOrder();

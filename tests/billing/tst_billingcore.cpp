@@ -89,6 +89,15 @@ private slots:
         QCOMPARE(billedItemAmount(u"$2.00 - Pack (x5)", Dollar), 10.0f);
         QCOMPARE(billedItemAmount(u"$0.10 - Washer", Dollar), 0.1f);
 
+        // Under German settings the comma is the decimal mark and the point
+        // groups: "5,00 €" is five.
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        const QString euro = regional::currencySymbol();
+        QCOMPARE(billedItemAmount(u"5,00 \u20AC - Schraube (x3)", euro), 15.0f);
+        QCOMPARE(billedItemAmount(u"1.234,50 \u20AC - Einrichtung", euro), 1234.5f);
+        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+        QCOMPARE(billedItemAmount(u"$1,234.50 - Setup", Dollar), 1234.5f);
+
         QCOMPARE(leadingDecimal(u"12abc"), 12.0);
         QCOMPARE(leadingDecimal(u"-3.5x"), -3.5);
         QCOMPARE(leadingDecimal(u".5"), 0.5);

@@ -1,6 +1,7 @@
 // qorvane-cli run as a separate program: its output, exit codes, and that it
 // neither creates nor overwrites what it must not.
 #include "../database/dbfiletest.h"
+#include "shell/settingsstore.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -175,6 +176,99 @@ private slots:
 
     // The two statements: sums to the cent over many records, the user's
     // currency form or plain numbers, one customer alone, wrong options.
+    // The invoices of a period as the print run makes them: the customers who
+    // owe in the print tree's order, --all, --customer, the stored options,
+    // the paper, and one file per customer.
+    void invoicesAsPdf()
+    {
+        Database db;
+        db.company[0] = QStringLiteral("Acme & Sons");
+        db.company[1] = QStringLiteral("9 Mill Road");
+        db.lvwCustomers.add("1k", fields({"Ames, Al", "Al", "Ames", "1 Elm St", "", "Townsville", "", "", ""}));
+        db.lvwCustomers.add("3k", fields({"Cole, Cy", "Cy", "Cole", "", "", "", "", "", ""}));
+        db.lvwCustomers.add("4k", fields({"Dunn, Di", "Di", "Dunn", "", "", "", "", "", ""}));
+        db.lvwPeriods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
+        db.lvwPAndS.add("5k", QStringLiteral("000000005.00$5.00 - Five"));
+        db.lvwPAndS.add("6k", QStringLiteral("000000006.00$6.00 - Six"));
+        db.lvwInvoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "17", "5\u00026x2", ""}));
+        db.lvwInvoiceRecords.add(fields({"May", "3", ""}), fields({"May", "Cole, Cy", "3", "0", "5", ""}));
+        db.lvwInvoiceRecords.add(fields({"May", "4", ""}), fields({"May", "Dunn, Di", "4", "6", "6", ""}));
+        const QString file = dir.filePath("invoices.xml");
+        QFile f(file);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write(db.serialize());
+        f.close();
+        QTemporaryDir config;
+        qputenv("XDG_CONFIG_HOME", config.path().toUtf8());
+        // Pages as pdftotext reads them, split at the form feeds.
+        auto pagesOf = [](const QString &pdf) {
+            QProcess p;
+            p.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), pdf, QStringLiteral("-")});
+            p.waitForFinished(60000);
+            QStringList pages = QString::fromUtf8(p.readAllStandardOutput()).split(u'\f');
+            if (!pages.isEmpty() && pages.last().trimmed().isEmpty()) pages.removeLast();
+            return pages;
+        };
+        auto pageSize = [](const QString &pdf) {
+            QProcess p;
+            p.start(QStringLiteral("pdfinfo"), {pdf});
+            p.waitForFinished(60000);
+            const QString info = QString::fromUtf8(p.readAllStandardOutput());
+            return info.section(QStringLiteral("Page size:"), 1).section(u'\n', 0, 0).simplified();
+        };
+
+        const QString out = dir.filePath("inv.pdf");
+        Run r = cli({"invoices", file, "--period", "May", "-o", out});
+        QCOMPARE(r.exitCode, 0);
+        QCOMPARE(r.out, QStringLiteral("2 pages\n"));
+        QStringList pages = pagesOf(out);
+        QCOMPARE(pages.size(), 2);
+        QVERIFY(pages[0].contains("Al Ames") && pages[0].contains("Acme & Sons") && pages[0].contains("9 Mill Road"));
+        QVERIFY(pages[0].contains("Six (x2)") && pages[0].contains("$12.00") && pages[0].contains("$17.00"));
+        QVERIFY(pages[0].contains("06/15/2024"));  // the bill due date as the screen shows it
+        QVERIFY(pages[1].contains("Di Dunn") && pages[1].contains("$6.00"));
+        QVERIFY(!pages.join("").contains("Cole"));
+        QCOMPARE(pageSize(out), QStringLiteral("612 x 792 pts (letter)"));  // en_US: Letter
+
+        // Every customer, in the tree's order; the paid one totals zero.
+        r = cli({"invoices", file, "--period", "May", "--all", "--paper", "a4", "-o", out});
+        QCOMPARE(r.out, QStringLiteral("3 pages\n"));
+        pages = pagesOf(out);
+        QCOMPARE(pages.size(), 3);
+        QVERIFY(pages[0].contains("Ames") && pages[1].contains("Cy Cole") && pages[2].contains("Dunn"));
+        QVERIFY(pages[1].contains("$0.00") && !pages[1].contains("$5.00 "));
+        QVERIFY(pageSize(out).endsWith(QStringLiteral("(A4)")));
+
+        // One customer, the stored duplicates and title (the large title is
+        // cut at the box of layout 2).
+        settings::write(QStringLiteral("Printing"), QStringLiteral("PrintDuplicateInvoices"), QStringLiteral("True"));
+        settings::write(QStringLiteral("Settings"), QStringLiteral("InvoiceTitleOption"), QStringLiteral("1"));
+        r = cli({"invoices", file, "--period", "May", "--customer", "4", "--template", "2", "-o", out});
+        QCOMPARE(r.out, QStringLiteral("2 pages\n"));
+        pages = pagesOf(out);
+        QCOMPARE(pages.size(), 2);
+        QCOMPARE(pages[0], pages[1]);
+        QVERIFY(pages[0].contains("Dunn") && pages[0].contains("ESTIMA"));
+        QVERIFY(!pages[0].contains("Ames"));
+
+        // One file per customer who owes, named after the customer and the
+        // period; no duplicates there.
+        const QString each = dir.filePath("each");
+        r = cli({"invoices", file, "--period", "May", "--each", each});
+        QCOMPARE(r.exitCode, 0);
+        QCOMPARE(r.out, QStringLiteral("2 invoices\n"));
+        QStringList names = QDir(each).entryList(QDir::Files, QDir::Name);
+        QCOMPARE(names, QStringList({"Ames, Al - May.pdf", "Dunn, Di - May.pdf"}));
+        QCOMPARE(pagesOf(QDir(each).filePath(names[1])).size(), 1);
+
+        QCOMPARE(cli({"invoices", file, "--period", "May", "--customer", "2", "-o", out}).exitCode, 2);
+        QCOMPARE(cli({"invoices", file, "--period", "June", "-o", out}).exitCode, 2);
+        QCOMPARE(cli({"invoices", file, "--period", "May", "--template", "3", "-o", out}).exitCode, 1);
+        QCOMPARE(cli({"invoices", file, "--period", "May", "--paper", "legal", "-o", out}).exitCode, 1);
+        QCOMPARE(cli({"invoices", file, "--period", "May"}).exitCode, 1);
+        QCOMPARE(cli({"invoices", file, "--period", "May", "--all", "--customer", "1", "-o", out}).exitCode, 1);
+    }
+
     void periodsAndOwing()
     {
         Database db;

@@ -362,6 +362,23 @@ private slots:
         QCOMPARE(text(p, "lblAm", 0), amount);
     }
 
+    void amountsByTheLocalesMarks()
+    {
+        // "5,00 €" under German settings is five, not five hundred; the
+        // grouping point goes, the comma is the decimal mark.
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        InvoiceInput in = input(0, 0);
+        in.currencySymbol = qor::regional::currencySymbol();
+        in.lines << InvoiceLine::item(QStringLiteral("5,00 \u20AC"), "Schraube", 3)
+                 << InvoiceLine::item(QStringLiteral("1.234,50 \u20AC"), "Einrichtung");
+        const Page p = compose(in);
+        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+        const QString nbsp = QStringLiteral("\u00A0\u20AC");
+        QCOMPARE(text(p, "lblAm", 0), QStringLiteral("15,00") + nbsp);
+        QCOMPARE(text(p, "lblAm", 1), QStringLiteral("1.234,50") + nbsp);
+        QCOMPARE(text(p, "lblTotalAm"), QStringLiteral("1.249,50") + nbsp);
+    }
+
     void totalIsThirtyTwoBit()
     {
         // 200000.01 has no 32-bit form to the cent: the line prints exact, the

@@ -1,0 +1,107 @@
+#include "printing/invoicerun.h"
+
+#include "billing/billing.h"
+#include "billing/invoicetree.h"
+#include "database/database.h"
+#include "database/regional.h"
+#include "database/rowtypes.h"
+#include "shell/settingsstore.h"
+
+#include <cmath>
+
+namespace qor::invoicerun {
+
+namespace {
+
+int storedIndex(const QString &section, const QString &key, int defaultValue)
+{
+    const QString text = settings::read(section, key);
+    if (text.trimmed().isEmpty())
+        return defaultValue;
+    return int(std::nearbyint(regional::val(text)));
+}
+
+}  // namespace
+
+pages::InvoiceOptions storedInvoiceOptions()
+{
+    const QString S = QStringLiteral("Settings"), P = QStringLiteral("Printing");
+    pages::InvoiceOptions o;
+    // A number other than 0, 1 or 2 stays as it is: the run then prints nothing.
+    const double selected = regional::val(settings::read(P, QStringLiteral("PrintPreviewSelected"), QStringLiteral("0")));
+    o.templateNumber = selected == 0 ? 0 : selected == 1 ? 1 : selected == 2 ? 2 : -1;
+    const int title = storedIndex(S, QStringLiteral("InvoiceTitleOption"), 0);
+    o.title = title == 1 ? pages::TitleOption::Estimate : title == 2 ? pages::TitleOption::Other
+                                                                      : pages::TitleOption::Invoice;
+    o.titleText = settings::read(S, QStringLiteral("InvoiceTitleText"));
+    const int size = storedIndex(S, QStringLiteral("InvoiceTitleSize"), 2);
+    o.titleSize = size == 0 ? pages::TitleSize::Small : size == 1 ? pages::TitleSize::Medium : pages::TitleSize::Large;
+    o.addInvoiceDate = settings::isOn(P, QStringLiteral("AddInvoiceDateToInvoice"));
+    o.printDuplicates = settings::isOn(P, QStringLiteral("PrintDuplicateInvoices"));
+    o.keepTwelveLines = settings::read(P, QStringLiteral("KeepTwelveLines")).toLower() != u"false";
+    // chkMoveAccordingly counts only while it is enabled, that is without
+    // twelve lines kept.
+    o.moveBottomText = settings::isOn(P, QStringLiteral("MoveBottomTextAccordingly"));
+    return o;
+}
+
+QString billDueOf(const Database &db, const QString &period)
+{
+    QString due;
+    db.lvwPeriods.forEach([&](QStringView, QStringView text) {
+        const auto p = PeriodView::parse(text);
+        if (p && p->name == period) {
+            due = billing::screenDate(p->billDue.toString());
+            return false;
+        }
+        return true;
+    });
+    return due;
+}
+
+pages::InvoiceInput invoiceInputFor(const Database &db, const InvoiceTree &tree, int customerNode,
+                                    const RunValues &run)
+{
+    pages::InvoiceInput in;
+    in.company = run.company;
+    in.billDue = run.billDue;
+    in.options = run.options;
+    in.customerNodeText = tree.text(customerNode);
+    const QString key = tree.key(customerNode);
+    if (db.lvwCustomers.contains(key)) {
+        if (const auto c = CustomerRow::parse(db.lvwCustomers.textOf(key))) {
+            in.customer[0] = c->displayName;
+            for (int i = 0; i < CustomerRow::EntryCount; ++i)
+                in.customer[size_t(i + 1)] = c->entry(i);
+        }
+    }
+    for (int child : tree.childrenOf(customerNode))
+        in.lines << pages::InvoiceLine{tree.text(child), tree.checked(child)};
+    return in;
+}
+
+std::optional<pages::Page> invoicePageFor(const Database &db, const InvoiceTree &tree, int customerNode,
+                                          const RunValues &run)
+{
+    return pages::composeInvoicePage(invoiceInputFor(db, tree, customerNode, run));
+}
+
+QList<pages::Page> composeInvoiceRun(const Database &db, const InvoiceTree &tree, const RunValues &run)
+{
+    QList<pages::Page> out;
+    tree.forEachNode([&](int node) {
+        if (!tree.checked(node) || !billing::isCustomerKey(tree.key(node)))
+            return;
+        const std::optional<pages::Page> page = invoicePageFor(db, tree, node, run);
+        if (!page)
+            return;
+        out << *page;
+        if (run.options.printDuplicates)
+            out << *page;
+    });
+    return out;
+}
+
+bool companyInfoMissing(const Database &db) { return db.company[0].isEmpty() && db.company[1].isEmpty(); }
+
+}  // namespace qor::invoicerun

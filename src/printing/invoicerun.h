@@ -1,0 +1,55 @@
+#pragma once
+// The invoice print run without windows: the pages of the ticked customers of
+// the print tree, composed from the tree's nodes, the customer table, the
+// company's details and the print options. The Printing panel, the preview
+// and the command-line tool all take their pages from here.
+#include "pages/invoice.h"
+#include "pages/page.h"
+
+#include <QList>
+#include <QString>
+
+#include <array>
+
+namespace qor {
+
+class Database;
+class InvoiceTree;
+
+namespace invoicerun {
+
+// The print options as stored, without writing any default back.
+pages::InvoiceOptions storedInvoiceOptions();
+
+// The bill due date of a period as the screen shows it; empty for an unknown
+// period.
+QString billDueOf(const Database &db, const QString &period);
+
+// What is the same for every customer of one run.
+struct RunValues {
+    std::array<QString, 9> company;
+    QString billDue;
+    pages::InvoiceOptions options;
+};
+
+// The composition input of one customer node: its children in tree order
+// with their ticks, the customer's fields from lvwCustomers by the node's key.
+pages::InvoiceInput invoiceInputFor(const Database &db, const InvoiceTree &tree, int customerNode,
+                                    const RunValues &run);
+
+// One customer's page, or nothing when no child is ticked or the template is
+// not 0, 1 or 2.
+std::optional<pages::Page> invoicePageFor(const Database &db, const InvoiceTree &tree, int customerNode,
+                                          const RunValues &run);
+
+// The whole run: one page per ticked customer node in node order, the
+// duplicate right after its invoice when asked; customers without a ticked
+// child give nothing. Reads only.
+QList<pages::Page> composeInvoiceRun(const Database &db, const InvoiceTree &tree, const RunValues &run);
+
+// The run's question before printing: true when neither the company name nor
+// the first address line holds text.
+bool companyInfoMissing(const Database &db);
+
+}  // namespace invoicerun
+}  // namespace qor

@@ -1,0 +1,330 @@
+// The invoice run through the real window: pages in node order with their
+// duplicates, customers without a ticked line skipped, the company-info
+// question, the run's label and bar, no printer and a refused job, the
+// preview of one customer; and the Print Options panel that feeds it.
+#include "../customers/panelharness.h"
+#include "../pages/pdfwords.h"
+
+#include "billing/invoicetree.h"
+#include "pages/pdfoutput.h"
+#include "pages/preview.h"
+#include "printing/printingpanel.h"
+#include "printing/printoptionspanel.h"
+
+#include <QCheckBox>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
+#include <QProgressBar>
+#include <QRadioButton>
+
+using namespace qor;
+using namespace qor::testing;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The words of each page of a PDF, joined with blanks.
+QStringList pageTexts(const QString &pdf)
+{
+    QString error;
+    const QList<PdfWord> words = readPdfWords(pdf, &error);
+    QStringList pages;
+    for (const PdfWord &w : words) {
+        while (pages.size() <= w.page)
+            pages << QString();
+        pages[w.page] += w.text + u' ';
+    }
+    return pages;
+}
+
+// The customer each page is addressed to ("Ann Lee"), by the bill-to words.
+QStringList addressees(const QStringList &pages)
+{
+    QStringList out;
+    for (const QString &p : pages) {
+        QString who = u"?"_s;
+        for (const char *name : {"Ann Lee", "Bob Ray", "Cy"})
+            if (p.contains(QString::fromLatin1(name) + u' ') && who == u"?")
+                who = QString::fromLatin1(name);
+        out << who;
+    }
+    return out;
+}
+
+void writeBooks(const Sandbox &box)
+{
+    writeDatabase(box.db, {{1, u"Ann"_s, u"Lee"_s}, {2, u"Bob"_s, u"Ray"_s}, {3, u"Cy"_s, QString()}},
+                  {{5, u"Five"_s, u"$5.00"_s}, {6, u"Six"_s, u"$6.00"_s}},
+                  {{1, {u"5"_s, u"6x2"_s}}, {2, {u"5"_s}}, {3, {u"6"_s}}});
+}
+
+}  // namespace
+
+class TstInvoiceRun : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
+
+    void runToPdf()
+    {
+        Sandbox box;
+        writeBooks(box);
+        settings::write(u"Printing"_s, u"PrintPreviewSelected"_s, u"1"_s);
+        auto w = openWindow(3);
+        PrintingPanel *panel = w->printingPanel();
+        Answerer answers;
+        const QByteArray before = box.fileBytes();
+        InvoiceTree &t = panel->treeModel();
+        QCOMPARE(panel->tickedCustomerKeys().size(), 3);
+
+        // The run's job goes to a PDF file instead of the printer.
+        const QString pdf = box.dir.filePath(u"run.pdf"_s);
+        int jobs = 0;
+        bool shownDuringRun = false;
+        int barDuringRun = -1;
+        panel->printInvoices = [&](const QList<pages::Page> &pages) {
+            ++jobs;
+            shownDuringRun = panel->findChild<QLabel *>(u"lblPrinting"_s)->isVisible();
+            barDuringRun = panel->findChild<QProgressBar *>(u"staPrinting"_s)->value();
+            pages::writePdf(pages, pdf);
+            return pages::PrintOutcome{pages::PrintStatus::Printed, {}, {}};
+        };
+
+        // Duplicates on; Bob's only line unticked: no page for Bob.
+        w->printOptionsPanel()->findChild<QCheckBox *>(u"chkPrintDuplicateInvoices"_s)->click();
+        // The stored layout 1 is the one the run uses.
+        QCOMPARE(w->printOptionsPanel()->invoiceOptions().templateNumber, 1);
+        const int bob = t.find(u"2k"_s);
+        QVERIFY(bob > 0);
+        for (int child : t.childrenOf(bob))
+            t.setChecked(child, false);
+        QVERIFY(t.checked(bob));
+        auto *button = panel->findChild<QAbstractButton *>(u"cmdPrintSelectedInvoices"_s);
+        click(button);
+        QCOMPARE(jobs, 1);  // all pages one job
+        QVERIFY(shownDuringRun);
+        QVERIFY(barDuringRun > 0 && barDuringRun < 100);
+        QVERIFY(!panel->findChild<QLabel *>(u"lblPrinting"_s)->isVisible());
+        QVERIFY(!panel->findChild<QProgressBar *>(u"staPrinting"_s)->isVisible());
+        // The tree's order (by display name: "Cy", "Lee, Ann", "Ray, Bob"),
+        // each duplicate right after its invoice.
+        QCOMPARE(panel->tickedCustomerKeys(), QStringList({u"3k"_s, u"1k"_s, u"2k"_s}));
+        QStringList pages = pageTexts(pdf);
+        QCOMPARE(addressees(pages), QStringList({u"Cy"_s, u"Cy"_s, u"Ann Lee"_s, u"Ann Lee"_s}));
+        QCOMPARE(pages[2], pages[3]);
+        QVERIFY(pages[2].contains(u"Six (x2)"_s) && pages[2].contains(u"$17.00"_s));
+        QVERIFY(pages[2].contains(u"Test Co"_s));
+        // Nothing changed: no data, no changed state, the ticks as they were.
+        QVERIFY(!w->databaseChanged());
+        QCOMPARE(box.fileBytes(), before);
+        QVERIFY(t.checked(bob));
+        QVERIFY(answers.dialogs.seen.isEmpty());
+
+        // Ann unticked, Bob's line ticked again; duplicates off.
+        w->printOptionsPanel()->findChild<QCheckBox *>(u"chkPrintDuplicateInvoices"_s)->click();
+        t.setChecked(t.find(u"1k"_s), false);
+        for (int child : t.childrenOf(bob))
+            t.setChecked(child, true);
+        click(button);
+        QCOMPARE(addressees(pageTexts(pdf)), QStringList({u"Cy"_s, u"Bob Ray"_s}));
+
+        // Nothing ticked: no job, no message.
+        for (int node : t.nodes())
+            t.setChecked(node, false);
+        click(button);
+        QCOMPARE(jobs, 2);
+        QVERIFY(answers.dialogs.seen.isEmpty());
+        discard(w);
+    }
+
+    void companyInfoQuestion()
+    {
+        Sandbox box;
+        writeBooks(box);
+        auto w = openWindow(3);
+        PrintingPanel *panel = w->printingPanel();
+        Answerer answers;
+        int jobs = 0;
+        panel->printInvoices = [&](const QList<pages::Page> &pages) {
+            jobs += int(pages.size());
+            return pages::PrintOutcome{pages::PrintStatus::Printed, {}, {}};
+        };
+        auto *button = panel->findChild<QAbstractButton *>(u"cmdPrintSelectedInvoices"_s);
+        w->db().company[0].clear();
+
+        // Closed with its close box counts as Yes: to Company Info, nothing printed.
+        click(button);
+        QCOMPARE(jobs, 0);
+        QCOMPARE(w->currentPanel(), 6);
+        QCOMPARE(answers.dialogs.seen.size(), 1);
+        const auto &asked = answers.dialogs.seen[0].form;
+        QCOMPARE(asked.key, u"DontShowNeedToFillCompanyInfo"_s);
+        QCOMPARE(asked.presetAnswer, u"Yes"_s);
+        QVERIFY(asked.buttons != u"OK");
+        QCOMPARE(asked.text, u"You have not entered your company's name or address.\r\n\r\nWould you like to enter "
+                             "this information\r\nbefore printing your invoices?"_s);
+
+        // No: the invoices print with the empty company fields.
+        w->cmdTabClick(3);
+        answers.dialogs.nextFormAnswers.push_back(u"No"_s);
+        click(button);
+        QCOMPARE(jobs, 3);
+        QCOMPARE(w->currentPanel(), 3);
+
+        // Marked not to be shown again: no question.
+        settings::write(u"Messages"_s, u"DontShowNeedToFillCompanyInfo"_s, u"true"_s);
+        click(button);
+        QCOMPARE(jobs, 6);
+        QCOMPARE(answers.dialogs.seen.size(), 2);
+
+        // An address without a name: not asked either.
+        settings::write(u"Messages"_s, u"DontShowNeedToFillCompanyInfo"_s, QString());
+        w->db().company[1] = u"1 Main St"_s;
+        click(button);
+        QCOMPARE(jobs, 9);
+        QCOMPARE(answers.dialogs.seen.size(), 2);
+        discard(w);
+    }
+
+    void noPrinterAndRefusedJob()
+    {
+        Sandbox box;
+        writeBooks(box);
+        auto w = openWindow(3);
+        PrintingPanel *panel = w->printingPanel();
+        Answerer answers;
+        QList<pages::Page> sent;
+        pages::PrintStatus status = pages::PrintStatus::NoPrinter;
+        panel->printInvoices = [&](const QList<pages::Page> &pages) {
+            sent = pages;
+            return pages::PrintOutcome{status, {}, status == pages::PrintStatus::Failed ? u"Out of paper."_s : QString()};
+        };
+        auto *button = panel->findChild<QAbstractButton *>(u"cmdPrintSelectedInvoices"_s);
+
+        // No printer: said once, and the same pages saved as the named PDF.
+        const QString pdf = box.dir.filePath(u"saved.pdf"_s);
+        answers.dialogs.nextAnswers.push_back(QMessageBox::Yes);
+        answers.dialogs.nextFileNames.push_back(pdf);
+        click(button);
+        QCOMPARE(answers.seen().size(), 1);
+        QVERIFY(answers.last().text.contains(u"no printer"_s));
+        QCOMPARE(answers.dialogs.seen.last().kind, u"save"_s);
+        QCOMPARE(addressees(pageTexts(pdf)), QStringList({u"Cy"_s, u"Ann Lee"_s, u"Bob Ray"_s}));
+        QCOMPARE(sent.size(), 3);
+
+        // Declined: no file asked for.
+        answers.dialogs.nextAnswers.push_back(QMessageBox::No);
+        const qsizetype asked = answers.dialogs.seen.size();
+        click(button);
+        QCOMPARE(answers.dialogs.seen.size(), asked + 1);
+
+        // A refused job: one message for the whole run.
+        status = pages::PrintStatus::Failed;
+        click(button);
+        QCOMPARE(answers.dialogs.seen.size(), asked + 2);
+        QCOMPARE(answers.last().icon, QMessageBox::Critical);
+        QVERIFY(answers.last().text.contains(u"Out of paper."_s));
+        discard(w);
+    }
+
+    void previewOfOneCustomer()
+    {
+        Sandbox box;
+        writeBooks(box);
+        auto w = openWindow(3);
+        PrintingPanel *panel = w->printingPanel();
+        QWidget *shown = nullptr;
+        panel->showPreviewWindow = [&](QWidget *dlg) { shown = dlg; };
+        InvoiceTree &t = panel->treeModel();
+        emit panel->tree()->doubleClicked(t.indexOf(t.find(u"3k"_s)));
+        auto *preview = qobject_cast<QPrintPreviewDialog *>(shown);
+        QVERIFY(preview);
+        // It draws the customer's page: rendering asks for it once at least.
+        int painted = 0;
+        connect(preview, &QPrintPreviewDialog::paintRequested, this, [&] { ++painted; });
+        preview->show();
+        QTRY_VERIFY(painted > 0);
+        delete preview;
+
+        // An item line is no customer: no preview.
+        shown = nullptr;
+        emit panel->tree()->doubleClicked(t.indexOf(t.childrenOf(t.find(u"3k"_s)).front()));
+        QVERIFY(!shown);
+        discard(w);
+    }
+
+    void printOptionsPanel()
+    {
+        Sandbox box;
+        writeBooks(box);
+        settings::write(u"Printing"_s, u"KeepTwelveLines"_s, u"False"_s);
+        settings::write(u"Printing"_s, u"MoveBottomTextAccordingly"_s, u"True"_s);
+        auto w = openWindow(4);
+        PrintOptionsPanel *p = w->printOptionsPanel();
+        auto visible = [&](const char *name) {
+            QString out;
+            for (int i = 0; i < 3; ++i)
+                if (p->findChild<QLabel *>(QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(i))->isVisible())
+                    out += QString::number(i);
+            return out;
+        };
+        auto *back = p->findChild<QAbstractButton *>(u"cmdPrintPreviewBack"_s);
+        auto *forward = p->findChild<QAbstractButton *>(u"cmdPrintPreviewForward"_s);
+        auto *twelve = p->findChild<QCheckBox *>(u"chkKeepTwelveLines"_s);
+        auto *move = p->findChild<QCheckBox *>(u"chkMoveAccordingly"_s);
+
+        // The pictures are the painter's, at their sizes.
+        const QPixmap top = p->findChild<QLabel *>(u"picPrintPreviewTop(1)"_s)->pixmap();
+        QCOMPARE(top.size(), QSize(pages::PreviewWidth, pages::PreviewTopHeight));
+        QCOMPARE(p->findChild<QLabel *>(u"picPrintPreviewBottom(2)"_s)->pixmap().size(),
+                 QSize(pages::PreviewWidth, pages::PreviewBottomHeight));
+        QCOMPARE(top.toImage().convertToFormat(QImage::Format_RGB32),
+                 pages::makePreviewPictures().top[1].convertToFormat(QImage::Format_RGB32));
+
+        // Start: layout 0, short list moved up; applying stored nothing new.
+        QCOMPARE(visible("picPrintPreviewTop"), u"0"_s);
+        QCOMPARE(visible("picPrintPreviewBottom"), u"2"_s);
+        QVERIFY(!back->isEnabled() && forward->isEnabled());
+        QCOMPARE(settings::read(u"Printing"_s, u"PrintPreviewSelected"_s), QString());
+
+        click(forward);
+        QCOMPARE(visible("picPrintPreviewTop"), u"1"_s);
+        QVERIFY(back->isEnabled() && forward->isEnabled());
+        click(forward);
+        QCOMPARE(visible("picPrintPreviewTop"), u"2"_s);
+        QVERIFY(!forward->isEnabled());
+        QCOMPARE(settings::read(u"Printing"_s, u"PrintPreviewSelected"_s), u"2"_s);
+        click(back);
+        QCOMPARE(settings::read(u"Printing"_s, u"PrintPreviewSelected"_s), u"1"_s);
+        QCOMPARE(p->invoiceOptions().templateNumber, 1);
+
+        // Twelve lines ticked: the move box keeps its tick but is disabled.
+        click(twelve);
+        QVERIFY(move->isChecked() && !move->isEnabled());
+        QCOMPARE(visible("picPrintPreviewBottom"), u"0"_s);
+        QCOMPARE(settings::read(u"Printing"_s, u"KeepTwelveLines"_s), u"True"_s);
+        click(twelve);
+        QCOMPARE(visible("picPrintPreviewBottom"), u"2"_s);
+        click(move);
+        QCOMPARE(visible("picPrintPreviewBottom"), u"1"_s);
+        QCOMPARE(settings::read(u"Printing"_s, u"MoveBottomTextAccordingly"_s), u"False"_s);
+
+        // Re-applying the settings stores nothing through the guarded boxes.
+        settings::write(u"Printing"_s, u"KeepTwelveLines"_s, u"TRUE"_s);
+        w->applySettings();
+        QVERIFY(twelve->isChecked());
+        QCOMPARE(settings::read(u"Printing"_s, u"KeepTwelveLines"_s), u"TRUE"_s);
+        QCOMPARE(visible("picPrintPreviewBottom"), u"0"_s);
+        QCOMPARE(visible("picPrintPreviewTop"), u"1"_s);
+
+        // Typed with "Invoice" selected: stored, not used.
+        retype(p->findChild<QLineEdit *>(u"txtInvoiceTitle"_s), u"Receipt"_s);
+        QCOMPARE(settings::read(u"Settings"_s, u"InvoiceTitleText"_s), u"Receipt"_s);
+        QVERIFY(p->findChild<QRadioButton *>(u"optInvoiceTitle(0)"_s)->isChecked());
+        discard(w);
+    }
+};
+
+QTEST_MAIN(TstInvoiceRun)
+#include "tst_invoicerun.moc"
