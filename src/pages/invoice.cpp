@@ -4,6 +4,7 @@
 #include "pages/templates.h"
 #include "pages/textlayout.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace qor::pages {
@@ -47,6 +48,23 @@ int ComposeInvoice(Page &page, const InvoiceInput &in)
                  : opt.title == TitleOption::Estimate ? QStringLiteral("ESTIMATE")
                                                       : opt.titleText;
     fitAutoSize(title);
+    // The two forms whose title keeps its box would cut a word wider than the
+    // box ("INVOIC" at the large size): the box widens from its aligned edge
+    // instead, so the title always reads whole.
+    if (title.autoSize == AutoSize::Fixed) {
+        const PageFont &font = pageFont(title);
+        double widest = 0;
+        for (const QString &word : title.text.split(u' ', Qt::SkipEmptyParts))
+            widest = std::max(widest, font.advance(word));
+        const int need = int(std::ceil(widest));
+        if (need > title.width) {
+            if (title.align == Align::Right)
+                title.left -= need - title.width;
+            else if (title.align == Align::Centre)
+                title.left -= (need - title.width) / 2;
+            title.width = need;
+        }
+    }
 
     // Paid stamp.
     if (in.customerNodeText.endsWith(QLatin1String(" - paid")))
