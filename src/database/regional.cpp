@@ -477,6 +477,9 @@ QString plainAmountText(QStringView text, QStringView currencySymbol)
     QString s = text.toString();
     if (!currencySymbol.isEmpty())
         s.remove(currencySymbol.toString());
+    // A price written under another locale ("$12.50" read where the symbol is
+    // "€", or none at all) still holds its amount: every currency sign goes.
+    s.removeIf([](QChar c) { return c.category() == QChar::Symbol_Currency; });
     const QString group = loc.groupSeparator();
     const QString point = loc.decimalPoint();
     if (!group.isEmpty() && group != point)

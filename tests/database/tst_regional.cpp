@@ -164,6 +164,15 @@ private slots:
             for (const auto &c : strs) QCOMPARE(regional::str(c.value), txt(c.text));
             for (const auto &c : singles) QCOMPARE(regional::singleText(c.value), txt(c.text));
         }
+        // Amounts in a price text: the locale's own marks, and any currency
+        // sign, even one that is not the locale's.
+        const struct { const char *locale, *text, *symbol, *plain; } amounts[] = {
+            {"en_US", "$1,234.50", "$", "1234.50"}, {"de_DE", "1.234,50 \u20AC", "\u20AC", "1234.50"},
+            {"C", "$12.50", "", "12.50"}, {"sv_SE", "12,50 kr", "kr", "12.50"}};
+        for (const auto &a : amounts) {
+            useLocale(a.locale);
+            QCOMPARE(regional::plainAmountText(QString::fromUtf8(a.text), QString::fromUtf8(a.symbol)), txt(a.plain));
+        }
         // Any float reads back as the same float, in plain digits, within the
         // nine significant digits a float can hold.
         QRandomGenerator rng(11);
