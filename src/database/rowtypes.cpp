@@ -1,68 +1,7 @@
 #include "rowtypes.h"
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 namespace qor {
-
-namespace {
-
-// Calls found(at) for each FieldSep of text in order until it returns false.
-// Fields are short: separators are picked straight from the characters, as a
-// library search per field costs more than the field.
-template <class Found> void eachSeparator(QStringView text, Found &&found)
-{
-    const char16_t *p = text.utf16();
-    const qsizetype n = text.size();
-    const char16_t sep = FieldSep.unicode();
-    qsizetype i = 0;
-#if defined(__SSE2__)
-    const __m128i want = _mm_set1_epi16(qint16(sep));
-    for (; i + 8 <= n; i += 8) {
-        unsigned m = unsigned(
-            _mm_movemask_epi8(_mm_cmpeq_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i)), want)));
-        while (m) {
-            if (!found(i + (__builtin_ctz(m) >> 1))) return;
-            m &= m - 1;
-            m &= m - 1;  // two mask bits per character
-        }
-    }
-#endif
-    for (; i < n; ++i)
-        if (p[i] == sep && !found(i)) return;
-}
-
-}  // namespace
-
-int rowdetail::splitFields(QStringView text, QStringView *out, int max)
-{
-    int n = 0;  // separators seen
-    qsizetype start = 0;
-    bool more = false;
-    eachSeparator(text, [&](qsizetype at) {
-        out[n++] = text.mid(start, at - start);
-        start = at + 1;
-        more = n == max;
-        return !more;
-    });
-    if (more) return max + 1;
-    out[n] = text.mid(start);
-    return n + 1;
-}
-
-void rowdetail::looseFields(QStringView text, QStringView *out, int max)
-{
-    int n = 0;
-    qsizetype start = 0;
-    eachSeparator(text, [&](qsizetype at) {
-        out[n++] = text.mid(start, at - start);
-        start = at + 1;
-        return n < max;
-    });
-    if (n < max) out[n++] = text.mid(start);
-    for (; n < max; ++n) out[n] = QStringView();
-}
 
 bool rowdetail::fieldAt(QStringView text, int i, QStringView &out)
 {

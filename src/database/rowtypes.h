@@ -13,18 +13,74 @@
 #include <QString>
 #include <QStringView>
 #include <algorithm>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 #include <optional>
 #include <type_traits>
 
 namespace qor {
 
 namespace rowdetail {
+// Calls found(at) for each FieldSep of text in order until it returns false.
+// Fields are short: separators are picked straight from the characters, as a
+// library search per field costs more than the field.
+template <class Found> Q_ALWAYS_INLINE void eachSeparator(QStringView text, Found &&found)
+{
+    const char16_t *p = text.utf16();
+    const qsizetype n = text.size();
+    const char16_t sep = FieldSep.unicode();
+    qsizetype i = 0;
+#if defined(__SSE2__)
+    const __m128i want = _mm_set1_epi16(qint16(sep));
+    for (; i + 8 <= n; i += 8) {
+        unsigned m = unsigned(
+            _mm_movemask_epi8(_mm_cmpeq_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i)), want)));
+        while (m) {
+            if (!found(i + (__builtin_ctz(m) >> 1))) return;
+            m &= m - 1;
+            m &= m - 1;  // two mask bits per character
+        }
+    }
+#endif
+    for (; i < n; ++i)
+        if (p[i] == sep && !found(i)) return;
+}
+
 // Cuts text at FieldSep into at most max views; gives the number of fields
 // the text has, or max + 1 when it has more (those are not stored).
-int splitFields(QStringView text, QStringView *out, int max);
+Q_ALWAYS_INLINE int splitFields(QStringView text, QStringView *out, int max)
+{
+    int n = 0;  // separators seen
+    qsizetype start = 0;
+    bool more = false;
+    eachSeparator(text, [&](qsizetype at) {
+        out[n++] = QStringView(text.utf16() + start, at - start);
+        start = at + 1;
+        more = n == max;
+        return !more;
+    });
+    if (more) return max + 1;
+    out[n] = QStringView(text.utf16() + start, text.size() - start);
+    return n + 1;
+}
+
 // The first max fields of text, missing ones empty and further ones left
 // out: what the writer saves of a row that lacks fields or has extra ones.
-void looseFields(QStringView text, QStringView *out, int max);
+Q_ALWAYS_INLINE void looseFields(QStringView text, QStringView *out, int max)
+{
+    int n = 0;
+    qsizetype start = 0;
+    eachSeparator(text, [&](qsizetype at) {
+        out[n++] = QStringView(text.utf16() + start, at - start);
+        start = at + 1;
+        return n < max;
+    });
+    if (n < max) out[n++] = QStringView(text.utf16() + start, text.size() - start);
+    for (; n < max; ++n) out[n] = QStringView();
+}
+
 // Field i of text without reading past it; false when the text has fewer fields.
 bool fieldAt(QStringView text, int i, QStringView &out);
 
