@@ -11,6 +11,7 @@
 #include "rows.h"
 
 #include <QString>
+#include <QStringList>
 #include <QStringView>
 #include <algorithm>
 
