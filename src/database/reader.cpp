@@ -1140,8 +1140,8 @@ private:
                 archived = true;
             }
             // The price part is what stands before the first " - " of price,
-            // " - " and name.
-            const QString sort = regional::sortPrice(ItemRow::priceTextOf(price));
+            // " - " and name: a price ending in " -" ends earlier.
+            const QString sort = regional::sortPrice(ItemRow::priceTextOf(price + ItemRow::Divider));
             // Sized exactly, the name decoded straight into place.
             const Span item = m_tags.element("item");
             const char *const nameBytes = m_rec.constData() + item.at;
