@@ -13,7 +13,7 @@
 #include "database/database.h"
 #include "database/keyedlist.h"
 #include "database/regional.h"
-#include "database/rows.h"
+#include "database/rowtypes.h"
 
 #include <QByteArray>
 #include <QDate>
@@ -172,9 +172,11 @@ int childMain(const QStringList &args) {
             const QString bp = QStringLiteral("Bench %1").arg(i % 7);
             const QString cid = QString::number(900000 + i);
             const QString name = randomPersonName(rng);
-            keys.push_back(bp + qor::FieldSep + cid + qor::FieldSep);
-            texts.push_back(qor::joinFields({bp, name, cid, QStringLiteral("12.5"),
-                                             QStringLiteral("7x2") + qor::ItemSep + QStringLiteral("12"), QString()}));
+            keys.push_back(qor::record::keyFor(bp, cid));
+            texts.push_back(qor::InvoiceRecordRow{bp, name, cid, QStringLiteral("12.5"),
+                                                  qor::ItemEntry::join({QStringLiteral("7x2"), QStringLiteral("12")}),
+                                                  QString()}
+                                .text());
         }
         auto t0 = Clock::now();
         for (int i = 0; i < n; ++i) t.add(keys[size_t(i)], texts[size_t(i)]);

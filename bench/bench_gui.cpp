@@ -15,7 +15,7 @@
 #include "printing/printingpanel.h"
 #include "uiservices/dialogservice.h"
 #include "database/database.h"
-#include "database/rows.h"
+#include "database/rowtypes.h"
 #include "shell/frmqor.h"
 #include "shell/settingsstore.h"
 
@@ -96,7 +96,7 @@ void selectPosition(CustomerPanel *cp, int position) {
 int archivedCustomers(const Database &db) {
     int n = 0;
     db.lvwCustomers.forEach([&](QStringView, QStringView text) {
-        if (isArchivedCustomerText(text)) ++n;
+        if (customer::isArchived(text)) ++n;
         return true;
     });
     return n;

@@ -2,7 +2,7 @@
 
 #include "database/database.h"
 #include "database/regional.h"
-#include "database/rows.h"
+#include "database/rowtypes.h"
 
 #include <QDate>
 #include <QFile>
@@ -116,9 +116,9 @@ void generate(Database &db, const DbParams &p) {
             ? QStringLiteral("(%1) 555-%2").arg(200 + rng.below(700)).arg(rng.below(10000), 4, 10, QLatin1Char('0'))
             : QString();
         const QString notes = rng.chance(12) ? QString::fromUtf8(rng.pick(CustomerNotes)) : QString();
-        const QStringList fields = {archived ? ArchiveMark + name : name, fname, lname, add1, add2, add3,
-                                    email, phone, notes};
-        db.lvwCustomers.append(QString::number(cid) + QLatin1Char('k'), joinFields(fields));
+        const CustomerRow row{archived ? ArchiveMark + name : name, fname, lname, add1, add2, add3,
+                              email, phone, notes};
+        db.lvwCustomers.append(numberKey(qint64(cid)), row.text());
     }
     db.lvwCustomers.resort();
 
@@ -134,8 +134,7 @@ void generate(Database &db, const DbParams &p) {
         if (rng.chance(30)) name += QStringLiteral(" #%1").arg(psid);
         const bool archived = rng.chance(5);
         db.lvwPAndS.append(QString::number(psid) + QLatin1Char('k'),
-                           regional::sortPrice(priceText) + (archived ? ArchiveMark : QString())
-                               + priceText + QStringLiteral(" - ") + name);
+                           ItemRow{regional::sortPrice(priceText), archived, item::listTextFor(priceText, name)}.text());
     }
     db.lvwPAndS.resort();
 
@@ -146,9 +145,9 @@ void generate(Database &db, const DbParams &p) {
         const QDate start(2017 + i / 12, 1 + i % 12, 1);
         const QString name = QStringLiteral("%1 %2").arg(QString::fromUtf8(MonthNames[size_t(i % 12)])).arg(start.year());
         periodName[size_t(i)] = name;
-        const QStringList fields = {chrono(start), name, chrono(start.addMonths(1).addDays(-1)),
-                                    chrono(start.addMonths(1).addDays(14))};
-        db.lvwPeriods.append(name + FieldSep, joinFields(fields));
+        const PeriodRow row{chrono(start), name, chrono(start.addMonths(1).addDays(-1)),
+                            chrono(start.addMonths(1).addDays(14))};
+        db.lvwPeriods.append(period::keyFor(name), row.text());
     }
     db.lvwPeriods.resort();
 
@@ -177,9 +176,9 @@ void generate(Database &db, const DbParams &p) {
             const QString note = rng.chance(22) ? QString::fromUtf8(rng.pick(RecordNotes)) : QString();
             const QString cidText = QString::number(cid);
             const QString &bp = periodName[size_t(i)];
-            const QStringList fields = {bp, displayName[size_t(cid)], cidText, regional::singleText(balance),
-                                        items.join(ItemSep), note};
-            db.lvwInvoiceRecords.append(bp + FieldSep + cidText + FieldSep, joinFields(fields));
+            const InvoiceRecordRow row{bp, displayName[size_t(cid)], cidText, regional::singleText(balance),
+                                       ItemEntry::join(items), note};
+            db.lvwInvoiceRecords.append(record::keyFor(bp, cidText), row.text());
         }
     }
     db.lvwInvoiceRecords.resort();

@@ -226,12 +226,9 @@ QStringList Database::fillInvoiceRecordNames()
         if (lvwInvoiceRecords.textView(i).size() > (qsizetype(1) << 20)) {
             // A huge record (a note of many megabytes) gets its name in place
             // rather than being built a second time beside itself.
-            const qsizetype at = rec->period.size() + 1;
             QString own = lvwInvoiceRecords.text(i);
             lvwInvoiceRecords.setText(i, QString());
-            own.reserve(own.size() + name.size() + 1);
-            own.insert(at, name + FieldSep);
-            own.squeeze();
+            record::nameInPlace(own, name);
             lvwInvoiceRecords.setText(i, std::move(own));
             continue;
         }

@@ -15,6 +15,7 @@
 #include "codec.h"
 #include "database.h"
 #include "regional.h"
+#include "rowtypes.h"
 
 #include <QDir>
 #include <QFile>
@@ -1042,35 +1043,45 @@ private:
             const qsizetype firstLen = decodedLength(s + first.at, first.len);
             const qsizetype lastLen = decodedLength(s + last.at, last.len);
             const qsizetype displayLen = last.len > 0 ? lastLen + 2 + firstLen : firstLen;
-            qsizetype total = (addMark ? ArchiveMark.size() : 0) + displayLen + 1 + firstLen + 1 + lastLen;
-            for (const Span &sp : rest) total += 1 + decodedLength(s + sp.at, sp.len);
+            qsizetype total = (addMark ? ArchiveMark.size() : 0) + displayLen + firstLen + lastLen +
+                              CustomerRow::SeparatorCount;
+            for (const Span &sp : rest) total += decodedLength(s + sp.at, sp.len);
             QString row(total, Qt::Uninitialized);
             char16_t *const r0 = reinterpret_cast<char16_t *>(row.data());
-            char16_t *d = r0;
-            if (addMark) d = std::copy(ArchiveMark.utf16(), ArchiveMark.utf16() + ArchiveMark.size(), d);
-            if (last.len > 0) {
-                d = putDecoded(d, s + last.at, last.len);
-                *d++ = u',';
-                *d++ = u' ';
-            }
-            d = putDecoded(d, s + first.at, first.len);
             const qsizetype nameAt = (addMark || markedName) ? ArchiveMark.size() : 0;
-            const qsizetype nameLen = (d - r0) - nameAt;
-            *d++ = FieldSep.unicode();
-            d = putDecoded(d, s + first.at, first.len);
-            *d++ = FieldSep.unicode();
-            d = putDecoded(d, s + last.at, last.len);
-            for (int i = 0; i < 6; ++i) {
-                *d++ = FieldSep.unicode();
-                // The note is read last: a huge one gives its bytes back as it goes.
-                const bool huge = i == 5 && rest[i].len >= (qsizetype(64) << 20);
-                d = huge ? putDecodedReleasing(d, s + rest[i].at, rest[i].len)
-                         : putDecoded(d, s + rest[i].at, rest[i].len);
-            }
-            Q_ASSERT(d - r0 == total);
+            qsizetype nameLen = 0;
+            using F = CustomerRow::Field;
+            char16_t *const end = CustomerRow::compose(r0, [&](F f, char16_t *d) {
+                switch (f) {
+                case F::DisplayName:
+                    if (addMark) d = std::copy(ArchiveMark.utf16(), ArchiveMark.utf16() + ArchiveMark.size(), d);
+                    if (last.len > 0) {
+                        d = putDecoded(d, s + last.at, last.len);
+                        *d++ = u',';
+                        *d++ = u' ';
+                    }
+                    d = putDecoded(d, s + first.at, first.len);
+                    nameLen = (d - r0) - nameAt;
+                    return d;
+                case F::FirstName: return putDecoded(d, s + first.at, first.len);
+                case F::LastName: return putDecoded(d, s + last.at, last.len);
+                case F::Address1: return putDecoded(d, s + rest[0].at, rest[0].len);
+                case F::Address2: return putDecoded(d, s + rest[1].at, rest[1].len);
+                case F::Address3: return putDecoded(d, s + rest[2].at, rest[2].len);
+                case F::Email: return putDecoded(d, s + rest[3].at, rest[3].len);
+                case F::Phone: return putDecoded(d, s + rest[4].at, rest[4].len);
+                case F::Notes:
+                    // The note is read last: a huge one gives its bytes back as it goes.
+                    return rest[5].len >= (qsizetype(64) << 20) ? putDecodedReleasing(d, s + rest[5].at, rest[5].len)
+                                                                : putDecoded(d, s + rest[5].at, rest[5].len);
+                }
+                return d;
+            });
+            Q_ASSERT(end - r0 == total);
+            Q_UNUSED(end);
             m_nameAt.push_back({m_namePool.size(), nameLen});
             m_namePool += QStringView(row).mid(nameAt, nameLen);
-            if (!addRow(m_db.lvwCustomers, number + u'k', std::move(row), headerLine,
+            if (!addRow(m_db.lvwCustomers, numberKey(number), std::move(row), headerLine,
                         [&] { return QStringLiteral("a second customer with the number %1").arg(number); })) {
                 m_nameAt.pop_back();
                 return;
@@ -1092,16 +1103,9 @@ private:
             }
             if (m_rec.isEmpty()) continue;  // nothing but the end of the file
             m_tags.build(m_rec);
-            const QString name = element("bpname");
-            QString row = element("bpstart");
-            row += FieldSep;
-            row += name;
-            row += FieldSep;
-            appendElement(row, "bpend");
-            row += FieldSep;
-            appendElement(row, "billdue");
-            if (!addRow(m_db.lvwPeriods, name + FieldSep, std::move(row), firstLine,
-                        [&] { return QStringLiteral("a second bill period named \"%1\"").arg(name); }))
+            const PeriodRow row{element("bpstart"), element("bpname"), element("bpend"), element("billdue")};
+            if (!addRow(m_db.lvwPeriods, period::keyFor(row.name), row.text(), firstLine,
+                        [&] { return QStringLiteral("a second bill period named \"%1\"").arg(row.name); }))
                 return;
         }
     }
@@ -1135,24 +1139,27 @@ private:
                 price.remove(0, marks);
                 archived = true;
             }
-            price += u" - ";
             // The price part is what stands before the first " - " of price,
-            // " - " and name; the separator itself bounds it.
-            const QString sort = regional::sortPrice(QStringView(price).left(price.indexOf(u" - ")));
+            // " - " and name: a price ending in " -" ends earlier.
+            const QString sort = regional::sortPrice(ItemRow::priceTextOf(price + ItemRow::Divider));
             // Sized exactly, the name decoded straight into place.
             const Span item = m_tags.element("item");
             const char *const nameBytes = m_rec.constData() + item.at;
-            QString row(sort.size() + (archived ? ArchiveMark.size() : 0) + price.size() +
-                            decodedLength(nameBytes, item.len),
+            QString row(ItemRow::composedSize(archived, sort.size(), price.size(), decodedLength(nameBytes, item.len)),
                         Qt::Uninitialized);
-            char16_t *d = reinterpret_cast<char16_t *>(row.data());
-            d = std::copy(sort.utf16(), sort.utf16() + sort.size(), d);
-            if (archived) d = std::copy(ArchiveMark.utf16(), ArchiveMark.utf16() + ArchiveMark.size(), d);
-            d = std::copy(price.utf16(), price.utf16() + price.size(), d);
-            // The name is read last: a huge one gives its bytes back as it goes.
-            if (item.len >= (qsizetype(64) << 20)) putDecodedReleasing(d, nameBytes, item.len);
-            else putDecoded(d, nameBytes, item.len);
-            if (!addRow(m_db.lvwPAndS, number + u'k', std::move(row), headerLine,
+            using F = ItemRow::Field;
+            ItemRow::compose(reinterpret_cast<char16_t *>(row.data()), archived, [&](F f, char16_t *d) {
+                switch (f) {
+                case F::SortPrice: return std::copy(sort.utf16(), sort.utf16() + sort.size(), d);
+                case F::PriceText: return std::copy(price.utf16(), price.utf16() + price.size(), d);
+                case F::Name:
+                    // The name is read last: a huge one gives its bytes back as it goes.
+                    return item.len >= (qsizetype(64) << 20) ? putDecodedReleasing(d, nameBytes, item.len)
+                                                             : putDecoded(d, nameBytes, item.len);
+                }
+                return d;
+            });
+            if (!addRow(m_db.lvwPAndS, numberKey(number), std::move(row), headerLine,
                         [&] { return QStringLiteral("a second item with the number %1").arg(number); }))
                 return;
             m_items.insert(number, 1);
@@ -1431,7 +1438,7 @@ private:
                     if (!m_tags.entry(name, len, entry)) break;
                 }
                 entries.push_back(entry);
-                entryBytes += entry.len + 1;
+                entryBytes += entry.len;
             }
 
             // The customer's name when the customer is known already, so the
@@ -1451,41 +1458,52 @@ private:
             // the bytes (decoding never makes a value longer).
             PendingRecord &pending = m_batch[m_batched];
             QString &key = pending.key;
-            key.resize(bp.len + cid.len + 2);
+            using F = InvoiceRecordRow::Field;
+            key.resize(bp.len + cid.len + InvoiceRecordRow::KeySeparatorCount);
             char16_t *const k = reinterpret_cast<char16_t *>(key.data());
-            char16_t *kd = putDecoded(k, s + bp.at, bp.len);
-            *kd++ = FieldSep.unicode();
-            const qsizetype cidAt = kd - k;
-            kd = putDecoded(kd, s + cid.at, cid.len);
-            *kd++ = FieldSep.unicode();
-            const qsizetype keyLen = kd - k;
+            qsizetype periodLen = 0, cidAt = 0, cidLen = 0;
+            const qsizetype keyLen = InvoiceRecordRow::composeKey(k, [&](F f, char16_t *d) {
+                char16_t *const at = d;
+                if (f == F::Period) {
+                    d = putDecoded(d, s + bp.at, bp.len);
+                    periodLen = d - at;
+                } else {
+                    cidAt = at - k;
+                    d = putDecoded(d, s + cid.at, cid.len);
+                    cidLen = d - at;
+                }
+                return d;
+            }) - k;
             if (keyLen < key.size()) key.truncate(keyLen);
             m_db.lvwInvoiceRecords.prefetch(key);
 
-            const qsizetype nameLen = named ? customerName.size() + 1 : 0;
-            QString row(keyLen + nameLen + balance.len + 1 + std::max<qsizetype>(entryBytes, 1) + note.len,
+            const qsizetype nameLen = named ? customerName.size() : 0;
+            QString row(keyLen - InvoiceRecordRow::KeySeparatorCount + nameLen + balance.len + entryBytes +
+                            ItemEntry::separatorCount(qsizetype(entries.size())) + note.len +
+                            InvoiceRecordRow::separatorCount(named),
                         Qt::Uninitialized);
             char16_t *const r = reinterpret_cast<char16_t *>(row.data());
-            char16_t *d = std::copy(k, k + cidAt, r);
-            if (named) {
-                d = std::copy(customerName.utf16(), customerName.utf16() + customerName.size(), d);
-                *d++ = FieldSep.unicode();
-            }
-            d = std::copy(k + cidAt, k + keyLen, d);
-            d = putDecoded(d, s + balance.at, balance.len);
-            *d++ = FieldSep.unicode();
-            for (size_t e = 0; e < entries.size(); ++e) {
-                if (e) *d++ = ItemSep.unicode();
-                d = putDecoded(d, s + entries[e].at, entries[e].len);
-            }
-            *d++ = FieldSep.unicode();
             // A huge note gives its bytes back as it is decoded, unless
             // something read later lies in them (a file edited by hand).
             auto apart = [&note](Span o) { return o.at + o.len <= note.at || o.at >= note.at + note.len; };
             bool release = note.len >= (qsizetype(64) << 20) && apart(bp) && apart(cid);
             for (const Span &entry : entries) release = release && apart(entry);
-            d = release ? putDecodedReleasing(d, s + note.at, note.len) : putDecoded(d, s + note.at, note.len);
-            if (d - r < row.size()) row.truncate(d - r);
+            char16_t *const end = InvoiceRecordRow::compose(r, named, [&](F f, char16_t *d) {
+                switch (f) {
+                case F::Period: return std::copy(k, k + periodLen, d);
+                case F::CustomerName: return std::copy(customerName.utf16(), customerName.utf16() + customerName.size(), d);
+                case F::Cid: return std::copy(k + cidAt, k + cidAt + cidLen, d);
+                case F::Balance: return putDecoded(d, s + balance.at, balance.len);
+                case F::Items:
+                    return ItemEntry::compose(d, qsizetype(entries.size()), [&](qsizetype e, char16_t *d) {
+                        return putDecoded(d, s + entries[size_t(e)].at, entries[size_t(e)].len);
+                    });
+                case F::Note:
+                    return release ? putDecodedReleasing(d, s + note.at, note.len) : putDecoded(d, s + note.at, note.len);
+                }
+                return d;
+            });
+            if (end - r < row.size()) row.truncate(end - r);
 
             pending.row = std::move(row);
             pending.line = firstLine;

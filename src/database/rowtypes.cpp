@@ -1,19 +1,7 @@
 #include "rowtypes.h"
 
-namespace qor {
 
-int rowdetail::splitFields(QStringView text, QStringView *out, int max)
-{
-    int n = 0;
-    qsizetype start = 0;
-    for (;;) {
-        const qsizetype at = text.indexOf(FieldSep, start);
-        if (n < max) out[n] = at < 0 ? text.mid(start) : text.mid(start, at - start);
-        ++n;
-        if (at < 0) return n;
-        start = at + 1;
-    }
-}
+namespace qor {
 
 bool rowdetail::fieldAt(QStringView text, int i, QStringView &out)
 {
@@ -101,6 +89,17 @@ QString item::archivedText(QStringView text)
     return v.text();
 }
 
+// ---------------------------------------------------------------- periods
+
+QString period::keyFor(QStringView name)
+{
+    QString k;
+    k.reserve(name.size() + 1);
+    k += name;
+    k += FieldSep;
+    return k;
+}
+
 // ---------------------------------------------------------------- records
 
 ItemEntry ItemEntry::parse(QStringView entry)
@@ -117,6 +116,18 @@ QString ItemEntry::make(const QString &number, int quantity)
 }
 
 QString record::keyFor(const QString &period, const QString &cid) { return period + FieldSep + cid + FieldSep; }
+
+void record::nameInPlace(QString &text, QStringView customerName)
+{
+    const qsizetype at = text.indexOf(FieldSep) + 1;
+    QString field;
+    field.reserve(customerName.size() + 1);
+    field += customerName;
+    field += FieldSep;
+    text.reserve(text.size() + field.size());
+    text.insert(at, field);
+    text.squeeze();
+}
 
 bool record::isUnnamed(QStringView text) { return text.count(FieldSep) == InvoiceRecordRow::UnnamedFieldCount - 1; }
 

@@ -11,16 +11,77 @@
 #include "rows.h"
 
 #include <QString>
+#include <QStringList>
 #include <QStringView>
+#include <algorithm>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 #include <optional>
 #include <type_traits>
 
 namespace qor {
 
 namespace rowdetail {
+// Calls found(at) for each FieldSep of text in order until it returns false.
+// Fields are short: separators are picked straight from the characters, as a
+// library search per field costs more than the field.
+template <class Found> Q_ALWAYS_INLINE void eachSeparator(QStringView text, Found &&found)
+{
+    const char16_t *p = text.utf16();
+    const qsizetype n = text.size();
+    const char16_t sep = FieldSep.unicode();
+    qsizetype i = 0;
+#if defined(__SSE2__)
+    const __m128i want = _mm_set1_epi16(qint16(sep));
+    for (; i + 8 <= n; i += 8) {
+        unsigned m = unsigned(
+            _mm_movemask_epi8(_mm_cmpeq_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i)), want)));
+        while (m) {
+            if (!found(i + (__builtin_ctz(m) >> 1))) return;
+            m &= m - 1;
+            m &= m - 1;  // two mask bits per character
+        }
+    }
+#endif
+    for (; i < n; ++i)
+        if (p[i] == sep && !found(i)) return;
+}
+
 // Cuts text at FieldSep into at most max views; gives the number of fields
-// the text has (which may be more than max: those are not stored).
-int splitFields(QStringView text, QStringView *out, int max);
+// the text has, or max + 1 when it has more (those are not stored).
+Q_ALWAYS_INLINE int splitFields(QStringView text, QStringView *out, int max)
+{
+    int n = 0;  // separators seen
+    qsizetype start = 0;
+    bool more = false;
+    eachSeparator(text, [&](qsizetype at) {
+        out[n++] = QStringView(text.utf16() + start, at - start);
+        start = at + 1;
+        more = n == max;
+        return !more;
+    });
+    if (more) return max + 1;
+    out[n] = QStringView(text.utf16() + start, text.size() - start);
+    return n + 1;
+}
+
+// The first max fields of text, missing ones empty and further ones left
+// out: what the writer saves of a row that lacks fields or has extra ones.
+Q_ALWAYS_INLINE void looseFields(QStringView text, QStringView *out, int max)
+{
+    int n = 0;
+    qsizetype start = 0;
+    eachSeparator(text, [&](qsizetype at) {
+        out[n++] = QStringView(text.utf16() + start, at - start);
+        start = at + 1;
+        return n < max;
+    });
+    if (n < max) out[n++] = QStringView(text.utf16() + start, text.size() - start);
+    for (; n < max; ++n) out[n] = QStringView();
+}
+
 // Field i of text without reading past it; false when the text has fewer fields.
 bool fieldAt(QStringView text, int i, QStringView &out);
 
@@ -47,6 +108,10 @@ template <class S> struct BasicCustomerRow {
     S firstName, lastName, address1, address2, address3, email, phone, notes;
 
     // Entry field i (0..7) in the order of the customer panel's fields.
+    // The fields in row order, for compose().
+    enum class Field { DisplayName, FirstName, LastName, Address1, Address2, Address3, Email, Phone, Notes };
+    static constexpr int SeparatorCount = FieldCount - 1;
+
     S &entry(int i)
     {
         switch (i) {
@@ -79,6 +144,30 @@ template <class S> struct BasicCustomerRow {
         r.displayName = rowdetail::take<S>(f[0]);
         for (int i = 0; i < EntryCount; ++i) r.entry(i) = rowdetail::take<S>(f[i + 1]);
         return r;
+    }
+    // The fields of any text by their places, missing ones empty: the writer
+    // saves whatever a table holds.
+    static BasicCustomerRow loose(QStringView text)
+    {
+        QStringView f[FieldCount];
+        rowdetail::looseFields(text, f, FieldCount);
+        BasicCustomerRow r;
+        r.displayName = rowdetail::take<S>(f[0]);
+        for (int i = 0; i < EntryCount; ++i) r.entry(i) = rowdetail::take<S>(f[i + 1]);
+        return r;
+    }
+    // Writes a row in place from d on: put(Field, d) writes the characters of
+    // one field and gives their end. For the reader, which decodes straight
+    // into a row sized beforehand (the fields' lengths and SeparatorCount).
+    template <class Put> static char16_t *compose(char16_t *d, Put &&put)
+    {
+        d = put(Field::DisplayName, d);
+        for (Field f : {Field::FirstName, Field::LastName, Field::Address1, Field::Address2, Field::Address3,
+                        Field::Email, Field::Phone, Field::Notes}) {
+            *d++ = FieldSep.unicode();
+            d = put(f, d);
+        }
+        return d;
     }
     QString text() const
     {
@@ -116,11 +205,11 @@ template <class S> struct BasicItemRow {
     S listText;  // what the lists show: price text, " - ", name
 
     // The price as the user sees it, and the name: split at the first " - ".
-    QStringView priceText() const
+    QStringView priceText() const { return priceTextOf(listText); }
+    static QStringView priceTextOf(QStringView listText)
     {
-        const QStringView l(listText);
-        const qsizetype at = l.indexOf(Divider);
-        return at < 0 ? l : l.left(at);
+        const qsizetype at = listText.indexOf(Divider);
+        return at < 0 ? listText : listText.left(at);
     }
     QStringView name() const
     {
@@ -154,6 +243,24 @@ template <class S> struct BasicItemRow {
         return t;
     }
 
+    // The fields in row order, for compose().
+    enum class Field { SortPrice, PriceText, Name };
+    // The length of a row of fields this long.
+    static qsizetype composedSize(bool archived, qsizetype sortPrice, qsizetype priceText, qsizetype name)
+    {
+        return sortPrice + (archived ? ArchiveMark.size() : 0) + priceText + Divider.size() + name;
+    }
+    // Writes a row in place from d on: put(Field, d) writes the characters of
+    // one field and gives their end.
+    template <class Put> static char16_t *compose(char16_t *d, bool archived, Put &&put)
+    {
+        d = put(Field::SortPrice, d);
+        if (archived) d = std::copy(ArchiveMark.utf16(), ArchiveMark.utf16() + ArchiveMark.size(), d);
+        d = put(Field::PriceText, d);
+        d = std::copy(Divider.utf16(), Divider.utf16() + Divider.size(), d);
+        return put(Field::Name, d);
+    }
+
     static inline const QString Divider = QStringLiteral(" - ");
 };
 using ItemRow = BasicItemRow<QString>;
@@ -183,6 +290,14 @@ template <class S> struct BasicPeriodRow {
         return BasicPeriodRow{rowdetail::take<S>(f[0]), rowdetail::take<S>(f[1]), rowdetail::take<S>(f[2]),
                               rowdetail::take<S>(f[3])};
     }
+    // The fields of any text by their places, missing ones empty.
+    static BasicPeriodRow loose(QStringView text)
+    {
+        QStringView f[FieldCount];
+        rowdetail::looseFields(text, f, FieldCount);
+        return BasicPeriodRow{rowdetail::take<S>(f[0]), rowdetail::take<S>(f[1]), rowdetail::take<S>(f[2]),
+                              rowdetail::take<S>(f[3])};
+    }
     QString text() const
     {
         QString t;
@@ -197,6 +312,11 @@ template <class S> struct BasicPeriodRow {
 using PeriodRow = BasicPeriodRow<QString>;
 using PeriodView = BasicPeriodRow<QStringView>;
 
+namespace period {
+// The key of a period: its name and FieldSep.
+QString keyFor(QStringView name);
+}  // namespace period
+
 // ---------------------------------------------------------------------------
 // One entry of an invoice record's item list: "12" (one of item 12) or "12x3".
 struct ItemEntry {
@@ -206,18 +326,37 @@ struct ItemEntry {
     static ItemEntry parse(QStringView entry);
     // "12" for one, "12x3" for three.
     static QString make(const QString &number, int quantity);
-    // Calls f(ItemEntry, QStringView entryText) for each entry of an item
-    // list, empty ones included; stops when f returns false.
+    // Calls f(QStringView entryText) for each entry of an item list, empty
+    // ones included (an empty list is one empty entry); stops when f returns
+    // false. Entries are short: a plain walk beats a library search each.
+    template <class F> static void forEachText(QStringView list, F &&f)
+    {
+        const char16_t *p = list.utf16();
+        const qsizetype n = list.size();
+        qsizetype start = 0;
+        for (qsizetype i = 0; i < n; ++i) {
+            if (p[i] != ItemSep.unicode()) continue;
+            if (!f(QStringView(p + start, i - start))) return;
+            start = i + 1;
+        }
+        f(QStringView(p + start, n - start));
+    }
+    // Calls f(ItemEntry, QStringView entryText) for each entry, as forEachText.
     template <class F> static void forEach(QStringView list, F &&f)
     {
-        qsizetype start = 0;
-        for (;;) {
-            const qsizetype at = list.indexOf(ItemSep, start);
-            const QStringView e = at < 0 ? list.mid(start) : list.mid(start, at - start);
-            if (!f(parse(e), e)) return;
-            if (at < 0) return;
-            start = at + 1;
+        forEachText(list, [&f](QStringView e) { return f(parse(e), e); });
+    }
+    // The separators of a list of count entries.
+    static constexpr qsizetype separatorCount(qsizetype count) { return count > 1 ? count - 1 : 0; }
+    // Writes a list of count entries in place from d on: put(i, d) writes
+    // entry i and gives its end.
+    template <class Put> static char16_t *compose(char16_t *d, qsizetype count, Put &&put)
+    {
+        for (qsizetype i = 0; i < count; ++i) {
+            if (i) *d++ = ItemSep.unicode();
+            d = put(i, d);
         }
+        return d;
     }
     static QString join(const QStringList &entries) { return entries.join(ItemSep); }
 };
@@ -234,6 +373,11 @@ template <class S> struct BasicInvoiceRecord {
     S items;         // entries joined by ItemSep (see ItemEntry)
     S note;
     bool named = true;  // false for the five-field form
+
+    // The fields in row order, for compose() and composeKey().
+    enum class Field { Period, CustomerName, Cid, Balance, Items, Note };
+    static constexpr int separatorCount(bool named) { return (named ? FieldCount : UnnamedFieldCount) - 1; }
+    static constexpr int KeySeparatorCount = 2;
 
     // Six fields, or five (then named is false); anything else is not a record.
     static std::optional<BasicInvoiceRecord> parse(QStringView text)
@@ -260,6 +404,48 @@ template <class S> struct BasicInvoiceRecord {
         }
         return r;
     }
+    // The fields of any text by the places of the six-field form, missing
+    // ones empty: the writer saves whatever a table holds.
+    static BasicInvoiceRecord loose(QStringView text)
+    {
+        QStringView f[FieldCount];
+        rowdetail::looseFields(text, f, FieldCount);
+        BasicInvoiceRecord r;
+        r.period = rowdetail::take<S>(f[0]);
+        r.customerName = rowdetail::take<S>(f[1]);
+        r.cid = rowdetail::take<S>(f[2]);
+        r.balance = rowdetail::take<S>(f[3]);
+        r.items = rowdetail::take<S>(f[4]);
+        r.note = rowdetail::take<S>(f[5]);
+        return r;
+    }
+    // Writes a row in place from d on, the six-field form when named, else
+    // the five-field one: put(Field, d) writes one field and gives its end.
+    template <class Put> static char16_t *compose(char16_t *d, bool named, Put &&put)
+    {
+        d = put(Field::Period, d);
+        *d++ = FieldSep.unicode();
+        if (named) {
+            d = put(Field::CustomerName, d);
+            *d++ = FieldSep.unicode();
+        }
+        for (Field f : {Field::Cid, Field::Balance, Field::Items}) {
+            d = put(f, d);
+            *d++ = FieldSep.unicode();
+        }
+        return put(Field::Note, d);
+    }
+    // Writes a record's key in place (see record::keyFor): put is called
+    // for Field::Period and Field::Cid.
+    template <class Put> static char16_t *composeKey(char16_t *d, Put &&put)
+    {
+        d = put(Field::Period, d);
+        *d++ = FieldSep.unicode();
+        d = put(Field::Cid, d);
+        *d++ = FieldSep.unicode();
+        return d;
+    }
+
     // The six-field form (the five-field form when named is false).
     QString text() const
     {
@@ -297,6 +483,9 @@ namespace record {
 QString keyFor(const QString &period, const QString &cid);
 // True for the five-field form of right after a read.
 bool isUnnamed(QStringView text);
+// Gives a five-field text its customer name in place, without building the
+// row a second time beside itself (a record may hold a note of megabytes).
+void nameInPlace(QString &text, QStringView customerName);
 }  // namespace record
 
 }  // namespace qor

@@ -4,6 +4,7 @@
 // save costs little more than copying the bytes.
 #include "codec.h"
 #include "database.h"
+#include "rowtypes.h"
 
 #include <QIODevice>
 
@@ -247,43 +248,6 @@ private:
     bool m_ok = true;
 };
 
-// Field i of a packed row (0-based); missing fields read as empty.
-struct Fields {
-    static constexpr int Max = 10;
-    qsizetype at[Max + 1];  // start of field i; at[i + 1] - 1 is its end
-    int count = 0;
-    const char16_t *p;
-    Fields(QStringView text, QChar sep) : p(text.utf16())
-    {
-        // Separator positions straight from the characters; the fields are
-        // short and a library search per field costs more than the field.
-        const qsizetype n = text.size();
-        const char16_t c = sep.unicode();
-        at[0] = 0;
-        qsizetype i = 0;
-#if defined(__SSE2__)
-        const __m128i want = _mm_set1_epi16(qint16(c));
-        for (; i + 8 <= n && count < Max - 1; i += 8) {
-            unsigned m = unsigned(_mm_movemask_epi8(
-                _mm_cmpeq_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p + i)), want)));
-            while (m && count < Max - 1) {
-                at[++count] = i + (__builtin_ctz(m) >> 1) + 1;
-                m &= m - 1;
-                m &= m - 1;  // two mask bits per character
-            }
-        }
-        if (count) i = std::max(i, at[count]);
-#endif
-        for (; i < n && count < Max - 1; ++i)
-            if (p[i] == c) at[++count] = i + 1;
-        at[++count] = n + 1;
-    }
-    QStringView operator[](int i) const
-    {
-        return i < count ? QStringView(p + at[i], at[i + 1] - 1 - at[i]) : QStringView();
-    }
-};
-
 void writeCompanyInfo(Out &o, const std::array<QString, CompanyFieldCount> &c)
 {
     o.lit("<QOR-DB>\r\n\r\n\t<CompanyInfo>\r\n");
@@ -308,16 +272,16 @@ void writeCustomers(Out &o, const KeyedList &customers)
         for (QChar ch : key)
             if (ch != u'k') o.attribute(QStringView(&ch, 1));
         o.lit("\">\r\n");
-        const Fields f(text, FieldSep);
-        o.element(3, "FName", f[1]);
-        o.element(3, "LName", f[2]);
-        o.element(3, "Add1", f[3]);
-        o.element(3, "Add2", f[4]);
-        o.element(3, "Add3", f[5]);
-        o.element(3, "Email", f[6]);
-        o.element(3, "Phone", f[7]);
-        o.element(3, "Notes", f[8]);
-        o.element(3, "Current", f[0].startsWith(ArchiveMark) ? u"No" : u"Yes");
+        const CustomerView c = CustomerView::loose(text);
+        o.element(3, "FName", c.firstName);
+        o.element(3, "LName", c.lastName);
+        o.element(3, "Add1", c.address1);
+        o.element(3, "Add2", c.address2);
+        o.element(3, "Add3", c.address3);
+        o.element(3, "Email", c.email);
+        o.element(3, "Phone", c.phone);
+        o.element(3, "Notes", c.notes);
+        o.element(3, "Current", c.archived() ? u"No" : u"Yes");
         o.lit("\t\t</Customer>\r\n");
         return true;
     });
@@ -329,11 +293,11 @@ void writeBillPeriods(Out &o, const KeyedList &periods)
     o.lit("\r\n\t<BillPeriods>\r\n");
     periods.forEach([&o](QStringView, QStringView text) {
         o.lit("\t\t<BillPeriod>\r\n");
-        const Fields f(text, FieldSep);
-        o.element(3, "BPName", f[1]);
-        o.element(3, "BPStart", f[0]);
-        o.element(3, "BPEnd", f[2]);
-        o.element(3, "BillDue", f[3]);
+        const PeriodView p = PeriodView::loose(text);
+        o.element(3, "BPName", p.name);
+        o.element(3, "BPStart", p.start);
+        o.element(3, "BPEnd", p.end);
+        o.element(3, "BillDue", p.billDue);
         o.lit("\t\t</BillPeriod>\r\n");
         return true;
     });
@@ -344,19 +308,13 @@ void writeProductsAndServices(Out &o, const KeyedList &products)
 {
     o.lit("\r\n\t<ProductsAndServices>\r\n");
     products.forEach([&o](QStringView key, QStringView text) {
-        // Price part: from character 13 to the first " - "; the name follows it.
-        const QStringView rest = afterSortPrice(text);
-        const qsizetype dash = rest.indexOf(u" - ");
-        QStringView price = dash < 0 ? rest : rest.left(dash);
-        const QStringView name = dash < 0 ? QStringView() : rest.mid(dash + 3);
-        const bool archived = price.startsWith(ArchiveMark);
-        if (archived) price = price.mid(ArchiveMark.size());
+        const ItemView item = ItemView::parse(text);
         o.lit("\t\t<PS PSID=\"");
         o.attribute(key.chopped(key.isEmpty() ? 0 : 1));
         o.lit("\">\r\n");
-        o.element(3, "Item", name);
-        o.element(3, "ItemPrice", price);
-        o.element(3, "Current", archived ? u"No" : u"Yes");
+        o.element(3, "Item", item.name());
+        o.element(3, "ItemPrice", item.priceText());
+        o.element(3, "Current", item.archived ? u"No" : u"Yes");
         o.lit("\t\t</PS>\r\n");
         return true;
     });
@@ -368,31 +326,25 @@ void writeInvoiceRecords(Out &o, const KeyedList &records)
     o.lit("\r\n\t<InvoiceRecords>\r\n");
     records.forEach([&o](QStringView, QStringView text) {
         o.lit("\t\t<InvoiceRecord>\r\n");
-        const Fields f(text, FieldSep);
-        o.element(3, "BP", f[0]);
-        o.element(3, "CID", f[2]);
-        o.element(3, "AccountBalance", f[3]);
+        const InvoiceRecordView r = InvoiceRecordView::loose(text);
+        o.element(3, "BP", r.period);
+        o.element(3, "CID", r.cid);
+        o.element(3, "AccountBalance", r.balance);
         // Entries keep the number of their place. An empty entry is written
         // as an empty element: a gap in the numbers would end the list there
-        // on the next load.
-        const QStringView items = f[4];
-        const char16_t *p = items.utf16();
-        const qsizetype n = items.size();
-        qsizetype start = 0;
-        qint64 number = 0;
-        for (qsizetype i = 0; i <= n; ++i) {
-            if (i < n && p[i] != ItemSep.unicode()) continue;
-            ++number;
-            if (n > 0) {
+        // on the next load. An empty list has no entries.
+        if (!r.items.isEmpty()) {
+            qint64 number = 0;
+            ItemEntry::forEachText(r.items, [&o, &number](QStringView entry) {
                 o.lit("\t\t\t<PSID Number=\"");
-                o.number(number);
+                o.number(++number);
                 o.lit("\">");
-                o.value(items.mid(start, i - start));
+                o.value(entry);
                 o.lit("</PSID>\r\n");
-            }
-            start = i + 1;
+                return true;
+            });
         }
-        o.element(3, "Note", f[5]);
+        o.element(3, "Note", r.note);
         o.lit("\t\t</InvoiceRecord>\r\n");
         return true;
     });

@@ -3,7 +3,7 @@
 
 #include "customers/customerpanel.h"
 #include "database/database.h"
-#include "database/rows.h"
+#include "database/rowtypes.h"
 
 using namespace qor;
 using namespace qor::testing;
@@ -24,8 +24,8 @@ class TstCustomerPanel : public QObject {
     void checkListMatchesTable() {
         QStringList names, keys, shownKeys;
         table().forEach([&](QStringView k, QStringView t) {
-            if (isArchivedCustomerText(t) || fieldSepCount(t) != 8) return true;
-            names << t.left(t.indexOf(FieldSep)).toString();
+            if (customer::isArchived(t) || !CustomerView::parse(t)) return true;
+            names << customer::displayNameOf(t).toString();
             keys << k.toString();
             return true;
         });
@@ -64,12 +64,12 @@ private slots:
         QVERIFY(m_answers->last().text.contains(ArchiveMark));
         retype(field(1), QStringLiteral("Lee"));
         click(btn("cmdAddNew"));
-        QCOMPARE(splitFields(table().textOf(u"1k")).mid(0, 3), QStringList({"Lee, Ann", "Ann", "Lee"}));
+        QCOMPARE(table().textOf(u"1k").split(FieldSep).mid(0, 3), QStringList({"Lee, Ann", "Ann", "Lee"}));
         m_answers->answer = QMessageBox::Ok;
         retype(field(0), ArchiveMark);
         click(btn("cmdAddNew"));
-        QCOMPARE(splitFields(table().textOf(u"1k")).mid(0, 3), QStringList({"Lee, Ann", "Ann", "Lee"}));
-        QVERIFY(!isArchivedCustomerText(table().textOf(u"1k")));
+        QCOMPARE(table().textOf(u"1k").split(FieldSep).mid(0, 3), QStringList({"Lee, Ann", "Ann", "Lee"}));
+        QVERIFY(!customer::isArchived(table().textOf(u"1k")));
     }
 
     // From an empty panel to four customers; edits, undo, apply.
@@ -85,7 +85,7 @@ private slots:
         QTest::keyClicks(field(5), QString(130, 'e'));  // typing stops at the field's length
         QTest::keyClicks(field(7), "gate\rdog");
         click(btn("cmdAddNew"));
-        QCOMPARE(splitFields(table().textOf(u"1k")),
+        QCOMPARE(table().textOf(u"1k").split(FieldSep),
                  QStringList({"Smith, Jo", "Jo", "Smith", "", "", "", QString(128, 'e'), "", "gate\ndog"}));
         QCOMPARE(buttons(), "&New Customer / &Delete Existing");
         QVERIFY(btn("cmdPrint")->isVisible() && m_w->databaseChanged());
@@ -270,7 +270,7 @@ private slots:
         QList<DbCustomer> start;
         for (int i = 1; i <= 40; ++i) start.append({i, "F", QStringLiteral("L%1").arg(i, 3, 10, QLatin1Char('0'))});
         open(start);
-        auto row = [](const QString &last) { return joinFields({last + ", F", "F", last, "", "", "", "", "", ""}); };
+        auto row = [](const QString &last) { return CustomerRow{last + ", F", "F", last, "", "", "", "", "", ""}.text(); };
         table().remove(u"1k");  // removed, added, broken, archived, renamed, traded places
         table().add("41k", row("L020a"));
         table().add("43k", "Broken" + QString(FieldSep));
@@ -327,7 +327,7 @@ private slots:
         m_w = openWindow(0);
         QCOMPARE(rowTexts(list()), QStringList({"Adams, Eve", "Zeller, Ann"}));
         QCOMPARE(currentText(list()), "Zeller, Ann");  // the recalled position
-        QVERIFY(isArchivedCustomerText(table().textOf(u"3k")));
+        QVERIFY(customer::isArchived(table().textOf(u"3k")));
         clickRow(list(), 1);
         QCOMPARE(cp()->fieldText(7), "back\ndoor");  // the note keeps its line break
     }

@@ -43,6 +43,10 @@ inline QByteArray crlf(const QList<QByteArray> &lines)
     return out;
 }
 
+// A row text of these fields as a table holds it. The tests pack rows raw,
+// so that they can also hold rows no row type would build.
+inline QString joined(const QStringList &l) { return l.join(qor::FieldSep); }
+
 inline QString fields(std::initializer_list<const char *> parts)
 {
     QStringList l;

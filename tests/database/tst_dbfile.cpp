@@ -341,7 +341,7 @@ private slots:
         for (int c = 1; c <= 500; ++c) {
             const QString last = QStringLiteral("Last%1").arg(c);
             db.lvwCustomers.append(QString::number(c) + u'k',
-                                   joinFields({last + ", First", "First", last, "Street & Co", "", "", "", "", ""}));
+                                   joined({last + ", First", "First", last, "Street & Co", "", "", "", "", ""}));
         }
         db.lvwCustomers.add("9999k", fields({"Long", "Long", "", "", "", "", "", ""}) + FieldSep + QString(9 << 20, u'x'));
         db.lvwPAndS.add("1k", QStringLiteral("000000005.00$5.00 - Five"));

@@ -233,13 +233,13 @@ private slots:
             const bool archived = cid % 2 == 0;
             const QString name = (archived ? ArchiveMark : QString()) + t + QStringLiteral(", N");
             db.lvwCustomers.add(QString::number(cid) + u'k',
-                                joinFields({name, QStringLiteral("N"), t, t, {}, {}, {}, {}, t}));
+                                joined({name, QStringLiteral("N"), t, t, {}, {}, {}, {}, t}));
         }
         db.company[0] = tricky[3];
         db.company[8] = tricky[0];
-        db.lvwPeriods.add(tricky[1] + FieldSep, joinFields({QStringLiteral("2024/01/01"), tricky[1], tricky[2], {}}));
+        db.lvwPeriods.add(tricky[1] + FieldSep, joined({QStringLiteral("2024/01/01"), tricky[1], tricky[2], {}}));
         db.lvwPAndS.add("1k", QStringLiteral("000000001.00$1.00 - ") + tricky[6]);
-        db.lvwInvoiceRecords.add(fields({"P", "1", ""}), joinFields({QStringLiteral("P"), tricky[0] + QStringLiteral(", N"), QStringLiteral("1"),
+        db.lvwInvoiceRecords.add(fields({"P", "1", ""}), joined({QStringLiteral("P"), tricky[0] + QStringLiteral(", N"), QStringLiteral("1"),
                                                                       QStringLiteral("0"), QStringLiteral("1"), tricky[5]}));
         Database back;
         const Loaded l = load(back, dir, db.serialize());

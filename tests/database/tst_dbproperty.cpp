@@ -101,13 +101,13 @@ private slots:
                 QString name = typed[1].isEmpty() ? typed[0] : typed[1] + QStringLiteral(", ") + typed[0];
                 if (t.bounded(3) == 0) name.prepend(ArchiveMark);
                 names << withoutMark(name);
-                db.lvwCustomers.add(QString::number(c) + u'k', joinFields(QStringList{name} + typed));
+                db.lvwCustomers.add(QString::number(c) + u'k', joined(QStringList{name} + typed));
             }
             for (int p = 0; p < 3; ++p) {
                 QStringList f{t.text(), t.text(), t.text(), t.text()};
                 for (QString &x : f) x.remove(FieldSep).remove(ItemSep);
                 f[1] += QString::number(p);  // names are keys: unique
-                db.lvwPeriods.add(f[1] + FieldSep, joinFields(f));
+                db.lvwPeriods.add(f[1] + FieldSep, joined(f));
             }
             for (int i = 1; i <= 5; ++i) {
                 QString price = t.text(3), name = t.text();
@@ -133,7 +133,7 @@ private slots:
                 f[3].remove(FieldSep).remove(ItemSep);
                 f[5].remove(FieldSep).remove(ItemSep);
                 if (f[4].isEmpty()) f[4] = QStringLiteral("1");  // a record has items
-                db.lvwInvoiceRecords.add(bp + FieldSep + f[2] + FieldSep, joinFields(f));
+                db.lvwInvoiceRecords.add(bp + FieldSep + f[2] + FieldSep, joined(f));
             }
 
             const QByteArray saved = db.serialize();

@@ -168,6 +168,84 @@ private slots:
         QCOMPARE(n, 1);
     }
 
+    // What the reader and the writer use: loose views of rows with too few or
+    // too many fields, rows composed in place, a name put into a five-field
+    // record, item lists walked entry by entry. Fields longer than eight
+    // characters take the wide separator search.
+    void readerAndWriterForms()
+    {
+        const QString longField(20, u'q');
+        const QString nine = sep({"Yu, Kim", "Kim", "Yu", "1 Road", "", "Town", "k@y.example", "0123", "n"});
+        const QString extra = nine + FieldSep + longField;
+        QVERIFY(!CustomerView::parse(extra));
+        QStringView f[CustomerRow::FieldCount];
+        QCOMPARE(rowdetail::splitFields(extra + FieldSep + u"x"_s, f, CustomerRow::FieldCount), CustomerRow::FieldCount + 1);
+        QCOMPARE(f[CustomerRow::FieldCount - 1], u"n");
+        QCOMPARE(CustomerView::loose(extra).notes, u"n");
+        const CustomerView few = CustomerView::loose(longField + FieldSep + longField);
+        QCOMPARE(few.firstName, longField);
+        QVERIFY(few.lastName.isEmpty() && few.notes.isEmpty());
+        QCOMPARE(PeriodView::loose(u"2024/01/01"_s).start, u"2024/01/01");
+        const QString six = sep({"Jan", "Yu, Kim", "2", "4.5", "12", "note"});
+        const InvoiceRecordView r = InvoiceRecordView::loose(six + FieldSep + longField);
+        QCOMPARE(r.cid, u"2");
+        QCOMPARE(r.note, u"note");
+
+        // compose gives what text() gives, for both record forms.
+        for (bool named : {true, false}) {
+            InvoiceRecordRow row{u"Jan"_s, u"Yu, Kim"_s, u"2"_s, longField, ItemEntry::join({u"12"_s, u"7x3"_s}), u""_s};
+            row.named = named;
+            const QList<QString> items{u"12"_s, u"7x3"_s};
+            QString built(row.text().size(), Qt::Uninitialized);
+            using F = InvoiceRecordRow::Field;
+            char16_t *const b = reinterpret_cast<char16_t *>(built.data());
+            char16_t *end = InvoiceRecordRow::compose(b, named, [&](F f, char16_t *d) {
+                auto put = [d](const QString &v) { return std::copy(v.utf16(), v.utf16() + v.size(), d); };
+                switch (f) {
+                case F::Period: return put(row.period);
+                case F::CustomerName: return put(row.customerName);
+                case F::Cid: return put(row.cid);
+                case F::Balance: return put(row.balance);
+                case F::Items:
+                    return ItemEntry::compose(d, items.size(), [&](qsizetype i, char16_t *e) {
+                        return std::copy(items[i].utf16(), items[i].utf16() + items[i].size(), e);
+                    });
+                case F::Note: return put(row.note);
+                }
+                return d;
+            });
+            QCOMPARE(end - b, built.size());
+            QCOMPARE(built, row.text());
+            QCOMPARE(built.size(), row.period.size() + (named ? row.customerName.size() : 0) + row.cid.size() +
+                                       row.balance.size() + row.items.size() + row.note.size() +
+                                       InvoiceRecordRow::separatorCount(named));
+            if (!named) {
+                QString own = built;
+                record::nameInPlace(own, u"Yu, Kim"_s);
+                row.named = true;
+                QCOMPARE(own, row.text());
+            }
+        }
+        const ItemRow item{u"000000001.00"_s, true, u"$1.00 - Stamp"_s};
+        QString built(ItemRow::composedSize(true, 12, 5, 5), Qt::Uninitialized);
+        ItemRow::compose(reinterpret_cast<char16_t *>(built.data()), true, [](ItemRow::Field f, char16_t *d) {
+            const QString v = f == ItemRow::Field::SortPrice ? u"000000001.00"_s
+                              : f == ItemRow::Field::PriceText ? u"$1.00"_s : u"Stamp"_s;
+            return std::copy(v.utf16(), v.utf16() + v.size(), d);
+        });
+        QCOMPARE(built, item.text());
+        // A price ending in " -" runs into the divider: the first " - " ends it.
+        QCOMPARE(ItemRow::priceTextOf(u"$1 - - x"_s), u"$1");
+
+        QStringList seen;
+        const auto collect = [&seen](QStringView e) { seen << e.toString(); return true; };
+        ItemEntry::forEachText(QString(u"12"_s + ItemSep + ItemSep + u"7x3"_s), collect);
+        QCOMPARE(seen, QStringList({u"12"_s, u""_s, u"7x3"_s}));
+        seen.clear();
+        ItemEntry::forEachText(QStringView(), collect);
+        QCOMPARE(seen, QStringList({u""_s}));
+    }
+
     void keys()
     {
         QCOMPARE(numberKey(41), u"41k");

@@ -2,7 +2,7 @@
 #include "panelharness.h"
 
 #include "database/database.h"
-#include "database/rows.h"
+#include "database/rowtypes.h"
 #include "products/productpanel.h"
 
 using namespace qor;
@@ -148,7 +148,7 @@ private slots:
         m_w = openWindow(1);
         QCOMPARE(rowTexts(list()), QStringList({"$20.00 - Mop", "$1,234.50 - Fence & gate"}));
         QCOMPARE(table().textOf(u"4k"), "000001234.50$1,234.50 - Fence & gate");
-        QVERIFY(isArchivedItemText(table().textOf(u"2k")));
+        QVERIFY(item::isArchived(table().textOf(u"2k")));
         for (int i = 0; i < 2; ++i) click(btn("cmdCancelNewItem"));  // the last one gone: nothing to delete
         QCOMPARE(buttons(), "&New Product or Service / -&Delete Existing");
     }

@@ -5,7 +5,7 @@
 #include "billing/invoicetree.h"
 #include "billing/frmchecking.h"
 #include "database/database.h"
-#include "database/rows.h"
+#include "database/rowtypes.h"
 #include "printing/printingpanel.h"
 #include "printing/printoptionspanel.h"
 #include "shell/appcontext.h"
@@ -456,10 +456,10 @@ private slots:
 
         // Table order; a row without exactly three separators is left out.
         KeyedList &periods = ctx.database.lvwPeriods;
-        periods.add(u"1k"_s, joinFields({"2024/01/31", "January 2024", "2024/01/01", "2024/02/15"}));
-        periods.add(u"2k"_s, joinFields({"2024/02/29", "February 2024", "2024/02/01", "2024/03/15"}));
-        periods.add(u"3k"_s, joinFields({"2024/02/30", "broken", "2024/02/01"}));
-        periods.add(u"4k"_s, joinFields({"2024/03/31", "March 2024", "2024/03/01", "2024/04/15"}));
+        periods.add(u"1k"_s, QStringList({"2024/01/31", "January 2024", "2024/01/01", "2024/02/15"}).join(FieldSep));
+        periods.add(u"2k"_s, QStringList({"2024/02/29", "February 2024", "2024/02/01", "2024/03/15"}).join(FieldSep));
+        periods.add(u"3k"_s, QStringList({"2024/02/30", "broken", "2024/02/01"}).join(FieldSep));
+        periods.add(u"4k"_s, QStringList({"2024/03/31", "March 2024", "2024/03/01", "2024/04/15"}).join(FieldSep));
         for (int twice = 0; twice < 2; ++twice) {  // a refresh starts from nothing
             bills.refreshBillPeriodList();
             printing.refreshBillPeriodList();
@@ -502,14 +502,14 @@ private slots:
         // The product list leaves archived rows out and makes the first current.
         QTreeWidget *list = p.productList();
         KeyedList &items = ctx.database.lvwPAndS;
-        items.add(u"1k"_s, u"000000012.50"_s + joinFields({"$12.50 - Mowing", "Mowing", "12.50"}));
+        items.add(u"1k"_s, u"000000012.50"_s + QStringList({"$12.50 - Mowing", "Mowing", "12.50"}).join(FieldSep));
         items.add(u"2k"_s, u"000000003.00"_s + ArchiveMark + u"$3.00 - Old"_s);
         items.add(u"3k"_s, u"000000001.00$1.00 - Stamp"_s);
         for (int twice = 0; twice < 2; ++twice) {  // rebuilt from nothing
             p.refreshProductList();
             QCOMPARE(list->topLevelItemCount(), 2);
             QCOMPARE(list->topLevelItem(0)->text(0), u"$1.00 - Stamp"_s);
-            QCOMPARE(list->topLevelItem(1)->text(0), joinFields({"$12.50 - Mowing", "Mowing", "12.50"}));
+            QCOMPARE(list->topLevelItem(1)->text(0), QStringList({"$12.50 - Mowing", "Mowing", "12.50"}).join(FieldSep));
             QCOMPARE(list->topLevelItem(1)->data(0, Qt::UserRole).toString(), u"1k"_s);
             QCOMPARE(list->currentItem(), list->topLevelItem(0));
         }
