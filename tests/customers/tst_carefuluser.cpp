@@ -4,6 +4,7 @@
 #include "panelharness.h"
 
 #include "customers/customerpanel.h"
+#include "database/rowtypes.h"
 #include "database/database.h"
 #include "database/rows.h"
 #include "products/productpanel.h"
@@ -27,7 +28,7 @@ class TstCarefulUser : public QObject {
     QTreeWidget *list() { return cp()->list(); }
     KeyedList &table() { return m_w->db().lvwCustomers; }
     QString buttons() { return buttonPair(btn("cmdAddNew"), btn("cmdUndo")); }
-    QStringList stored(const char *key) { return splitFields(table().textOf(QString::fromLatin1(key))); }
+    CustomerRow stored(const char *key) { return CustomerRow::parse(table().textOf(QString::fromLatin1(key))).value_or(CustomerRow{}); }
 
     void open(int panel = 0) {
         discard(m_w);
@@ -78,7 +79,7 @@ private slots:
         QCOMPARE(m_answers->last().title, "ABANDON ALL CHANGES???");
         QVERIFY(list()->currentItem() && list()->currentItem()->isSelected());
         const QString key = currentKey(list());
-        QCOMPARE(cp()->fieldText(0) + " " + cp()->fieldText(1), stored(key.toLatin1()).mid(1, 2).join(' '));
+        QCOMPARE(cp()->fieldText(0) + " " + cp()->fieldText(1), stored(key.toLatin1()).firstName + " " + stored(key.toLatin1()).lastName);
         QCOMPARE(buttons(), "&New Customer / &Delete Existing");
         QCOMPARE(applyMark(), key);
         QCOMPARE(table().count(), 8);
@@ -117,8 +118,8 @@ private slots:
         else QTest::keyClicks(list(), keys);
         const QString now = currentKey(list());
         QVERIFY2(now != start, "the highlight did not move");
-        QCOMPARE(field(0)->property("Tag").toString(), stored(now.toLatin1()).at(1));
-        QCOMPARE(cp()->fieldText(1), stored(now.toLatin1()).at(2));
+        QCOMPARE(field(0)->property("Tag").toString(), stored(now.toLatin1()).firstName);
+        QCOMPARE(cp()->fieldText(1), stored(now.toLatin1()).lastName);
         QCOMPARE(cp()->loadedKey(), now);
         QCOMPARE(applyMark(), now);
     }
@@ -135,9 +136,9 @@ private slots:
             list()->setCurrentItem(list()->topLevelItem(6));
         }
         click(btn("cmdAddNew"));
-        QCOMPARE(stored(loaded.toLatin1()).at(7), "555");
-        QCOMPARE(stored(loaded.toLatin1()).at(1), "Bob");
-        QCOMPARE(stored("7k").at(7), "");
+        QCOMPARE(stored(loaded.toLatin1()).phone, "555");
+        QCOMPARE(stored(loaded.toLatin1()).firstName, "Bob");
+        QCOMPARE(stored("7k").phone, "");
     }
 
     // Products: Delete Existing deletes only a highlighted row.
