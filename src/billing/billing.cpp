@@ -289,12 +289,9 @@ struct PeriodWalk {
             CurrentTotal = 0;
             CurrentItems.clear();
         } else {
-            if (!CurrentItems.isEmpty()) CurrentItems += ItemSep;
-            CurrentItems += QString::number(key.mid(8, 8).toLongLong());
             const QString text = tree.text(node);
             CurrentTotal += billedItemAmount(text, currencySymbol);
-            const qint16 quantity = parseBilledQuantity(text);
-            if (quantity > 1) CurrentItems += u'x' + QString::number(quantity);
+            ItemEntry::append(CurrentItems, QString::number(key.mid(8, 8).toLongLong()), parseBilledQuantity(text));
         }
         for (int child : tree.childrenOf(node)) walkInvoiceTree(child, depth + 1);
     }
@@ -336,10 +333,6 @@ void resetNewPeriodTree(InvoiceTree &tree, const Database &db)
 }
 
 namespace {
-bool isRecordOf(QStringView text, const QString &period)
-{
-    return text.size() > period.size() && text[period.size()] == FieldSep && text.startsWith(period);
-}
 
 // What both trees show of one record, worked out once for the two.
 struct ShownRecord {
@@ -444,10 +437,10 @@ std::vector<QStringView> recordsOf(const Database &db, const QString &period)
     const KeyedList &records = db.lvwInvoiceRecords;
     const QString after = period + QChar(u'\u0002');
     const int n = records.count();
-    for (int i = lowerBound(records, period + FieldSep); i <= n; ++i) {
+    for (int i = lowerBound(records, record::periodStart(period)); i <= n; ++i) {
         const QStringView text = records.textView(i);
         if (compareRowText(text, after) >= 0) break;
-        if (isRecordOf(text, period)) out.push_back(text);
+        if (record::isOfPeriod(text, period)) out.push_back(text);
     }
     return out;
 }

@@ -326,6 +326,12 @@ struct ItemEntry {
     static ItemEntry parse(QStringView entry);
     // "12" for one, "12x3" for three.
     static QString make(const QString &number, int quantity);
+    // Adds an entry at the end of an item list.
+    static void append(QString &list, const QString &number, int quantity)
+    {
+        if (!list.isEmpty()) list += ItemSep;
+        list += make(number, quantity);
+    }
     // Calls f(QStringView entryText) for each entry of an item list, empty
     // ones included (an empty list is one empty entry); stops when f returns
     // false. Entries are short: a plain walk beats a library search each.
@@ -483,6 +489,13 @@ namespace record {
 QString keyFor(const QString &period, const QString &cid);
 // True for the five-field form of right after a read.
 bool isUnnamed(QStringView text);
+// Whether a record text belongs to the period: its first field is the name.
+inline bool isOfPeriod(QStringView text, QStringView period)
+{
+    return text.size() > period.size() && text[period.size()] == FieldSep && text.startsWith(period);
+}
+// Every record text of a period sorts at or after this one.
+inline QString periodStart(const QString &period) { return period + FieldSep; }
 // Gives a five-field text its customer name in place, without building the
 // row a second time beside itself (a record may hold a note of megabytes).
 void nameInPlace(QString &text, QStringView customerName);
