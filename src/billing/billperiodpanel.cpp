@@ -37,7 +37,6 @@ const QString NameInEntry = QStringLiteral("Bill Period Name:");
 const QString NameInView = QStringLiteral("Bill Period:");
 }  // namespace caption
 
-const QString AppTitle = QStringLiteral("QOR");
 
 QString titleOf(const billing::Prompt &p) { return p.title.isEmpty() ? AppTitle : p.title; }
 

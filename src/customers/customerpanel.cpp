@@ -464,7 +464,7 @@ bool CustomerPanel::entryStorable()
     QStringList typed;
     for (int i = 0; i < FieldCount; ++i) typed.append(fieldText(i));
     const QString why = entry::customerProblem(typed);
-    if (!why.isEmpty()) DialogService::current().warning(ctx.mainWindow(), QStringLiteral("QOR"), why);
+    if (!why.isEmpty()) DialogService::current().warning(ctx.mainWindow(), AppTitle, why);
     return why.isEmpty();
 }
 
@@ -483,7 +483,7 @@ void CustomerPanel::applyCustomerEdit()
     Database &db = ctx.db();
     if (fieldText(0).isEmpty()) {
         // The first name is the one required field, for an edit as for a new entry.
-        DialogService::current().warning(ctx.mainWindow(), QStringLiteral("QOR"),
+        DialogService::current().warning(ctx.mainWindow(), AppTitle,
                                          QStringLiteral("A customer needs at least a first name."));
         return;
     }

@@ -15,7 +15,6 @@
 namespace qor::maintenance {
 
 namespace {
-const QString Title = QStringLiteral("QOR");
 }
 
 qint32 currentVersion() {
@@ -136,12 +135,12 @@ void VersionCheck::replyFinished() {
         report(Outcome::NewVersion);
         return;
     }
-    DialogService::current().message(m_window, {QMessageBox::NoIcon, Title, latestVersionText()});
+    DialogService::current().message(m_window, {QMessageBox::NoIcon, AppTitle, latestVersionText()});
     report(Outcome::UpToDate);
 }
 
 void VersionCheck::fail() {
-    DialogService::current().message(m_window, {QMessageBox::NoIcon, Title, unableToConnectText()});
+    DialogService::current().message(m_window, {QMessageBox::NoIcon, AppTitle, unableToConnectText()});
     report(Outcome::Failed);
 }
 

@@ -199,7 +199,7 @@ bool ProductPanel::addProduct()
     if (!regional::isNumeric(price)) return false;
     const ItemRow row = item::make(regional::sortPrice(price), regional::formatCurrency(regional::priceValue(price)), name);
     if (const QString why = entry::productProblem(regional::formatCurrency(regional::priceValue(price)), name); !why.isEmpty()) {
-        DialogService::current().warning(ctx.mainWindow(), QStringLiteral("QOR"), why);
+        DialogService::current().warning(ctx.mainWindow(), AppTitle, why);
         return false;
     }
     if (findProductRow(row.listText) > 0) {

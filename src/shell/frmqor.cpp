@@ -448,7 +448,7 @@ void FrmQOR::closeEvent(QCloseEvent *event) {
         const QString text = QStringLiteral("Your database has changed.") + CRLF + CRLF +
                              QStringLiteral("Do you want to save the changes?");
         const auto answer = DialogService::current().warning(
-            this, QStringLiteral("QOR"), text, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel,
+            this, AppTitle, text, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel,
             QMessageBox::Yes);
         if (answer == QMessageBox::Yes) {
             if (!saveDatabase()) {

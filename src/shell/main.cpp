@@ -22,7 +22,7 @@ int main(int argc, char *argv[]) {
     if (!guard.isFirstInstance()) {
         // Nothing has been touched yet: no settings, no database.
         qor::DialogService::current().message(
-            nullptr, {QMessageBox::NoIcon, QStringLiteral("QOR"), QStringLiteral("QOR is already running."),
+            nullptr, {QMessageBox::NoIcon, qor::AppTitle, QStringLiteral("QOR is already running."),
                       QMessageBox::Ok, QMessageBox::NoButton});
         return 0;
     }

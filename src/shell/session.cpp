@@ -32,7 +32,7 @@ ReadResult Session::load()
                              .arg(QDir::toNativeSeparators(m_path), QString::fromLocal8Bit(e.what()));
     }
     if (result.status == ReadResult::Status::Rejected) {
-        DialogService::current().warning(m_owner, QStringLiteral("QOR"), result.message);
+        DialogService::current().warning(m_owner, AppTitle, result.message);
     } else if (result.status == ReadResult::Status::Read) {
         m_db.setChanged(false);
         m_db.announceFileRead();
@@ -54,7 +54,7 @@ bool Session::save()
                              .arg(QDir::toNativeSeparators(m_path), QString::fromLocal8Bit(e.what()));
     }
     if (!result.ok) {
-        DialogService::current().critical(m_owner, QStringLiteral("QOR"), result.message);
+        DialogService::current().critical(m_owner, AppTitle, result.message);
         return false;
     }
     m_db.setChanged(false);
@@ -115,7 +115,7 @@ QString Session::changePath(FileButton button)
     // A name that is taken, also once ".xml" is added, would not be new.
     if (button == FileButton::New && (QFileInfo::exists(path) || QFileInfo::exists(withXmlExtension(path)))) {
         DialogService::current().message(
-            m_owner, {QMessageBox::NoIcon, QStringLiteral("QOR"),
+            m_owner, {QMessageBox::NoIcon, AppTitle,
                       QStringLiteral("If you want to create a new database,") + CRLF +
                           QStringLiteral("you'll need to type in a new (unique) file name."),
                       QMessageBox::Ok, QMessageBox::NoButton});
@@ -170,7 +170,7 @@ bool Session::closeBooks()
     if (path.isEmpty() || QFileInfo::exists(path) || QFileInfo::exists(withXmlExtension(path))) {
         DialogService::current().message(
             m_owner,
-            {QMessageBox::NoIcon, QStringLiteral("QOR"),
+            {QMessageBox::NoIcon, AppTitle,
              QStringLiteral("If you want to close the books and continue with a new database,") + CRLF +
                  QStringLiteral("you'll need to type in a new (unique) file name for the new database."),
              QMessageBox::Ok, QMessageBox::NoButton});

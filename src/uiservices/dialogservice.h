@@ -19,6 +19,9 @@ class QWidget;
 
 namespace qor {
 
+// The title of a message box that names no title of its own.
+inline const QString AppTitle = QStringLiteral("QOR");
+
 class DialogService {
 public:
     struct Message {
