@@ -1,0 +1,193 @@
+// The money type: one reading of price texts under every language setting,
+// the stored form of balances, the currency form, saturation.
+#include "database/money.h"
+
+#include <QTest>
+
+using namespace qor;
+
+namespace {
+const char *const Locales[] = {"en_US", "de_DE", "fr_FR", "de_CH", "C", "ja_JP"};
+const QString nbsp = QStringLiteral("\u00A0");
+}  // namespace
+
+class TestMoney : public QObject {
+    Q_OBJECT
+
+private slots:
+    void cleanup() { QLocale::setDefault(QLocale::c()); }
+
+    void priceTexts_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<qint64>("cents");  // -1 with unreadable = nothing
+        QTest::addColumn<bool>("readable");
+        auto row = [](const char *name, const QString &text, qint64 cents, bool readable = true) {
+            QTest::newRow(name) << text << cents << readable;
+        };
+        row("dollars", "$1,234.50", 123450);
+        row("euros", "1.234,50 \u20AC", 123450);
+        row("pounds", "\u00A312.50", 1250);
+        row("comma cents", "25,00 \u20AC", 2500);
+        row("one comma decimal", "12,5", 1250);
+        row("one dot decimal", "12.5", 1250);
+        row("whole", "7", 700);
+        row("swiss", "CHF 1'234.50", 123450);
+        row("minus euros", "-5,00 \u20AC", -500);
+        row("parentheses", "($5.00)", -500);
+        row("trailing minus", "5.00-", -500);
+        row("french blanks", "1\u202F234,50" + nbsp + "\u20AC", 123450);
+        row("comma groups", "1,200", 120000);
+        row("dot groups", "1.200", 120000);
+        row("millions", "1.234.567,89", 123456789);
+        row("leading point", ".5", 50);
+        row("trailing point", "5.", 500);
+        row("code after", "12.50 EUR", 1250);
+        row("abbreviation", "Fr. 12.50", 1250);
+        row("minus sign", "\u22125", -500);
+        row("no digits", "free", -1, false);
+        row("empty", "", -1, false);
+        row("letters inside", "12abc3", -1, false);
+        row("double mark", "1..2", -1, false);
+        row("two signs", "--5", -1, false);
+        row("sign and brackets", "(-5)", -1, false);
+        row("open bracket", "(5", -1, false);
+        row("digits after code", "12 kr 5", -1, false);
+        row("too large", "99999999999999999", -1, false);
+    }
+    void priceTexts()
+    {
+        // The same text gives the same amount under every language setting.
+        QFETCH(QString, text);
+        QFETCH(qint64, cents);
+        QFETCH(bool, readable);
+        for (const char *name : Locales) {
+            QLocale::setDefault(QLocale(QString::fromLatin1(name)));
+            const auto m = Money::fromPriceText(text);
+            QCOMPARE(m.has_value(), readable);
+            if (readable) QCOMPARE(m->cents(), cents);
+        }
+    }
+
+    void typedAmounts_data()
+    {
+        QTest::addColumn<QString>("locale");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<qint64>("cents");
+        QTest::addColumn<int>("problem");
+        const int ok = int(Money::EntryProblem::None), nan = int(Money::EntryProblem::NotAPrice),
+                  decimals = int(Money::EntryProblem::TooManyDecimals);
+        QTest::newRow("grouped balance") << "en_US" << "1,200" << qint64(120000) << ok;
+        QTest::newRow("english thousandth") << "en_US" << "1.234" << qint64(0) << decimals;
+        QTest::newRow("german thousands") << "de_DE" << "1.234" << qint64(123400) << ok;
+        QTest::newRow("german thousandth") << "de_DE" << "1,234" << qint64(0) << decimals;
+        QTest::newRow("tenth of a cent") << "en_US" << "0.001" << qint64(0) << decimals;
+        QTest::newRow("four decimals") << "de_DE" << "1.2345" << qint64(0) << decimals;
+        QTest::newRow("mixed marks, three after") << "en_US" << "1.234,567" << qint64(0) << decimals;
+        QTest::newRow("short group") << "en_US" << "1,23.00" << qint64(0) << nan;
+        QTest::newRow("long first group") << "en_US" << "1234,567.00" << qint64(0) << nan;
+        QTest::newRow("indian groups") << "en_IN" << "1,23,456.00" << qint64(12345600) << ok;
+        QTest::newRow("same mark twice") << "en_US" << "1.234.50" << qint64(0) << nan;
+        QTest::newRow("zero grouped") << "de_DE" << "0.001" << qint64(0) << nan;
+        QTest::newRow("plain cents") << "de_DE" << "12,5" << qint64(1250) << ok;
+        QTest::newRow("currency form") << "en_US" << "($1,234.50)" << qint64(-123450) << ok;
+        QTest::newRow("words") << "en_US" << "ten" << qint64(0) << nan;
+    }
+    void typedAmounts()
+    {
+        QFETCH(QString, locale);
+        QFETCH(QString, text);
+        QFETCH(qint64, cents);
+        QFETCH(int, problem);
+        const auto r = Money::readTypedAmount(text, QLocale(locale));
+        QCOMPARE(int(r.problem), problem);
+        QCOMPARE(r.amount.has_value(), problem == int(Money::EntryProblem::None));
+        if (r.amount) QCOMPARE(r.amount->cents(), cents);
+    }
+
+    void storedTexts_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<qint64>("cents");
+        QTest::addColumn<bool>("readable");
+        QTest::addColumn<QString>("written");  // what the amount is written back as
+        QTest::newRow("half") << "16.5" << qint64(1650) << true << "16.5";
+        QTest::newRow("dimes") << "0.3" << qint64(30) << true << "0.3";
+        QTest::newRow("zero") << "0" << qint64(0) << true << "0";
+        QTest::newRow("large") << "200000.01" << qint64(20000001) << true << "200000.01";
+        QTest::newRow("float noise") << "100.189995" << qint64(10019) << true << "100.19";
+        QTest::newRow("half cent up") << "0.005" << qint64(1) << true << "0.01";
+        QTest::newRow("negative half cent") << "-0.005" << qint64(-1) << true << "-0.01";
+        QTest::newRow("exponent") << "1.5E+07" << qint64(1500000000) << true << "15000000";
+        QTest::newRow("small exponent") << "2.5e-1" << qint64(25) << true << "0.25";
+        QTest::newRow("blank before") << " 12" << qint64(1200) << true << "12";
+        QTest::newRow("negative") << "-5" << qint64(-500) << true << "-5";
+        QTest::newRow("trailing zeros") << "7.10" << qint64(710) << true << "7.1";
+        QTest::newRow("tiny") << "0.0000000000000000000000000000000000000000000001" << qint64(0) << true << "0";
+        QTest::newRow("huge exponent") << "1e300" << qint64(0) << false << "";
+        QTest::newRow("comma") << "1,5" << qint64(0) << false << "";
+        QTest::newRow("empty exponent") << "1e" << qint64(0) << false << "";
+        QTest::newRow("text") << "abc" << qint64(0) << false << "";
+    }
+    void storedTexts()
+    {
+        QFETCH(QString, text);
+        QFETCH(qint64, cents);
+        QFETCH(bool, readable);
+        QFETCH(QString, written);
+        const auto m = Money::fromStoredText(text);
+        QCOMPARE(m.has_value(), readable);
+        if (!readable) return;
+        QCOMPARE(m->cents(), cents);
+        QCOMPARE(m->toStoredText(), written);
+        QCOMPARE(Money::fromStoredText(written), m);
+    }
+
+    void currencyForms_data()
+    {
+        QTest::addColumn<QString>("locale");
+        QTest::addColumn<qint64>("cents");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("en") << "en_US" << qint64(123450) << "$1,234.50";
+        QTest::newRow("en negative") << "en_US" << qint64(-123450) << "($1,234.50)";
+        QTest::newRow("en under a dollar") << "en_US" << qint64(-5) << "($0.05)";
+        QTest::newRow("en zero") << "en_US" << qint64(0) << "$0.00";
+        QTest::newRow("de") << "de_DE" << qint64(-123450) << "-1.234,50" + nbsp + "\u20AC";
+        QTest::newRow("ja whole") << "ja_JP" << qint64(123400) << "\uFFE51,234";
+        QTest::newRow("ja cents") << "ja_JP" << qint64(123456) << "\uFFE51,234.56";
+        // Beyond what a double holds to the cent.
+        QTest::newRow("en huge") << "en_US" << qint64(900719925474099311) << "$9,007,199,254,740,993.11";
+    }
+    void currencyForms()
+    {
+        QFETCH(QString, locale);
+        QFETCH(qint64, cents);
+        QFETCH(QString, shown);
+        const QLocale loc(locale);
+        const Money m = Money::fromCents(cents);
+        QCOMPARE(m.toCurrencyText(loc), shown);
+        // What the program shows it reads back, under any setting.
+        if (qAbs(cents) <= Money::MaxCents) QCOMPARE(Money::fromPriceText(shown), m);
+    }
+
+    void arithmetic()
+    {
+        // Sums of dimes are exact where 32-bit floats drift.
+        Money sum;
+        for (int i = 0; i < 3; ++i) sum += *Money::fromPriceText(u"0.10");
+        QCOMPARE(sum.toStoredText(), QStringLiteral("0.3"));
+        QCOMPARE((*Money::fromPriceText(u"$200,000.00") + Money::fromCents(1)).toCurrencyText(QLocale(QLocale::English, QLocale::UnitedStates)),
+                 QStringLiteral("$200,000.01"));
+        QCOMPARE(Money::fromCents(1650).times(3).cents(), 4950);
+        // Saturation keeps the sign.
+        const Money big = Money::fromCents(std::numeric_limits<qint64>::max() - 1);
+        QVERIFY((big + big).isPositive());
+        QVERIFY((-big - big).isNegative());
+        QVERIFY(big.times(-3).isNegative());
+        QCOMPARE(Money::fromCents(1234).toPlainText(), QStringLiteral("12.34"));
+        QCOMPARE(Money::fromCents(-5).toPlainText(), QStringLiteral("-0.05"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestMoney)
+#include "tst_money.moc"
