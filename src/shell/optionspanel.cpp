@@ -1,5 +1,6 @@
 #include "shell/optionspanel.h"
 
+#include "mailgui/frmemailsettings.h"
 #include "shell/settingsstore.h"
 #include "uiservices/assetpaths.h"
 #include "uiservices/hovercommand.h"
@@ -65,6 +66,10 @@ OptionsPanel::OptionsPanel(AppContext &ctx, QWidget *parent) : Panel(5, ctx, par
                 this, [this, i] { emit changePathClicked(i); });
     connect(require<QAbstractButton>("cmdCloseBooks"), &QAbstractButton::clicked, this,
             &OptionsPanel::closeBooksClicked);
+    connect(require<QAbstractButton>("cmdEmailSettings"), &QAbstractButton::clicked, this, [this] {
+        FrmEmailSettings settingsWindow(window());
+        settingsWindow.exec();
+    });
 
     // Between the close-the-books button and the check boxes; shown once
     // unsaved changes were kept in a recovery copy.

@@ -61,6 +61,33 @@ const KeyInfo kKeys[] = {
     {"CustomerListPrint", "PrintPageNumbers", "True", R::FalseCheck, false},
     {"CustomerListPrint", "PrintFontName", "Arial", R::Plain, false},
     {"CustomerListPrint", "PrintFontStyleSize", "Regular 8", R::Plain, false},
+    // The e-mail account (the password is kept in the keyring, never here)
+    // and the texts of the messages; SmtpPort's default follows Security.
+    {"EMail", "SmtpServer", "", R::Plain, false},
+    {"EMail", "SmtpPort", nullptr, R::Plain, false, 1, 65535},
+    {"EMail", "Security", "SSL/TLS", R::Plain, false},
+    {"EMail", "UserName", "", R::Plain, false},
+    {"EMail", "SenderName", "", R::Plain, false},
+    {"EMail", "SenderAddress", "", R::Plain, false},
+    {"EMail", "ReplyTo", "", R::Plain, false},
+    {"EMail", "SendMeACopy", "False", R::TrueCheck, false},
+    {"EMail", "CAFile", "", R::Plain, false},
+    {"EMail", "InvoiceSubject", "Invoice {period} from {company}", R::Plain, false},
+    {"EMail", "InvoiceBody",
+     "Dear {customer},\n\nplease find attached our invoice for {period}. The amount of {amount} is due by "
+     "{due date}.\n\nThank you for your business.\n\n{company}\n",
+     R::Plain, false},
+    {"EMail", "StatementSubject", "Statement of account from {company}", R::Plain, false},
+    {"EMail", "StatementBody",
+     "Dear {customer},\n\nplease find attached your statement of account as of {period}. The balance is "
+     "{amount}.\n\nKind regards,\n\n{company}\n",
+     R::Plain, false},
+    {"EMail", "ReminderSubject", "Payment reminder from {company}", R::Plain, false},
+    {"EMail", "ReminderBody",
+     "Dear {customer},\n\nour records show {amount} that was due by {due date} and is still open. The details are "
+     "attached. If you have paid in the meantime, please disregard this reminder.\n\nKind regards,\n\n"
+     "{company}\n",
+     R::Plain, false},
 };
 
 QString fullKey(const QString &section, const QString &key)

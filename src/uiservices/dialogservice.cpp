@@ -48,6 +48,14 @@ std::optional<QString> WidgetDialogs::text(QWidget *owner, const QString &title,
     return t;
 }
 
+std::optional<QString> WidgetDialogs::secret(QWidget *owner, const QString &title, const QString &label)
+{
+    bool ok = false;
+    const QString t = QInputDialog::getText(owner, title, label, QLineEdit::Password, {}, &ok);
+    if (!ok) return std::nullopt;
+    return t;
+}
+
 QString WidgetDialogs::openFileName(QWidget *owner, const FileQuestion &q)
 {
     return QFileDialog::getOpenFileName(owner, q.caption, q.folder, q.filter, nullptr,

@@ -67,6 +67,12 @@ public:
     // No value when the user cancelled.
     virtual std::optional<QString> text(QWidget *owner, const QString &title, const QString &label,
                                         const QString &initial) = 0;
+    // Typed text that is not shown, such as a password; no value when the
+    // user cancelled. Scripted answers come from the typed-text queue.
+    virtual std::optional<QString> secret(QWidget *owner, const QString &title, const QString &label)
+    {
+        return text(owner, title, label, {});
+    }
     // An empty name when the user cancelled.
     virtual QString openFileName(QWidget *owner, const FileQuestion &q) = 0;
     virtual QString saveFileName(QWidget *owner, const FileQuestion &q) = 0;
@@ -110,6 +116,7 @@ public:
     QString messageForm(QWidget *owner, const MessageForm &m) override;
     std::optional<QString> text(QWidget *owner, const QString &title, const QString &label,
                                 const QString &initial) override;
+    std::optional<QString> secret(QWidget *owner, const QString &title, const QString &label) override;
     QString openFileName(QWidget *owner, const FileQuestion &q) override;
     QString saveFileName(QWidget *owner, const FileQuestion &q) override;
     std::optional<QFont> font(QWidget *owner, const QString &title, const QFont &initial) override;

@@ -1,0 +1,258 @@
+// Sending against a real SMTP server on the loopback address (aiosmtpd) with
+// TLS from a certificate made by the test: what arrives, as a mail reader
+// parses it; refusals before any password; a refused recipient; a dropped
+// connection; the settings window's test message and the run window.
+#include "smtpfixture.h"
+
+#include "mail/mail.h"
+#include "mail/passwords.h"
+#include "mail/smtp.h"
+#include "mailgui/emailrun.h"
+#include "mailgui/frmemailsettings.h"
+#include "pages/invoice.h"
+#include "pages/pdfoutput.h"
+#include "pages/preview.h"
+#include "shell/settingsstore.h"
+#include "uiservices/dialogservice.h"
+
+#include <QBuffer>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QJsonArray>
+#include <QTest>
+#include <QTreeWidget>
+
+using namespace qor;
+using namespace qor::mail;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString Password = u"pässword 1"_s;
+
+MailAccount account(int port, Security s)
+{
+    MailAccount a;
+    a.server = u"localhost"_s;
+    a.port = port;
+    a.security = s;
+    a.user = u"billing"_s;
+    a.senderName = u"Bäcker & Co"_s;
+    a.senderAddress = u"billing@example.com"_s;
+    a.replyTo = u"office@example.com"_s;
+    a.sendMeACopy = true;
+    return a;
+}
+
+// A real invoice page of the customer, as one PDF.
+OutgoingMessage invoiceFor(const MailCustomer &c)
+{
+    pages::InvoiceInput in = pages::sampleInvoice(0, 3, true, false);  // $45.00, 2 x $20.00, $12.50
+    in.customer[0] = c.name;  // the page shows the first and the last name
+    in.customer[1] = c.name.section(u' ', 0, 0);
+    in.customer[2] = c.name.section(u' ', 1);
+    QBuffer pdf;
+    pdf.open(QIODevice::WriteOnly);
+    pages::writePdf({*pages::composeInvoicePage(in)}, &pdf);
+    const TemplateFields f{u"Bäcker & Co"_s, c.name, u"Mai/Juni"_s, Money::fromCents(9750), u"07/31/2026"_s};
+    const MessageTexts t = composeTexts(loadTexts(), MailKind::Invoice, f, QDate(2026, 7, 1));
+    return {u"Rechnung für "_s + c.name + u"\r\nBcc: spy@example.com"_s, t.body, t.attachmentName, pdf.data(), {}};
+}
+
+QString pdfText(const QString &path)
+{
+    QProcess p;
+    p.start(u"pdftotext"_s, {path, u"-"_s});
+    p.waitForFinished(60000);
+    return QString::fromUtf8(p.readAllStandardOutput());
+}
+
+}  // namespace
+Q_DECLARE_METATYPE(qor::mail::Security)
+
+class TestSmtp : public QObject {
+    Q_OBJECT
+    testing::SmtpFixture smtp;
+    QTemporaryDir home;
+
+    QList<CustomerResult> send(const MailAccount &a, const QList<MailCustomer> &customers, int *connections = nullptr)
+    {
+        SmtpOptions o = SmtpOptions::forAccount(a, Password);
+        o.caFile = smtp.caFile();
+        SmtpSession session(o);
+        SentMailLog log;
+        const auto results = SendRun(a, session, &log).run(customers, invoiceFor);
+        if (connections)
+            *connections = session.connectionsMade();
+        return results;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        qputenv("XDG_CONFIG_HOME", home.filePath(u"config"_s).toUtf8());
+        qputenv("XDG_DATA_HOME", home.filePath(u"data"_s).toUtf8());
+        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+        QVERIFY2(smtp.makeCertificates(), qPrintable(smtp.error));
+    }
+
+    void messagesArrive_data()
+    {
+        QTest::addColumn<QString>("tls");
+        QTest::addColumn<Security>("security");
+        QTest::newRow("STARTTLS") << u"starttls"_s << Security::StartTls;
+        QTest::newRow("SSL/TLS") << u"implicit"_s << Security::SslTls;
+    }
+    void messagesArrive()
+    {
+        QFETCH(Security, security);
+        QFETCH(QString, tls);
+        const int port = smtp.start(tls, {"--user", "billing", "--password", Password, "--reject",
+                                                           "gone@example.org"});
+        QVERIFY2(port, qPrintable(smtp.error));
+        int connections = 0;
+        const auto r = send(account(port, security),
+                            {{u"7"_s, u"Jörg Meadows"_s, u"joerg@example.org; gone@example.org"_s},
+                             {u"8"_s, u"No Mail"_s, u""_s},
+                             {u"9"_s, u"Ann Oak"_s, u"Ann <ann@example.net>"_s}},
+                            &connections);
+        using O = CustomerResult::Outcome;
+        QVERIFY(r[0].outcome == O::Sent && r[1].outcome == O::NoAddress && r[2].outcome == O::Sent);
+        QCOMPARE(r[0].sentTo, QStringList{u"joerg@example.org"_s});
+        QVERIFY2(r[2].words.startsWith(u"250 2.0.0 Ok: queued as Q2"_s), qPrintable(r[2].words));
+        QVERIFY2(r[0].refused.value(0).contains(u"550 5.1.1 <gone@example.org>: Recipient address rejected"_s),
+                 qPrintable(r[0].refused.join(u'|')));
+        QCOMPARE(connections, 1);  // one connection for the whole run
+        QStringList expected = {"connect", "auth tls=True", "message 1", "message 2"};
+        if (security == Security::StartTls)
+            expected.insert(1, u"starttls"_s);
+        QCOMPARE(smtp.events(), expected);
+
+        const QJsonObject m = smtp.message(1);
+        QCOMPARE(m[u"subject"].toString(), u"Rechnung für Jörg Meadows  Bcc: spy@example.com"_s);
+        QVERIFY2(m[u"bcc"].isNull() && m[u"defects"].toArray().isEmpty() && m[u"date_ok"].toBool(),
+                 QJsonDocument(m).toJson().constData());
+        QVERIFY(m[u"max_line"].toInt() <= 78 && m[u"message-id"].toString().endsWith(u"@example.com>"_s));
+        QCOMPARE(m[u"from"].toString(), u"Bäcker & Co <billing@example.com>"_s);
+        QCOMPARE(m[u"reply-to"].toString(), u"office@example.com"_s);
+        QCOMPARE(m[u"to"].toString(), u"joerg@example.org, gone@example.org"_s);
+        QCOMPARE(m[u"rcpt_tos"].toVariant().toStringList(), QStringList({"joerg@example.org", "billing@example.com"}));
+        QCOMPARE(m[u"filename"].toString(), u"Bäcker & Co - invoice Mai-Juni.pdf"_s);
+        QCOMPARE(m[u"attachment_type"].toString(), u"application/pdf"_s);
+        QVERIFY2(m[u"body"].toString().contains(u"Dear Jörg Meadows,\n\nplease find attached our invoice for "
+                                                 "Mai/Juni. The amount of $97.50 is due by 07/31/2026."_s),
+                 qPrintable(m[u"body"].toString()));
+        const QString page = pdfText(smtp.attachmentPath(1));
+        QVERIFY2(page.contains(u"Jörg Meadows"_s) && page.contains(u"$97.50"_s), qPrintable(page));
+
+        // One line per address in the log, the refused one with the server's words.
+        const auto log = SentMailLog().entries().mid(SentMailLog().entries().size() - 3);
+        QCOMPARE(log[0].result, u"sent"_s);
+        QVERIFY(log[1].address == u"gone@example.org" && log[1].result.startsWith(u"refused: 550 5.1.1"_s));
+        QCOMPARE(log[2].address, u"ann@example.net"_s);
+    }
+
+    // Every run below stops at its first message, says why, sends nothing
+    // more, and never gives the password to a connection without TLS.
+    void stopsBeforeSending_data()
+    {
+        QTest::addColumn<QString>("tls");
+        QTest::addColumn<Security>("security");
+        QTest::addColumn<QString>("cert");
+        QTest::addColumn<QString>("password");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("no TLS, STARTTLS asked") << u"none"_s << Security::StartTls << u"localhost"_s << Password
+                                                << u"offers no encryption"_s;
+        QTest::newRow("no TLS, SSL/TLS asked") << u"none"_s << Security::SslTls << u"localhost"_s << Password
+                                               << u"No encrypted connection"_s;
+        QTest::newRow("wrong host name") << u"implicit"_s << Security::SslTls << u"wrong.example"_s << Password
+                                         << u"certificate could not be verified"_s;
+        QTest::newRow("wrong password") << u"starttls"_s << Security::StartTls << u"localhost"_s << u"guess"_s
+                                        << u"refused the user name or password. (535"_s;
+    }
+    void stopsBeforeSending()
+    {
+        QFETCH(QString, tls);
+        QFETCH(Security, security);
+        QFETCH(QString, cert);
+        QFETCH(QString, password);
+        QFETCH(QString, reason);
+        const int port = smtp.start(tls, {"--user", "billing", "--password", password}, cert);
+        QVERIFY2(port, qPrintable(smtp.error));
+        const auto r = send(account(port, security),
+                            {{u"1"_s, u"A"_s, u"a@example.org"_s}, {u"2"_s, u"B"_s, u"b@example.org"_s}});
+        QVERIFY(r[0].outcome == CustomerResult::Outcome::Failed && r[1].outcome == CustomerResult::Outcome::NotSent);
+        QVERIFY2(r[0].words.contains(reason), qPrintable(r[0].words));
+        QVERIFY(r[1].words.contains(u"run stopped"_s));
+        const QStringList events = smtp.events();
+        QVERIFY2(events.filter(u"auth tls=False"_s).isEmpty() && events.filter(u"message"_s).isEmpty(),
+                 qPrintable(events.join(u'|')));
+    }
+
+    void droppedConnection()
+    {
+        const int port = smtp.start(u"starttls"_s, {"--user", "billing", "--password", Password, "--drop-at", "2"});
+        QVERIFY2(port, qPrintable(smtp.error));
+        QList<MailCustomer> customers;
+        for (int i = 1; i <= 3; ++i)
+            customers << MailCustomer{QString::number(i), u"C%1"_s.arg(i), u"c%1@example.org"_s.arg(i)};
+        const auto r = send(account(port, Security::StartTls), customers);
+        using O = CustomerResult::Outcome;
+        QVERIFY(r[0].outcome == O::Sent && r[1].outcome == O::Failed && r[2].outcome == O::NotSent);
+        QVERIFY2(r[1].words.contains(u"connection to the server was lost"_s), qPrintable(r[1].words));
+        QCOMPARE(smtp.events().filter(u"message"_s), QStringList{u"message 1"_s});
+    }
+
+    void settingsWindowAndRunWindow()
+    {
+        const int port = smtp.start(u"implicit"_s, {"--user", "billing", "--password", Password});
+        QVERIFY2(port, qPrintable(smtp.error));
+        settings::write(u"EMail"_s, u"CAFile"_s, smtp.caFile());
+        MemoryPasswordStore keyring;
+        keyring.keyringRunning = false;
+        ScriptedDialogs dialogs;
+        {
+            FrmEmailSettings w;
+            QSignalSpy read(&w, &FrmEmailSettings::passwordRead);
+            QVERIFY(read.wait());
+            QVERIFY(w.keyringLine()->text().startsWith(u"No keyring service is running"_s));
+            auto type = [&](const char *name, const QString &text) {
+                auto *e = w.findChild<QLineEdit *>(QString::fromLatin1(name));
+                e->setFocus();
+                e->insert(text);  // as typed: textEdited, then leaving the field
+                emit e->editingFinished();
+            };
+            type("txtServer", u"localhost"_s);
+            w.findChild<QSpinBox *>(u"txtPort"_s)->setValue(port);
+            type("txtUser", u"billing"_s);
+            type("txtPassword", Password);
+            type("txtSenderAddress", u"billing@example.com"_s);
+            const Delivery d = w.cmdSendTestClick();
+            QVERIFY2(d.status == Delivery::Status::Delivered, qPrintable(d.reason));
+            QVERIFY2(dialogs.last().message.text.endsWith(u"The server answered: 250 2.0.0 Ok: queued as Q1"_s),
+                     qPrintable(dialogs.last().message.text));
+        }
+        QFile conf(settings::storePath());
+        QVERIFY(conf.open(QIODevice::ReadOnly));
+        const QByteArray stored = conf.readAll();
+        QVERIFY(stored.contains("SmtpServer=localhost") && !stored.contains("ssword") && keyring.entries.isEmpty());
+
+        // The run: the password typed above serves the whole run, unasked.
+        const MailAccount a = loadAccount();
+        const auto password = passwordForRun(nullptr, a);
+        QVERIFY(password == Password && dialogs.seen.size() == 1);  // only the test message's box: no question
+        SmtpSession session(SmtpOptions::forAccount(a, *password));
+        SendRun run(a, session);
+        FrmEmailRun w(run, {{u"1"_s, u"Ann"_s, u"ann@example.org"_s}, {u"2"_s, u"Bob"_s, u""_s}}, invoiceFor);
+        QSignalSpy finished(&w, &FrmEmailRun::runFinished);
+        w.start();
+        QVERIFY(finished.wait(60000));
+        QCOMPARE(w.summaryLine()->text(), u"1 sent, 1 no address."_s);
+        QCOMPARE(w.resultList()->topLevelItem(0)->text(1), u"sent"_s);
+    }
+};
+
+QTEST_MAIN(TestSmtp)
+#include "tst_smtp.moc"
