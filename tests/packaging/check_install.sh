@@ -158,7 +158,7 @@ if command -v xvfb-run >/dev/null && command -v xwininfo >/dev/null; then
          XDG_RUNTIME_DIR="$xhome" QT_QPA_PLATFORM=xcb QORVANE="$prefix/bin/qorvane" \
          xvfb-run -a -s "-screen 0 1280x1024x24" bash -c '
            "$QORVANE" >/dev/null 2>&1 & pid=$!
-           for _ in $(seq 1 100); do
+           for _ in $(seq 1 200); do
              xwininfo -root -tree 2>/dev/null | grep -q "(\"qorvane\" " && break
              sleep 0.1
            done
