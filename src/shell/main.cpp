@@ -12,10 +12,13 @@ int main(int argc, char *argv[]) {
     // The books outlive the application object and with it the window.
     qor::Session session;
     QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("QOR"));
+    // The application name is the class of the window under X11, which docks
+    // match against StartupWMClass in the desktop entry; the desktop file name
+    // is the window's app id under Wayland. The settings and the database keep
+    // their QOR folders, named where they are made, whatever this name is.
+    QApplication::setApplicationName(QStringLiteral("Qorvane"));
     QApplication::setApplicationDisplayName(QStringLiteral("Qorvane"));
     QApplication::setApplicationVersion(QStringLiteral(QOR_VERSION_TEXT));
-    // Ties the window to its installed desktop entry (name and icon).
     QGuiApplication::setDesktopFileName(QStringLiteral("org.qorvane.Qorvane"));
 
     qor::SingleInstanceGuard guard;

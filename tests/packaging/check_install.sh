@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
 # Installs the build into a temporary prefix and checks what a user gets: the
-# tree, the desktop entry and metainfo by their validators, the manual pages,
-# and the installed programs started from there. The program, installed in a
-# folder its user can't write, must keep its database in the per-user data
-# folder.
-#   check_install.sh BUILD_DIR
+# tree, the desktop entry and metainfo by their validators, the type of the
+# database files, the manual pages, and the installed programs started from
+# there. The program, installed in a folder its user can't write, must keep
+# its database in the per-user data folder; its window's class must be the
+# desktop entry's StartupWMClass.
+#   check_install.sh BUILD_DIR MIMEPROBE
 set -uo pipefail
 build=$1
+mimeprobe=$(realpath "$2")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 prefix=$work/prefix
@@ -20,6 +22,7 @@ id=org.qorvane.Qorvane
 expected=(
   bin/qorvane bin/qorvane-cli
   share/applications/$id.desktop
+  share/mime/packages/$id.xml
   share/metainfo/$id.metainfo.xml
   share/doc/qorvane/qorvane-guide.html
   share/man/man1/qorvane.1.gz share/man/man1/qorvane-cli.1.gz
@@ -49,7 +52,11 @@ if command -v desktop-file-validate >/dev/null; then
 else
   fail "desktop-file-validate not installed (package desktop-file-utils)"
 fi
-grep -qx "Exec=qorvane" "$prefix/share/applications/$id.desktop" || fail "desktop entry does not start qorvane"
+grep -qx "Exec=qorvane %f" "$prefix/share/applications/$id.desktop" || fail "desktop entry does not start qorvane with a file"
+grep -qx "MimeType=application/x-qorvane-database;" "$prefix/share/applications/$id.desktop" \
+  || fail "desktop entry does not take the database type"
+wmclass=$(sed -n 's/^StartupWMClass=//p' "$prefix/share/applications/$id.desktop")
+[ -n "$wmclass" ] || fail "desktop entry has no StartupWMClass"
 grep -qx "Icon=$id" "$prefix/share/applications/$id.desktop" || fail "desktop entry names another icon"
 if command -v appstreamcli >/dev/null; then
   appstreamcli validate --no-net "$prefix/share/metainfo/$id.metainfo.xml" && pass "appstreamcli validate" || fail "appstreamcli validate"
@@ -59,6 +66,38 @@ fi
 version=$("$prefix/bin/qorvane-cli" --version 2>&1)
 grep -q "<release version=\"${version##* }\"" "$prefix/share/metainfo/$id.metainfo.xml" \
   || fail "metainfo release is not the program's version ($version)"
+
+# The database type, as Qt's lookup sees it with the installed type beside the
+# system's types (as in /usr/share) and in a folder searched before them (as
+# /usr/local/share is): a database is told by its first line or by the name
+# QOR.xml, and no other XML or text file is taken for one.
+types=$work/types
+mkdir -p "$types/merged/mime/packages" "$types/first/mime/packages" "$types/home" "$types/files"
+cp /usr/share/mime/packages/freedesktop.org.xml "$prefix/share/mime/packages/$id.xml" "$types/merged/mime/packages/"
+cp "$prefix/share/mime/packages/$id.xml" "$types/first/mime/packages/"
+for db in merged first; do
+  update-mime-database "$types/$db/mime" >"$work/mime.log" 2>&1 || { cat "$work/mime.log"; fail "update-mime-database ($db)"; }
+done
+cd "$types/files"
+printf '<QOR-DB>\r\n\r\n</QOR-DB>\r\n' | tee QOR.xml "QOR.xml.unsaved-20261123-101010" books >/dev/null
+printf 'QOR-DB\r\n' >QOR-DB.txt
+printf '<?xml version="1.0"?>\n<QOR-DB/>\n' >declared.xml
+printf '<list>\n</list>\n' >undeclared.xml
+printf '<a><QOR-DB>\n' >later
+declare -A want=([QOR.xml]=application/x-qorvane-database [QOR.xml.unsaved-20261123-101010]=application/x-qorvane-database
+  [books]=application/x-qorvane-database [QOR-DB.txt]=text/plain [declared.xml]=application/xml
+  [undeclared.xml]=application/xml [later]=text/plain)
+for dirs in "$types/merged" "$types/first:/usr/share"; do
+  seen=0
+  while IFS= read -r line; do
+    file=${line%%: *}
+    seen=$((seen + 1))
+    [ "${line#*: }" = "${want[$file]}" ] || fail "type of $file with XDG_DATA_DIRS=$dirs: ${line#*: }, wanted ${want[$file]}"
+  done < <(XDG_DATA_HOME="$types/home" XDG_DATA_DIRS="$dirs" "$mimeprobe" "${!want[@]}")
+  [ "$seen" -eq "${#want[@]}" ] && pass "types of ${#want[@]} files with XDG_DATA_DIRS=$dirs" \
+    || fail "the MIME probe answered for $seen of ${#want[@]} files"
+done
+cd - >/dev/null
 
 for page in qorvane qorvane-cli; do
   text=$(gzip -dc "$prefix/share/man/man1/$page.1.gz" 2>&1)
@@ -110,6 +149,26 @@ chmod u+w "$prefix/bin"
 [ -f "$home/data/QOR/QOR.xml" ] && pass "database in the per-user data folder" \
   || fail "no database in $home/data/QOR"
 [ -e "$prefix/bin/QOR.xml" ] && fail "database written beside the installed program"
+
+# The window's class under X11, read as a dock reads it.
+if command -v xvfb-run >/dev/null && command -v xwininfo >/dev/null; then
+  xhome=$work/xhome
+  mkdir -p "$xhome"
+  tree=$(env -i PATH=/usr/bin:/bin HOME="$xhome" XDG_CONFIG_HOME="$xhome/config" XDG_DATA_HOME="$xhome/data" \
+         XDG_RUNTIME_DIR="$xhome" QT_QPA_PLATFORM=xcb QORVANE="$prefix/bin/qorvane" \
+         xvfb-run -a -s "-screen 0 1280x1024x24" bash -c '
+           "$QORVANE" >/dev/null 2>&1 & pid=$!
+           for _ in $(seq 1 200); do
+             xwininfo -root -tree 2>/dev/null | grep -q "(\"qorvane\" " && break
+             sleep 0.1
+           done
+           xwininfo -root -tree; kill $pid; wait $pid' 2>&1)
+  classes=$(grep -o '("[^"]*" "[^"]*")' <<<"$tree" | sort -u)
+  grep -qx "(\"qorvane\" \"$wmclass\")" <<<"$classes" && pass "window class is StartupWMClass $wmclass" \
+    || fail "window classes under X11: ${classes:-none}; desktop entry: StartupWMClass=$wmclass"
+else
+  fail "xvfb-run or xwininfo not installed (packages xvfb, x11-utils)"
+fi
 
 [ "$failures" -eq 0 ] && echo "install tree: all checks passed" || echo "install tree: $failures failed"
 exit $(( failures > 0 ))
