@@ -134,7 +134,7 @@ FrmStatements::FrmStatements(const Database &db, QWidget *owner) : QDialog(owner
     setObjectName(QStringLiteral("frmStatements"));
     setWindowTitle(QStringLiteral("Statements"));
     setModal(false);
-    resize(960, 640);
+    resize(1000, 640);
 
     m_asOf = new QDateEdit(QDate::currentDate(), this);
     m_asOf->setObjectName(QStringLiteral("dtpAsOf"));
@@ -163,8 +163,8 @@ FrmStatements::FrmStatements(const Database &db, QWidget *owner) : QDialog(owner
     m_view->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     m_view->horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
     m_view->horizontalHeader()->setStretchLastSection(true);
-    m_view->setColumnWidth(StatementsModel::Name, 250);
-    for (int c = StatementsModel::Total; c < StatementsModel::OldestDue; ++c) m_view->setColumnWidth(c, 95);
+    m_view->setColumnWidth(StatementsModel::Name, 220);
+    for (int c = StatementsModel::Total; c < StatementsModel::OldestDue; ++c) m_view->setColumnWidth(c, 88);
     m_view->horizontalHeader()->setSortIndicator(StatementsModel::Name, Qt::AscendingOrder);
     m_view->setSortingEnabled(true);
 
@@ -188,6 +188,8 @@ FrmStatements::FrmStatements(const Database &db, QWidget *owner) : QDialog(owner
     m_letter->setObjectName(QStringLiteral("txtReminderText"));
     m_letter->setPlainText(reminderText());
     m_letter->setTabChangesFocus(true);
+    // Eight lines show; a larger window gives the room to the list.
+    m_letter->setFixedHeight(m_letter->fontMetrics().lineSpacing() * 8 + 12);
     m_cmdReminders = new QPushButton(QStringLiteral("&Reminders"), reminderBox);
     m_cmdReminders->setObjectName(QStringLiteral("cmdReminders"));
     auto *fields = new QLabel(QStringLiteral("The letter above each reminder's statement. Fields: {customer}, "
@@ -225,16 +227,16 @@ FrmStatements::FrmStatements(const Database &db, QWidget *owner) : QDialog(owner
     daysRow->addWidget(m_cmdReminders);
     auto *reminderLayout = new QVBoxLayout(reminderBox);
     reminderLayout->addLayout(daysRow);
-    reminderLayout->addWidget(m_letter, 1);
+    reminderLayout->addWidget(m_letter);
     reminderLayout->addWidget(fields);
     auto *bottom = new QHBoxLayout;
     bottom->addStretch(1);
     bottom->addWidget(close);
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(top);
-    layout->addWidget(m_view, 3);
+    layout->addWidget(m_view, 1);
     layout->addLayout(buttons);
-    layout->addWidget(reminderBox, 1);
+    layout->addWidget(reminderBox);
     layout->addLayout(bottom);
 
     showPreviewWindow = [](QWidget *w) {

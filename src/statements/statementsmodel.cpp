@@ -69,6 +69,8 @@ QVariant StatementsModel::data(const QModelIndex &index, int role) const
             return a.total.toCurrencyText();
         if (c == OldestDue)
             return regional::formatDate(a.oldestDue, m_dateForm);
+        if (c == Credits)
+            return a.credits.isZero() ? QString() : (-a.credits).toCurrencyText();
         return a.aging[size_t(c - FirstAging)].toCurrencyText();
     }
     if (role == Qt::TextAlignmentRole) {
@@ -89,6 +91,8 @@ QVariant StatementsModel::headerData(int section, Qt::Orientation orientation, i
         return QStringLiteral("Total owed");
     if (section == OldestDue)
         return QStringLiteral("Oldest due");
+    if (section == Credits)
+        return QStringLiteral("Credits");
     return bucketCaption(section - FirstAging);
 }
 
@@ -128,6 +132,7 @@ void StatementsModel::applySort()
         case Name: return i;
         case Total: return a.total.cents();
         case OldestDue: return a.oldestDue.isValid() ? a.oldestDue.toJulianDay() : std::numeric_limits<qint64>::max();
+        case Credits: return a.credits.cents();
         default: return a.aging[size_t(m_sortColumn - FirstAging)].cents();
         }
     };

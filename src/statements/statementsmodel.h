@@ -1,6 +1,7 @@
 #pragma once
 // The customers who owe as a table for a view: name, total owed, the five
-// aging columns and the oldest due date. It sorts itself: a sort reorders a
+// aging columns, the credits (so that the row adds up) and the oldest due
+// date. It sorts itself: a sort reorders a
 // list of row numbers by values already at hand, so ten thousand customers
 // sort in a few milliseconds, and selections follow their rows.
 #include "statements/statements.h"
@@ -14,7 +15,7 @@ namespace qor::statements {
 class StatementsModel : public QAbstractTableModel {
     Q_OBJECT
 public:
-    enum Column { Name, Total, FirstAging, OldestDue = FirstAging + BucketCount, ColumnCount };
+    enum Column { Name, Total, FirstAging, Credits = FirstAging + BucketCount, OldestDue, ColumnCount };
 
     explicit StatementsModel(QObject *parent = nullptr);
 
