@@ -17,6 +17,7 @@
 #include "billing/invoicetree.h"
 #include "database/database.h"
 #include "pages/pdfoutput.h"
+#include "pages/preview.h"
 #include "printing/invoicerun.h"
 #include "statements/statementrun.h"
 
@@ -43,7 +44,16 @@ struct Result {
     double cpu = 0;  // processor time of the same run
     qint64 pages = 0;
     qint64 bytes = 0;
+    qint64 characters = 0;  // drawn: the PDF writer's work grows with them
 };
+
+qint64 charactersOf(const pages::Page &page)
+{
+    qint64 n = 0;
+    for (const pages::Element &e : page.elements())
+        if (e.visible && e.kind == pages::Kind::Text) n += e.text.size();
+    return n;
+}
 
 // Processor time of this thread in seconds: on a machine shared with other
 // work it says what a run costs when the wall clock can't.
@@ -107,11 +117,12 @@ int main(int argc, char **argv)
             accounts.push_back(report.accounts[i % report.accounts.size()]);
         const statements::RunValues values = statements::storedRunValues(db, asOf, false);
         const double walked = cpuSeconds() - cpu;
-        qint64 pages = 0;
+        qint64 pages = 0, characters = 0;
         auto source = statements::pageSource(db, accounts, values);
         auto counted = [&] {
             QList<pages::Page> p = source();
             pages += p.size();
+            for (const pages::Page &page : p) characters += charactersOf(page);
             return p;
         };
         if (!pages::writePdf(counted, &pdf, QPageSize(QPageSize::Letter))) {
@@ -120,7 +131,7 @@ int main(int argc, char **argv)
         }
         const double s = r.nsecsElapsed() / 1e9;
         if (s < st.seconds) {
-            st = {s, cpuSeconds() - cpu, pages, pdf.data().size()};
+            st = {s, cpuSeconds() - cpu, pages, pdf.data().size(), characters};
             walk = walked;
             // The composition alone, for the breakdown: the same pages made
             // and dropped.
@@ -158,7 +169,33 @@ int main(int argc, char **argv)
             return 1;
         }
         const double s = r.nsecsElapsed() / 1e9;
-        if (s < inv.seconds) inv = {s, cpuSeconds() - cpu, pages.size(), pdf.data().size()};
+        if (s < inv.seconds) {
+            inv = {s, cpuSeconds() - cpu, pages.size(), pdf.data().size(), 0};
+            for (const pages::Page &page : pages) inv.characters += charactersOf(page);
+        }
+    }
+
+    // Full invoices for scale: twelve lines each, the sample of the Print
+    // Options preview, 1,000 of them as one run.
+    Result full;
+    for (int run = 0; run < runs; ++run) {
+        QBuffer pdf;
+        pdf.open(QIODevice::WriteOnly);
+        QElapsedTimer r;
+        r.start();
+        const double cpu = cpuSeconds();
+        QList<pages::Page> pages;
+        for (int i = 0; i < 1000; ++i) {
+            pages::InvoiceInput in = pages::sampleInvoice(0, 12, true, false);
+            in.customer[2] = QString::number(i + 1);
+            pages << *pages::composeInvoicePage(in);
+        }
+        if (!pages::writePdf(pages, &pdf, QPageSize(QPageSize::Letter))) return 1;
+        const double s = r.nsecsElapsed() / 1e9;
+        if (s < full.seconds) {
+            full = {s, cpuSeconds() - cpu, pages.size(), pdf.data().size(), 0};
+            for (const pages::Page &page : pages) full.characters += charactersOf(page);
+        }
     }
 
     const double stRate = st.pages / st.seconds, invRate = inv.pages / inv.seconds;
@@ -172,6 +209,14 @@ int main(int argc, char **argv)
                 qPrintable(period), static_cast<long long>(inv.pages), inv.bytes / 1e6, inv.seconds, inv.cpu, invRate,
                 invPerPage, runs);
     const bool fast = stRate >= TargetPagesPerSecond, even = stPerPage <= invPerPage;
+    std::printf("full invoices (twelve lines): %lld pages in %.2f s (processor %.2f s): %.0f pages/s, %.3f ms a page\n",
+                static_cast<long long>(full.pages), full.seconds, full.cpu, full.pages / full.seconds,
+                full.seconds * 1e3 / full.pages);
+    std::printf("characters drawn a page: statements %.0f, invoices %.0f, full invoices %.0f\n",
+                double(st.characters) / st.pages, double(inv.characters) / inv.pages,
+                double(full.characters) / full.pages);
+    std::printf("processor time a page: statements %.3f ms, invoices %.3f ms, full invoices %.3f ms\n",
+                st.cpu * 1e3 / st.pages, inv.cpu * 1e3 / inv.pages, full.cpu * 1e3 / full.pages);
     std::printf("%s: statements at %.0f pages/s (target >= %.0f)\n", fast ? "PASS" : "FAIL", stRate,
                 TargetPagesPerSecond);
     std::printf("%s: a statement page %.3f ms, an invoice page %.3f ms\n", even ? "PASS" : "FAIL", stPerPage,
