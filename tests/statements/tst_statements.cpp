@@ -272,9 +272,10 @@ private slots:
         b.record(u"Old"_s, 3, u"7"_s);
         ScriptedDialogs answers;
         QList<pages::Page> printed;
+        pages::PrintStatus outcome = pages::PrintStatus::Printed;
         statementPrinter() = [&](const QList<pages::Page> &p) {
             printed = p;
-            return pages::PrintOutcome{printed.size() == 3 ? pages::PrintStatus::NoPrinter : pages::PrintStatus::Printed, {}, {}};
+            return pages::PrintOutcome{outcome, {}, u"jammed"_s};
         };
         FrmStatements w(b.db);
         w.show();
@@ -285,10 +286,20 @@ private slots:
         QCOMPARE(w.selectedCids(), (QStringList{u"3"_s, u"1"_s}));  // the selection follows, in the new order
         w.printSelected();
         QCOMPARE(printed.size(), 2);
+        QVERIFY(answers.messages().isEmpty());
+        outcome = pages::PrintStatus::Failed;
+        w.printSelected();
+        QVERIFY(answers.last().message.title == u"Printer Error"_s && answers.last().message.text.contains(u"jammed"_s));
         QTest::keyClicks(w.findEdit(), u"be"_s);
         QCOMPARE(w.selectedCids(), QStringList{u"2"_s});
+        QString previewed;
+        w.showPreviewWindow = [&](QWidget *d) { previewed = d->objectName(); delete d; };
+        w.showPreview(w.model()->rowOf(u"2"_s));
+        QCOMPARE(previewed, u"dlgStatementPreview"_s);
+        QVERIFY(statementPdf(b.db, u"2"_s, today, false).startsWith("%PDF") && statementPdf(b.db, u"7"_s, today, false).isEmpty());
 
         // No printer: a PDF instead; one file per customer when asked.
+        outcome = pages::PrintStatus::NoPrinter;
         w.selectCids({u"1"_s, u"2"_s, u"3"_s});
         answers.nextAnswers = {QMessageBox::Yes};
         answers.nextFileNames = {dir.filePath(u"all"_s)};
