@@ -45,7 +45,7 @@ QString plural(qsizetype n, const char *one, const char *many)
 
 PrintPages &statementPrinter()
 {
-    static PrintPages print = [](const QList<pages::Page> &pages) {
+    static PrintPages print = [](const pages::PageSource &pages) {
         return pages::printToDefaultPrinter(pages, QStringLiteral("Statements"));
     };
     return print;
@@ -54,9 +54,9 @@ PrintPages &statementPrinter()
 bool printStatements(QWidget *owner, const Database &db, const std::vector<Account> &accounts, const RunValues &run)
 {
     if (accounts.empty()) return false;
-    QList<pages::Page> all;
-    for (const Account &a : accounts) all << statementPages(db, a, run);
-    const pages::PrintOutcome out = statementPrinter()(all);
+    // Composed customer by customer as the printer takes them: ten thousand
+    // statements never stand in memory at once.
+    const pages::PrintOutcome out = statementPrinter()(pageSource(db, accounts, run));
     DialogService &dialogs = DialogService::current();
     const QString what = run.reminder ? QStringLiteral("reminders") : QStringLiteral("statements");
     if (out.status == pages::PrintStatus::NoPrinter) {

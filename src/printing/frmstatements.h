@@ -29,9 +29,9 @@ namespace statements {
 
 class StatementsModel;
 
-// Sends the pages of one run as one job; the program prints on the default
-// printer, a test puts its own here.
-using PrintPages = std::function<pages::PrintOutcome(const QList<pages::Page> &)>;
+// Sends the pages of one run as one job, drawn as they come; the program
+// prints on the default printer, a test puts its own here.
+using PrintPages = std::function<pages::PrintOutcome(const pages::PageSource &)>;
 PrintPages &statementPrinter();
 
 // Prints the accounts' statements (or reminders) as one job, with the answers

@@ -273,8 +273,9 @@ private slots:
         ScriptedDialogs answers;
         QList<pages::Page> printed;
         pages::PrintStatus outcome = pages::PrintStatus::Printed;
-        statementPrinter() = [&](const QList<pages::Page> &p) {
-            printed = p;
+        statementPrinter() = [&](const pages::PageSource &next) {
+            printed.clear();
+            for (QList<pages::Page> p = next(); !p.isEmpty(); p = next()) printed << p;
             return pages::PrintOutcome{outcome, {}, u"jammed"_s};
         };
         FrmStatements w(b.db);
