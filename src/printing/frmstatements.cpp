@@ -150,6 +150,7 @@ FrmStatements::FrmStatements(const Database &db, QWidget *owner) : QDialog(owner
     m_model = new StatementsModel(this);
     m_view = new QTableView(this);
     m_view->setObjectName(QStringLiteral("tblStatements"));
+    m_view->setAccessibleName(QStringLiteral("Customers who owe"));
     m_view->setModel(m_model);
     m_view->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_view->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -186,6 +187,7 @@ FrmStatements::FrmStatements(const Database &db, QWidget *owner) : QDialog(owner
     m_days->setSuffix(QStringLiteral(" days"));
     m_letter = new QPlainTextEdit(reminderBox);
     m_letter->setObjectName(QStringLiteral("txtReminderText"));
+    m_letter->setAccessibleName(QStringLiteral("Reminder letter"));
     m_letter->setPlainText(reminderText());
     m_letter->setTabChangesFocus(true);
     // Eight lines show; a larger window gives the room to the list.
