@@ -12,7 +12,9 @@
 #include "billing/invoicetree.h"
 #include "billing/invoicetreeview.h"
 #include "customers/customerpanel.h"
+#include "printing/frmstatements.h"
 #include "printing/printingpanel.h"
+#include "statements/statementsmodel.h"
 #include "uiservices/dialogservice.h"
 #include "database/database.h"
 #include "database/rowtypes.h"
@@ -31,6 +33,9 @@
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QTemporaryDir>
+#include <QHeaderView>
+#include <QPointer>
+#include <QTableView>
 #include <QTextEdit>
 #include <QTimer>
 #include <QTreeWidget>
@@ -368,6 +373,35 @@ int main(int argc, char **argv) {
         verdict(finMs < 300 && db.lvwInvoiceRecords.count() > recordsBefore,
                 QStringLiteral("finalise %1 customers x 3 items into %2 records (then the latest shown) %3 ms (target 300)")
                     .arg(db.lvwInvoiceRecords.count() - recordsBefore).arg(recordsBefore).arg(finMs, 0, 'f', 1) + QStringLiteral(" (processor %1 ms)").arg(cpu, 0, 'f', 1));
+    }
+
+    // The Statements window: every customer who owes, aged, from the million
+    // records; then a sort by each column.
+    {
+        w.cmdTabClick(3);
+        QCoreApplication::processEvents();
+        PrintingPanel *pp = w.printingPanel();
+        QPointer<statements::FrmStatements> sw;
+        auto closeIt = [&] {
+            if (sw) sw->close();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        };
+        double cpu = 0;
+        const double openMs = bestOfWithCpu(runs, closeIt, [&] { sw = pp->showStatementsWindow(); }, cpu);
+        const int rows = sw ? sw->model()->rowCount() : 0;
+        verdict(openMs < 300 && rows > 0,
+                QStringLiteral("open the Statements window (%1 customers who owe, %2 records walked) %3 ms (target 300)")
+                    .arg(rows).arg(db.lvwInvoiceRecords.count()).arg(openMs, 0, 'f', 1) +
+                    QStringLiteral(" (processor %1 ms)").arg(cpu, 0, 'f', 1));
+        for (int c = 0; sw && c < statements::StatementsModel::ColumnCount; ++c) {
+            const double ms = bestOfWithCpu(runs, [&] { sw->view()->sortByColumn(c, Qt::AscendingOrder); },
+                                            [&] { sw->view()->sortByColumn(c, Qt::DescendingOrder); }, cpu);
+            verdict(ms < TargetMs && sw->view()->horizontalHeader()->sortIndicatorSection() == c,
+                    QStringLiteral("sort the Statements window by \"%1\" (%2 rows) %3 ms (processor %4 ms)")
+                        .arg(sw->model()->headerData(c, Qt::Horizontal).toString()).arg(rows)
+                        .arg(ms, 0, 'f', 1).arg(cpu, 0, 'f', 1));
+        }
+        closeIt();
     }
 
     verdict(g_unexpectedDialogs == 0, QStringLiteral("no modal window came up (%1)").arg(g_unexpectedDialogs));

@@ -89,18 +89,7 @@ std::vector<PeriodSummary> periodSummaries(const Database &db)
         return true;
     });
 
-    QHash<QString, qint64> price;  // by item number
-    auto priceOf = [&](QStringView number) {
-        const QString n = number.toString();
-        auto it = price.constFind(n);
-        if (it != price.constEnd()) return *it;
-        const QString key = numberKey(n);
-        const qint64 cents =
-            db.lvwPAndS.contains(key) ? priceCents(ItemView::parse(db.lvwPAndS.textOf(key)).priceText()) : 0;
-        price.insert(n, cents);
-        return cents;
-    };
-
+    ItemPrices prices(db);
     QString lastName;
     size_t last = size_t(-1);
     db.lvwInvoiceRecords.forEach([&](QStringView, QStringView text) {
@@ -116,16 +105,35 @@ std::vector<PeriodSummary> periodSummaries(const Database &db)
         const qint64 balance = decimalCents(r->balance).value_or(0);
         s.owedCents = plus(s.owedCents, balance);
         if (balance == 0) ++s.paid;
-        r->forEachEntry([&](const ItemEntry &e, QStringView) {
-            if (e.number.isEmpty()) return true;
-            bool ok = false;
-            const qint64 q = e.quantity.isEmpty() ? 1 : e.quantity.toLongLong(&ok);
-            s.billedCents = plus(s.billedCents, times(priceOf(e.number), e.quantity.isEmpty() || ok ? q : 1));
-            return true;
-        });
+        s.billedCents = plus(s.billedCents, prices.billedCents(r->items));
         return true;
     });
     return out;
+}
+
+qint64 ItemPrices::priceOf(QStringView number)
+{
+    const QString n = number.toString();
+    auto it = m_cents.constFind(n);
+    if (it != m_cents.constEnd()) return *it;
+    const QString key = numberKey(n);
+    const qint64 cents =
+        m_db.lvwPAndS.contains(key) ? priceCents(ItemView::parse(m_db.lvwPAndS.textOf(key)).priceText()) : 0;
+    m_cents.insert(n, cents);
+    return cents;
+}
+
+qint64 ItemPrices::billedCents(QStringView items)
+{
+    qint64 sum = 0;
+    ItemEntry::forEach(items, [&](const ItemEntry &e, QStringView) {
+        if (e.number.isEmpty()) return true;
+        bool ok = false;
+        const qint64 q = e.quantity.isEmpty() ? 1 : e.quantity.toLongLong(&ok);
+        sum = plus(sum, times(priceOf(e.number), e.quantity.isEmpty() || ok ? q : 1));
+        return true;
+    });
+    return sum;
 }
 
 Owing owing(const Database &db, const QString &cidFilter)

@@ -3,6 +3,7 @@
 // for the command-line tool. Money here is whole cents in 64 bits, so sums
 // over a million records come out exact; the program itself keeps balances
 // as 32-bit floats, and these read them back to the cent.
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <optional>
@@ -33,6 +34,20 @@ struct PeriodSummary {
 };
 // One summary per period in table order.
 std::vector<PeriodSummary> periodSummaries(const Database &db);
+
+// What a record billed: its item list at the items' present prices (an item
+// the table lacks counts 0). Each item's price is read once, so a walk over
+// a million records looks up the few hundred items only.
+class ItemPrices {
+public:
+    explicit ItemPrices(const Database &db) : m_db(db) {}
+    qint64 billedCents(QStringView items);
+
+private:
+    qint64 priceOf(QStringView number);
+    const Database &m_db;
+    QHash<QString, qint64> m_cents;  // by item number
+};
 
 struct OwingCustomer {
     QString cid;

@@ -6,6 +6,7 @@
 #include "billing/accounts.h"
 #include "billing/billing.h"
 #include "billing/invoicetree.h"
+#include "cli/statementcommands.h"
 #include "database/database.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
@@ -61,12 +62,28 @@ const char *const HelpText =
     "                              total; then the total of all\n"
     "                              Amounts are in the user's currency form; --plain\n"
     "                              prints plain numbers with \".\" for scripts.\n"
+    "  qorvane-cli statements FILE [--customer CID] [--as-of yyyy-mm-dd]\n"
+    "              [--overdue DAYS] (-o OUT.pdf | --each DIR)\n"
+    "                              statements of account of the customers who owe\n"
+    "                              (--customer: that one) on the day given (today\n"
+    "                              when not): the open records oldest due first,\n"
+    "                              the aging of what is owed, the total; --overdue:\n"
+    "                              reminder letters for those whose oldest balance\n"
+    "                              is at least DAYS past due; --each writes one PDF\n"
+    "                              per customer, \"Name (CID) - statement\n"
+    "                              yyyy-mm-dd.pdf\" (\"reminder\" for letters)\n"
+    "  qorvane-cli aging FILE [--as-of yyyy-mm-dd] [--plain]\n"
+    "                              one line per customer who owes, fields separated\n"
+    "                              by tabs: number, name, total owed, then not yet\n"
+    "                              due, 1-30, 31-60, 61-90 and over 90 days past\n"
+    "                              the bill due date; then the total line\n"
     "  qorvane-cli --help          show this text\n"
     "  qorvane-cli --version       show the version\n"
     "\n"
     "Exit status: 0 the file was read (and written), 1 wrong arguments,\n"
     "2 the file was rejected (the reason goes to standard error),\n"
-    "3 the output file could not be written.\n";
+    "3 the output file could not be written, 4 nobody owes as asked (statements:\n"
+    "nothing written).\n";
 
 void err(const QString &text)
 {
@@ -440,7 +457,8 @@ int main(int argc, char **argv)
 {
     // The page commands need fonts, so a GUI application without a screen.
     const bool pagesWanted = argc > 1 && (qstrcmp(argv[1], "envelopes") == 0 || qstrcmp(argv[1], "customers") == 0 ||
-                                          qstrcmp(argv[1], "invoices") == 0);
+                                          qstrcmp(argv[1], "invoices") == 0 ||
+                                          qstrcmp(argv[1], "statements") == 0);
     if (pagesWanted && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     std::unique_ptr<QCoreApplication> appPtr(pagesWanted ? new QGuiApplication(argc, argv)
                                                           : new QCoreApplication(argc, argv));
@@ -462,6 +480,17 @@ int main(int argc, char **argv)
     if (!args.isEmpty() && args[0] == u"envelopes") return envelopes(args);
     if (!args.isEmpty() && args[0] == u"customers") return customers(args);
     if (!args.isEmpty() && args[0] == u"invoices") return invoices(args);
+    const qor::cli::LoadFile loadFile = [](qor::Database &db, const QString &path) {
+        QStringList problems;
+        return load(db, path, problems);
+    };
+    for (const auto &[name, command] : {std::pair{"statements", &qor::cli::statementsCommand},
+                                        std::pair{"aging", &qor::cli::agingCommand}}) {
+        if (args.isEmpty() || args[0] != QLatin1String(name)) continue;
+        const int rc = command(args, loadFile);
+        if (rc == Usage) std::fputs(HelpText, stderr);
+        return rc;
+    }
     StatementOptions options;
     if (args.size() >= 2 && args[0] == u"periods" && readOptions(args.mid(2), false, options))
         return periods(args[1], options);

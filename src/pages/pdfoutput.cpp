@@ -7,6 +7,8 @@
 #include <QPainter>
 #include <QPdfWriter>
 
+#include <utility>
+
 namespace qor::pages {
 
 QPageSize defaultPaper()
@@ -26,6 +28,13 @@ QPageLayout::Orientation orientationOf(const Page &p)
 
 bool writePdf(const QList<Page> &pages, QIODevice *device, const QPageSize &paper, QString *error)
 {
+    bool given = false;
+    return writePdf([&] { return std::exchange(given, true) ? QList<Page>() : pages; }, device, paper, error);
+}
+
+bool writePdf(const std::function<QList<Page>()> &next, QIODevice *device, const QPageSize &paper, QString *error)
+{
+    QList<Page> pages = next();
     QPdfWriter writer(device);
     writer.setCreator(QStringLiteral("Qorvane"));
     // One device unit per twip: the painter draws in the page's own measure.
@@ -38,13 +47,18 @@ bool writePdf(const QList<Page> &pages, QIODevice *device, const QPageSize &pape
             *error = QStringLiteral("The PDF file could not be started.");
         return false;
     }
-    for (qsizetype i = 0; i < pages.size(); ++i) {
-        if (i > 0) {
-            writer.setPageOrientation(orientationOf(pages[i]));
-            writer.newPage();
+    bool first = true;
+    while (!pages.isEmpty()) {
+        for (const Page &page : std::as_const(pages)) {
+            if (!first) {
+                writer.setPageOrientation(orientationOf(page));
+                writer.newPage();
+            }
+            first = false;
+            scaleToTwips(painter);
+            drawPage(painter, page);
         }
-        scaleToTwips(painter);
-        drawPage(painter, pages[i]);
+        pages = next();
     }
     return painter.end();
 }

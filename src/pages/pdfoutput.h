@@ -7,6 +7,8 @@
 #include <QPageSize>
 #include <QString>
 
+#include <functional>
+
 class QIODevice;
 
 namespace qor::pages {
@@ -21,6 +23,11 @@ QPageSize defaultPaper();
 bool writePdf(const QList<Page> &pages, const QString &fileName, const QPageSize &paper = defaultPaper(),
               QString *error = nullptr);
 bool writePdf(const QList<Page> &pages, QIODevice *device, const QPageSize &paper = defaultPaper(),
+              QString *error = nullptr);
+// The same for a long run: next() gives the following pages each time (one
+// customer's, say) and an empty list at the end, so the run holds a few
+// pages at a time instead of the whole document.
+bool writePdf(const std::function<QList<Page>()> &next, QIODevice *device, const QPageSize &paper = defaultPaper(),
               QString *error = nullptr);
 
 }  // namespace qor::pages

@@ -6,6 +6,8 @@
 #include <QPrinter>
 #include <QPrinterInfo>
 
+#include <utility>
+
 #if QOR_HAVE_CUPS
 #include <cups/cups.h>
 #endif
@@ -53,8 +55,15 @@ bool acceptsJobs(const QString &printer, QString *why)
 
 PrintOutcome printPages(const QList<Page> &pages, QPrinter &printer, const QString &jobName)
 {
+    bool given = false;
+    return printPages([&] { return std::exchange(given, true) ? QList<Page>() : pages; }, printer, jobName);
+}
+
+PrintOutcome printPages(const PageSource &next, QPrinter &printer, const QString &jobName)
+{
     PrintOutcome out;
     out.printer = printer.printerName();
+    QList<Page> pages = next();
     if (pages.isEmpty()) {
         out.status = PrintStatus::Printed;
         return out;
@@ -70,15 +79,20 @@ PrintOutcome printPages(const QList<Page> &pages, QPrinter &printer, const QStri
         out.reason = QStringLiteral("The printer \"%1\" could not start the job.").arg(out.printer);
         return out;
     }
-    for (qsizetype i = 0; i < pages.size(); ++i) {
-        if (i > 0 && !printer.newPage()) {
-            printer.abort();
-            painter.end();
-            out.reason = QStringLiteral("The printer \"%1\" stopped the job.").arg(out.printer);
-            return out;
+    bool first = true;
+    while (!pages.isEmpty()) {
+        for (const Page &page : std::as_const(pages)) {
+            if (!first && !printer.newPage()) {
+                printer.abort();
+                painter.end();
+                out.reason = QStringLiteral("The printer \"%1\" stopped the job.").arg(out.printer);
+                return out;
+            }
+            first = false;
+            scaleToTwips(painter);
+            drawPage(painter, page);
         }
-        scaleToTwips(painter);
-        drawPage(painter, pages[i]);
+        pages = next();
     }
     if (!painter.end() || printer.printerState() == QPrinter::Error) {
         out.reason = QStringLiteral("The printer \"%1\" refused the job.").arg(out.printer);
@@ -90,6 +104,12 @@ PrintOutcome printPages(const QList<Page> &pages, QPrinter &printer, const QStri
 
 PrintOutcome printToDefaultPrinter(const QList<Page> &pages, const QString &jobName)
 {
+    bool given = false;
+    return printToDefaultPrinter([&] { return std::exchange(given, true) ? QList<Page>() : pages; }, jobName);
+}
+
+PrintOutcome printToDefaultPrinter(const PageSource &next, const QString &jobName)
+{
     QPrinterInfo info = QPrinterInfo::defaultPrinter();
     // Printers but none marked as the default: the first one serves.
     if (info.isNull() && !QPrinterInfo::availablePrinterNames().isEmpty())
@@ -100,7 +120,7 @@ PrintOutcome printToDefaultPrinter(const QList<Page> &pages, const QString &jobN
         return out;
     }
     QPrinter printer(info, QPrinter::HighResolution);
-    return printPages(pages, printer, jobName);
+    return printPages(next, printer, jobName);
 }
 
 }  // namespace qor::pages

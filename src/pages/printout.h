@@ -7,6 +7,8 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
+
 class QPrinter;
 
 namespace qor::pages {
@@ -34,5 +36,11 @@ PrintOutcome printPages(const QList<Page> &pages, QPrinter &printer, const QStri
 // The same on the default printer, at its own paper size. NoPrinter when the
 // system has no printer; Failed when the printer doesn't take the job.
 PrintOutcome printToDefaultPrinter(const QList<Page> &pages, const QString &jobName);
+// Both for a long run: next() gives the following pages each time (one
+// customer's, say) and an empty list at the end, so the job is drawn a few
+// pages at a time instead of all of them held at once.
+using PageSource = std::function<QList<Page>()>;
+PrintOutcome printPages(const PageSource &next, QPrinter &printer, const QString &jobName);
+PrintOutcome printToDefaultPrinter(const PageSource &next, const QString &jobName);
 
 }  // namespace qor::pages

@@ -8,6 +8,7 @@
 #include "database/rowtypes.h"
 #include "pages/painter.h"
 #include "pages/pdfoutput.h"
+#include "printing/frmstatements.h"
 #include "printing/invoicerun.h"
 #include "shell/appcontext.h"
 #include "shell/settingsstore.h"
@@ -53,6 +54,8 @@ PrintingPanel::PrintingPanel(AppContext &ctx, QWidget *parent)
     m_cmdPrintSelectedInvoices = require<QAbstractButton>("cmdPrintSelectedInvoices");
     connect(m_cmdPrintSelectedInvoices, &QAbstractButton::clicked, this,
             &PrintingPanel::cmdPrintSelectedInvoicesClick);
+    connect(require<QAbstractButton>("cmdStatements"), &QAbstractButton::clicked, this,
+            &PrintingPanel::showStatementsWindow);
     invoiceOptions = [] { return invoicerun::storedInvoiceOptions(); };
     printInvoices = [](const QList<pages::Page> &pages) {
         return pages::printToDefaultPrinter(pages, QStringLiteral("Invoices"));
@@ -268,6 +271,18 @@ void PrintingPanel::showInvoicePreview(int customerNode)
         pages::drawPage(painter, shown);
     });
     showPreviewWindow(dialog);
+}
+
+statements::FrmStatements *PrintingPanel::showStatementsWindow()
+{
+    if (!m_statements) {
+        m_statements = new statements::FrmStatements(ctx.db(), ctx.mainWindow());
+        m_statements->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    m_statements->show();
+    m_statements->raise();
+    m_statements->activateWindow();
+    return m_statements;
 }
 
 void PrintingPanel::periodShown(int listIndex)

@@ -7,6 +7,7 @@
 #include "printing/invoicerun.h"
 #include "shell/panel.h"
 
+#include <QPointer>
 #include <QStringList>
 
 #include <functional>
@@ -19,6 +20,9 @@ class QTreeView;
 
 namespace qor {
 
+namespace statements {
+class FrmStatements;
+}
 class InvoiceTree;
 class InvoiceTrees;
 class InvoiceTreeView;
@@ -82,6 +86,10 @@ public:
     // without blocking.
     std::function<void(QWidget *)> showPreviewWindow;
 
+    // cmdStatements: the Statements window, beside the main window; a second
+    // press brings the open one forward.
+    statements::FrmStatements *showStatementsWindow();
+
     // Prints one envelope as a job of its own. The program prints on the
     // default printer on the locale's envelope paper; a test puts its own here.
     std::function<pages::PrintOutcome(const pages::Page &)> printEnvelope;
@@ -95,6 +103,7 @@ private:
     QTreeView *m_tree = nullptr;
     QAbstractButton *m_cmdPrintSelectedEnvelopes = nullptr;
     QAbstractButton *m_cmdPrintSelectedInvoices = nullptr;
+    QPointer<statements::FrmStatements> m_statements;
     QLabel *m_lblPrinting = nullptr;
     QProgressBar *m_staPrinting = nullptr;
     bool m_envelopeRun = false;

@@ -1,4 +1,5 @@
 #include "shell/session.h"
+#include "printing/frmstatements.h"
 
 #include "shell/settingsstore.h"
 #include "uiservices/clsdialogs.h"
@@ -164,6 +165,9 @@ bool Session::confirmCloseBooks()
 bool Session::closeBooks()
 {
     if (confirmCloseBooks()) return false;
+    // The balances still owed stay behind in this file: the user may want
+    // the statements first.
+    if (!statements::offerStatementsBeforeClosingBooks(m_owner, m_db, settings::databasePath())) return false;
     QString path = askDatabaseFile(true, QStringLiteral("Create a New Database"));
     // Cancel ends here too; a name that is taken once ".xml" is added would
     // be overwritten.

@@ -41,6 +41,11 @@ const KeyInfo kKeys[] = {
     {"Printing", "PrintPreviewSelected", "0", R::Plain, false, 0, 2, "0"},
     {"Printing", "X-Margin", "2", R::Plain, true},
     {"Printing", "Y-Margin", "12", R::Plain, true},
+    // The Statements window: reminders after so many days, the letter (its
+    // default lives with the statements), one PDF per customer or one for all.
+    {"Printing", "ReminderDays", "14", R::Plain, false, 1, 9999, "14"},
+    {"Printing", "ReminderText", nullptr, R::Plain, false, 1, 0, nullptr, true},
+    {"Printing", "StatementsOneFilePerCustomer", "False", R::TrueCheck, false},
     {"BrowseRecall", "view", "lvwpeek", R::Plain, false},
     {"BrowseRecall", "LastViewedCustomer", "1", R::Plain, false},
     {"Messages", "DontShowExplanationOfClosingBooks", "False", R::TrueCheck, false},

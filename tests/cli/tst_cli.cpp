@@ -1,11 +1,15 @@
 // qorvane-cli run as a separate program: its output, exit codes, and that it
 // neither creates nor overwrites what it must not.
 #include "../database/dbfiletest.h"
+#include "database/money.h"
 #include "shell/settingsstore.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QProcess>
+#include <QRandomGenerator>
+
+#include <cmath>
 
 using namespace qor;
 using namespace dbtest;
@@ -320,6 +324,85 @@ private slots:
             QVERIFY2(r.exitCode == 1 && r.out.isEmpty(), qPrintable(bad.join(u' ')));
         }
         QCOMPARE(cli({"owing", dir.filePath(QStringLiteral("none.xml"))}).exitCode, 2);
+    }
+
+    // Statements and aging of a random database: every customer who owes has
+    // a statement whose total is what owing says, and aging lists exactly them.
+    void statementsAndAging()
+    {
+        Database db;
+        QRandomGenerator rng(20240630);
+        db.company[0] = QStringLiteral("Acme & Sons");
+        db.lvwPAndS.add("5k", QStringLiteral("000000005.00$5.00 - Five"));
+        for (int i = 0; i < 8; ++i) {
+            const QString p = QStringLiteral("P%1").arg(i);
+            const QString due = QDate(2024, 6, 30).addDays(30 - 20 * i).toString(QStringLiteral("yyyy/MM/dd"));
+            db.lvwPeriods.add(p + FieldSep, joined({QString(), p, QString(), due}));
+        }
+        for (int cid = 1; cid <= 40; ++cid) {
+            const QString c = QString::number(cid), name = QStringLiteral("Name%1").arg(cid);
+            db.lvwCustomers.add(c + "k", joined({cid % 7 ? name : u"zzzz\u00BB"_qs + name, name, QString(), QString(),
+                                                 QString(), QString(), QString(), QString(), QString()}));
+            for (int i = 0; i < 8 && cid % 10; ++i) {  // every tenth never billed
+                if (rng.bounded(3) == 0) continue;
+                const qint64 cents = rng.bounded(5) == 0 ? 0 : qint64(rng.bounded(40000)) - 8000;
+                const QString p = QStringLiteral("P%1").arg(i);
+                db.lvwInvoiceRecords.add(p + FieldSep + c + FieldSep,
+                                         joined({p, name, c, Money::fromCents(cents).toStoredText(), "5x3", QString()}));
+            }
+        }
+        const QString file = dir.filePath(QStringLiteral("random.xml"));
+        QVERIFY(db.save(file).ok);
+
+        QHash<QString, QString> owed;  // cid -> total, of those whose total is above zero
+        QString cid;
+        for (const QString &l : cli({"owing", file, "--plain"}).out.split(u'\n', Qt::SkipEmptyParts)) {
+            if (!l.startsWith(u'\t')) cid = l.section(u'\t', 1);
+            else if (l.startsWith(QLatin1String("\ttotal\t")) && !l.section(u'\t', 2).startsWith(u'-') &&
+                     l.section(u'\t', 2) != u"0.00")
+                owed.insert(cid, l.section(u'\t', 2));
+        }
+        QVERIFY(owed.size() > 20);
+        const Run aging = cli({"aging", file, "--plain", "--as-of", "2024-06-30"});
+        QCOMPARE(aging.exitCode, 0);
+        QStringList lines = aging.out.split(u'\n', Qt::SkipEmptyParts);
+        QVERIFY(lines.takeLast().startsWith(QLatin1String("total\t\t")));
+        QCOMPARE(lines.size(), owed.size());
+        for (const QString &l : lines) {
+            const QStringList f = l.split(u'\t');
+            QCOMPARE(f.size(), 8);
+            QCOMPARE(f[2], owed.value(f[0]));
+            QCOMPARE(f[1].endsWith(QLatin1String(" (archived)")), f[0].toInt() % 7 == 0);
+        }
+
+        const QString each = dir.filePath(QStringLiteral("statements"));
+        const Run st = cli({"statements", file, "--as-of", "2024-06-30", "--each", each});
+        QCOMPARE(st.out, QStringLiteral("%1 statements\n").arg(owed.size()));
+        for (auto it = owed.cbegin(); it != owed.cend(); ++it) {
+            const QString pdf = QDir(each).filePath(
+                QStringLiteral("Name%1 (%1) - statement 2024-06-30.pdf").arg(it.key()));
+            QProcess p;
+            p.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), pdf, QStringLiteral("-")});
+            QVERIFY(p.waitForFinished(60000));
+            const QString text = QString::fromUtf8(p.readAllStandardOutput());
+            const QString total = text.section(QStringLiteral("TOTAL DUE:"), 1).section(u'\n', 0, 0).trimmed();
+            QCOMPARE(total, Money::fromCents(qint64(std::llround(it.value().toDouble() * 100))).toCurrencyText());
+        }
+
+        // Reminders for fewer; one customer; nothing to write; wrong arguments.
+        const QString out = dir.filePath(QStringLiteral("r.pdf"));
+        const Run late = cli({"statements", file, "--as-of", "2024-06-30", "--overdue", "100", "-o", out});
+        QVERIFY(late.exitCode == 0 && late.out.endsWith(QLatin1String(" reminders\n")) && QFileInfo::exists(out));
+        QVERIFY(late.out.section(u' ', 0, 0).toInt() < owed.size());
+        QFile::remove(out);
+        const Run none = cli({"statements", file, "--customer", "10", "-o", out});
+        QVERIFY(none.exitCode == 4 && none.err.contains(QLatin1String("owes nothing")) && !QFileInfo::exists(out));
+        QCOMPARE(cli({"statements", file, "--customer", "99", "-o", out}).exitCode, 2);
+        for (const QStringList &bad : {QStringList{"statements", file}, QStringList{"statements", file, "-o", out, "--each", each},
+                                       QStringList{"statements", file, "--as-of", "2024-13-01", "-o", out},
+                                       QStringList{"statements", file, "--overdue", "-3", "-o", out},
+                                       QStringList{"aging", file, "--frob"}})
+            QCOMPARE(cli(bad).exitCode, 1);
     }
 };
 

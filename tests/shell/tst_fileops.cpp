@@ -4,6 +4,7 @@
 #include "../customers/panelharness.h"
 #include "../uiservices/modaldriver.h"
 #include "customers/customerpanel.h"
+#include "database/money.h"
 #include "billing/billperiodpanel.h"
 #include "printing/printingpanel.h"
 #include "shell/optionspanel.h"
@@ -14,6 +15,7 @@
 #include <QComboBox>
 #include <QDirIterator>
 #include <QFileDialog>
+#include <QProcess>
 #include <QRegularExpression>
 
 using namespace qor;
@@ -214,23 +216,39 @@ private slots:
         QCOMPARE(answers->seen[0].form.presetAnswer, u"No"_s);
         QVERIFY(answers->seen[0].form.buttons != u"OK"_s);
 
+        // Money is owed: told before anything else, and Cancel keeps the books open.
+        answers->nextFormAnswers = {u"Yes"_s};
+        click(closeBooks);
+        QCOMPARE(answers->seen.size(), 4);
+        QCOMPARE(answers->last().message.text,
+                 u"2 customers still owe %1 in all.\r\n\r\nThose balances stay in the old file, \"QOR.xml\"; "
+                 "the new file starts without them.\r\n\r\nWould you like to print or save their statements first?"_s.arg(Money::fromCents(2000).toCurrencyText()));
+
         // Cancel in the dialog, and a name that is taken: the refusal.
         answers->nextFormAnswers = {u"Yes"_s, u"Yes"_s};
+        answers->nextAnswers = {QMessageBox::No, QMessageBox::Ok, QMessageBox::No};
         answers->nextFileNames = {QString(), at(u"QOR"_s)};
         click(closeBooks);
-        QCOMPARE(answers->seen[3].title, u"Create a New Database"_s);
+        QCOMPARE(answers->seen[6].title, u"Create a New Database"_s);
         QCOMPARE(answers->last().message.text, refusal);
         click(closeBooks);
         QCOMPARE(answers->last().message.text, refusal);
         QCOMPARE(settings::databasePath(), sb.db);
 
-        // Without pending changes the old file is not written.
+        // Without pending changes the old file is not written. The statements
+        // saved first hold what is owed as of today.
         const QByteArray original = sb.fileBytes();
         settings::write(u"Messages"_s, u"DontShowExplanationOfClosingBooks"_s, u"TRUE"_s);
         const qsizetype asked = answers->seen.size();
-        answers->nextFileNames = {at(u"Year2"_s)};
+        answers->nextAnswers = {QMessageBox::Save};
+        answers->nextFileNames = {at(u"Owed"_s), at(u"Year2"_s)};
         click(closeBooks);
-        QCOMPARE(answers->seen.size(), asked + 1);  // no explanation once switched off
+        QCOMPARE(answers->seen.size(), asked + 3);  // no explanation once switched off
+        QProcess text;
+        text.start(u"pdftotext"_s, {at(u"Owed.pdf"_s), u"-"_s});
+        QVERIFY(text.waitForFinished(60000));
+        const QString owed = QString::fromUtf8(text.readAllStandardOutput());
+        QVERIFY2(owed.contains(u"Ann Lee"_s) && owed.contains(u"Bob Moss"_s) && owed.count(u"TOTAL DUE:"_s) == 2, qPrintable(owed));
         QCOMPARE(sb.fileBytes(), original);
         QCOMPARE(settings::databasePath(), at(u"Year2.xml"_s));
         QCOMPARE(shownPath(), at(u"Year2.xml"_s));
