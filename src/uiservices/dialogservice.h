@@ -29,6 +29,9 @@ public:
         QString title, text;
         QMessageBox::StandardButtons buttons = QMessageBox::Ok;
         QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
+        // Captions of buttons that say more than their standard text
+        // ("&Restore" on Yes); the answer is still the standard button.
+        QList<QPair<QMessageBox::StandardButton, QString>> captions = {};
     };
     // frmMessage: the message the user can switch off for good.
     struct MessageForm {

@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
+
 namespace dbtest {
 
 // "key = text" per row, with FieldSep shown as "|" and ItemSep as "+".
@@ -22,6 +24,29 @@ inline QStringList rows(const qor::KeyedList &t)
     });
     return out;
 }
+
+// A device that takes failAt bytes and then fails, part-way through a write,
+// as a full disk does.
+class Failing : public QIODevice {
+public:
+    Failing(QIODevice &inner, qint64 failAt) : m_inner(inner), m_left(failAt) { open(WriteOnly | Unbuffered); }
+
+protected:
+    qint64 readData(char *, qint64) override { return -1; }
+    qint64 writeData(const char *data, qint64 size) override
+    {
+        const qint64 take = std::min(size, m_left);
+        if (take > 0 && m_inner.write(data, take) != take) return -1;
+        m_left -= take;
+        if (take == size) return size;
+        setErrorString(QStringLiteral("No space left on device"));
+        return -1;
+    }
+
+private:
+    QIODevice &m_inner;
+    qint64 m_left;
+};
 
 inline bool writeFile(const QString &path, const QByteArray &bytes)
 {
