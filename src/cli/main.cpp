@@ -205,7 +205,9 @@ int resave(const QString &in, const QString &outPath)
     QStringList problems;
     if (!load(db, in, problems)) return Rejected;
     for (const QString &p : problems) err(p);
-    // Saved as the program saves: the file it replaces becomes an earlier version.
+    // Saved as the program saves: what an interrupted save of it left goes,
+    // and the file it replaces becomes an earlier version.
+    qor::files::removeStaleTemporaries(outPath, qor::files::processStartTime());
     qor::Database::SaveOptions options;
     options.versions = qor::settings::versionPolicy();
     const qor::SaveResult s = db.save(outPath, options);

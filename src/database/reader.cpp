@@ -27,6 +27,7 @@
 #include <new>
 #include <cstring>
 #include <optional>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -735,8 +736,19 @@ public:
     // A whole element on one line: only a record holds one.
     void element(const char *s, qsizetype n, qint64 line)
     {
-        m_any = true;
         if (m_at != At::Record) fail(s, n, line);
+    }
+
+    // The tags of invoice records the reader has already told apart
+    // (1 a record opens, 2 it closes, 3 the section closes): the usual step
+    // is taken at once, anything else goes the general way.
+    void recordTag(int which, const char *s, qsizetype n, qint64 line)
+    {
+        static constexpr At from[4] = {At::After, At::Section, At::Record, At::Section};
+        static constexpr At to[4] = {At::After, At::Record, At::Section, At::Outside};
+        if (m_kind != Records || m_at != from[which]) return this->line(s, n, line);
+        m_at = to[which];
+        if (which == 1) m_recordAt = line;
     }
 
     // Any significant line, cleaned.
@@ -825,7 +837,8 @@ private:
     enum class At { Outside, Section, Record, After };
     enum class Root { None, Open, Closed };
     struct Tags {
-        const char *open, *close, *recordClose, *shownOpen, *shownClose, *shownRecord, *shownRecordClose;
+        std::string_view open, close, recordClose;
+        const char *shownOpen, *shownClose, *shownRecord, *shownRecordClose;
         // A record's elements; nullptr ends the list.
         const char *const *elements;
     };
@@ -863,28 +876,40 @@ private:
         return true;
     }
 
-    static bool is(const char *s, qsizetype n, const char *lowerLit)
+    static bool is(const char *s, qsizetype n, std::string_view lowerLit)
     {
-        const qsizetype len = qsizetype(std::strlen(lowerLit));
-        return n == len && equalsLower(s, n, lowerLit, len);
+        return n == qsizetype(lowerLit.size()) && equalsLower(s, n, lowerLit.data(), n);
     }
 
     // A record header as the reader takes it: blanks don't count, any case.
     bool recordOpen(const char *s, qsizetype n) const
     {
-        QByteArray t;
-        t.reserve(n);
-        for (qsizetype i = 0; i < n; ++i)
-            if (s[i] != ' ') t += char(lowerByte(s[i]));
         switch (m_kind) {
-        // A header without its number is a record the reader drops.
-        case Customers:
-            return t == "<customer>" || (t.startsWith("<customercid=\"") && t.endsWith("\">") && t.size() >= 16);
-        case Items: return t == "<ps>" || (t.startsWith("<pspsid=\"") && t.endsWith("\">") && t.size() >= 11);
-        case Periods: return t == "<billperiod>";
-        case Records: return t == "<invoicerecord>";
+        case Periods: return is(s, n, "<billperiod>");
+        case Records: return is(s, n, "<invoicerecord>");
+        case Customers: return header(s, n, "<customer", "cid=\"");
+        case Items: return header(s, n, "<ps", "psid=\"");
         default: return false;
         }
+    }
+    // "<tag attr="value">" with blanks anywhere, or "<tag>" alone (a header
+    // without its number: a record the reader drops).
+    static bool header(const char *s, qsizetype n, const char *tag, const char *attr)
+    {
+        qsizetype i = 0;
+        auto take = [&](const char *lit) {
+            for (; *lit; ++lit) {
+                while (i < n && s[i] == ' ') ++i;
+                if (i == n || char(lowerByte(s[i])) != *lit) return false;
+                ++i;
+            }
+            return true;
+        };
+        if (!take(tag)) return false;
+        const qsizetype afterTag = i;
+        if (take(">") && i == n) return true;
+        i = afterTag;
+        return take(attr) && n - i >= 2 && s[n - 2] == '"' && s[n - 1] == '>';
     }
 
     // The opening or closing tag of an element of the current record kind.
@@ -1495,16 +1520,21 @@ private:
 
     // Notes a plain line that will stand in the record text at offset at;
     // false when the line isn't one.
-    static bool plainLine(const char *p, qsizetype n, qsizetype at, PlainRecord &r, bool &lone)
+    // lone tells which tag a line of one tag is: 1 the record's opening, 2
+    // its closing, 3 the section's closing; 0 for an element.
+    static bool plainLine(const char *p, qsizetype n, qsizetype at, PlainRecord &r, int &lone)
     {
         qsizetype gtAt = 0, ltAt = 0;
         const int shape = plainShape(p, n, gtAt, ltAt);
         if (shape == 0) return false;
-        lone = shape == 1;
+        lone = 0;
         if (shape == 1) {
             // One tag alone: only the record's own opening and closing tags.
-            return equalsLower(p, n, "<invoicerecord>", 15) || equalsLower(p, n, "</invoicerecord>", 16) ||
-                   equalsLower(p, n, "</invoicerecords>", 17);
+            lone = equalsLower(p, n, "<invoicerecord>", 15)     ? 1
+                   : equalsLower(p, n, "</invoicerecord>", 16)  ? 2
+                   : equalsLower(p, n, "</invoicerecords>", 17) ? 3
+                                                                : 0;
+            return lone != 0;
         }
         const char *name = p + 1;
         const qsizetype nameLen = gtAt - 1;
@@ -1562,9 +1592,9 @@ private:
                 // Plain: starts with "<" and ends with ">" (so no blank at
                 // either end) and has nothing to clean inside. Such lines
                 // are whole elements, so they need no break between them.
-                bool lone = false;
+                int lone = 0;
                 if (plainLine(p, len, start, r, lone)) {
-                    if (lone) m_shape.line(p, len, m_src.lineNumber());
+                    if (lone) m_shape.recordTag(lone, p, len, m_src.lineNumber());
                     else m_shape.element(p, len, m_src.lineNumber());
                     m_rec.resize(start + len);
                     std::memcpy(m_rec.data() + start, p, size_t(len));

@@ -646,9 +646,10 @@ bool Session::restoreCopy(const QString &copy)
 
 bool Session::writeRecovery()
 {
-    if (!m_db.isChanged()) return false;
-    if (m_recoveryRevision == m_db.revision() && m_recovery.pending()) return true;
-    const QString why = m_recovery.write(m_db, m_path, {}, faultFor(m_recovery.databaseCopy()));
+    const QByteArray entry = openEntry ? openEntry() : QByteArray();
+    if (!m_db.isChanged() && entry.isEmpty()) return false;
+    if (m_recoveryRevision == m_db.revision() && entry == m_recoveredEntry && m_recovery.pending()) return true;
+    const QString why = m_recovery.write(m_db, m_path, entry, faultFor(m_recovery.databaseCopy()));
     if (!why.isEmpty()) {
         tellOnce({QStringLiteral("Unsaved changes cannot be kept for recovery after a crash in \"%1\": %2. Save "
                                  "often until this is put right.")
@@ -656,6 +657,7 @@ bool Session::writeRecovery()
         return false;
     }
     m_recoveryRevision = m_db.revision();
+    m_recoveredEntry = entry;
     return true;
 }
 
@@ -663,6 +665,7 @@ void Session::dropRecovery()
 {
     m_recovery.clear();
     m_recoveryRevision = 0;
+    m_recoveredEntry.clear();
 }
 
 bool Session::offerRecovery()
@@ -683,9 +686,11 @@ bool Session::offerRecovery()
     if (answer == QMessageBox::Yes) {
         // Restored changes count as unsaved: the copy stays until they are
         // saved or abandoned.
-        const quint64 kept = m_recoveryRevision;
         if (!adopt(m_recovery.databaseCopy(), pending->original, true, false)) return false;
-        m_recoveryRevision = kept;
+        if (pending->hasEntry) {
+            QFile entry(m_recovery.entryFile());
+            if (entry.open(QIODevice::ReadOnly)) emit entryRecovered(entry.readAll());
+        }
         return true;
     }
     if (answer != QMessageBox::Discard) return false;  // closed unanswered: asked again next time

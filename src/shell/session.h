@@ -110,6 +110,9 @@ public:
     // Writes it when there is something new since the last write; false when
     // there is nothing to keep or it failed (told once).
     bool writeRecovery();
+    // The open bill-period entry as the recovery copy keeps it beside the
+    // books; empty when none is open. Not set: no entry is kept.
+    std::function<QByteArray()> openEntry;
     // Removes it: after a save, an abandon, a normal exit.
     void dropRecovery();
     // At start, when a program ended without cleaning up: asks "Recover
@@ -128,6 +131,8 @@ signals:
     void readOnlyChanged(bool readOnly);
     // A version or safety copy was made or removed.
     void earlierCopiesChanged();
+    // Restore brought back an open bill-period entry, as openEntry gave it.
+    void entryRecovered(const QByteArray &entry);
 
 private:
     enum class Unsaved { None, Saved, Discard, Cancel };
@@ -168,6 +173,7 @@ private:
     QString m_copyProblem;
     Recovery m_recovery;
     quint64 m_recoveryRevision = 0;
+    QByteArray m_recoveredEntry;  // the entry of the last recovery copy written
 };
 
 }  // namespace qor

@@ -3,6 +3,7 @@
 #include "../database/dbfiletest.h"
 #include "shell/settingsstore.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 #include <QProcess>
@@ -110,8 +111,15 @@ private slots:
         QVERIFY(problems.contains(QLatin1String("item number 9,")));
         QVERIFY(!problems.contains(QLatin1String("item number 6,")));  // archived, but there
 
-        // resave writes what the program saves after a load, with the placeholder.
+        // resave writes what the program saves after a load, with the placeholder,
+        // and first removes what an interrupted save of the same file left.
+        const QString leftover = dir.filePath(QStringLiteral(".out.xml.new-Ab12Cd"));
+        QFile stale(leftover);
+        QVERIFY(stale.open(QIODevice::WriteOnly) && stale.write("half") == 4 && stale.flush() &&
+                stale.setFileTime(QDateTime::currentDateTime().addSecs(-60), QFileDevice::FileModificationTime));
+        stale.close();
         QCOMPARE(cli({"resave", in, out}).exitCode, 0);
+        QVERIFY(!QFileInfo::exists(leftover));
         QVERIFY(readFile(in) == sample());  // neither command changes its input
         Database expected;
         QVERIFY(load(expected, dir, sample()).result.ok());
