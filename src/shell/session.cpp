@@ -196,7 +196,7 @@ void Session::setReadOnly(bool readOnly)
 // ---------------------------------------------------------------------------
 // Reading
 
-void Session::tellRejected(const ReadResult &result, const QString &path)
+void Session::tellRejected(const ReadResult &result, const QString &path, bool drop)
 {
     const QList<versions::Version> kept = versions::list(path);
     if (kept.isEmpty()) {
@@ -210,7 +210,7 @@ void Session::tellRejected(const ReadResult &result, const QString &path)
     const auto answer = DialogService::current().message(
         m_owner, {QMessageBox::Warning, AppTitle, text, QMessageBox::Open | QMessageBox::Ok, QMessageBox::Ok,
                   {{QMessageBox::Open, QStringLiteral("Open the Newest &Version")}}});
-    if (answer == QMessageBox::Open) adopt(newest.path, path, true, false);
+    if (answer == QMessageBox::Open) adopt(newest.path, path, true, drop);
 }
 
 bool Session::adopt(const QString &source, const QString &path, bool changed, bool drop, ReadResult *out)
@@ -238,7 +238,7 @@ bool Session::adopt(const QString &source, const QString &path, bool changed, bo
     if (result.status == ReadResult::Status::Rejected) {
         // The newest version may be taken instead: it needs the lock.
         lock.reset();
-        tellRejected(result, path);
+        tellRejected(result, path, drop);
         return false;
     }
     if (drop && !keepBeforeDropping()) {

@@ -146,7 +146,9 @@ private:
     // name path, locked, marked changed or not. drop: unsaved changes are
     // kept in a safety copy first.
     bool adopt(const QString &source, const QString &path, bool changed, bool drop, ReadResult *result = nullptr);
-    void tellRejected(const ReadResult &result, const QString &path);
+    // A refused file is told, with its newest earlier version offered in its
+    // place (drop: unsaved changes are kept in a safety copy first).
+    void tellRejected(const ReadResult &result, const QString &path, bool drop);
     void tellOnce(const QStringList &notes);
     bool saveTo(const QString &path, bool asNewName);
     bool saveAs();

@@ -3,6 +3,7 @@
 #include "database/database.h"
 #include "database/rows.h"
 
+#include <QDateTime>
 #include <QFile>
 #include <QLocale>
 #include <QTemporaryDir>
@@ -52,6 +53,14 @@ inline bool writeFile(const QString &path, const QByteArray &bytes)
 {
     QFile f(path);
     return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
+}
+
+// A file last written seconds ago (a leftover of an earlier run).
+inline bool writeOld(const QString &path, int seconds)
+{
+    QFile f(path);
+    return f.open(QIODevice::WriteOnly) && f.write("x") == 1 && f.flush() &&
+           f.setFileTime(QDateTime::currentDateTime().addSecs(-seconds), QFileDevice::FileModificationTime);
 }
 
 inline QByteArray readFile(const QString &path)

@@ -371,11 +371,8 @@ private slots:
                                       {".QOR.xml.new-aB3xY9z", past, false}, {".QOR.xml.new-aB3_Y9", past, false},
                                       {".Other.xml.new-aB3xY9", past, false}, {"QOR.xml.new-aB3xY9", past, false},
                                       {".QOR.xml.new-Later1", future, false}};
-        for (const Leftover &l : leftovers) {
-            QFile f(own.filePath(QString::fromLatin1(l.name)));
-            QVERIFY(f.open(QIODevice::WriteOnly) && f.write("x") == 1 && f.flush() &&
-                    f.setFileTime(l.time, QFileDevice::FileModificationTime));
-        }
+        for (const Leftover &l : leftovers)
+            QVERIFY(writeOld(own.filePath(QString::fromLatin1(l.name)), int(l.time.secsTo(start))));
         QCOMPARE(files::removeStaleTemporaries(path, start), QStringList{own.filePath(".QOR.xml.new-aB3xY9")});
         for (const Leftover &l : leftovers)
             QCOMPARE(QFileInfo::exists(own.filePath(QString::fromLatin1(l.name))), !l.removed);

@@ -34,16 +34,21 @@ private slots:
         settings::write(u"FileHandling"_s, u"DatabasePath"_s, path());
     }
 
+    // An unsaved customer in the books.
+    static void addCustomer(Session &session, int number, const QString &first)
+    {
+        CustomerRow c;
+        c.firstName = c.displayName = first;
+        session.db().lvwCustomers.add(numberKey(number), c.text());
+        session.db().setChanged(true);
+    }
     // A loaded session whose books hold one unsaved customer.
     std::unique_ptr<Session> changedSession(const QString &first = u"Ann"_s)
     {
         settings::write(u"FileHandling"_s, u"DatabasePath"_s, path());
         auto session = std::make_unique<Session>();
         session->load();
-        CustomerRow c;
-        c.firstName = c.displayName = first;
-        session->db().lvwCustomers.add(numberKey(1), c.text());
-        session->db().setChanged(true);
+        addCustomer(*session, 1, first);
         return session;
     }
     QString at(const QString &name) const { return dir.filePath(name); }
@@ -174,10 +179,7 @@ private slots:
         QCOMPARE(dbtest::readFile(kept[0].filePath()), unsaved);
         QCOMPARE(kept[0].permissions() & 0x0077, QFileDevice::Permissions());
         // Nowhere to keep them: asked; Cancel keeps the books, Discard goes on.
-        CustomerRow bo;
-        bo.firstName = bo.displayName = u"Bo"_s;
-        session->db().lvwCustomers.add(numberKey(7), bo.text());
-        session->db().setChanged(true);
+        addCustomer(*session, 7, u"Bo"_s);
         session->writeFault = [](const QString &) -> files::DeviceWrapper {
             return [](QIODevice &f) { return std::make_unique<dbtest::Failing>(f, 0); };
         };
@@ -197,9 +199,8 @@ private slots:
     {
         QVERIFY(dbtest::writeFile(path(), QByteArray()));
         const QString lock = FileLock::lockPathOf(path());
-        auto foreignLock = [&] { return dbtest::writeFile(lock, "4242\nqorvane\nelsewhere\n"); };
         ScriptedDialogs dialogs;
-        QVERIFY(foreignLock());
+        QVERIFY(dbtest::writeFile(lock, "4242\nqorvane\nelsewhere\n"));
         {
             Session cancelled;
             cancelled.load();
