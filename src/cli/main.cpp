@@ -8,16 +8,20 @@
 #include "billing/invoicetree.h"
 #include "cli/statementcommands.h"
 #include "database/database.h"
+#include "database/filesafety.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
+#include "database/versions.h"
 #include "pages/customerlist.h"
 #include "pages/envelope.h"
 #include "pages/pdfoutput.h"
 #include "printing/invoicerun.h"
 #include "shell/settingsstore.h"
 
+#include <QBuffer>
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QStringList>
 #include <QTextStream>
@@ -25,9 +29,19 @@
 #include <cstdio>
 #include <memory>
 
+#include <sys/stat.h>
+
 namespace {
 
-enum ExitCode { Ok = 0, Usage = 1, Rejected = 2, NotWritten = 3 };
+// Each exit status means one thing (told in --help and the manual page).
+enum ExitCode {
+    Ok = 0,             // done: read, and every output written and checked
+    Usage = 1,          // the command line is wrong (an output that is one of the inputs, a bad value)
+    Rejected = 2,       // an input file was refused: missing, not a regular file, damaged, unreadable
+    NotWritten = 3,     // an output could not be written; nothing of it is left behind
+    NotFound = 4,       // the bill period or customer asked for is not in the file
+    NothingToPrint = 5  // the file holds nothing the command would print
+};
 
 const char *const HelpText =
     "Usage:\n"
@@ -77,18 +91,87 @@ const char *const HelpText =
     "                              by tabs: number, name, total owed, then not yet\n"
     "                              due, 1-30, 31-60, 61-90 and over 90 days past\n"
     "                              the bill due date; then the total line\n"
+    "  qorvane-cli versions FILE   the earlier versions kept of FILE, oldest first:\n"
+    "                              its path, a tab, its time (yyyy-MM-dd HH:mm:ss)\n"
     "  qorvane-cli --help          show this text\n"
     "  qorvane-cli --version       show the version\n"
     "\n"
-    "Exit status: 0 the file was read (and written), 1 wrong arguments,\n"
-    "2 the file was rejected (the reason goes to standard error),\n"
-    "3 the output file could not be written, 4 nobody owes as asked (statements:\n"
-    "nothing written).\n";
+    "An output is written beside its target and takes its name only when it is\n"
+    "complete and checked; an output that is one of the inputs is refused.\n"
+    "--each names each file \"<customer> (<number>) - <period>.pdf\", with \"/\" and\n"
+    "control characters replaced by \"_\". --customer takes a customer number.\n"
+    "\n"
+    "Exit status:\n"
+    "  0  done: the file was read, and every output written and checked\n"
+    "  1  the command line is wrong (unknown command or option, a missing or bad\n"
+    "     value, an output that is one of the inputs)\n"
+    "  2  an input file was refused: missing, not a regular file (a pipe or\n"
+    "     device), damaged or unreadable; the reason goes to standard error\n"
+    "  3  an output could not be written; nothing of it is left behind\n"
+    "  4  the bill period or customer asked for is not in the file\n"
+    "  5  the file holds nothing to print (no customers for the list, nobody who\n"
+    "     owes as asked for statements)\n";
 
 void err(const QString &text)
 {
     QTextStream e(stderr);
     e << text << Qt::endl;
+}
+
+QString shown(const QString &path) { return QDir::toNativeSeparators(path); }
+
+// The same file, by any name (a link, a hard link, another spelling)?
+bool sameFile(const QString &a, const QString &b)
+{
+    struct stat x {}, y {};
+    if (::stat(QFile::encodeName(a).constData(), &x) != 0 || ::stat(QFile::encodeName(b).constData(), &y) != 0)
+        return false;
+    return x.st_dev == y.st_dev && x.st_ino == y.st_ino;
+}
+
+// An output must never replace an input: refused before anything is read.
+bool outputIsInput(const QString &out, const QStringList &inputs)
+{
+    for (const QString &in : inputs)
+        if (sameFile(out, in)) {
+            err(QStringLiteral("The output \"%1\" is the input \"%2\"; choose another output name.")
+                    .arg(shown(out), shown(in)));
+            return true;
+        }
+    return false;
+}
+
+// An output goes beside its target first and takes the target's name only
+// when it is complete and reads as a whole PDF.
+int writeOutput(const QByteArray &pdf, const QString &out)
+{
+    const QFileInfo target(out);
+    if (target.exists() && !target.isFile()) {
+        err(QStringLiteral("The output \"%1\" is not a regular file; nothing was written.").arg(shown(out)));
+        return NotWritten;
+    }
+    qor::files::removeStaleTemporaries(out, qor::files::processStartTime());
+    const qsizetype end = pdf.lastIndexOf("%%EOF");
+    if (!pdf.startsWith("%PDF-") || end < 0 || !pdf.mid(end + 5).trimmed().isEmpty()) {
+        err(QStringLiteral("The PDF for \"%1\" came out incomplete; nothing was written.").arg(shown(out)));
+        return NotWritten;
+    }
+    const QString why = qor::files::writeVerified(out, pdf);
+    if (!why.isEmpty()) {
+        err(QStringLiteral("The output \"%1\" could not be written: %2. Nothing was left in its place.")
+                .arg(shown(out), why));
+        return NotWritten;
+    }
+    return Ok;
+}
+
+// A customer number as the command line gives it: digits only.
+bool isCustomerNumber(const QString &text)
+{
+    if (text.isEmpty() || text.size() > 18) return false;
+    for (QChar c : text)
+        if (c < u'0' || c > u'9') return false;
+    return text.toLongLong() > 0;
 }
 
 // Reads a file as the program does at start. A missing file is an error here:
@@ -134,16 +217,31 @@ int check(const QString &path)
 
 int resave(const QString &in, const QString &outPath)
 {
+    if (outputIsInput(outPath, {in})) return Usage;
     qor::Database db;
     QStringList problems;
     if (!load(db, in, problems)) return Rejected;
     for (const QString &p : problems) err(p);
-    const qor::SaveResult s = db.save(outPath);
+    // Saved as the program saves: what an interrupted save of it left goes,
+    // and the file it replaces becomes an earlier version.
+    qor::files::removeStaleTemporaries(outPath, qor::files::processStartTime());
+    qor::Database::SaveOptions options;
+    options.versions = qor::settings::versionPolicy();
+    const qor::SaveResult s = db.save(outPath, options);
     if (!s.ok) {
         err(s.message);
         return NotWritten;
     }
-    if (!s.keptCopy.isEmpty()) err(QStringLiteral("The old content of the file was kept as \"%1\".").arg(s.keptCopy));
+    for (const QString &note : s.notes) err(note);
+    if (!s.keptCopy.isEmpty()) err(QStringLiteral("The old content of the file was kept as \"%1\".").arg(shown(s.keptCopy)));
+    return Ok;
+}
+
+int listVersions(const QString &path)
+{
+    QTextStream out(stdout);
+    for (const qor::versions::Version &v : qor::versions::list(path))
+        out << v.path << '\t' << v.time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) << '\n';
     return Ok;
 }
 
@@ -160,7 +258,10 @@ bool readOptions(const QStringList &args, bool allowCustomer, StatementOptions &
             o.plain = true;
         } else if (allowCustomer && args[i] == u"--customer" && i + 1 < args.size() && o.customer.isEmpty()) {
             o.customer = args[++i];
-            if (qor::plainNumber(o.customer).isEmpty()) return false;
+            if (!isCustomerNumber(o.customer)) {
+                err(QStringLiteral("--customer takes a customer number, not \"%1\".").arg(o.customer));
+                return false;
+            }
         } else {
             return false;
         }
@@ -187,6 +288,10 @@ int owing(const QString &path, const StatementOptions &o)
     qor::Database db;
     QStringList problems;
     if (!load(db, path, problems)) return Rejected;
+    if (!o.customer.isEmpty() && !db.lvwCustomers.contains(qor::numberKey(QStringView(o.customer)))) {
+        err(QStringLiteral("There is no customer number %1 in \"%2\".").arg(o.customer, shown(path)));
+        return NotFound;
+    }
     QTextStream out(stdout);
     const qor::accounts::Owing statement = qor::accounts::owing(db, o.customer);
     for (const qor::accounts::OwingCustomer &c : statement.customers) {
@@ -231,12 +336,14 @@ bool parsePageArgs(const QStringList &args, PageArgs &a, bool envelopes)
 
 int writePages(const QList<qor::pages::Page> &pages, const QString &out, const QPageSize &paper)
 {
+    QBuffer pdf;
+    pdf.open(QIODevice::WriteOnly);
     QString why;
-    if (!qor::pages::writePdf(pages, out, paper, &why)) {
-        err(why);
+    if (!qor::pages::writePdf(pages, &pdf, paper, &why)) {
+        err(QStringLiteral("The PDF for \"%1\" could not be made: %2").arg(shown(out), why));
         return NotWritten;
     }
-    return Ok;
+    return writeOutput(pdf.data(), out);
 }
 
 int envelopes(const QStringList &args)
@@ -246,6 +353,7 @@ int envelopes(const QStringList &args)
         std::fputs(HelpText, stderr);
         return Usage;
     }
+    if (outputIsInput(a.out, {a.file})) return Usage;
     qor::Database db;
     QStringList problems;
     if (!load(db, a.file, problems)) return Rejected;
@@ -256,8 +364,8 @@ int envelopes(const QStringList &args)
         return !periodFound;
     });
     if (!periodFound) {
-        err(QStringLiteral("There is no bill period \"%1\" in the file.").arg(a.period));
-        return Rejected;
+        err(QStringLiteral("There is no bill period \"%1\" in \"%2\".").arg(a.period, shown(a.file)));
+        return NotFound;
     }
     // The margins as the program reads them; the settings are not written:
     // an empty X-Margin means the defaults.
@@ -294,18 +402,15 @@ int envelopes(const QStringList &args)
     return rc;
 }
 
-// A file name made of what the user typed: characters that can't stand in a
-// file name become "_".
-QString fileNameOf(const QString &text)
+// The file of one customer for --each: "<display name> (<number>) - <what>.pdf",
+// with "/" and control characters replaced, so every customer gets a file of
+// their own and no name reaches outside the folder.
+QString eachFileName(const QString &displayName, const QString &number, const QString &what)
 {
-    QString out;
-    for (QChar c : text) {
-        if (c.unicode() < 32 || QStringView(u"/\\:*?\"<>|").contains(c)) out += u'_';
-        else out += c;
-    }
-    out = out.trimmed();
-    while (out.startsWith(u'.')) out.remove(0, 1);
-    return out.isEmpty() ? QStringLiteral("invoice") : out;
+    QString name = displayName + QStringLiteral(" (") + number + QStringLiteral(") - ") + what;
+    for (QChar &c : name)
+        if (c.unicode() < 32 || c.unicode() == 127 || c == u'/') c = u'_';
+    return name + QStringLiteral(".pdf");
 }
 
 int invoices(const QStringList &args)
@@ -324,7 +429,13 @@ int invoices(const QStringList &args)
         if ((f == u"-o" || f == u"--output") && hasValue) out = args[++i];
         else if (f == u"--period" && hasValue) period = args[++i];
         else if (f == u"--all") all = true;
-        else if (f == u"--customer" && hasValue) cid = args[++i];
+        else if (f == u"--customer" && hasValue) {
+            cid = args[++i];
+            if (!isCustomerNumber(cid)) {
+                err(QStringLiteral("--customer takes a customer number, not \"%1\".").arg(cid));
+                return Usage;
+            }
+        }
         else if (f == u"--each" && hasValue) each = args[++i];
         else if (f == u"--template" && hasValue) {
             const QString t = args[++i];
@@ -350,6 +461,7 @@ int invoices(const QStringList &args)
         std::fputs(HelpText, stderr);
         return Usage;
     }
+    if (!out.isEmpty() && outputIsInput(out, {file})) return Usage;
     qor::Database db;
     QStringList problems;
     if (!load(db, file, problems)) return Rejected;
@@ -360,8 +472,8 @@ int invoices(const QStringList &args)
         return !periodFound;
     });
     if (!periodFound) {
-        err(QStringLiteral("There is no bill period \"%1\" in the file.").arg(period));
-        return Rejected;
+        err(QStringLiteral("There is no bill period \"%1\" in \"%2\".").arg(period, shown(file)));
+        return NotFound;
     }
     // The print tree of the period, ticked as the program ticks it: the
     // customers who owe.
@@ -378,8 +490,9 @@ int invoices(const QStringList &args)
             found = found || tree.key(node) == key;
         }
         if (!found) {
-            err(QStringLiteral("Customer %1 has no invoice in the bill period \"%2\".").arg(cid, period));
-            return Rejected;
+            err(QStringLiteral("Customer %1 has no invoice in the bill period \"%2\" of \"%3\".")
+                    .arg(cid, period, shown(file)));
+            return NotFound;
         }
     } else if (all) {
         for (int node : customers) tree.setChecked(node, true);
@@ -393,8 +506,8 @@ int invoices(const QStringList &args)
     if (out.isEmpty()) {
         // One PDF per customer, for e-mailing; duplicates make no sense there.
         run.options.printDuplicates = false;
-        if (!QDir().mkpath(each)) {
-            err(QStringLiteral("The folder \"%1\" could not be made.").arg(each));
+        if (const QString why = qor::files::makePrivateFolder(each); !why.isEmpty()) {
+            err(QStringLiteral("The folder \"%1\" could not be made: %2.").arg(shown(each), why));
             return NotWritten;
         }
         int written = 0;
@@ -402,9 +515,11 @@ int invoices(const QStringList &args)
             if (!tree.checked(node)) continue;
             const auto page = qor::invoicerun::invoicePageFor(db, tree, node, run);
             if (!page) continue;
-            const QString name = fileNameOf(qor::billing::nameOfNodeText(tree.text(node)) + QStringLiteral(" - ") +
-                                            period) + QStringLiteral(".pdf");
-            const int rc = writePages({*page}, QDir(each).filePath(name), paper);
+            const QString name = eachFileName(qor::billing::nameOfNodeText(tree.text(node)),
+                                              qor::plainNumber(tree.key(node)), period);
+            const QString target = QDir(each).filePath(name);
+            if (outputIsInput(target, {file})) return Usage;
+            const int rc = writePages({*page}, target, paper);
             if (rc != Ok) return rc;
             ++written;
         }
@@ -424,12 +539,13 @@ int customers(const QStringList &args)
         std::fputs(HelpText, stderr);
         return Usage;
     }
+    if (outputIsInput(a.out, {a.file})) return Usage;
     qor::Database db;
     QStringList problems;
     if (!load(db, a.file, problems)) return Rejected;
     if (db.lvwCustomers.count() == 0) {
-        err(QStringLiteral("There are no customers to print!"));
-        return Rejected;
+        err(QStringLiteral("There are no customers to print in \"%1\".").arg(shown(a.file)));
+        return NothingToPrint;
     }
     namespace s = qor::settings;
     const QString S = QStringLiteral("CustomerListPrint");
@@ -466,6 +582,9 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationName(QStringLiteral("qorvane-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QOR_VERSION_TEXT));
     const QStringList args = app.arguments().mid(1);
+    // Every file and folder this tool makes is the user's alone.
+    ::umask(077);
+    qor::files::processStartTime();
 
     if (args.size() == 1 && (args[0] == u"--help" || args[0] == u"-h")) {
         std::fputs(HelpText, stdout);
@@ -477,6 +596,7 @@ int main(int argc, char **argv)
     }
     if (args.size() == 2 && args[0] == u"check") return check(args[1]);
     if (args.size() == 3 && args[0] == u"resave") return resave(args[1], args[2]);
+    if (args.size() == 2 && args[0] == u"versions") return listVersions(args[1]);
     if (!args.isEmpty() && args[0] == u"envelopes") return envelopes(args);
     if (!args.isEmpty() && args[0] == u"customers") return customers(args);
     if (!args.isEmpty() && args[0] == u"invoices") return invoices(args);

@@ -11,7 +11,7 @@ namespace qor::cli {
 namespace {
 
 // The statuses main.cpp gives the same meaning.
-enum { Ok = 0, Usage = 1, Rejected = 2, NotWritten = 3 };
+enum { Ok = 0, Usage = 1, Rejected = 2, NotWritten = 3, NotFound = 4 };
 
 void err(const QString &text)
 {
@@ -64,7 +64,7 @@ int statementsCommand(const QStringList &args, const LoadFile &load)
     if (!load(db, file)) return Rejected;
     if (!cid.isEmpty() && !db.lvwCustomers.contains(numberKey(QStringView(cid)))) {
         err(QStringLiteral("There is no customer %1 in the file.").arg(cid));
-        return Rejected;
+        return NotFound;
     }
     const bool reminder = overdue >= 0;
     statements::Report r =

@@ -16,7 +16,7 @@ namespace qor::cli {
 using LoadFile = std::function<bool(Database &, const QString &)>;
 
 // The exit statuses these commands give beside those of the others.
-inline constexpr int NothingToWrite = 4;  // nobody owes as asked: no file written
+inline constexpr int NothingToWrite = 5;  // nobody owes as asked: no file written
 
 // args: the whole command line after the program, the command first.
 // Both give the exit status.

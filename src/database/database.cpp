@@ -15,11 +15,10 @@
 #include <vector>
 
 #include "collation.h"
+#include "filesafety.h"
 #include "rowtypes.h"
+#include "versions.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace qor {
 
@@ -57,6 +56,10 @@ Database::Database(QObject *parent) : QObject(parent) {}
 
 void Database::setChanged(bool changed)
 {
+    if (changed) {
+        ++m_revision;
+        emit edited();
+    }
     if (m_changed == changed) return;
     m_changed = changed;
     emit changedStateChanged(changed);
@@ -66,6 +69,20 @@ void Database::tableEdited(Table table)
 {
     emit tableChanged(table);
     setChanged(true);
+}
+
+void Database::takeContentOf(Database &other)
+{
+    clear();
+    lvwCustomers.swap(other.lvwCustomers);
+    lvwPeriods.swap(other.lvwPeriods);
+    lvwPAndS.swap(other.lvwPAndS);
+    lvwInvoiceRecords.swap(other.lvwInvoiceRecords);
+    company.swap(other.company);
+    m_afterRead = std::move(other.m_afterRead);
+    other.m_afterRead = {};
+    m_keepCopyOf += other.m_keepCopyOf;
+    other.m_keepCopyOf.clear();
 }
 
 void Database::clear()
@@ -305,43 +322,16 @@ QString Database::deleteOrArchiveProduct(KeyedList &products, const QString &key
     return QStringLiteral("archived");
 }
 
-namespace {
-
-// The file being written, as a device: every failed write keeps the
-// system's own reason ("No space left on device").
-class FdDevice : public QIODevice {
-public:
-    explicit FdDevice(int fd) : m_fd(fd) { open(QIODevice::WriteOnly | QIODevice::Unbuffered); }
-
-protected:
-    qint64 readData(char *, qint64) override { return -1; }
-    qint64 writeData(const char *data, qint64 size) override
-    {
-        qint64 done = 0;
-        while (done < size) {
-            const ssize_t n = ::write(m_fd, data + done, size_t(std::min<qint64>(size - done, qint64(1) << 30)));
-            if (n < 0 && errno == EINTR) continue;
-            if (n <= 0) {
-                setErrorString(n < 0 ? QString::fromLocal8Bit(std::strerror(errno))
-                                     : QStringLiteral("nothing could be written"));
-                return -1;
-            }
-            done += n;
-        }
-        return done;
-    }
-
-private:
-    int m_fd;
-};
-
-QString systemReason(int error) { return QString::fromLocal8Bit(std::strerror(error)); }
-
-}  // namespace
-
-SaveResult Database::save(const QString &path) { return save(path, {}); }
+SaveResult Database::save(const QString &path) { return save(path, SaveOptions{}); }
 
 SaveResult Database::save(const QString &path, const DeviceWrapper &wrap)
+{
+    SaveOptions options;
+    options.wrap = wrap;
+    return save(path, options);
+}
+
+SaveResult Database::save(const QString &path, const SaveOptions &options)
 {
     SaveResult r;
     const QFileInfo info(path);
@@ -364,12 +354,6 @@ SaveResult Database::save(const QString &path, const DeviceWrapper &wrap)
                         .arg(name);
         return r;
     }
-    // A link is followed: the file it points to is the one replaced.
-    const QString target = info.exists() ? absolute : info.absoluteFilePath();
-    const QByteArray targetName = QFile::encodeName(target);
-    struct stat old {};
-    const bool existed = ::stat(targetName.constData(), &old) == 0;
-    if (existed && ::access(targetName.constData(), W_OK) != 0) return fail(systemReason(errno));
 
     // A file that could not be read is never overwritten blindly: keep its
     // old content beside it first.
@@ -378,65 +362,42 @@ SaveResult Database::save(const QString &path, const DeviceWrapper &wrap)
         QString copy = path + QStringLiteral(".unreadable-") + stamp;
         for (int i = 2; QFileInfo::exists(copy); ++i)
             copy = path + QStringLiteral(".unreadable-") + stamp + u'-' + QString::number(i);
-        QFile oldFile(path);
-        if (!oldFile.copy(copy)) {
+        if (const QString why = files::copyFile(path, copy); !why.isEmpty()) {
             r.ok = false;
             r.message = QStringLiteral("The database was not saved to \"%1\": that file could not be read, and the "
                                        "copy of it that must be kept first could not be made (%2).")
-                            .arg(name, oldFile.errorString());
+                            .arg(name, why);
             return r;
         }
         r.keptCopy = copy;
         m_keepCopyOf.remove(absolute);
     }
 
-    // The new content goes to a fresh file in the same folder, so that the
-    // rename below replaces the old file in one step.
-    const QString folder = QFileInfo(target).absolutePath();
-    QByteArray temp = QFile::encodeName(folder + u'/' + u'.' + QFileInfo(target).fileName()) + ".new-XXXXXX";
-    const int fd = ::mkostemp(temp.data(), O_CLOEXEC);
-    if (fd < 0) return fail(systemReason(errno));
-    auto abandon = [&](const QString &reason) {
-        ::close(fd);
-        ::unlink(temp.constData());
-        return fail(reason);
-    };
-    // The old file's permission bits (and owner, where allowed); a new file
-    // gets what the user's umask gives.
-    if (existed) {
-        if (::fchown(fd, old.st_uid, old.st_gid) != 0) { /* another owner's file: stays ours */ }
-        if (::fchmod(fd, old.st_mode & 07777) != 0) return abandon(systemReason(errno));
-    } else {
-        const mode_t mask = ::umask(0);
-        ::umask(mask);
-        if (::fchmod(fd, 0666 & ~mask) != 0) return abandon(systemReason(errno));
+    files::ReplaceOptions replace;
+    replace.wrap = options.wrap;
+    QString version;
+    if (options.versions) {
+        // The file about to be replaced is kept before the new one takes its name.
+        replace.beforeRename = [&version, &path](const QString &) {
+            const versions::Kept kept = versions::keep(path);
+            version = kept.path;
+            return kept.problem;
+        };
+        replace.undoBeforeRename = [&version] {
+            if (!version.isEmpty()) QFile::remove(version);
+            version.clear();
+        };
     }
-    {
-        FdDevice file(fd);
-        std::unique_ptr<QIODevice> through = wrap ? wrap(file) : nullptr;
-        QIODevice &device = through ? *through : static_cast<QIODevice &>(file);
-        if (!writeTo(device)) {
-            const QString reason = device.errorString();
-            return abandon(reason.isEmpty() ? QStringLiteral("the data could not be written") : reason);
-        }
-    }
-    if (::fsync(fd) != 0) return abandon(systemReason(errno));
-    if (::close(fd) != 0) {
-        const int error = errno;
-        ::unlink(temp.constData());
-        return fail(systemReason(error));
-    }
-    if (::rename(temp.constData(), targetName.constData()) != 0) {
-        const int error = errno;
-        ::unlink(temp.constData());
-        return fail(systemReason(error));
-    }
-    // The new name must survive a power cut too.
-    const int dir = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (dir >= 0) {
-        ::fsync(dir);
-        ::close(dir);
-    }
+    const files::ReplaceResult written =
+        files::replaceFile(path, [this](QIODevice &device) { return writeTo(device); }, replace);
+    if (!written.ok) return fail(written.reason);
+    r.notes = written.notes;
+    r.version = version;
+    if (written.otherNames)
+        r.notes << QStringLiteral("The file \"%1\" had other names (hard links). A save writes a new file, so those "
+                                  "names still show the content it had before.")
+                       .arg(name);
+    if (options.versions) versions::prune(path, *options.versions);
     m_keepCopyOf.remove(absolute);
     return r;
 }

@@ -1,8 +1,10 @@
 #pragma once
 // The database: the four tables and the company fields, and the one file they
 // are read from and saved to. No widgets here: the window shows views of this.
+#include "filesafety.h"
 #include "keyedlist.h"
 #include "rows.h"
+#include "versions.h"
 
 #include <QObject>
 #include <QSet>
@@ -11,6 +13,7 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class QIODevice;
@@ -66,6 +69,8 @@ struct SaveResult {
     bool ok = true;
     QString message;     // for a failure: names the file and the reason
     QString keptCopy;    // path of the copy kept of an unreadable file, if one was made
+    QString version;     // the earlier version kept of the replaced file, if one was
+    QStringList notes;   // what the user is told once (no versions kept, hard links lost)
 };
 
 // The tables tell what changed: views subscribe to these signals instead of
@@ -108,12 +113,19 @@ public:
     // SaveDatabase: writes the whole database to path safely — the old file
     // stays byte-identical unless the new content was written completely.
     // The new file is written beside the old one, synced, renamed over it
-    // and the folder synced; it keeps the old file's permission bits.
+    // and the folder synced (files::replaceFile); it keeps the old file's
+    // mode, owner, group and access ACL, and a new file is the user's alone.
     SaveResult save(const QString &path);
     // The same, with the new content passing through the device that wrap
     // makes around the temporary file (tests make it fail at any byte).
-    using DeviceWrapper = std::function<std::unique_ptr<QIODevice>(QIODevice &file)>;
+    using DeviceWrapper = files::DeviceWrapper;
     SaveResult save(const QString &path, const DeviceWrapper &wrap);
+    struct SaveOptions {
+        DeviceWrapper wrap;
+        // Keep the replaced file as an earlier version, pruned by this policy.
+        std::optional<versions::Policy> versions;
+    };
+    SaveResult save(const QString &path, const SaveOptions &options);
     // The exact bytes save() writes.
     QByteArray serialize() const;
     // Writes those bytes to any device; false when a write fails (the
@@ -151,7 +163,14 @@ public:
 
     // The changed state: the tables hold edits the file does not have yet.
     bool isChanged() const { return m_changed; }
+    // Marking the database changed is how every edit is told: each time
+    // (also when it already counts as changed) the revision goes up and
+    // edited() is heard.
     void setChanged(bool changed);
+    quint64 revision() const { return m_revision; }
+    // Takes over the tables, company fields and what the read learned from
+    // other, which is left empty (a file read aside becomes the open books).
+    void takeContentOf(Database &other);
     // After an edit of one table: the views of it follow, then the database
     // counts as changed.
     void tableEdited(Table table);
@@ -171,9 +190,11 @@ signals:
     void reloaded();
     void tableChanged(qor::Database::Table table);
     void changedStateChanged(bool changed);
+    void edited();
 
 private:
     bool m_changed = false;
+    quint64 m_revision = 0;
     // Files (canonical paths) whose old content must be kept before they are overwritten.
     QSet<QString> m_keepCopyOf;
     detail::AfterRead m_afterRead;

@@ -29,6 +29,8 @@ QString customerProblem(const QStringList &typed)
     return QString();
 }
 
+QString companyProblem(QStringView typed) { return holdsSeparator(typed) ? SeparatorMessage : QString(); }
+
 QString productProblem(QStringView priceText, QStringView name)
 {
     if (holdsSeparator(priceText) || holdsSeparator(name)) return SeparatorMessage;

@@ -15,6 +15,9 @@ namespace qor::entry {
 // else the message that tells the user why not.
 QString customerProblem(const QStringList &typed);
 
+// A company field as typed: empty when it can be stored, else why not.
+QString companyProblem(QStringView typed);
+
 // The price text as it will be stored (in the currency form) and the name.
 QString productProblem(QStringView priceText, QStringView name);
 

@@ -27,6 +27,7 @@
 #include <new>
 #include <cstring>
 #include <optional>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -713,6 +714,266 @@ private:
     QHash<QString, int> m_other;
 };
 
+// The shape of a database file: an optional root around the sections, each
+// section a run of records (the company details are one record of their own),
+// each record a run of elements, a value possibly over several lines. Every
+// significant line passes through here before the reader acts on it, and the
+// first line that doesn't fit ends the read: a damaged file is refused whole,
+// never half read. Tags are compared in any case.
+struct StructureError {
+    qint64 line;       // 0: the file as a whole
+    QString found;     // the line as it stands, shortened
+    QString expected;  // what could stand there
+    bool cutOff = false;  // the file ended first
+};
+
+class Structure {
+public:
+    enum Kind { Company, Customers, Periods, Items, Records, KindCount };
+
+    bool sectionSeen() const { return m_sectionSeen; }
+
+    // A whole element on one line: only a record holds one.
+    void element(const char *s, qsizetype n, qint64 line)
+    {
+        if (m_at != At::Record) fail(s, n, line);
+    }
+
+    // The tags of invoice records the reader has already told apart
+    // (1 a record opens, 2 it closes, 3 the section closes): the usual step
+    // is taken at once, anything else goes the general way.
+    void recordTag(int which, const char *s, qsizetype n, qint64 line)
+    {
+        static constexpr At from[4] = {At::After, At::Section, At::Record, At::Section};
+        static constexpr At to[4] = {At::After, At::Record, At::Section, At::Outside};
+        if (m_kind != Records || m_at != from[which]) return this->line(s, n, line);
+        m_at = to[which];
+        if (which == 1) m_recordAt = line;
+    }
+
+    // Any significant line, cleaned.
+    void line(const char *s, qsizetype n, qint64 line)
+    {
+        m_any = true;
+        if (!loneTag(s, n)) {
+            // Text: a value or a part of one, which only a record holds.
+            if (m_at != At::Record) fail(s, n, line);
+            return;
+        }
+        switch (m_at) {
+        case At::Outside:
+            for (int k = 0; k < KindCount; ++k)
+                if (is(s, n, Sections[k].open)) {
+                    m_sectionSeen = true;
+                    m_kind = Kind(k);
+                    m_sectionAt = line;
+                    // The company details are one record without a header.
+                    m_at = k == Company ? At::Record : At::Section;
+                    m_recordAt = line;
+                    return;
+                }
+            if (m_root == Root::None && !m_sectionSeen && is(s, n, "<qor-db>")) {
+                m_root = Root::Open;
+                m_rootAt = line;
+                return;
+            }
+            if (m_root == Root::Open && is(s, n, "</qor-db>")) {
+                m_root = Root::Closed;
+                m_at = At::After;
+                m_rootAt = line;
+                return;
+            }
+            break;
+        case At::Section:
+            if (is(s, n, Sections[m_kind].close)) {
+                m_at = At::Outside;
+                return;
+            }
+            if (recordOpen(s, n)) {
+                m_at = At::Record;
+                m_recordAt = line;
+                return;
+            }
+            break;
+        case At::Record:
+            if (m_kind == Company ? is(s, n, Sections[Company].close) : is(s, n, Sections[m_kind].recordClose)) {
+                m_at = m_kind == Company ? At::Outside : At::Section;
+                return;
+            }
+            // The tag of a value written over several lines.
+            if (elementTag(s, n)) return;
+            break;
+        case At::After:
+            break;
+        }
+        fail(s, n, line);
+    }
+
+    // At the end of the file.
+    void finish(qint64 lastLine) const
+    {
+        if (m_at == At::Record && m_kind != Company)
+            throw StructureError{lastLine, QString(),
+                                 QStringLiteral("\"%1\" closing the record that opens at line %2")
+                                     .arg(closeOf(m_kind, true), QString::number(m_recordAt)),
+                                 true};
+        if (m_at == At::Record || m_at == At::Section)
+            throw StructureError{lastLine, QString(),
+                                 QStringLiteral("\"%1\" closing the section that opens at line %2")
+                                     .arg(closeOf(m_kind, false), QString::number(m_sectionAt)),
+                                 true};
+        if (m_root == Root::Open)
+            throw StructureError{lastLine, QString(),
+                                 QStringLiteral("\"</QOR-DB>\" closing the database that opens at line %1")
+                                     .arg(m_rootAt),
+                                 true};
+        if (m_any && !m_sectionSeen)
+            throw StructureError{0, QString(),
+                                 QStringLiteral("at least one of the sections \"<CompanyInfo>\", \"<Customers>\", "
+                                                "\"<BillPeriods>\", \"<ProductsAndServices>\", \"<InvoiceRecords>\"")};
+    }
+
+private:
+    enum class At { Outside, Section, Record, After };
+    enum class Root { None, Open, Closed };
+    struct Tags {
+        std::string_view open, close, recordClose;
+        const char *shownOpen, *shownClose, *shownRecord, *shownRecordClose;
+        // A record's elements; nullptr ends the list.
+        const char *const *elements;
+    };
+    static constexpr const char *CompanyElements[] = {
+        "companyname", "companyadd1", "companyadd2", "companyadd3", "companyphone", "generalinvoicedescription",
+        "checkspayableto", "companyslogan", "invoiceclosing", nullptr};
+    static constexpr const char *CustomerElements[] = {"fname", "lname", "add1", "add2", "add3", "email",
+                                                       "phone", "notes", "current", nullptr};
+    static constexpr const char *PeriodElements[] = {"bpname", "bpstart", "bpend", "billdue", nullptr};
+    static constexpr const char *ItemElements[] = {"item", "itemprice", "current", nullptr};
+    static constexpr const char *RecordElements[] = {"bp", "cid", "accountbalance", "note", "psid", nullptr};
+    static constexpr Tags Sections[KindCount] = {
+        {"<companyinfo>", "</companyinfo>", "", "<CompanyInfo>", "</CompanyInfo>", "", "", CompanyElements},
+        {"<customers>", "</customers>", "</customer>", "<Customers>", "</Customers>", "<Customer CID=\"n\">",
+         "</Customer>", CustomerElements},
+        {"<billperiods>", "</billperiods>", "</billperiod>", "<BillPeriods>", "</BillPeriods>", "<BillPeriod>",
+         "</BillPeriod>", PeriodElements},
+        {"<productsandservices>", "</productsandservices>", "</ps>", "<ProductsAndServices>",
+         "</ProductsAndServices>", "<PS PSID=\"n\">", "</PS>", ItemElements},
+        {"<invoicerecords>", "</invoicerecords>", "</invoicerecord>", "<InvoiceRecords>", "</InvoiceRecords>",
+         "<InvoiceRecord>", "</InvoiceRecord>", RecordElements},
+    };
+
+    static QString closeOf(Kind k, bool record)
+    {
+        return QString::fromLatin1(record ? Sections[k].shownRecordClose : Sections[k].shownClose);
+    }
+
+    // One tag and nothing else: "<" first, ">" last, neither inside.
+    static bool loneTag(const char *s, qsizetype n)
+    {
+        if (n < 2 || s[0] != '<' || s[n - 1] != '>') return false;
+        for (qsizetype i = 1; i + 1 < n; ++i)
+            if (s[i] == '<' || s[i] == '>') return false;
+        return true;
+    }
+
+    static bool is(const char *s, qsizetype n, std::string_view lowerLit)
+    {
+        return n == qsizetype(lowerLit.size()) && equalsLower(s, n, lowerLit.data(), n);
+    }
+
+    // A record header as the reader takes it: blanks don't count, any case.
+    bool recordOpen(const char *s, qsizetype n) const
+    {
+        switch (m_kind) {
+        case Periods: return is(s, n, "<billperiod>");
+        case Records: return is(s, n, "<invoicerecord>");
+        case Customers: return header(s, n, "<customer", "cid=\"");
+        case Items: return header(s, n, "<ps", "psid=\"");
+        default: return false;
+        }
+    }
+    // "<tag attr="value">" with blanks anywhere, or "<tag>" alone (a header
+    // without its number: a record the reader drops).
+    static bool header(const char *s, qsizetype n, const char *tag, const char *attr)
+    {
+        qsizetype i = 0;
+        auto take = [&](const char *lit) {
+            for (; *lit; ++lit) {
+                while (i < n && s[i] == ' ') ++i;
+                if (i == n || char(lowerByte(s[i])) != *lit) return false;
+                ++i;
+            }
+            return true;
+        };
+        if (!take(tag)) return false;
+        const qsizetype afterTag = i;
+        if (take(">") && i == n) return true;
+        i = afterTag;
+        return take(attr) && n - i >= 2 && s[n - 2] == '"' && s[n - 1] == '>';
+    }
+
+    // The opening or closing tag of an element of the current record kind.
+    bool elementTag(const char *s, qsizetype n) const
+    {
+        const char *name = s + 1;
+        qsizetype len = n - 2;
+        if (len > 0 && *name == '/') {
+            ++name;
+            --len;
+        } else if (m_kind == Records && len > 5 && equalsLower(name, 5, "psid ", 5)) {
+            len = 4;  // <PSID Number="n">
+        }
+        for (const char *const *e = Sections[m_kind].elements; *e; ++e)
+            if (is(name, len, *e)) return true;
+        return false;
+    }
+
+    QString expectation() const
+    {
+        const Tags &t = Sections[m_kind];
+        switch (m_at) {
+        case At::Outside:
+            return m_root == Root::Open
+                       ? QStringLiteral("a section such as \"<Customers>\", or \"</QOR-DB>\"")
+                       : QStringLiteral("a section such as \"<Customers>\"");
+        case At::Section:
+            return QStringLiteral("\"%1\" or \"%2\" (the section opens at line %3)")
+                .arg(QString::fromLatin1(t.shownRecord), QString::fromLatin1(t.shownClose), QString::number(m_sectionAt));
+        case At::Record:
+            return m_kind == Company
+                       ? QStringLiteral("a company detail or \"</CompanyInfo>\" (the section opens at line %1)")
+                             .arg(m_sectionAt)
+                       : QStringLiteral("an element of the record or \"%1\" (the record opens at line %2)")
+                             .arg(QString::fromLatin1(t.shownRecordClose), QString::number(m_recordAt));
+        case At::After:
+            return QStringLiteral("nothing after \"</QOR-DB>\" at line %1").arg(m_rootAt);
+        }
+        return QString();
+    }
+
+    [[noreturn]] void fail(const char *s, qsizetype n, qint64 line) const
+    {
+        constexpr qsizetype Shown = 80;
+        qsizetype cut = std::min(n, Shown);
+        // Never half a character reference.
+        for (qsizetype i = std::max<qsizetype>(0, cut - 3); i < cut; ++i)
+            if (s[i] == Marker) {
+                cut = i;
+                break;
+            }
+        QString found = decoded(s, cut);
+        if (n > Shown) found += QStringLiteral("...");
+        throw StructureError{line, found, expectation()};
+    }
+
+    At m_at = At::Outside;
+    Root m_root = Root::None;
+    Kind m_kind = Company;
+    bool m_sectionSeen = false;
+    bool m_any = false;  // a significant line was seen
+    qint64 m_sectionAt = 0, m_recordAt = 0, m_rootAt = 0;
+};
+
 class Reader {
 public:
     Reader(QFile &file, Database &db, detail::AfterRead &after) : m_src(file), m_db(db), m_after(after)
@@ -723,9 +984,21 @@ public:
 
     bool sectionFound = false;
     std::optional<DuplicateKey> duplicate;
+    std::optional<StructureError> damage;
     LineSource &source() { return m_src; }
 
     void run()
+    {
+        try {
+            readSections();
+            if (!duplicate && !m_src.failed()) m_shape.finish(m_src.lineNumber());
+        } catch (const StructureError &e) {
+            damage = e;
+        }
+    }
+
+private:
+    void readSections()
     {
         while (!m_src.atEnd() && !duplicate) {
             m_line.truncate(0);
@@ -746,7 +1019,6 @@ public:
         m_after.itemsChecked = !m_itemsLate;
     }
 
-private:
     enum class Next { Value, EndOfTable, EndOfFile };
 
     template <qsizetype N>
@@ -879,6 +1151,7 @@ private:
             const bool bang = clean(b, n, out);
             m_curSpan = {mark, out.size() - mark};
             const bool accepted = m_curSpan.len > 0 && !(bang && hasComment(out.constData() + mark, m_curSpan.len));
+            if (accepted) m_shape.line(out.constData() + mark, m_curSpan.len, m_src.lineNumber());
             if (accepted || m_src.atEnd()) return;
         }
         out.truncate(mark);
@@ -913,6 +1186,7 @@ private:
                 m_rec.truncate(start);
                 continue;
             }
+            if (m_curSpan.len) m_shape.line(m_rec.constData() + mark, m_curSpan.len, m_src.lineNumber());
             return;
         }
         m_curSpan = {m_rec.size(), 0};
@@ -1246,15 +1520,21 @@ private:
 
     // Notes a plain line that will stand in the record text at offset at;
     // false when the line isn't one.
-    static bool plainLine(const char *p, qsizetype n, qsizetype at, PlainRecord &r)
+    // lone tells which tag a line of one tag is: 1 the record's opening, 2
+    // its closing, 3 the section's closing; 0 for an element.
+    static bool plainLine(const char *p, qsizetype n, qsizetype at, PlainRecord &r, int &lone)
     {
         qsizetype gtAt = 0, ltAt = 0;
         const int shape = plainShape(p, n, gtAt, ltAt);
         if (shape == 0) return false;
+        lone = 0;
         if (shape == 1) {
             // One tag alone: only the record's own opening and closing tags.
-            return equalsLower(p, n, "<invoicerecord>", 15) || equalsLower(p, n, "</invoicerecord>", 16) ||
-                   equalsLower(p, n, "</invoicerecords>", 17);
+            lone = equalsLower(p, n, "<invoicerecord>", 15)     ? 1
+                   : equalsLower(p, n, "</invoicerecord>", 16)  ? 2
+                   : equalsLower(p, n, "</invoicerecords>", 17) ? 3
+                                                                : 0;
+            return lone != 0;
         }
         const char *name = p + 1;
         const qsizetype nameLen = gtAt - 1;
@@ -1312,7 +1592,10 @@ private:
                 // Plain: starts with "<" and ends with ">" (so no blank at
                 // either end) and has nothing to clean inside. Such lines
                 // are whole elements, so they need no break between them.
-                if (plainLine(p, len, start, r)) {
+                int lone = 0;
+                if (plainLine(p, len, start, r, lone)) {
+                    if (lone) m_shape.recordTag(lone, p, len, m_src.lineNumber());
+                    else m_shape.element(p, len, m_src.lineNumber());
                     m_rec.resize(start + len);
                     std::memcpy(m_rec.data() + start, p, size_t(len));
                     m_curSpan = {start, len};
@@ -1332,7 +1615,10 @@ private:
                 m_rec.truncate(start);
                 continue;
             }
-            if (m_curSpan.len) r.plain = false;
+            if (m_curSpan.len) {
+                m_shape.line(m_rec.constData() + mark, m_curSpan.len, m_src.lineNumber());
+                r.plain = false;
+            }
             return;
         }
         m_curSpan = {m_rec.size(), 0};
@@ -1521,6 +1807,7 @@ private:
     }
 
     LineSource m_src;
+    Structure m_shape;
     Database &m_db;
     detail::AfterRead &m_after;
     QByteArray m_line;  // CurrentLine outside records
@@ -1605,7 +1892,8 @@ ReadResult Database::read(const QString &path, MissingFile missing)
             if (missing == MissingFile::Reject)
                 return rejected(QStringLiteral("The database file \"%1\" does not exist.").arg(name));
             QFile made(path);
-            if (!made.open(QIODevice::WriteOnly))
+            // Readable by the user alone, whatever the umask.
+            if (!made.open(QIODevice::WriteOnly | QIODevice::NewOnly, QFileDevice::ReadOwner | QFileDevice::WriteOwner))
                 return rejected(QStringLiteral("The database file \"%1\" does not exist and cannot be created: %2.")
                                     .arg(name, made.errorString()));
             made.close();
@@ -1616,6 +1904,11 @@ ReadResult Database::read(const QString &path, MissingFile missing)
         }
         if (info.isDir())
             return rejected(QStringLiteral("\"%1\" is a folder, not a database file.").arg(name));
+        // A pipe or a device would block the read or never end: refused before it is opened.
+        if (!info.isFile())
+            return rejected(QStringLiteral("\"%1\" is not a regular file (a pipe, socket or device), so it cannot be "
+                                           "a database file.")
+                                .arg(name));
 
         // From here on the path holds something this program did not read: the
         // first save over it must keep a copy unless the read succeeds.
@@ -1630,9 +1923,7 @@ ReadResult Database::read(const QString &path, MissingFile missing)
             m_keepCopyOf.insert(absolute);
             return rejected(QStringLiteral("The database file \"%1\" cannot be loaded: at %2 MB it is larger than the "
                                            "%3 MB this program can hold in memory.")
-                                .arg(name)
-                                .arg(file.size() >> 20)
-                                .arg(MaxFileSize >> 20),
+                                .arg(name, QString::number(file.size() >> 20), QString::number(MaxFileSize >> 20)),
                             0, true);
         }
 
@@ -1654,9 +1945,8 @@ ReadResult Database::read(const QString &path, MissingFile missing)
             const int line = int(src.badLine());
             return rejected(QStringLiteral("The database file \"%1\" is not a text database: line %2 holds the byte "
                                            "0x%3, which such a file never contains.")
-                                .arg(name)
-                                .arg(line)
-                                .arg(int(src.badByte()), 2, 16, QLatin1Char('0')),
+                                .arg(name, QString::number(line),
+                                     QStringLiteral("%1").arg(int(src.badByte()), 2, 16, QLatin1Char('0'))),
                             line, true);
         }
         if (reader.duplicate) {
@@ -1664,10 +1954,28 @@ ReadResult Database::read(const QString &path, MissingFile missing)
             const int line = int(reader.duplicate->line);
             return rejected(QStringLiteral("The database file \"%1\" cannot be loaded: line %2 holds %3, and a key may "
                                            "stand only once.")
-                                .arg(name)
-                                .arg(line)
-                                .arg(reader.duplicate->what),
+                                .arg(name, QString::number(line), reader.duplicate->what),
                             line, true);
+        }
+
+        if (reader.damage) {
+            m_keepCopyOf.insert(absolute);
+            const StructureError &d = *reader.damage;
+            const int line = int(d.line);
+            QString why;
+            if (line == 0)
+                why = QStringLiteral("The database file \"%1\" cannot be loaded: it holds no section of a database "
+                                     "(expected %2). It may be another kind of file.")
+                          .arg(name, d.expected);
+            else if (d.cutOff)
+                why = QStringLiteral("The database file \"%1\" cannot be loaded: it ends at line %2, where %3 was "
+                                     "expected. It looks cut off.")
+                          .arg(name, QString::number(line), d.expected);
+            else
+                why = QStringLiteral("The database file \"%1\" cannot be loaded: line %2 holds \"%3\" where %4 was "
+                                     "expected. The file looks damaged.")
+                          .arg(name, QString::number(line), d.found, d.expected);
+            return rejected(why, line, true);
         }
 
         lvwCustomers.swap(fresh.lvwCustomers);

@@ -1,6 +1,5 @@
 #include "maintenance/versioncheck.h"
 
-#include "database/regional.h"
 #include "maintenance/frmupdate.h"
 #include "uiservices/dialogservice.h"
 
@@ -10,7 +9,7 @@
 #include <QNetworkRequest>
 #include <QTimer>
 #include <QWidget>
-#include <cmath>
+#include <utility>
 
 namespace qor::maintenance {
 
@@ -46,8 +45,15 @@ std::optional<double> versionInBody(const QByteArray &body) {
             ++end;
         field = text.mid(i, end - i);
     }
-    // Rounded as a whole number is: to nearest, a half to the even neighbour.
-    return std::nearbyint(regional::val(field));
+    // Only a plain decimal number of at most ten digits is a version: no
+    // sign, fraction, exponent or other text ("1e300" is not a huge version).
+    field = field.trimmed();
+    if (field.isEmpty() || field.size() > MaxVersionDigits)
+        return std::nullopt;
+    for (QChar c : field)
+        if (c < u'0' || c > u'9')
+            return std::nullopt;
+    return double(field.toLongLong());
 }
 
 QString unableToConnectText() {
@@ -100,8 +106,15 @@ bool VersionCheck::start() {
     request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     request.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
     m_reply = m_network->get(request);
-    connect(m_reply, &QNetworkReply::downloadProgress, this, [this](qint64 received, qint64) {
-        if (received > MaxVersionFileSize && m_reply)
+    m_body.clear();
+    // Reading stops at the limit: no more is taken from the connection than
+    // one byte past it, which is enough to know the file is too large.
+    m_reply->setReadBufferSize(MaxVersionFileSize + 1);
+    connect(m_reply, &QNetworkReply::readyRead, this, [this] {
+        if (!m_reply)
+            return;
+        m_body += m_reply->read(MaxVersionFileSize + 1 - m_body.size());
+        if (m_body.size() > MaxVersionFileSize)
             m_reply->abort();
     });
     connect(m_reply, &QNetworkReply::finished, this, &VersionCheck::replyFinished);
@@ -123,7 +136,9 @@ void VersionCheck::replyFinished() {
         fail();
         return;
     }
-    const QByteArray body = reply->read(MaxVersionFileSize + 1);
+    if (m_body.size() <= MaxVersionFileSize)
+        m_body += reply->read(MaxVersionFileSize + 1 - m_body.size());
+    const QByteArray body = std::exchange(m_body, QByteArray());
     const std::optional<double> found = body.size() > MaxVersionFileSize ? std::nullopt : versionInBody(body);
     if (!found) {
         fail();

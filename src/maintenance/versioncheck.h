@@ -26,6 +26,8 @@ inline constexpr char SupportAddress[] = "support@qorvane.example";
 inline constexpr std::chrono::milliseconds DefaultTimeout{15000};
 // The version file holds one number; anything this large is not one.
 inline constexpr qint64 MaxVersionFileSize = 64 * 1024;
+// The version number is a plain decimal number of at most this many digits.
+inline constexpr int MaxVersionDigits = 10;
 
 // GetCurrentVersion: major * 1000000 + minor * 1000 + revision.
 qint32 currentVersion();
@@ -33,9 +35,9 @@ qint32 currentVersion();
 // constant.
 QUrl versionFileUrl();
 // The first field of the file (up to the first comma or line end, a quoted
-// field up to its closing quote) read as a number: its leading number, rounded
-// to a whole number; no number is 0. Nothing: the body has no field to read
-// (empty, blanks only, or not text).
+// field up to its closing quote), blanks around it aside, as a number.
+// Nothing: the body has no such field (empty, not text, or a first field that
+// isn't a plain decimal number of at most MaxVersionDigits digits).
 std::optional<double> versionInBody(const QByteArray &body);
 
 // The two texts the check shows.
@@ -79,6 +81,7 @@ private:
     QPointer<QNetworkReply> m_reply;
     std::chrono::milliseconds m_timeout = DefaultTimeout;
     bool m_busy = false;
+    QByteArray m_body;  // what was read of the answer, never more than one byte past the limit
 };
 
 // The click on the Options panel's link: VersionCheck::of(window)->start().

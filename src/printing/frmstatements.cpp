@@ -115,7 +115,7 @@ bool offerStatementsBeforeClosingBooks(QWidget *owner, const Database &db, const
     DialogService::Message m{QMessageBox::Question, QStringLiteral("Money Still Owed"), text,
                              QMessageBox::Yes | QMessageBox::Save | QMessageBox::No | QMessageBox::Cancel,
                              QMessageBox::Yes};
-    m.buttonTexts = {{QMessageBox::Yes, QStringLiteral("&Print Them")},
+    m.captions = {{QMessageBox::Yes, QStringLiteral("&Print Them")},
                      {QMessageBox::Save, QStringLiteral("&Save as PDF")},
                      {QMessageBox::No, QStringLiteral("&Go On Without")}};
     const RunValues run = storedRunValues(db, today, false);
@@ -393,7 +393,7 @@ void FrmStatements::reminders()
                                                        : QStringLiteral("%1 customers are").arg(cids.size()),
                                       plural(days, "day", "days")),
                              QMessageBox::Yes | QMessageBox::Save | QMessageBox::Cancel, QMessageBox::Yes};
-    m.buttonTexts = {{QMessageBox::Yes, QStringLiteral("&Print")}, {QMessageBox::Save, QStringLiteral("&Save as PDF")}};
+    m.captions = {{QMessageBox::Yes, QStringLiteral("&Print")}, {QMessageBox::Save, QStringLiteral("&Save as PDF")}};
 
     const QMessageBox::StandardButton answer = dialogs.message(this, m);
     if (answer != QMessageBox::Yes && answer != QMessageBox::Save) return;

@@ -1,7 +1,9 @@
 #include "shell/companyinfopanel.h"
 
 #include "database/database.h"
+#include "database/entryrules.h"
 #include "shell/appcontext.h"
+#include "uiservices/dialogservice.h"
 
 #include <QLineEdit>
 
@@ -27,6 +29,15 @@ void CompanyInfoPanel::detailsChanged(int index)
 {
     if (m_isReadingCompanyInfo)
         return;
+    // Text the file could not keep as typed is refused, as in the customer
+    // fields: the field goes back to what it held.
+    if (const QString why = entry::companyProblem(field(index)); !why.isEmpty()) {
+        m_isReadingCompanyInfo = true;
+        m_fields[size_t(index)]->setText(ctx.db().company[size_t(index)]);
+        m_isReadingCompanyInfo = false;
+        DialogService::current().warning(ctx.mainWindow(), AppTitle, why);
+        return;
+    }
     ctx.db().company[size_t(index)] = field(index);
     ctx.db().setChanged(true);
 }

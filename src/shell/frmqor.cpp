@@ -106,11 +106,29 @@ FrmQOR::FrmQOR(Session &session, QWidget *parent) : QWidget(parent), m_session(&
     // The one place the changed state becomes visible.
     connect(&db(), &Database::changedStateChanged, this, [this](bool changed) {
         // Hidden rather than "not visible": the state must read right before
-        // the window is first shown.
-        m_cmdSave->setVisible(changed);
+        // the window is first shown. A read-only file offers no save.
+        m_cmdSave->setVisible(changed && !m_session->isReadOnly());
         m_cmdCancel->setVisible(changed);
+        if (!changed) m_recoveryTimer.stop();
     });
+    connect(m_session, &Session::readOnlyChanged, this, &FrmQOR::showReadOnly);
     db().onPlaceholderCreated = [this] { placeholderCreated(); };
+
+    // Unsaved changes reach the recovery copy within RecoveryDelay of the
+    // first change after the last copy: the timer is not restarted by
+    // further changes, so steady typing can't put the copy off.
+    m_recoveryTimer.setSingleShot(true);
+    m_recoveryTimer.setInterval(RecoveryDelay);
+    connect(&db(), &Database::edited, this, [this] {
+        if (!m_recoveryTimer.isActive()) m_recoveryTimer.start();
+    });
+    connect(&m_recoveryTimer, &QTimer::timeout, this, [this] { m_session->writeRecovery(); });
+}
+
+void FrmQOR::showReadOnly(bool readOnly) {
+    setWindowTitle(readOnly ? QStringLiteral(" Qorvane (read-only)") : QStringLiteral(" Qorvane"));
+    m_cmdSave->setVisible(databaseChanged() && !readOnly);
+    optionsPanel()->showReadOnly(readOnly);
 }
 
 FrmQOR::~FrmQOR() {
@@ -203,6 +221,11 @@ void FrmQOR::buildFormControls() {
     connect(optionsPanel(), &OptionsPanel::changePathClicked, this, &FrmQOR::cmdChangePathClick);
     connect(optionsPanel(), &OptionsPanel::closeBooksClicked, this, &FrmQOR::cmdCloseBooksClick);
     connect(m_session, &Session::unsavedChangesKept, optionsPanel(), &OptionsPanel::showRecoveryCopy);
+    connect(m_session, &Session::earlierCopiesChanged, this,
+            [this] { optionsPanel()->showEarlierCopies(m_session->earlierCopies()); });
+    connect(optionsPanel(), &OptionsPanel::restoreCopyRequested, this, [this](const QString &copy) {
+        if (m_session->restoreCopy(copy)) refreshAfterLoad();
+    });
     connect(optionsPanel(), &OptionsPanel::checkForNewVersionRequested, this,
             [this] { maintenance::checkForNewVersion(this); });
     maintenance::attachDeveloperView(p->picLogo, this, db(), [this] { return m_session->path(); });
@@ -258,20 +281,33 @@ void FrmQOR::formLoad() {
     cmdTabClick(m_currentPanel);
 
     m_loadingForm = false;
+    if (m_session->declinedAtStart()) {
+        // Another program holds the file and the user chose not to open it.
+        QMetaObject::invokeMethod(this, &QWidget::close, Qt::QueuedConnection);
+        return;
+    }
     show();
     m_wasMinimized = isMinimized();
     customerPanel()->focusList();
     if (std::exchange(m_placeholderPending, false))
         placeholderCreated();
+    // Changes a crash left unsaved are offered once the window stands.
+    if (m_session->offerRecovery())
+        refreshAfterLoad();
 }
 
 void FrmQOR::loadDatabaseAndRefresh() {
     customerPanel()->showAddNew();
     m_session->load();
+    refreshAfterLoad();
+}
+
+void FrmQOR::refreshAfterLoad() {
     if (customerPanel()->rowCount() > 0)
         customerPanel()->showCustomerDetails();
     applySettings();
     applyExpertMode();
+    optionsPanel()->showEarlierCopies(m_session->earlierCopies());
 }
 
 // ---------------------------------------------------------------------------
@@ -384,7 +420,7 @@ void FrmQOR::cmdCancelClick() {
                                                           QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok);
     if (answer != QMessageBox::Ok)
         return;
-    m_session->load();
+    m_session->reload();
 }
 
 void FrmQOR::cmdChangePathClick(int index) {
@@ -392,10 +428,10 @@ void FrmQOR::cmdChangePathClick(int index) {
         saveDatabase();
         return;
     }
-    if (m_session->changePath(Session::FileButton(index)).isEmpty())
+    if (!m_session->changePath(Session::FileButton(index)))
         return;
-    loadDatabaseAndRefresh();
-    showDatabaseChanged(false);
+    customerPanel()->showAddNew();
+    refreshAfterLoad();
 }
 
 void FrmQOR::cmdCloseBooksClick() {
@@ -460,6 +496,10 @@ void FrmQOR::closeEvent(QCloseEvent *event) {
             return;
         }
     }
+
+    // Saved or given up by the user's answer: nothing is left to recover.
+    m_recoveryTimer.stop();
+    m_session->dropRecovery();
 
     if (customerPanel()->rowCount() > 0) {
         const int position = customerPanel()->selectedPosition();

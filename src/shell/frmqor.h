@@ -9,8 +9,10 @@
 #include "shell/singleinstance.h"
 
 #include <QString>
+#include <QTimer>
 #include <QWidget>
 #include <array>
+#include <chrono>
 #include <memory>
 
 class QCloseEvent;
@@ -37,6 +39,8 @@ inline constexpr double DesignedHeight = 6765;
 inline constexpr double MinimumWidth = 10065;
 inline constexpr double MinimumHeight = 6750;
 inline constexpr double PanelLeft = 1560;
+// Unsaved changes are copied for recovery at most this long after a change.
+inline constexpr std::chrono::milliseconds RecoveryDelay{20000};
 
 class FrmQOR : public QWidget, public AppContext {
     Q_OBJECT
@@ -69,6 +73,11 @@ public:
     void cmdTabClick(int index);
     void showCompanyInfoPanel() { cmdTabClick(6); }
     void loadDatabaseAndRefresh();
+    // After the books were read again or replaced: the customer shown, the
+    // options and the list of earlier versions.
+    void refreshAfterLoad();
+    // The timer that writes the recovery copy (tests look, never wait).
+    const QTimer &recoveryTimer() const { return m_recoveryTimer; }
     bool saveDatabase();   // false when the save failed (the user was told)
     void applySettings();
     void applyExpertMode();
@@ -116,6 +125,7 @@ private:
     void chainTabOrder();
     void formResize();
     void placeholderCreated();
+    void showReadOnly(bool readOnly);
 
     std::unique_ptr<Session> m_ownSession;
     Session *m_session = nullptr;
@@ -128,6 +138,7 @@ private:
     bool m_loadingForm = false;
     bool m_wasMinimized = false;
     bool m_placeholderPending = false;  // the placeholder message waits for the window
+    QTimer m_recoveryTimer;
     int m_arrangeCount = 0;
     QString m_dateFormatString, m_dateSeparator, m_currencySymbol;
     struct Private;

@@ -1,14 +1,22 @@
 // The program: one copy per user, then the main window. The process ends when
 // the last window has closed.
+#include "database/filesafety.h"
 #include "shell/frmqor.h"
 #include "shell/session.h"
+#include "shell/settingsstore.h"
 #include "shell/singleinstance.h"
 #include "uiservices/clsdialogs.h"
 #include "uiservices/dialogservice.h"
 
 #include <QApplication>
 
+#include <sys/stat.h>
+
 int main(int argc, char *argv[]) {
+    // Every file and folder the program makes is the user's alone.
+    ::umask(077);
+    // Temporaries older than this are leftovers of an interrupted save.
+    qor::files::processStartTime();
     // The books outlive the application object and with it the window.
     qor::Session session;
     QApplication app(argc, argv);
@@ -33,6 +41,11 @@ int main(int argc, char *argv[]) {
     // The common dialogs, from here to the end; their end writes what they
     // remember for the next run.
     qor::ClsDIALOGS dialogService;
+
+    // Settings that can't be stored are told once, and the program goes on.
+    qor::settings::setProblemReporter([](const QString &problem) {
+        qor::DialogService::current().warning(nullptr, qor::AppTitle, problem);
+    });
 
     auto *window = new qor::FrmQOR(session);
     dialogService.setOwner(window);

@@ -11,8 +11,13 @@
 #include <QCheckBox>
 #include <QEvent>
 #include <QLabel>
+#include <QGroupBox>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMouseEvent>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QSpinBox>
 
 #include <algorithm>
 
@@ -78,6 +83,85 @@ OptionsPanel::OptionsPanel(AppContext &ctx, QWidget *parent) : Panel(5, ctx, par
     m_recoveryCopy->setGeometry(twipsToPx(240), twipsToPx(2580), twipsToPx(3255), twipsToPx(255));
     m_recoveryCopy->setTextFormat(Qt::PlainText);
     m_recoveryCopy->hide();
+    buildVersionControls();
+}
+
+namespace {
+// The version limits: settings key, caption before, caption after, range.
+struct Limit {
+    const char *key, *before, *after;
+    int low, high;
+};
+const Limit Limits[3] = {{"VersionsKept", "Keep the newest", "versions,", 1, 10000},
+                         {"VersionsDays", "and one a day for", "days,", 0, 36500},
+                         {"VersionsMaxMB", "all within", "MB.", 1, 1 << 30}};
+}  // namespace
+
+void OptionsPanel::buildVersionControls()
+{
+    // Beside the file buttons: every earlier version of the open file and the
+    // safety copies of dropped changes, and what each save keeps.
+    auto *frame = new QGroupBox(QStringLiteral("Earlier Versions"), this);
+    frame->setObjectName(QStringLiteral("fraVersions"));
+    frame->setGeometry(twipsToPx(3840), twipsToPx(1080), twipsToPx(4455), twipsToPx(3960));
+    // The look of the panel's other frame and boxes.
+    frame->setFont(require("fraDocumentation")->font());
+    const QFont labelFont = m_confirmEdits->font();
+    m_versions = new QListWidget(frame);
+    m_versions->setObjectName(QStringLiteral("lstVersions"));
+    m_versions->setAccessibleName(QStringLiteral("Earlier versions"));
+    m_versions->setGeometry(twipsToPx(120), twipsToPx(240), twipsToPx(4215), twipsToPx(2280));
+    m_restoreVersion = new QPushButton(QStringLiteral("Restore &Version"), frame);
+    m_restoreVersion->setFont(require("cmdCloseBooks")->font());
+    m_restoreVersion->setObjectName(QStringLiteral("cmdRestoreVersion"));
+    m_restoreVersion->setGeometry(twipsToPx(120), twipsToPx(2580), twipsToPx(1800), twipsToPx(375));
+    m_restoreVersion->setEnabled(false);
+    connect(m_versions, &QListWidget::currentRowChanged, this,
+            [this](int row) { m_restoreVersion->setEnabled(row >= 0); });
+    connect(m_restoreVersion, &QPushButton::clicked, this, [this] {
+        if (QListWidgetItem *item = m_versions->currentItem())
+            emit restoreCopyRequested(item->data(Qt::UserRole).toString());
+    });
+    for (int i = 0; i < 3; ++i) {
+        const int top = 3060 + 300 * i;
+        auto *before = new QLabel(QString::fromLatin1(Limits[i].before), frame);
+        before->setFont(labelFont);
+        before->setGeometry(twipsToPx(120), twipsToPx(top), twipsToPx(1700), twipsToPx(255));
+        auto *spin = new QSpinBox(frame);
+        spin->setObjectName(QStringLiteral("spn%1").arg(QString::fromLatin1(Limits[i].key)));
+        spin->setRange(Limits[i].low, Limits[i].high);
+        spin->setAccessibleName(QString::fromLatin1(Limits[i].before) + u' ' + QString::fromLatin1(Limits[i].after));
+        spin->setGeometry(twipsToPx(1860), twipsToPx(top - 30), twipsToPx(1080), twipsToPx(285));
+        before->setBuddy(spin);
+        auto *after = new QLabel(QString::fromLatin1(Limits[i].after), frame);
+        after->setFont(labelFont);
+        after->setGeometry(twipsToPx(3000), twipsToPx(top), twipsToPx(1300), twipsToPx(255));
+        // Stored the moment it changes, as every option is.
+        connect(spin, &QSpinBox::valueChanged, this, [i](int value) {
+            settings::write(QStringLiteral("FileHandling"), QString::fromLatin1(Limits[i].key), QString::number(value));
+        });
+        m_limits[size_t(i)] = spin;
+    }
+}
+
+void OptionsPanel::showEarlierCopies(const QList<Session::EarlierCopy> &copies)
+{
+    m_versions->clear();
+    for (const Session::EarlierCopy &c : copies) {
+        const QString text = c.time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) +
+                             (c.unsaved ? QStringLiteral("   unsaved changes") : QStringLiteral("   version")) +
+                             QStringLiteral("   %1 KB").arg((c.size + 1023) / 1024);
+        auto *item = new QListWidgetItem(text, m_versions);
+        item->setData(Qt::UserRole, c.path);
+        item->setToolTip(QDir::toNativeSeparators(c.path));
+    }
+    m_restoreVersion->setEnabled(false);
+}
+
+void OptionsPanel::showReadOnly(bool readOnly)
+{
+    require<QAbstractButton>("cmdCloseBooks")->setEnabled(!readOnly);
+    require<QAbstractButton>("cmdChangePath(2)")->setEnabled(!readOnly);
 }
 
 void OptionsPanel::showRecoveryCopy(const QString &path)
@@ -108,6 +192,11 @@ void OptionsPanel::applySettings()
     showDatabasePath();
     m_confirmEdits->setChecked(settings::isOn(QStringLiteral("Settings"), QStringLiteral("CheckToConfirmEdits")));
     m_expertMode->setChecked(settings::isOn(QStringLiteral("Settings"), QStringLiteral("ExpertMode")));
+    for (int i = 0; i < 3; ++i) {
+        const QSignalBlocker quiet(m_limits[size_t(i)]);
+        m_limits[size_t(i)]->setValue(
+            settings::readNumber(QStringLiteral("FileHandling"), QString::fromLatin1(Limits[i].key)));
+    }
 }
 
 bool OptionsPanel::expertMode() const

@@ -2,10 +2,14 @@
 // fraMain(5), Options: the database path and its file buttons, closing the
 // books, the confirm-edits and expert-mode boxes, the version and help.
 #include "shell/panel.h"
+#include "shell/session.h"
 
 class QCheckBox;
 class QLabel;
 class QLineEdit;
+class QListWidget;
+class QPushButton;
+class QSpinBox;
 
 namespace qor {
 
@@ -30,6 +34,14 @@ public:
     // One line under the file buttons: unsaved changes were kept in path.
     void showRecoveryCopy(const QString &path);
     QLabel *recoveryCopyLine() const { return m_recoveryCopy; }
+    // The list of earlier versions and safety copies, newest first.
+    void showEarlierCopies(const QList<Session::EarlierCopy> &copies);
+    QListWidget *versionList() const { return m_versions; }
+    QPushButton *restoreVersionButton() const { return m_restoreVersion; }
+    // The three limits of what is kept: newest, days, megabytes.
+    QSpinBox *versionLimit(int i) const { return m_limits[size_t(i)]; }
+    // A read-only file can't be saved or have its books closed.
+    void showReadOnly(bool readOnly);
 
 signals:
     // chkExpertMode was clicked (or set by code) and its setting stored: the
@@ -43,6 +55,8 @@ signals:
     void changePathClicked(int index);
     // cmdCloseBooks was pressed.
     void closeBooksClicked();
+    // cmdRestoreVersion was pressed with an earlier copy selected.
+    void restoreCopyRequested(const QString &path);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -54,6 +68,10 @@ private:
     QCheckBox *m_expertMode = nullptr;      // chkExpertMode
     QLineEdit *m_path = nullptr;            // txtChangePath
     QLabel *m_recoveryCopy = nullptr;       // lblRecoveryCopy
+    QListWidget *m_versions = nullptr;      // lstVersions
+    QPushButton *m_restoreVersion = nullptr;  // cmdRestoreVersion
+    std::array<QSpinBox *, 3> m_limits{};   // spnVersionsKept, spnVersionsDays, spnVersionsMaxMB
+    void buildVersionControls();
 };
 
 }  // namespace qor

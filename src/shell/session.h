@@ -3,11 +3,26 @@
 // that file as a whole. The windows show the database; the session reads and
 // saves it and, through the database's signals, tells them when everything
 // was read again. The operations on the file as a whole (new, open, save as,
-// closing the books) ask their questions here, through the dialog service.
+// closing the books, restoring an earlier version) ask their questions here,
+// through the dialog service.
+//
+// Every step that replaces the open file either completes or leaves
+// everything as it was: a file is read aside and becomes the open books only
+// once it was accepted, a new file is written before the settings name it,
+// and unsaved changes are never dropped without a safety copy that reads
+// back the same or the user's word. The open file is locked against a second
+// writer, and a save notices a file that changed on disk since it was read.
 #include "database/database.h"
+#include "database/filelock.h"
+#include "database/recovery.h"
+#include "database/versions.h"
 
+#include <QDateTime>
 #include <QObject>
+#include <QSet>
 #include <QString>
+#include <functional>
+#include <memory>
 
 class QWidget;
 
@@ -17,23 +32,34 @@ class Session : public QObject {
     Q_OBJECT
 public:
     explicit Session(QObject *parent = nullptr);
+    ~Session() override;
 
     Database &db() { return m_db; }
     const Database &db() const { return m_db; }
-    // The file of the books: the one the settings name, taken afresh at each
-    // read and save.
+    // The file of the books.
     QString path() const { return m_path; }
 
     // The window that owns the messages of a failed read or save.
     void setDialogOwner(QWidget *owner) { m_owner = owner; }
 
-    // Reads the file again: the views empty themselves (aboutToReload), the
-    // file is read, a file that could not be accepted is told, the names of
-    // the records are filled in, and the views rebuild (reloaded). A file
-    // that was read as it is ends the changed state, then the views hear fileRead.
+    // At start: reads the file the settings name. A file another program
+    // holds is asked about first (read-only, take over, or cancel: then
+    // declinedAtStart() is true and the books stay empty). A file that could
+    // not be accepted is told, with the newest earlier version offered, and
+    // leaves the tables empty. The views hear aboutToReload, fileRead (for a
+    // file read as it is, after the changed state ended) and reloaded.
     ReadResult load();
-    // Saves to the file; a failure is told and leaves the changed state.
+    bool declinedAtStart() const { return m_declined; }
+    // Abandoning the changes: reads the open file again. A file that can't
+    // be read now is told and the books stay as they are.
+    bool reload();
+    // Saves to the file; a failure is told and leaves the changed state. A
+    // file that changed on disk since it was read is asked about first.
     bool save();
+
+    // Read-only: another program holds the file (or no lock could be made).
+    // Save and closing the books refuse; Save As to another file works.
+    bool isReadOnly() const { return m_readOnly; }
 
     // The file buttons cmdChangePath(0..3).
     enum class FileButton { New = 0, Open = 1, Save = 2, SaveAs = 3 };
@@ -42,37 +68,114 @@ public:
     // A name whose last four letters are not ".xml" in any case gets ".xml".
     static QString withXmlExtension(const QString &path);
 
-    // New, Open and Save As up to the reload: asks for the file, refuses a
-    // New on a name that is taken, keeps unsaved changes in a recovery copy
-    // before New or Open drops them, makes the file the one the settings
-    // name, and for Save As writes the current data there. Gives the new
-    // path, or an empty text when nothing changed (the caller then reads
-    // the books from that path). Save is not handled here.
-    QString changePath(FileButton button);
+    // New, Open and Save As, whole: unsaved changes are asked about (New,
+    // Open), the file is asked for, the new file becomes the open one. True
+    // when the books changed to another file; false when nothing changed
+    // (cancelled, refused, failed: told).
+    bool changePath(FileButton button);
 
     // Close the books: after the one-time explanation and the save dialog,
     // the pending changes go to the old file, and a new file under the
     // chosen name starts with the customers, the products and the company
     // fields, without bill periods or records. False when the user declined,
-    // the name was refused or a save failed.
+    // the name was refused or a write failed (then nothing changed).
     bool closeBooks();
     // The explanation of closing the books; true if the user declined.
     bool confirmCloseBooks();
 
-    // Writes the tables as they stand (unsaved changes included) beside the
-    // file, as "<file name>.unsaved-<yyyyMMdd>-<HHmmss>", and gives its path
-    // (empty when it could not be written).
+    // Writes the tables as they stand (unsaved changes included) as a safety
+    // copy, read back and compared: beside the file as
+    // "<file name>.unsaved-<yyyyMMdd>-<HHmmss>", else in the user's data
+    // folder. Gives its path, or an empty text (lastCopyProblem() says why).
     QString keepUnsavedChanges();
+    QString lastCopyProblem() const { return m_copyProblem; }
+
+    // Earlier versions and safety copies of the open file, newest first.
+    struct EarlierCopy {
+        QString path;
+        QDateTime time;
+        bool unsaved = false;  // a safety copy of unsaved changes, not a version
+        qint64 size = 0;
+    };
+    QList<EarlierCopy> earlierCopies() const;
+    // Loads an earlier copy as the open books, marked changed, so the user
+    // saves it deliberately. Unsaved changes are asked about first.
+    bool restoreCopy(const QString &copy);
+    // The folder of safety copies that can't stand beside their file.
+    static QString unsavedFolder();
+
+    // The recovery copy of unsaved changes (written by a timer of the
+    // window; never over the database).
+    Recovery &recovery() { return m_recovery; }
+    // Writes it when there is something new since the last write; false when
+    // there is nothing to keep or it failed (told once).
+    bool writeRecovery();
+    // The open bill-period entry as the recovery copy keeps it beside the
+    // books; empty when none is open. Not set: no entry is kept.
+    std::function<QByteArray()> openEntry;
+    // Removes it: after a save, an abandon, a normal exit.
+    void dropRecovery();
+    // At start, when a program ended without cleaning up: asks "Recover
+    // unsaved changes". Restore loads the copy marked changed; Discard keeps
+    // it among the safety copies. True when restored.
+    bool offerRecovery();
+
+    // Test seam: every file the session writes passes through the device
+    // this gives for its path (none: written as it is).
+    std::function<files::DeviceWrapper(const QString &path)> writeFault;
 
 signals:
-    // Unsaved changes were written to a recovery copy at path before they
+    // Unsaved changes were written to a safety copy at path before they
     // were dropped.
     void unsavedChangesKept(const QString &path);
+    void readOnlyChanged(bool readOnly);
+    // A version or safety copy was made or removed.
+    void earlierCopiesChanged();
+    // Restore brought back an open bill-period entry, as openEntry gave it.
+    void entryRecovered(const QByteArray &entry);
 
 private:
+    enum class Unsaved { None, Saved, Discard, Cancel };
+    Unsaved settleUnsavedChanges();
+    bool keepBeforeDropping();
+    bool hasNothingToLose() const;
+    // Locks path for the books (asking when another program holds it);
+    // null when the user cancelled. readOnly tells how it may be used.
+    std::unique_ptr<FileLock> lockFor(const QString &path, bool &readOnly);
+    // Reads source aside; when accepted it becomes the open books under the
+    // name path, locked, marked changed or not. drop: unsaved changes are
+    // kept in a safety copy first.
+    bool adopt(const QString &source, const QString &path, bool changed, bool drop, ReadResult *result = nullptr);
+    // A refused file is told, with its newest earlier version offered in its
+    // place (drop: unsaved changes are kept in a safety copy first).
+    void tellRejected(const ReadResult &result, const QString &path, bool drop);
+    void tellOnce(const QStringList &notes);
+    bool saveTo(const QString &path, bool asNewName);
+    bool saveAs();
+    void becomeFile(const QString &path, std::unique_ptr<FileLock> lock, bool readOnly);
+    void setReadOnly(bool readOnly);
+    files::DeviceWrapper faultFor(const QString &path) const;
+
+    struct Stamp {
+        bool exists = false;
+        qint64 size = 0, mtimeNs = 0;
+        quint64 inode = 0, device = 0;
+        bool operator==(const Stamp &) const = default;
+    };
+    static Stamp stampOf(const QString &path);
+
     Database m_db;
     QString m_path;
     QWidget *m_owner = nullptr;
+    std::unique_ptr<FileLock> m_lock;
+    bool m_readOnly = false;
+    bool m_declined = false;
+    Stamp m_stamp;
+    QSet<QString> m_told;
+    QString m_copyProblem;
+    Recovery m_recovery;
+    quint64 m_recoveryRevision = 0;
+    QByteArray m_recoveredEntry;  // the entry of the last recovery copy written
 };
 
 }  // namespace qor

@@ -1,5 +1,6 @@
 #include "shell/settingsstore.h"
 
+#include "database/filesafety.h"
 #include "database/regional.h"
 
 #include <QCoreApplication>
@@ -8,7 +9,12 @@
 #include <QSettings>
 #include <QStandardPaths>
 #include <QStringList>
+#include <QTemporaryFile>
 #include <QVariant>
+
+#include <cerrno>
+#include <cstring>
+#include <unistd.h>
 
 #include <cmath>
 #include <iterator>
@@ -34,6 +40,11 @@ const KeyInfo kKeys[] = {
     {"Settings", "InvoiceTitleText", "", R::Plain, false, 1, 0, nullptr, true},
     {"Settings", "InvoiceTitleSize", "2", R::Plain, true, 0, 2, "2"},
     {"FileHandling", "DatabasePath", nullptr, R::Plain, false},
+    // Earlier versions kept by each save: the newest so many, one a day for
+    // so many days, and all of them within so many megabytes.
+    {"FileHandling", "VersionsKept", "20", R::Plain, false, 1, 10000, "20"},
+    {"FileHandling", "VersionsDays", "60", R::Plain, false, 0, 36500, "60"},
+    {"FileHandling", "VersionsMaxMB", "2048", R::Plain, false, 1, 1 << 30, "2048"},
     {"Printing", "AddInvoiceDateToInvoice", "False", R::TrueCheck, false},
     {"Printing", "PrintDuplicateInvoices", "False", R::TrueCheck, false},
     {"Printing", "KeepTwelveLines", "True", R::FalseCheck, false},
@@ -162,10 +173,44 @@ QString read(const QString &section, const QString &key, const QString &defaultV
     return t.isNull() ? defaultValue : t;
 }
 
+namespace {
+
+std::function<void(const QString &)> s_reporter;
+bool s_reported = false;
+
+// Why the store at path can't be written, in the system's words.
+QString reasonStoreFails(const QString &path)
+{
+    const QFileInfo info(path);
+    if (const QString why = files::makePrivateFolder(info.absolutePath()); !why.isEmpty()) return why;
+    // The store is written beside itself and renamed: try the same.
+    QTemporaryFile probe(info.absolutePath() + QStringLiteral("/.QOR-probe-XXXXXX"));
+    if (!probe.open()) return probe.errorString();
+    const QByteArray block(4096, ' ');
+    if (probe.write(block) != block.size() || !probe.flush()) return probe.errorString();
+    if (::fsync(probe.handle()) != 0) return QString::fromLocal8Bit(std::strerror(errno));
+    if (info.exists() && !info.isWritable()) return QStringLiteral("Permission denied");
+    return QStringLiteral("the file could not be written");
+}
+
+}  // namespace
+
+void setProblemReporter(std::function<void(const QString &)> report)
+{
+    s_reporter = std::move(report);
+    s_reported = false;
+}
+
 void write(const QString &section, const QString &key, const QString &value)
 {
     QSettings store(storePath(), QSettings::IniFormat);
     store.setValue(fullKey(section, key), value);
+    store.sync();
+    if (store.status() == QSettings::NoError || s_reported || !s_reporter) return;
+    s_reported = true;
+    s_reporter(QStringLiteral("The settings cannot be stored in \"%1\": %2.\r\n\r\nThe program goes on, but the "
+                              "options changed now and the name of the open database are forgotten when it ends.")
+                   .arg(QDir::toNativeSeparators(storePath()), reasonStoreFails(storePath())));
 }
 
 QString value(const QString &section, const QString &key, const QString &defaultValue)
@@ -312,6 +357,18 @@ void sync()
 {
     QSettings store(storePath(), QSettings::IniFormat);
     store.sync();
+}
+
+bool reportedProblem() { return s_reported; }
+
+versions::Policy versionPolicy()
+{
+    const QString s = QStringLiteral("FileHandling");
+    versions::Policy p;
+    p.newest = readNumber(s, QStringLiteral("VersionsKept"));
+    p.days = readNumber(s, QStringLiteral("VersionsDays"));
+    p.maxBytes = qint64(readNumber(s, QStringLiteral("VersionsMaxMB"))) << 20;
+    return p;
 }
 
 }  // namespace qor::settings

@@ -2,8 +2,11 @@
 // The per-user settings store: application "QOR", sections and keys, every
 // value a text. Kept as an INI file at $XDG_CONFIG_HOME/QOR/QOR.conf (normally
 // ~/.config/QOR/QOR.conf), one group per section.
+#include "database/versions.h"
+
 #include <QString>
 #include <QStringView>
+#include <functional>
 
 namespace qor::settings {
 
@@ -81,6 +84,15 @@ QString defaultDatabasePath();
 QString defaultDatabasePath(const QString &programFolder);
 // FileHandling/DatabasePath, or defaultDatabasePath() (not written back).
 QString databasePath();
+
+// A store that can't be written is told once per run through report (the
+// path and the system's reason); the program goes on without it.
+void setProblemReporter(std::function<void(const QString &)> report);
+bool reportedProblem();
+
+// What each save keeps of earlier versions: FileHandling/VersionsKept,
+// VersionsDays and VersionsMaxMB (megabytes).
+versions::Policy versionPolicy();
 
 // Where the store lives (for messages and tests).
 QString storePath();

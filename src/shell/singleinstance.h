@@ -7,9 +7,9 @@ class QLockFile;
 
 namespace qor {
 
-// One running copy per user: holds a lock file in the per-user config folder
-// for as long as it lives. A lock left behind by a process that has died does
-// not count.
+// One running copy per user: holds a lock file in the per-user runtime folder
+// (the temporary folder when there is none) for as long as it lives. A lock
+// left behind by a process that has died does not count.
 class SingleInstanceGuard {
 public:
     SingleInstanceGuard();  // tries to take the lock at once
@@ -19,6 +19,8 @@ public:
 
     bool isFirstInstance() const { return m_locked; }
     static QString lockPath();
+    // The one check: true only when another live copy holds the lock.
+    static bool isAnotherCopyRunning(QLockFile &lock);
 
 private:
     std::unique_ptr<QLockFile> m_lock;

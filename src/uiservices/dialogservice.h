@@ -29,9 +29,9 @@ public:
         QString title, text;
         QMessageBox::StandardButtons buttons = QMessageBox::Ok;
         QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
-        // Captions in place of the standard ones ("&Print" on Yes), where a
-        // plain Yes or No would leave the user guessing.
-        QList<QPair<QMessageBox::StandardButton, QString>> buttonTexts = {};
+        // Captions of buttons that say more than their standard text
+        // ("&Restore" on Yes); the answer is still the standard button.
+        QList<QPair<QMessageBox::StandardButton, QString>> captions = {};
     };
     // frmMessage: the message the user can switch off for good.
     struct MessageForm {

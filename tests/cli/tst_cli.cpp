@@ -8,8 +8,11 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 
 #include <cmath>
+#include <sys/mount.h>
+#include <sys/stat.h>
 
 using namespace qor;
 using namespace dbtest;
@@ -110,19 +113,36 @@ private slots:
         QVERIFY(problems.contains(QLatin1String("item number 9,")));
         QVERIFY(!problems.contains(QLatin1String("item number 6,")));  // archived, but there
 
-        // resave writes what the program saves after a load, with the placeholder.
+        // resave writes what the program saves after a load, with the placeholder,
+        // and first removes what an interrupted save of the same file left.
+        const QString leftover = dir.filePath(QStringLiteral(".out.xml.new-Ab12Cd"));
+        QVERIFY(writeOld(leftover, 60));
         QCOMPARE(cli({"resave", in, out}).exitCode, 0);
+        QVERIFY(!QFileInfo::exists(leftover));
         QVERIFY(readFile(in) == sample());  // neither command changes its input
         Database expected;
         QVERIFY(load(expected, dir, sample()).result.ok());
         const QByteArray written = readFile(out);
         QVERIFY(written == expected.serialize());
         QVERIFY(written.contains("<Customer CID=\"8\">\r\n\t\t\t<FName>Deleted</FName>"));
-        // Resaved over itself, a file that needs nothing made gives the same bytes.
-        QCOMPARE(cli({"resave", out, out}).exitCode, 0);
+        // Never over its own input, by any name.
         const QByteArray stable = readFile(out);
-        QCOMPARE(cli({"resave", out, out}).exitCode, 0);
+        QVERIFY(QFile::link(out, dir.filePath(QStringLiteral("alias.xml"))));
+        for (const QString &same : {out, dir.filePath(QStringLiteral("alias.xml"))}) {
+            const Run self = cli({"resave", out, same});
+            QVERIFY(self.exitCode == 1 && self.err.contains(QDir::toNativeSeparators(same)));
+        }
         QVERIFY(readFile(out) == stable);
+        // Each resave keeps the file it replaces; versions lists them, oldest first.
+        qputenv("XDG_CONFIG_HOME", dir.filePath(QStringLiteral("config")).toUtf8());
+        const QString again = dir.filePath(QStringLiteral("again.xml"));
+        for (int i = 0; i < 3; ++i) QCOMPARE(cli({"resave", in, again}).exitCode, 0);
+        const QStringList kept = cli({"versions", again}).out.split(u'\n', Qt::SkipEmptyParts);
+        QCOMPARE(kept.size(), 2);
+        const QRegularExpression form(QStringLiteral("/again.xml.versions/again-\\d{8}-\\d{6}(-2)?\\.xml\t\\d{4}(-\\d\\d){2} \\d\\d(:\\d\\d){2}$"));
+        for (const QString &line : kept)
+            QVERIFY2(form.match(line).hasMatch() && readFile(line.section(u'\t', 0, 0)) == readFile(again), qPrintable(line));
+        QVERIFY(kept[0].section(u'\t', 1) < kept[1].section(u'\t', 1) || kept[1].contains(QLatin1String("-2.xml\t")));
         // A place that can't be written: exit 3, nothing left behind.
         const QString nowhere = dir.filePath(QStringLiteral("no/such/folder/out.xml"));
         const Run bad = cli({"resave", out, nowhere});
@@ -164,7 +184,7 @@ private slots:
         r = cli({"envelopes", file, "--period", "May", "--all", "-o", env});
         QCOMPARE(r.out, QStringLiteral("2 envelopes\n"));
         QVERIFY(text(env).contains("Cy Cole"));
-        QCOMPARE(cli({"envelopes", file, "--period", "June", "-o", env}).exitCode, 2);
+        QCOMPARE(cli({"envelopes", file, "--period", "June", "-o", env}).exitCode, 4);
         QCOMPARE(cli({"envelopes", file, "-o", env}).exitCode, 1);
 
         const QString list = dir.filePath("list.pdf");
@@ -176,6 +196,11 @@ private slots:
         QVERIFY(t.contains("Ames, Al") && t.contains("Cole, Cy") && t.contains("Page #1"));
         QVERIFY(!t.contains("Bell"));
         QCOMPARE(cli({"customers", file, "-o", list, "--columns", "5"}).exitCode, 1);
+        // An output that is the input is refused before anything is written.
+        const QByteArray before = readFile(file);
+        QCOMPARE(cli({"customers", file, "-o", file}).exitCode, 1);
+        QCOMPARE(cli({"envelopes", file, "--period", "May", "-o", file}).exitCode, 1);
+        QVERIFY(readFile(file) == before);
     }
 
     // The two statements: sums to the cent over many records, the user's
@@ -262,11 +287,12 @@ private slots:
         QCOMPARE(r.exitCode, 0);
         QCOMPARE(r.out, QStringLiteral("2 invoices\n"));
         QStringList names = QDir(each).entryList(QDir::Files, QDir::Name);
-        QCOMPARE(names, QStringList({"Ames, Al - May.pdf", "Dunn, Di - May.pdf"}));
+        QCOMPARE(names, QStringList({"Ames, Al (1) - May.pdf", "Dunn, Di (4) - May.pdf"}));
         QCOMPARE(pagesOf(QDir(each).filePath(names[1])).size(), 1);
 
-        QCOMPARE(cli({"invoices", file, "--period", "May", "--customer", "2", "-o", out}).exitCode, 2);
-        QCOMPARE(cli({"invoices", file, "--period", "June", "-o", out}).exitCode, 2);
+        QCOMPARE(cli({"invoices", file, "--period", "May", "--customer", "2", "-o", out}).exitCode, 4);
+        QCOMPARE(cli({"invoices", file, "--period", "June", "-o", out}).exitCode, 4);
+        QCOMPARE(cli({"invoices", file, "--period", "May", "--customer", "4k", "-o", out}).exitCode, 1);
         QCOMPARE(cli({"invoices", file, "--period", "May", "--template", "3", "-o", out}).exitCode, 1);
         QCOMPARE(cli({"invoices", file, "--period", "May", "--paper", "legal", "-o", out}).exitCode, 1);
         QCOMPARE(cli({"invoices", file, "--period", "May"}).exitCode, 1);
@@ -309,7 +335,7 @@ private slots:
         QCOMPARE(one.exitCode, 0);
         QCOMPARE(one.out, QStringLiteral("Ames, Al\t1\n\tJan\t$16.50\n\tFeb\t$2,401.00\n\ttotal\t$2,417.50\n"
                                          "total owed\t$2,417.50\n"));
-        const Run bell = cli({"owing", file, "--plain", "--customer", "2k"});
+        const Run bell = cli({"owing", file, "--plain", "--customer", "2"});
         QCOMPARE(bell.out, QStringLiteral("Bell, Bo\t2\n\tFeb\t-4.25\n\ttotal\t-4.25\ntotal owed\t-4.25\n"));
         QCOMPARE(cli({"owing", file, "--customer", "3"}).out, QStringLiteral("total owed\t$0.00\n"));
         const QStringList all = cli({"owing", file, "--plain"}).out.split(u'\n', Qt::SkipEmptyParts);
@@ -319,11 +345,56 @@ private slots:
 
         for (const QStringList &bad : {QStringList{"periods"}, QStringList{"periods", file, "--customer", "1"},
                                        QStringList{"owing", file, "--customer"}, QStringList{"owing", file, "-x"},
-                                       QStringList{"owing", file, "--customer", "k"}}) {
+                                       QStringList{"owing", file, "--customer", "k"},
+                                       QStringList{"owing", file, "--customer", "2k"},
+                                       QStringList{"owing", file, "--customer", "abc"}}) {
             const Run r = cli(bad);
             QVERIFY2(r.exitCode == 1 && r.out.isEmpty(), qPrintable(bad.join(u' ')));
         }
         QCOMPARE(cli({"owing", dir.filePath(QStringLiteral("none.xml"))}).exitCode, 2);
+        QCOMPARE(cli({"owing", file, "--customer", "5000"}).exitCode, 4);
+    }
+
+    // Inputs that are no files are refused at once; two customers of one name
+    // get a file each, whatever the name holds; an output that can't be
+    // written whole leaves nothing, and an older file under its name intact.
+    void outputsAndOddInputs()
+    {
+        const QString pipe = dir.filePath(QStringLiteral("pipe.xml"));
+        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        const Run p = cli({"check", pipe});  // a read would wait for a writer for ever
+        QVERIFY(p.exitCode == 2 && p.err.contains(QDir::toNativeSeparators(pipe)));
+
+        Database db;
+        db.lvwCustomers.add("1k", fields({"Lee, Al", "Al", "Lee", "", "", "", "", "", ""}));
+        db.lvwCustomers.add("2k", fields({"Lee, Al", "Al", "Lee", "", "", "", "", "", ""}));
+        db.lvwCustomers.add("3k", fields({"A/B %2 Co", "A/B %2 Co", "", "", "", "", "", "", ""}));
+        db.lvwPeriods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "", ""}));
+        for (const char *c : {"1", "2", "3"})
+            db.lvwInvoiceRecords.add(fields({"May", c, ""}), fields({"May", "", c, "5", "", ""}));
+        const QString file = dir.filePath(QStringLiteral("%2 pay1roll.xml"));
+        QVERIFY(db.save(file).ok);
+        const QString each = dir.filePath(QStringLiteral("each2"));
+        QCOMPARE(cli({"invoices", file, "--period", "May", "--each", each}).exitCode, 0);
+        QCOMPARE(QDir(each).entryList(QDir::Files, QDir::Name),
+                 QStringList({"A_B %2 Co (3) - May.pdf", "Lee, Al (1) - May.pdf", "Lee, Al (2) - May.pdf"}));
+        const Run none = cli({"invoices", file, "--period", "June", "--each", each});
+        QVERIFY2(none.err.contains(QDir::toNativeSeparators(file)), qPrintable(none.err));
+
+        // A full disk: a small file system of its own, where one can be made.
+        const QString small = dir.filePath(QStringLiteral("small"));
+        QVERIFY(QDir().mkpath(small));
+        if (::mount("tmpfs", QFile::encodeName(small).constData(), "tmpfs", 0, "size=16k") != 0)
+            QSKIP("no tmpfs can be mounted here (not root): the full disk is tried with a failing device elsewhere");
+        const QString out = small + QStringLiteral("/inv.pdf");
+        QVERIFY(writeFile(out, "the old invoice"));
+        const Run full = cli({"invoices", file, "--period", "May", "--all", "-o", out});
+        const QByteArray after = readFile(out);
+        const QStringList left = QDir(small).entryList(QDir::Files | QDir::Hidden);
+        ::umount(QFile::encodeName(small).constData());
+        QVERIFY2(full.exitCode == 3 && full.err.contains(QDir::toNativeSeparators(out)), qPrintable(full.err));
+        QCOMPARE(after, QByteArray("the old invoice"));
+        QCOMPARE(left, QStringList{"inv.pdf"});
     }
 
     // Statements and aging of a random database: every customer who owes has
@@ -396,8 +467,8 @@ private slots:
         QVERIFY(late.out.section(u' ', 0, 0).toInt() < owed.size());
         QFile::remove(out);
         const Run none = cli({"statements", file, "--customer", "10", "-o", out});
-        QVERIFY(none.exitCode == 4 && none.err.contains(QLatin1String("owes nothing")) && !QFileInfo::exists(out));
-        QCOMPARE(cli({"statements", file, "--customer", "99", "-o", out}).exitCode, 2);
+        QVERIFY(none.exitCode == 5 && none.err.contains(QLatin1String("owes nothing")) && !QFileInfo::exists(out));
+        QCOMPARE(cli({"statements", file, "--customer", "99", "-o", out}).exitCode, 4);
         for (const QStringList &bad : {QStringList{"statements", file}, QStringList{"statements", file, "-o", out, "--each", each},
                                        QStringList{"statements", file, "--as-of", "2024-13-01", "-o", out},
                                        QStringList{"statements", file, "--overdue", "-3", "-o", out},

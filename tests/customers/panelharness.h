@@ -6,6 +6,7 @@
 #include "shell/settingsstore.h"
 #include "uiservices/dialogservice.h"
 
+#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -74,6 +75,11 @@ struct Sandbox {
     QString db = dir.path() + "/QOR.xml";
     Sandbox() {
         qputenv("XDG_CONFIG_HOME", (dir.path() + "/config").toLocal8Bit());
+        qputenv("XDG_DATA_HOME", (dir.path() + "/data").toLocal8Bit());
+        // The runtime folder must be the user's alone, or Qt won't take it.
+        QDir().mkpath(dir.path() + "/runtime");
+        QFile::setPermissions(dir.path() + "/runtime", QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        qputenv("XDG_RUNTIME_DIR", (dir.path() + "/runtime").toLocal8Bit());
         settings::write("FileHandling", "DatabasePath", db);
         settings::write("Messages", "DeletedCustomer", "True");
     }

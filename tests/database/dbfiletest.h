@@ -3,10 +3,13 @@
 #include "database/database.h"
 #include "database/rows.h"
 
+#include <QDateTime>
 #include <QFile>
 #include <QLocale>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <algorithm>
 
 namespace dbtest {
 
@@ -23,10 +26,41 @@ inline QStringList rows(const qor::KeyedList &t)
     return out;
 }
 
+// A device that takes failAt bytes and then fails, part-way through a write,
+// as a full disk does.
+class Failing : public QIODevice {
+public:
+    Failing(QIODevice &inner, qint64 failAt) : m_inner(inner), m_left(failAt) { open(WriteOnly | Unbuffered); }
+
+protected:
+    qint64 readData(char *, qint64) override { return -1; }
+    qint64 writeData(const char *data, qint64 size) override
+    {
+        const qint64 take = std::min(size, m_left);
+        if (take > 0 && m_inner.write(data, take) != take) return -1;
+        m_left -= take;
+        if (take == size) return size;
+        setErrorString(QStringLiteral("No space left on device"));
+        return -1;
+    }
+
+private:
+    QIODevice &m_inner;
+    qint64 m_left;
+};
+
 inline bool writeFile(const QString &path, const QByteArray &bytes)
 {
     QFile f(path);
     return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
+}
+
+// A file last written seconds ago (a leftover of an earlier run).
+inline bool writeOld(const QString &path, int seconds)
+{
+    QFile f(path);
+    return f.open(QIODevice::WriteOnly) && f.write("x") == 1 && f.flush() &&
+           f.setFileTime(QDateTime::currentDateTime().addSecs(-seconds), QFileDevice::FileModificationTime);
 }
 
 inline QByteArray readFile(const QString &path)

@@ -2,6 +2,8 @@
 // could not be read, saves that fail, the placeholder customer, big files, and
 // the scans and archive step of a delete.
 #include "dbfiletest.h"
+#include "database/filesafety.h"
+#include "database/versions.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -13,6 +15,7 @@
 #include <memory>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -149,12 +152,12 @@ private slots:
         QVERIFY(b.ok && b.keptCopy != s.keptCopy);
         QVERIFY(readFile(s.keptCopy) == old);
         QVERIFY(readFile(b.keptCopy) == old + "again");
-        // Content without any section reads as empty, silently, and is kept too;
-        // blank lines alone are nothing to keep.
+        // Content without any section is refused and kept too; blank lines
+        // alone are nothing to keep.
         const QString notes = dir.filePath(QStringLiteral("notes.xml"));
         QVERIFY(writeFile(notes, "Shopping list:\r\nmilk\r\n"));
         const ReadResult r = db.read(notes);
-        QVERIFY(r.status == ReadResult::Status::Read && r.message.isEmpty() && r.keepsCopyOnSave);
+        QVERIFY(r.status == ReadResult::Status::Rejected && r.line == 1 && r.keepsCopyOnSave);
         QVERIFY(readFile(db.save(notes).keptCopy) == "Shopping list:\r\nmilk\r\n");
         QVERIFY(writeFile(notes, "\r\n  \t\r\n"));
         QVERIFY(!db.read(notes).keepsCopyOnSave);
@@ -224,28 +227,9 @@ private slots:
         QVERIFY(writeFile(path, old));
         QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup));
 
-        // A device that takes failAt bytes and then fails, part-way through a write.
-        class Failing : public QIODevice {
-        public:
-            Failing(QIODevice &inner, qint64 failAt) : m_inner(inner), m_left(failAt) { open(WriteOnly | Unbuffered); }
-        protected:
-            qint64 readData(char *, qint64) override { return -1; }
-            qint64 writeData(const char *data, qint64 size) override
-            {
-                const qint64 take = std::min(size, m_left);
-                if (take > 0 && m_inner.write(data, take) != take) return -1;
-                m_left -= take;
-                if (take == size) return size;
-                setErrorString(QStringLiteral("No space left on device"));
-                return -1;
-            }
-        private:
-            QIODevice &m_inner;
-            qint64 m_left;
-        };
         for (qint64 failAt : {qint64(0), qint64(1), qint64(4095), qint64(8) << 20, (qint64(8) << 20) + 1,
                               content.size() / 2, content.size() - 1}) {
-            const SaveResult r = db.save(path, [failAt](QIODevice &file) { return std::make_unique<Failing>(file, failAt); });
+            const SaveResult r = db.save(path, [failAt](QIODevice &file) { return std::make_unique<dbtest::Failing>(file, failAt); });
             QVERIFY(!r.ok);
             QVERIFY2(r.message.contains(QLatin1String("No space left on device")), qPrintable(r.message));
             QVERIFY(readFile(path) == old);
@@ -253,7 +237,7 @@ private slots:
         }
         // The device that fails at the last byte only would have written it all.
         const SaveResult whole =
-            db.save(path, [&](QIODevice &file) { return std::make_unique<Failing>(file, content.size()); });
+            db.save(path, [&](QIODevice &file) { return std::make_unique<dbtest::Failing>(file, content.size()); });
         QVERIFY2(whole.ok, qPrintable(whole.message));
         QVERIFY(readFile(path) == content);
         // The permission bits of the old file stay with the new one.
@@ -262,6 +246,192 @@ private slots:
         struct stat st {};
         QCOMPARE(::stat(QFile::encodeName(path).constData(), &st), 0);
         QCOMPARE(st.st_mode & 07777, mode_t(0640));
+    }
+
+    // Which versions a policy keeps: the newest n, the newest of each of the
+    // last days, all within the size; the oldest go first.
+    void versionsDropped_data()
+    {
+        QTest::addColumn<QStringList>("stamps");  // oldest first, "yyyy-MM-dd HH:mm size"
+        QTest::addColumn<int>("newest");
+        QTest::addColumn<int>("days");
+        QTest::addColumn<int>("maxBytes");
+        QTest::addColumn<QList<int>>("dropped");
+        const QStringList sameDay{"2024-05-10 09:00 10", "2024-05-10 10:00 10", "2024-05-10 11:00 10",
+                                  "2024-05-10 12:00 10"};
+        QTest::newRow("newest two") << sameDay << 2 << 0 << 1000 << QList<int>{0, 1};
+        QTest::newRow("one a day on top") << QStringList{"2024-05-08 09:00 10", "2024-05-08 17:00 10",
+                                                         "2024-05-09 09:00 10", "2024-05-10 09:00 10",
+                                                         "2024-05-10 12:00 10"}
+                                          << 1 << 60 << 1000 << QList<int>{0, 3};
+        QTest::newRow("days end") << QStringList{"2024-03-01 09:00 10", "2024-05-01 09:00 10", "2024-05-10 12:00 10"}
+                                  << 1 << 60 << 1000 << QList<int>{0};
+        QTest::newRow("size: oldest go first") << sameDay << 4 << 0 << 25 << QList<int>{0, 1};
+        QTest::newRow("size never drops the newest") << QStringList{"2024-05-10 09:00 10", "2024-05-10 10:00 900"}
+                                                     << 20 << 60 << 100 << QList<int>{0};
+        QTest::newRow("nothing to drop") << sameDay << 20 << 60 << 1000 << QList<int>{};
+    }
+    void versionsDropped()
+    {
+        QFETCH(QStringList, stamps);
+        QFETCH(int, newest);
+        QFETCH(int, days);
+        QFETCH(int, maxBytes);
+        QFETCH(QList<int>, dropped);
+        QList<versions::Version> list;
+        for (const QString &s : stamps)
+            list << versions::Version{{}, QDateTime::fromString(s.left(16), QStringLiteral("yyyy-MM-dd HH:mm")),
+                                      s.mid(17).toLongLong()};
+        const QDateTime now = QDateTime::fromString(QStringLiteral("2024-05-10 13:00"), QStringLiteral("yyyy-MM-dd HH:mm"));
+        QCOMPARE(versions::toDrop(list, versions::Policy{newest, days, maxBytes}, now), dropped);
+    }
+
+    // Each save keeps the file it replaces: a hard link in "<name>.versions",
+    // named by the replaced file's time, "-2" for a second in one second.
+    void versionsKeptBySaves()
+    {
+        QTemporaryDir own;
+        const QString path = own.filePath(QStringLiteral("shop.xml"));
+        QVERIFY(writeFile(path, customerFile("1", "2")));
+        const QDateTime stamp = QDateTime::fromString(QStringLiteral("2024-01-31 09:30:00"), QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+        auto setTime = [&path](const QDateTime &t) {
+            QFile f(path);
+            return f.open(QIODevice::ReadWrite) && f.setFileTime(t, QFileDevice::FileModificationTime);
+        };
+        Database db;
+        db.lvwCustomers.add("1k", fields({"A", "A", "", "", "", "", "", "", ""}));
+        Database::SaveOptions keep;
+        keep.versions = versions::Policy{};
+        QStringList inodes;
+        QByteArray previous = readFile(path);
+        for (int i = 0; i < 3; ++i) {
+            QVERIFY(setTime(stamp));
+            struct stat before {};
+            QCOMPARE(::stat(QFile::encodeName(path).constData(), &before), 0);
+            db.company[0] = QString::number(i);
+            const SaveResult r = db.save(path, keep);
+            QVERIFY2(r.ok && r.notes.isEmpty(), qPrintable(r.message + r.notes.join(u' ')));
+            const QString name = i == 0 ? QStringLiteral("shop-20240131-093000.xml")
+                                        : QStringLiteral("shop-20240131-093000-%1.xml").arg(i + 1);
+            QCOMPARE(r.version, own.filePath(QStringLiteral("shop.xml.versions/")) + name);
+            struct stat kept {};
+            QCOMPARE(::stat(QFile::encodeName(r.version).constData(), &kept), 0);
+            QCOMPARE(kept.st_ino, before.st_ino);  // linked, not copied
+            QVERIFY(readFile(r.version) == previous);
+            previous = readFile(path);
+        }
+        const QList<versions::Version> all = versions::list(path);
+        QCOMPARE(all.size(), 3);
+        QCOMPARE(all.first().time, stamp);
+        QVERIFY(all.last().path.endsWith(QLatin1String("-3.xml")));
+        // Pruned to the newest one when the policy says so.
+        keep.versions->newest = 1;
+        keep.versions->days = 0;
+        QVERIFY(db.save(path, keep).ok);
+        QCOMPARE(versions::list(path).size(), 1);
+
+        // Across file systems a version is a copy with the replaced file's time.
+        const QString shm = QStringLiteral("/dev/shm");
+        struct stat a {}, b {};
+        if (::stat(QFile::encodeName(shm).constData(), &a) == 0 && ::stat(QFile::encodeName(own.path()).constData(), &b) == 0 &&
+            a.st_dev != b.st_dev) {
+            QTemporaryDir elsewhere(shm + QStringLiteral("/qor-versions-XXXXXX"));
+            QVERIFY(QDir(own.path()).rename(QStringLiteral("shop.xml.versions"), QStringLiteral("old.versions")));
+            QVERIFY(QFile::link(elsewhere.path(), own.filePath(QStringLiteral("shop.xml.versions"))));
+            QVERIFY(setTime(stamp.addSecs(60)));
+            const QByteArray replaced = readFile(path);
+            const SaveResult copied = db.save(path, keep);
+            QVERIFY(copied.ok && copied.version.contains(QLatin1String("-20240131-093100")));
+            QVERIFY(readFile(copied.version) == replaced);
+            QCOMPARE(QFileInfo(copied.version).lastModified(), stamp.addSecs(60));
+            QCOMPARE(QFileInfo(copied.version).permissions() & 0x0077, QFileDevice::Permissions());
+            QFile::remove(own.filePath(QStringLiteral("shop.xml.versions")));
+        } else {
+            qWarning("no second file system at /dev/shm: the copy of a version is not tried");
+        }
+        // A folder that can't be made: the save goes on, and the user hears why.
+        QVERIFY(writeFile(own.filePath(QStringLiteral("shop.xml.versions")), "a file, not a folder"));
+        const SaveResult noFolder = db.save(path, keep);
+        QVERIFY(noFolder.ok && noFolder.version.isEmpty());
+        QCOMPARE(noFolder.notes.size(), 1);
+        QVERIFY2(noFolder.notes[0].contains(QLatin1String("shop.xml.versions")), qPrintable(noFolder.notes[0]));
+        QVERIFY(readFile(path) == db.serialize());
+    }
+
+    // Only the temporaries of interrupted saves of this file, older than the
+    // running program, are cleaned up.
+    void temporariesOfInterruptedSaves()
+    {
+        QTemporaryDir own;
+        const QString path = own.filePath(QStringLiteral("QOR.xml"));
+        const QDateTime start = QDateTime::currentDateTime();
+        const QDateTime past = start.addSecs(-3600), future = start.addSecs(3600);
+        struct Leftover { const char *name; QDateTime time; bool removed; };
+        const Leftover leftovers[] = {{".QOR.xml.new-aB3xY9", past, true},   {".QOR.xml.new-aB3xY", past, false},
+                                      {".QOR.xml.new-aB3xY9z", past, false}, {".QOR.xml.new-aB3_Y9", past, false},
+                                      {".Other.xml.new-aB3xY9", past, false}, {"QOR.xml.new-aB3xY9", past, false},
+                                      {".QOR.xml.new-Later1", future, false}};
+        for (const Leftover &l : leftovers)
+            QVERIFY(writeOld(own.filePath(QString::fromLatin1(l.name)), int(l.time.secsTo(start))));
+        QCOMPARE(files::removeStaleTemporaries(path, start), QStringList{own.filePath(".QOR.xml.new-aB3xY9")});
+        for (const Leftover &l : leftovers)
+            QCOMPARE(QFileInfo::exists(own.filePath(QString::fromLatin1(l.name))), !l.removed);
+    }
+
+    // A new file is the user's alone whatever the umask; a replaced file keeps
+    // its access ACL; other names of a replaced file are told; a copy counts
+    // only once it reads back the same.
+    void rightsOfWrittenFiles()
+    {
+        QTemporaryDir own;
+        const mode_t mask = ::umask(0);
+        const QString fresh = own.filePath(QStringLiteral("new.xml"));
+        Database db;
+        db.company[0] = QStringLiteral("Acme");
+        const bool saved = db.save(fresh).ok;
+        const QString copy = own.filePath(QStringLiteral("copy"));
+        const QString verified = files::writeVerified(copy, "bytes");
+        ::umask(mask);
+        QVERIFY(saved && verified.isEmpty());
+        for (const QString &p : {fresh, copy})
+            QCOMPARE(QFileInfo(p).permissions() & 0x7777, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
+        // The same copy through a disk that fills up: not written, nothing left.
+        const QString full = files::writeVerified(own.filePath(QStringLiteral("full")), QByteArray(100000, 'x'),
+                                                  [](QIODevice &f) { return std::make_unique<dbtest::Failing>(f, 5000); });
+        QVERIFY(full.contains(QLatin1String("No space left")));
+        QVERIFY(!QFileInfo::exists(own.filePath(QStringLiteral("full"))));
+
+        // An ACL giving user 4242 read access: version 2, then tag, rights, id.
+        QByteArray acl;
+        auto entry = [&acl](quint16 tag, quint16 perm, quint32 id) {
+            acl.append(reinterpret_cast<const char *>(&tag), 2).append(reinterpret_cast<const char *>(&perm), 2);
+            acl.append(reinterpret_cast<const char *>(&id), 4);
+        };
+        const quint32 version = 2;
+        acl.append(reinterpret_cast<const char *>(&version), 4);
+        entry(0x01, 6, quint32(-1));
+        entry(0x02, 4, 4242);
+        entry(0x04, 4, quint32(-1));
+        entry(0x10, 4, quint32(-1));
+        entry(0x20, 0, quint32(-1));
+        const QByteArray name = QFile::encodeName(fresh);
+        if (::setxattr(name.constData(), "system.posix_acl_access", acl.constData(), size_t(acl.size()), 0) != 0) {
+            QVERIFY2(errno == ENOTSUP || errno == EOPNOTSUPP, std::strerror(errno));
+            qWarning("no ACLs on this file system: keeping them is not tried");
+        } else {
+            db.company[0] = QStringLiteral("Changed");
+            QVERIFY(db.save(fresh).ok);
+            char back[256];
+            const ssize_t n = ::getxattr(name.constData(), "system.posix_acl_access", back, sizeof back);
+            QCOMPARE(QByteArray(back, int(std::max<ssize_t>(n, 0))), acl);
+        }
+        // A second name of the file keeps the old content, and the save says so.
+        const QString other = own.filePath(QStringLiteral("other-name.xml"));
+        QCOMPARE(::link(name.constData(), QFile::encodeName(other).constData()), 0);
+        const SaveResult linked = db.save(fresh);
+        QVERIFY(linked.ok);
+        QCOMPARE(linked.notes.size(), 1);
+        QVERIFY(linked.notes[0].contains(QLatin1String("other names")));
     }
 
     void outOfMemoryIsToldNotAborted()

@@ -207,7 +207,7 @@ private slots:
              "   <Customer CID=\"1\">  \r\n<FName>Bo</FName> <!-- beside -->\r\n   \t <LName>  Diaz  </LName>\r\n"
              "\t\t\t\t<Phone>\t555\t</Phone>\r\n\r\n    \r\n</Customer>\r\n"
              "  <Customer CID=\"2\">\r\n    <FName>Cy</FName>\r\n\t<Notes>first line\r\n   second line  \r\n"
-             "third</Notes>\r\n  </Customer>\r\n</Customers>\r\n");
+             "third</Notes>\r\n  </Customer>\r\n</Customers>\r\n</QOR-DB>\r\n");
         // The commented line is gone with its FName; blanks inside an element
         // stay, tabs anywhere go; the lines of a note keep their breaks, and
         // lose the indentation at their ends.
@@ -278,7 +278,7 @@ private slots:
         QCOMPARE(rows(db.lvwCustomers), QStringList{"1k = L, A\x1c/FName>\x0f|A\x1c/FName>\x0f|L||||||"});
         // Any mix of tabs and blanks before or after a tag is indentation.
         QVERIFY(load(db, dir, "<QOR-DB>\r\n\t <BillPeriods>\r\n \t<BillPeriod>\t \r\n\t \t<BPName>May</BPName> \t\r\n"
-                              " </BillPeriod>\t\r\n\t </BillPeriods> \r\n")
+                              " </BillPeriod>\t\r\n\t </BillPeriods> \r\n</QOR-DB>")
                     .result.ok());
         QCOMPARE(rows(db.lvwPeriods), QStringList{"May| = |May||"});
         // A file of nothing but NUL bytes is refused at its first block, not read to its end.
@@ -383,7 +383,7 @@ private slots:
             for (const QByteArray &l : body) plain << "\t\t\t" + l;
             plain << "\t\t</InvoiceRecord>" << "</InvoiceRecords>";
             QList<QByteArray> general = plain;
-            general.insert(2, "<x/>");
+            general.insert(2, "<x>y</x> ");  // a blank after the tag: not a line to take as it stands
             Database a, b;
             QVERIFY(load(a, dir, crlf(plain)).result.ok());
             QVERIFY(load(b, dir, crlf(general)).result.ok());
@@ -437,13 +437,90 @@ private slots:
             QVERIFY(load(db, dir, variant).result.ok());
             QCOMPARE(db.serialize(), reference.serialize());
         }
-        // A file cut off anywhere keeps what it holds so far and never fails. A
-        // cut inside a section's closing tag may leave one more empty period or record.
-        for (qsizetype cut = 0; cut <= full.size(); ++cut) {
+        // A file cut off anywhere before its end is refused whole, naming the
+        // line where it ends; nothing of it is half read. Only the line end
+        // after the last tag may go, and a file cut to nothing is an empty one.
+        const qsizetype end = full.indexOf("</QOR-DB>") + 9;
+        for (qsizetype cut = 1; cut < end; ++cut) {
+            Database db;
+            const ReadResult r = load(db, dir, full.left(cut)).result;
+            QVERIFY2(r.status == ReadResult::Status::Rejected, qPrintable(QString::number(cut)));
+            QCOMPARE(r.line, full.left(cut).count('\n') + 1 - (full.at(cut - 1) == '\n' ? 1 : 0));
+            QVERIFY2(r.message.contains(QLatin1String("cut off")) || r.message.contains(QLatin1String("damaged")),
+                     qPrintable(r.message));
+            QVERIFY(tablesEmpty(db));
+        }
+        for (qsizetype cut : {qsizetype(0), end, end + 1}) {
             Database db;
             QVERIFY(load(db, dir, full.left(cut)).result.ok());
-            QVERIFY(db.lvwCustomers.count() <= 2 && db.lvwPeriods.count() <= 2 && db.lvwInvoiceRecords.count() <= 2);
         }
+    }
+
+    // Every one-letter change (another letter, not just another case, or the
+    // letter gone) of every line that opens or closes a section or the root:
+    // the file is refused with the line named, never half read.
+    void damagedSectionTags_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("changedLine");
+        Database db;
+        fill(db);
+        const QList<QByteArray> lines = db.serialize().split('\n');
+        static const QByteArray tags[] = {"QOR-DB", "CompanyInfo", "Customers", "BillPeriods", "ProductsAndServices",
+                                          "InvoiceRecords"};
+        int rowsMade = 0;
+        for (qsizetype n = 0; n < lines.size(); ++n) {
+            const QByteArray line = lines[n].trimmed();
+            bool isTag = false;
+            for (const QByteArray &t : tags) isTag = isTag || line == '<' + t + '>' || line == "</" + t + '>';
+            if (!isTag) continue;
+            const qsizetype at = lines[n].indexOf('<');
+            auto add = [&](const QByteArray &changed, const char *what, qsizetype i) {
+                QList<QByteArray> damaged = lines;
+                damaged[n] = lines[n].left(at) + changed + "\r";
+                QTest::addRow("%s, %s at %d: %s", line.constData(), what, int(i), changed.constData())
+                    << damaged.join('\n') << int(n + 1);
+                ++rowsMade;
+            };
+            for (qsizetype i = 0; i < line.size(); ++i) {
+                add(line.left(i) + line.mid(i + 1), "gone", i);
+                for (char c = 'a'; c <= 'z'; ++c)
+                    if (QChar::fromLatin1(c).toLower() != QChar::fromLatin1(line[i]).toLower())
+                        add(line.left(i) + c + line.mid(i + 1), "letter", i);
+            }
+        }
+        QVERIFY(rowsMade > 4000);
+    }
+    void damagedSectionTags()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(int, changedLine);
+        Database db;
+        fill(db);
+        const ReadResult r = load(db, dir, bytes).result;
+        QCOMPARE(r.status, ReadResult::Status::Rejected);
+        QVERIFY(r.keepsCopyOnSave);
+        QVERIFY2(r.line >= changedLine && r.message.contains(QStringLiteral("line %1").arg(r.line)), qPrintable(r.message));
+        QVERIFY(tablesEmpty(db));
+    }
+
+    // What the format allows stays allowed.
+    void structureThatIsAllowed()
+    {
+        Database db;
+        // No root at all; a record header with no number (the record is
+        // dropped); a value over several lines whose tags stand alone.
+        const Loaded l = load(db, dir, crlf({"<Customers>", "<Customer>", "<FName>Gone</FName>", "</Customer>",
+                                             "<Customer CID=\"3\">", "<Notes>", "two", "</Notes>", "</Customer>",
+                                             "</Customers>", "<!-- after -->"}));
+        QVERIFY2(l.result.ok(), qPrintable(l.result.message));
+        QCOMPARE(rows(db.lvwCustomers), QStringList{"3k = ||||||||\ntwo\n"});
+        // A file of blanks and comments is an empty database.
+        QVERIFY(load(db, dir, crlf({"", "  ", "<!-- nothing -->"})).result.ok());
+        // An unrelated XML file, a root without sections, text after the root: refused.
+        for (const QByteArray &bytes : {crlf({"<?xml version=\"1.0\"?>", "<Customers>", "</Customers>"}),
+                                        crlf({"<QOR-DB>", "</QOR-DB>"}), crlf({"<QOR-DB>", "</QOR-DB>", "x"})})
+            QVERIFY2(!load(db, dir, bytes).result.ok(), bytes.constData());
     }
 };
 

@@ -170,10 +170,14 @@ private slots:
         QTest::newRow("higher, more fields") << ok("3020000,3.20,notes\r\nignored") << int(O::NewVersion);
         QTest::newRow("quoted first field") << ok("\"3019001\",x") << int(O::NewVersion);
         QTest::newRow("lower") << ok("3018999") << int(O::UpToDate);
-        QTest::newRow("half rounds to even") << ok("3019000.5") << int(O::UpToDate);
-        QTest::newRow("fraction rounds up") << ok("3019000.6") << int(O::NewVersion);
-        QTest::newRow("no number counts as 0") << ok("v3019001") << int(O::UpToDate);
-        QTest::newRow("empty first field") << ok(",3019001") << int(O::UpToDate);
+        QTest::newRow("blanks around the number") << ok(" 3019001 \r\n") << int(O::NewVersion);
+        QTest::newRow("ten digits") << ok("9999999999") << int(O::NewVersion);
+        QTest::newRow("eleven digits") << ok("99999999999") << int(O::Failed);
+        QTest::newRow("exponent") << ok("1e300") << int(O::Failed);
+        QTest::newRow("fraction") << ok("3019000.6") << int(O::Failed);
+        QTest::newRow("sign") << ok("+3019001") << int(O::Failed);
+        QTest::newRow("not a number") << ok("v3019001") << int(O::Failed);
+        QTest::newRow("empty first field") << ok(",3019001") << int(O::Failed);
         QTest::newRow("empty body") << ok("") << int(O::Failed);
         QTest::newRow("blanks only") << ok(" \r\n\t\r\n") << int(O::Failed);
         QTest::newRow("binary") << ok(QByteArray("3019001\0", 8)) << int(O::Failed);

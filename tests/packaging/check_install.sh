@@ -111,7 +111,7 @@ fi
 grep -q "<html" "$prefix/share/doc/qorvane/qorvane-guide.html" || fail "guide is no HTML"
 
 # The command-line tool works from its installed place.
-printf '<QOR-DB>\r\n</QOR-DB>\r\n' >"$work/empty.xml"
+printf '<QOR-DB>\r\n\t<Customers>\r\n\t</Customers>\r\n</QOR-DB>\r\n' >"$work/empty.xml"
 out=$("$prefix/bin/qorvane-cli" check "$work/empty.xml" 2>&1) && grep -q "invoice records: 0" <<<"$out" \
   && pass "installed qorvane-cli checks a file" || fail "installed qorvane-cli: $out"
 

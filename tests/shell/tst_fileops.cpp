@@ -11,6 +11,9 @@
 #include "shell/panel.h"
 #include "uiservices/clsdialogs.h"
 #include "uiservices/hovercommand.h"
+#include "database/filelock.h"
+
+#include <QListWidget>
 
 #include <QComboBox>
 #include <QDirIterator>
@@ -168,10 +171,16 @@ private slots:
         QVERIFY(w->databaseChanged());
         const QByteArray original = sb.fileBytes();
         QVERIFY(w->optionsPanel()->recoveryCopyLine()->isHidden());
+        // Asked first: Cancel changes nothing, Save saves, Discard keeps a copy.
+        pathButton(0);
+        QCOMPARE(answers->last().message.buttons, QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel);
+        QCOMPARE(settings::databasePath(), sb.db);
+        QVERIFY(w->databaseChanged());
+        answers->nextAnswers = {QMessageBox::Discard};
         answers->nextFileNames = {at(u"Other"_s)};
         pathButton(0);
         QCOMPARE(settings::databasePath(), at(u"Other.xml"_s));
-        QCOMPARE(sb.fileBytes(), original);  // New drops the changes without a question
+        QCOMPARE(sb.fileBytes(), original);
         const QStringList copies = recoveryCopies();
         QCOMPARE(copies.size(), 1);
         QVERIFY2(QRegularExpression(u"^QOR\\.xml\\.unsaved-\\d{8}-\\d{6}$"_s).match(copies[0]).hasMatch(),
@@ -186,6 +195,7 @@ private slots:
 
         // Open drops them the same way; a second copy beside the file they came from.
         company(0)->setText(u"Unsaved Name"_s);
+        answers->nextAnswers = {QMessageBox::Discard};
         answers->nextFileNames = {sb.db};
         pathButton(1);
         const QStringList more = recoveryCopies();
@@ -284,6 +294,47 @@ private slots:
         QCOMPARE(w->db().lvwInvoiceRecords.count(), 2);
         QCOMPARE(w->printingPanel()->chooser()->count(), 1);
         QVERIFY(recoveryCopies().isEmpty());
+    }
+
+    // A file another program holds, opened read-only: the title says so and
+    // there is no save; edits start the recovery timer; a separator typed in
+    // a company field is refused.
+    void readOnlyRecoveryAndCompanyFields() {
+        discard(w);
+        QFile::remove(FileLock::lockPathOf(sb.db));
+        QFile lock(FileLock::lockPathOf(sb.db));
+        QVERIFY(lock.open(QIODevice::WriteOnly) && lock.write("4242\nqorvane\nelsewhere\n") > 0);
+        lock.close();
+        answers->nextAnswers = {QMessageBox::Open};
+        w = openWindow(5);
+        QVERIFY(w->windowTitle().contains(u"(read-only)"_s));
+        QVERIFY(!w->recoveryTimer().isActive());
+        const QString before = company(1)->text();
+        company(0)->setText(u"Changed"_s);
+        QVERIFY(w->databaseChanged() && w->cmdSave()->isHidden() && !w->cmdCancel()->isHidden());
+        QVERIFY(w->recoveryTimer().isActive() && w->recoveryTimer().interval() <= 30000);
+        QVERIFY(!button(u"cmdCloseBooks"_s)->isEnabled());
+        company(1)->setText(u"a\u0001b"_s);
+        QCOMPARE(company(1)->text(), before);
+        QCOMPARE(w->db().company[1], before);
+        QVERIFY(answers->last().message.text.contains(u"U+0001"_s));
+        QVERIFY(QFile::remove(FileLock::lockPathOf(sb.db)));
+    }
+
+    // Saves keep versions; the Options panel lists them and restores one as
+    // changed books.
+    void versionsOnTheOptionsPanel() {
+        company(0)->setText(u"Second"_s);
+        w->cmdSaveClick();
+        auto *list = w->optionsPanel()->versionList();
+        QCOMPARE(list->count(), 1);  // the file as it was before the save
+        QVERIFY(list->item(0)->text().contains(u"version"_s));
+        QVERIFY(!w->optionsPanel()->restoreVersionButton()->isEnabled());
+        list->setCurrentRow(0);
+        click(w->optionsPanel()->restoreVersionButton());
+        QVERIFY(w->databaseChanged());
+        QCOMPARE(company(0)->text(), u"Test Co"_s);
+        QCOMPARE(readBack(sb.db)->company[0], u"Second"_s);  // saved only when the user saves
     }
 
     void abandonAfterAddingACustomer() {

@@ -281,7 +281,7 @@ private slots:
     }
 
     void oneCopyPerUser() {  // last: it points the store at another database
-        QVERIFY(SingleInstanceGuard::lockPath().startsWith(sb.dir.path()));
+        QVERIFY(SingleInstanceGuard::lockPath().startsWith(sb.dir.path() + u"/runtime/"_s));
         {
             SingleInstanceGuard first;
             QVERIFY(first.isFirstInstance());

@@ -1,8 +1,10 @@
 // The session without a window: what a read and a save tell the views, and
 // which questions they put through the dialog service, answered in advance.
+#include "../database/dbfiletest.h"
 #include "database/rowtypes.h"
 #include "shell/session.h"
 #include "shell/settingsstore.h"
+#include "uiservices/clsdialogs.h"
 #include "uiservices/dialogservice.h"
 
 #include <QDir>
@@ -28,8 +30,28 @@ private slots:
     void initTestCase()
     {
         qputenv("XDG_CONFIG_HOME", (dir.path() + u"/config"_s).toLocal8Bit());
+        qputenv("XDG_DATA_HOME", (dir.path() + u"/data"_s).toLocal8Bit());
         settings::write(u"FileHandling"_s, u"DatabasePath"_s, path());
     }
+
+    // An unsaved customer in the books.
+    static void addCustomer(Session &session, int number, const QString &first)
+    {
+        CustomerRow c;
+        c.firstName = c.displayName = first;
+        session.db().lvwCustomers.add(numberKey(number), c.text());
+        session.db().setChanged(true);
+    }
+    // A loaded session whose books hold one unsaved customer.
+    std::unique_ptr<Session> changedSession(const QString &first = u"Ann"_s)
+    {
+        settings::write(u"FileHandling"_s, u"DatabasePath"_s, path());
+        auto session = std::make_unique<Session>();
+        session->load();
+        addCustomer(*session, 1, first);
+        return session;
+    }
+    QString at(const QString &name) const { return dir.filePath(name); }
 
     void loadTellsTheViewsInOrder()
     {
@@ -92,6 +114,205 @@ private slots:
         Session again;
         again.load();
         QCOMPARE(again.db().lvwCustomers.textOf(u"1k"), ann.text());
+    }
+
+    // A step that can't complete leaves the path, the settings and the books
+    // as they were; the user hears why.
+    void failedStepsChangeNothing_data()
+    {
+        QTest::addColumn<int>("button");
+        QTest::addColumn<QString>("target");
+        QTest::newRow("new in a folder that is a file") << 0 << u"blocker/New.xml"_s;
+        QTest::newRow("open a damaged file") << 1 << u"damaged.xml"_s;
+        QTest::newRow("save as where nothing can be written") << 3 << u"blocker/Copy.xml"_s;
+        QTest::newRow("close the books there") << 4 << u"blocker/Year2.xml"_s;
+    }
+    void failedStepsChangeNothing()
+    {
+        QFETCH(int, button);
+        QFETCH(QString, target);
+        QFile::remove(path());
+        QVERIFY(dbtest::writeFile(at(u"blocker"_s), "a file, not a folder"));  // not a folder, even for root
+        QVERIFY(dbtest::writeFile(at(u"damaged.xml"_s), "<QOR-DB>\r\n<Customers>\r\n</QOR-DB>\r\n"));
+        settings::write(u"Messages"_s, u"DontShowExplanationOfClosingBooks"_s, u"True"_s);
+        ClsDIALOGS fileDialogs(false);
+        ScriptedDialogs dialogs;
+        auto session = changedSession();
+        dialogs.nextAnswers = {QMessageBox::Discard};
+        dialogs.nextFileNames = {at(target)};
+        const bool done = button == 4 ? session->closeBooks() : session->changePath(Session::FileButton(button));
+        QVERIFY(!done);
+        QVERIFY(!dialogs.messages().isEmpty());
+        QCOMPARE(session->path(), path());
+        QCOMPARE(settings::databasePath(), path());
+        QCOMPARE(session->db().lvwCustomers.count(), 1);
+        QCOMPARE(session->db().isChanged(), button != 4);  // closing the books saved the old file first
+        QVERIFY(!QFileInfo::exists(at(u"blocker/New.xml"_s)));
+    }
+
+    // New and Open ask about unsaved changes first; Discard keeps a safety
+    // copy that reads back the same, beside the file or else in the data
+    // folder; when neither can be written, nothing goes without the user's word.
+    void unsavedChangesAreAskedAboutAndKept()
+    {
+        QFile::remove(path());
+        QVERIFY(dbtest::writeFile(at(u"other.xml"_s), QByteArray()));
+        ClsDIALOGS fileDialogs(false);
+        ScriptedDialogs dialogs;
+        auto session = changedSession();
+        const QByteArray unsaved = session->db().serialize();
+        QVERIFY(!session->changePath(Session::FileButton::Open));  // Cancel: not even the file is asked for
+        QCOMPARE(dialogs.seen.size(), 1);
+        QCOMPARE(dialogs.last().message.buttons, QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel);
+        // Nothing can be written beside the file: the copy goes to the data folder.
+        session->writeFault = [this](const QString &p) -> files::DeviceWrapper {
+            if (p.startsWith(dir.path() + u"/QOR.xml"_s))
+                return [](QIODevice &f) { return std::make_unique<dbtest::Failing>(f, 10); };
+            return {};
+        };
+        dialogs.nextAnswers = {QMessageBox::Discard};
+        dialogs.nextFileNames = {at(u"other.xml"_s)};
+        QVERIFY(session->changePath(Session::FileButton::Open));
+        QCOMPARE(session->path(), at(u"other.xml"_s));
+        const QFileInfoList kept = QDir(Session::unsavedFolder()).entryInfoList({u"QOR.xml-*.unsaved-*"_s}, QDir::Files);
+        QCOMPARE(kept.size(), 1);
+        QCOMPARE(dbtest::readFile(kept[0].filePath()), unsaved);
+        QCOMPARE(kept[0].permissions() & 0x0077, QFileDevice::Permissions());
+        // Nowhere to keep them: asked; Cancel keeps the books, Discard goes on.
+        addCustomer(*session, 7, u"Bo"_s);
+        session->writeFault = [](const QString &) -> files::DeviceWrapper {
+            return [](QIODevice &f) { return std::make_unique<dbtest::Failing>(f, 0); };
+        };
+        for (auto last : {QMessageBox::Cancel, QMessageBox::Discard}) {
+            dialogs.nextAnswers = {QMessageBox::Discard, last};
+            dialogs.nextFileNames = {path()};
+            QCOMPARE(session->changePath(Session::FileButton::Open), last == QMessageBox::Discard);
+            QCOMPARE(dialogs.last().message.icon, QMessageBox::Critical);
+            QVERIFY(dialogs.last().message.text.contains(u"No space left"_s));
+            QCOMPARE(session->path(), last == QMessageBox::Discard ? path() : at(u"other.xml"_s));
+        }
+    }
+
+    // Another program's lock: asked who holds it; read-only refuses to save,
+    // take over needs a second word, cancel at start declines the file.
+    void oneWriterPerFile()
+    {
+        QVERIFY(dbtest::writeFile(path(), QByteArray()));
+        const QString lock = FileLock::lockPathOf(path());
+        ScriptedDialogs dialogs;
+        QVERIFY(dbtest::writeFile(lock, "4242\nqorvane\nelsewhere\n"));
+        {
+            Session cancelled;
+            cancelled.load();
+            QVERIFY(cancelled.declinedAtStart());
+            QVERIFY(dialogs.last().message.text.contains(u"elsewhere"_s));
+        }
+        Session readOnly;
+        dialogs.nextAnswers = {QMessageBox::Open};
+        readOnly.load();
+        QVERIFY(readOnly.isReadOnly() && !readOnly.declinedAtStart());
+        readOnly.db().setChanged(true);
+        QVERIFY(!readOnly.save());
+        QVERIFY(dialogs.last().message.text.contains(u"read-only"_s));
+        QCOMPARE(QFileInfo(path()).size(), 0);
+        QVERIFY(dbtest::readFile(lock).startsWith("4242"));  // still the other program's
+        Session taken;
+        dialogs.nextAnswers = {QMessageBox::Ignore, QMessageBox::Cancel, QMessageBox::Ignore, QMessageBox::Ok};
+        taken.load();
+        QVERIFY(!taken.isReadOnly());
+        QVERIFY(dbtest::readFile(lock).startsWith(QByteArray::number(QCoreApplication::applicationPid())));
+    }
+
+    // A save notices a file another program changed since it was read, and
+    // Save As asks before it replaces a file.
+    void savesAskBeforeOverwriting()
+    {
+        QFile::remove(path());
+        ClsDIALOGS fileDialogs(false);
+        ScriptedDialogs dialogs;
+        auto session = changedSession();
+        QVERIFY(dbtest::writeFile(path(), "<QOR-DB>\r\n</QOR-DB>\r\n"));
+        for (auto answer : {QMessageBox::Cancel, QMessageBox::Yes}) {
+            dialogs.nextAnswers = {answer};
+            QCOMPARE(session->save(), answer == QMessageBox::Yes);
+            QVERIFY(dialogs.last().message.text.contains(u"changed on disk"_s));
+            QCOMPARE(dbtest::readFile(path()).contains("Ann"), answer == QMessageBox::Yes);
+        }
+        QVERIFY(dbtest::writeFile(at(u"taken.xml"_s), "keep me"));
+        dialogs.nextFileNames = {at(u"taken.xml"_s)};
+        dialogs.nextAnswers = {QMessageBox::No};
+        QVERIFY(!session->changePath(Session::FileButton::SaveAs));
+        QVERIFY(dialogs.last().message.text.contains(u"already exists"_s));
+        QCOMPARE(dbtest::readFile(at(u"taken.xml"_s)), QByteArray("keep me"));
+    }
+
+    // Unsaved changes left by a crash come back at the next start, marked
+    // changed, for the file they belong to; a save or Discard ends them.
+    void recoveryAfterACrash()
+    {
+        QFile::remove(path());
+        ScriptedDialogs dialogs;
+        QByteArray unsaved;
+        for (auto answer : {QMessageBox::Yes, QMessageBox::Discard}) {
+            QFile::remove(path());
+            {
+                auto crashed = changedSession(u"Cara"_s);
+                QVERIFY(crashed->writeRecovery());
+                unsaved = crashed->db().serialize();
+                QCOMPARE(dbtest::readFile(crashed->recovery().databaseCopy()), unsaved);
+                QCOMPARE(QFileInfo(crashed->recovery().databaseCopy()).permissions() & 0x0077, QFileDevice::Permissions());
+            }  // ends without a save or an abandon
+            settings::write(u"FileHandling"_s, u"DatabasePath"_s, at(u"elsewhere.xml"_s));
+            Session next;
+            next.load();
+            dialogs.nextAnswers = {answer};
+            QCOMPARE(next.offerRecovery(), answer == QMessageBox::Yes);
+            QCOMPARE(dialogs.last().message.title, u"Recover unsaved changes"_s);
+            if (answer == QMessageBox::Yes) {
+                QCOMPARE(next.db().serialize(), unsaved);
+                QVERIFY(next.db().isChanged());
+                QCOMPARE(next.path(), path());
+                QCOMPARE(settings::databasePath(), path());
+                QVERIFY(next.recovery().pending());  // until the changes are saved
+                QVERIFY(next.save());
+                QVERIFY(!next.recovery().pending());
+                QVERIFY(!next.writeRecovery());  // nothing unsaved, nothing to keep
+            } else {
+                QVERIFY(!next.recovery().pending());
+                const QFileInfoList kept =
+                    QDir(Session::unsavedFolder()).entryInfoList({u"QOR.xml-*.unsaved-*"_s}, QDir::Files, QDir::Time);
+                QVERIFY(!kept.isEmpty() && dbtest::readFile(kept[0].filePath()) == unsaved);
+            }
+        }
+    }
+
+    // Each save keeps the file it replaces; the versions are listed, restore
+    // as changed books, and stand in for a file that can't be read.
+    void earlierVersions()
+    {
+        QFile::remove(path());
+        QDir(path() + u".versions"_s).removeRecursively();
+        QDir(Session::unsavedFolder()).removeRecursively();
+        ScriptedDialogs dialogs;
+        auto session = changedSession(u"First"_s);
+        QVERIFY(session->save());
+        const QByteArray first = dbtest::readFile(path());
+        session->db().company[0] = u"Second"_s;
+        QVERIFY(session->save());
+        const QList<Session::EarlierCopy> copies = session->earlierCopies();
+        QCOMPARE(copies.size(), 2);  // the empty file of the first start, then the first save
+        QCOMPARE(dbtest::readFile(copies[0].path), first);
+        QVERIFY(session->restoreCopy(copies[0].path));
+        QVERIFY(session->db().isChanged());
+        QCOMPARE(session->db().company[0], QString());
+        session.reset();
+        QVERIFY(dbtest::writeFile(path(), "<QOR-DB>\r\n<Customers>\r\n"));
+        dialogs.nextAnswers = {QMessageBox::Open};
+        Session after;
+        QCOMPARE(after.load().status, ReadResult::Status::Rejected);
+        QVERIFY(dialogs.last().message.text.contains(u"newest earlier version"_s));
+        QCOMPARE(after.db().serialize(), first);
+        QVERIFY(after.db().isChanged());
     }
 
     void answersGivenInAdvance()

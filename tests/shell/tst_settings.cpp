@@ -158,6 +158,24 @@ private slots:
         QCOMPARE(ini.value(u"Settings/InvoiceTitleText"_s).toString(), u"ACME, Inc. Statement"_s);
     }
 
+    // A store that can't be written is told once, with its path and the
+    // system's reason, and nothing stops.
+    void storeThatCannotBeWritten() {
+        const QString blocker = configHome.filePath(u"blocker%1"_s.arg(round));
+        QFile f(blocker);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        qputenv("XDG_CONFIG_HOME", (blocker + u"/config"_s).toUtf8());
+        QStringList told;
+        settings::setProblemReporter([&told](const QString &problem) { told << problem; });
+        settings::write(u"Settings"_s, u"ExpertMode"_s, u"True"_s);
+        settings::write(u"Settings"_s, u"LastClicked"_s, u"3"_s);
+        settings::setProblemReporter({});
+        QCOMPARE(told.size(), 1);
+        QVERIFY2(told[0].contains(QDir::toNativeSeparators(settings::storePath())) && told[0].contains(u"Not a directory"_s),
+                 qPrintable(told[0]));
+        QCOMPARE(settings::read(u"Settings"_s, u"ExpertMode"_s, u"absent"_s), u"absent"_s);
+    }
+
     void envelopeMargins() {
         const QString P = u"Printing"_s, X = u"X-Margin"_s, Y = u"Y-Margin"_s;
         QCOMPARE(settings::envelopeMarginX(), 2.0);
