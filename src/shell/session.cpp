@@ -1,5 +1,6 @@
 #include "shell/session.h"
 
+#include "billing/entryguard.h"
 #include "shell/settingsstore.h"
 #include "uiservices/clsdialogs.h"
 #include "uiservices/dialogservice.h"
@@ -122,6 +123,7 @@ QString Session::changePath(FileButton button)
         return {};
     }
     path = withXmlExtension(path);
+    if (!entryguard::mayDropEntry(m_db, m_owner)) return {};
 
     // New and Open drop unsaved changes without a question; a copy keeps
     // them recoverable. An empty database (a first start) has nothing to lose.
@@ -177,6 +179,7 @@ bool Session::closeBooks()
         return false;
     }
     path = withXmlExtension(path);
+    if (!entryguard::mayDropEntry(m_db, m_owner)) return false;
 
     // The pending changes belong to the old file.
     if (m_db.isChanged() && !save()) return false;

@@ -2,6 +2,7 @@
 
 #include "uiservices/frmmessage.h"
 
+#include <QAbstractButton>
 #include <QColorDialog>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -31,6 +32,8 @@ QMessageBox::StandardButton WidgetDialogs::message(QWidget *owner, const Message
 {
     QMessageBox box(m.icon, m.title, m.text, m.buttons, owner);
     if (m.defaultButton != QMessageBox::NoButton) box.setDefaultButton(m.defaultButton);
+    for (const auto &[button, caption] : m.captions)
+        if (QAbstractButton *b = box.button(button)) b->setText(caption);
     return QMessageBox::StandardButton(box.exec());
 }
 

@@ -1,7 +1,13 @@
 // qorvane-cli run as a separate program: its output, exit codes, and that it
 // neither creates nor overwrites what it must not.
 #include "../database/dbfiletest.h"
+#include "../pages/pdfwords.h"
+#include "database/money.h"
+#include "database/regional.h"
+#include "database/rowtypes.h"
 #include "shell/settingsstore.h"
+
+#include <QRandomGenerator>
 
 #include <QDir>
 #include <QFileInfo>
@@ -17,11 +23,11 @@ struct Run {
     QString out, err;
 };
 
-Run cli(const QStringList &args)
+Run cli(const QStringList &args, const QString &locale = QStringLiteral("en_US"))
 {
     QProcess p;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("LC_ALL"), QStringLiteral("en_US.UTF-8"));
+    env.insert(QStringLiteral("LC_ALL"), locale + QStringLiteral(".UTF-8"));
     p.setProcessEnvironment(env);
     p.start(QStringLiteral(QORVANE_CLI_PATH), args);
     if (!p.waitForFinished(60000) || p.exitStatus() != QProcess::NormalExit) return {};
@@ -106,6 +112,24 @@ private slots:
         QVERIFY(problems.contains(QLatin1String("item number 9,")));
         QVERIFY(!problems.contains(QLatin1String("item number 6,")));  // archived, but there
 
+        // What check says of money, changing nothing: a price that holds no
+        // amount, a balance (in exponent form) above what its items bill.
+        Database odd;
+        odd.lvwCustomers.add("1k", fields({"Ames, Al", "Al", "Ames", "", "", "", "", "", ""}));
+        odd.lvwPeriods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "", "2024/06/15"}));
+        odd.lvwPAndS.add("5k", QStringLiteral("000000000.00call us - Advice"));
+        odd.lvwPAndS.add("6k", QStringLiteral("000000006.00$6.00 - Six"));
+        odd.lvwInvoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "1.5E+03", "5\u00026x2", ""}));
+        const QString oddFile = dir.filePath(QStringLiteral("odd.xml"));
+        QVERIFY(writeFile(oddFile, odd.serialize()));
+        const Run o = cli({"check", oddFile});
+        QCOMPARE(o.exitCode, 0);
+        QVERIFY2(o.out.endsWith(QStringLiteral("item number 5: the price \"call us\" holds no amount that can be read; it "
+                                               "counts as 0\nbill period \"May\", customer number 1: the balance "
+                                               "$1,500.00 is more than the $12.00 its items bill\n")),
+                 qPrintable(o.out));
+        QVERIFY(readFile(oddFile) == odd.serialize());
+
         // resave writes what the program saves after a load, with the placeholder.
         QCOMPARE(cli({"resave", in, out}).exitCode, 0);
         QVERIFY(readFile(in) == sample());  // neither command changes its input
@@ -172,6 +196,21 @@ private slots:
         QVERIFY(t.contains("Ames, Al") && t.contains("Cole, Cy") && t.contains("Page #1"));
         QVERIFY(!t.contains("Bell"));
         QCOMPARE(cli({"customers", file, "-o", list, "--columns", "5"}).exitCode, 1);
+
+        // Nothing to print: no file, a word on standard error, exit status 4.
+        Database none;
+        none.lvwPeriods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
+        const QString empty = dir.filePath("empty.xml"), nothing = dir.filePath("nothing.pdf");
+        QVERIFY(writeFile(empty, none.serialize()));
+        for (const QStringList &args : {QStringList{"customers", empty, "-o", nothing},
+                                        QStringList{"envelopes", empty, "--period", "May", "-o", nothing},
+                                        QStringList{"invoices", empty, "--period", "May", "-o", nothing},
+                                        QStringList{"invoices", empty, "--period", "May", "--each", nothing}}) {
+            r = cli(args);
+            QVERIFY2(r.exitCode == 4 && r.out.isEmpty() && r.err.contains("no file was written"), qPrintable(r.err));
+            QVERIFY(!QFileInfo::exists(nothing));
+        }
+        QVERIFY(cli({"--help"}).out.contains("4 there was nothing to print"));
     }
 
     // The two statements: sums to the cent over many records, the user's
@@ -264,9 +303,105 @@ private slots:
         QCOMPARE(cli({"invoices", file, "--period", "May", "--customer", "2", "-o", out}).exitCode, 2);
         QCOMPARE(cli({"invoices", file, "--period", "June", "-o", out}).exitCode, 2);
         QCOMPARE(cli({"invoices", file, "--period", "May", "--template", "3", "-o", out}).exitCode, 1);
+        settings::write(QStringLiteral("Printing"), QStringLiteral("PrintPreviewSelected"), QStringLiteral("7"));
+        QCOMPARE(cli({"invoices", file, "--period", "May", "-o", out}).exitCode, 1);
         QCOMPARE(cli({"invoices", file, "--period", "May", "--paper", "legal", "-o", out}).exitCode, 1);
         QCOMPARE(cli({"invoices", file, "--period", "May"}).exitCode, 1);
         QCOMPARE(cli({"invoices", file, "--period", "May", "--all", "--customer", "1", "-o", out}).exitCode, 1);
+    }
+
+    // Random books printed under several language settings and read back:
+    // every invoice's "TOTAL DUE:" is the balance `owing` reports, its lines
+    // add up to what its items bill, and a part payment shows both.
+    void moneyProperty()
+    {
+        QRandomGenerator rng(20240517);
+        Database db;
+        db.company[0] = QStringLiteral("Acme");
+        db.lvwPeriods.add(QStringLiteral("P") + FieldSep, fields({"2024/05/01", "P", "2024/05/31", "2024/06/15"}));
+        // Prices typed under several language settings; names that hold
+        // " - ", "(x" and digits.
+        const char *const forms[] = {"en_US", "de_DE", "fr_FR", "de_CH", "en_GB", "C"};
+        const char *const names[] = {"Hedge trim - large", "Filters (x2)", "Bag 12", "Lawn (x", "Pack - 3 (x10)"};
+        std::vector<qint64> price(61);
+        for (int n = 1; n <= 60; ++n) {
+            price[size_t(n)] = 1 + rng.bounded(n % 7 == 0 ? 99999999 : 500000);
+            const QString text = Money::fromCents(price[size_t(n)]).toCurrencyText(QLocale(forms[n % 6]));
+            db.lvwPAndS.add(numberKey(n), regional::sortPrice(text) + text + " - " + names[n % 5] + QString::number(n));
+        }
+        QHash<QString, std::pair<qint64, qint64>> truth;  // customer: billed, balance
+        for (int cid = 1; cid <= 12; ++cid) {
+            const QString c = QString::number(cid);
+            db.lvwCustomers.add(numberKey(cid), QStringList{"Zed, C" + c, "C" + c, "Zed", "", "", "", "", "", ""}.join(FieldSep));
+            QStringList entries;
+            qint64 billed = 0;
+            const int count = cid <= 2 ? 30 : 1 + int(rng.bounded(30));
+            for (int n = 1 + int(rng.bounded(30)); entries.size() < count; ++n) {
+                const qint64 q = 1 + rng.bounded(99);
+                entries << ItemEntry::make(QString::number(n), int(q));
+                billed += price[size_t(n)] * q;
+            }
+            const qint64 balance = cid % 3 == 0 ? 0 : cid % 3 == 1 ? billed : 1 + qint64(rng.bounded(quint64(billed)));
+            truth.insert(c, {billed, balance});
+            db.lvwInvoiceRecords.add(QStringList{"P", c, ""}.join(FieldSep),
+                                     QStringList{"P", "Zed, C" + c, c, Money::fromCents(balance).toStoredText(),
+                                                 ItemEntry::join(entries), ""}.join(FieldSep));
+        }
+        const QString file = dir.filePath(QStringLiteral("property.xml"));
+        QVERIFY(db.save(file).ok);
+        QTemporaryDir config;
+        qputenv("XDG_CONFIG_HOME", config.path().toUtf8());
+
+        QHash<QString, qint64> owed;
+        QString who;
+        for (const QString &line : cli({"owing", file, "--plain"}).out.split(u'\n', Qt::SkipEmptyParts)) {
+            const QStringList f = line.split(u'\t');
+            if (!line.startsWith(u'\t')) who = f.value(1);
+            else if (f.value(1) == u"P") owed[who] = Money::fromStoredText(f.value(2))->cents();
+        }
+        for (const char *locale : {"en_US", "de_DE", "fr_FR", "de_CH"}) {
+            const QString pdf = dir.filePath(QStringLiteral("property-%1.pdf").arg(locale));
+            QCOMPARE(cli({"invoices", file, "--period", "P", "--all", "--template", "0", "-o", pdf}, locale).exitCode, 0);
+            // Per customer: the item lines, Billed and Paid, the total due.
+            struct Read {
+                qint64 lines = 0, billed = -1, paid = -1, total = -1;
+                int pages = 0;
+            };
+            QHash<QString, Read> invoices;
+            QMap<std::pair<int, int>, std::pair<QString, QString>> rows;  // (page, row): caption, amount
+            QHash<int, QString> customerOf;
+            for (const PdfWord &w : readPdfWords(pdf)) {
+                if (std::abs(w.top - 4560) < 150 && w.left < 5700 && w.text.startsWith(u'C'))
+                    customerOf[w.page] = w.text.mid(1);
+                const int row = int(std::floor((w.top - 7320 + 60) / 360));
+                if (row < 0 || row > 12) continue;
+                auto &[caption, amount] = rows[{w.page, row}];
+                QString &part = w.left >= 8640 ? amount : caption;
+                part += (part.isEmpty() ? QString() : QStringLiteral(" ")) + w.text;
+            }
+            for (auto it = rows.cbegin(); it != rows.cend(); ++it) {
+                Read &r = invoices[customerOf.value(it.key().first)];
+                const auto &[caption, amountText] = it.value();
+                if (amountText.isEmpty()) continue;
+                const auto amount = Money::fromPriceText(amountText);
+                QVERIFY2(amount, qPrintable(amountText));
+                if (it.key().second == 12) r.total = amount->cents(), ++r.pages;
+                else if (caption == u"Billed:") r.billed = amount->cents();
+                else if (caption == u"Paid:") r.paid = amount->cents();
+                else r.lines += amount->cents();
+            }
+            QCOMPARE(invoices.size(), truth.size());
+            for (auto it = truth.cbegin(); it != truth.cend(); ++it) {
+                const Read &r = invoices.value(it.key());
+                const auto [billed, balance] = it.value();
+                const QString where = QStringLiteral("%1, customer %2").arg(locale, it.key());
+                QVERIFY2(r.lines == billed, qPrintable(where));
+                QVERIFY2(r.total == owed.value(it.key(), 0) && r.total == balance && r.pages == 1, qPrintable(where));
+                const bool part = balance > 0 && balance < billed;
+                QVERIFY2(part ? r.billed == billed && r.paid == billed - balance : r.billed < 0 && r.paid < 0,
+                         qPrintable(where));
+            }
+        }
     }
 
     void periodsAndOwing()
