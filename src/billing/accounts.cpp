@@ -13,6 +13,7 @@ const PriceBook::Item &PriceBook::item(QStringView number)
     auto it = m_items.constFind(n);
     if (it != m_items.constEnd()) return *it;
     Item i;
+    i.number = n;
     const QString key = numberKey(n);
     if (m_db.lvwPAndS.contains(key)) {
         const ItemView row = ItemView::parse(m_db.lvwPAndS.textOf(key));

@@ -26,6 +26,7 @@ class PriceBook {
 public:
     explicit PriceBook(const Database &db) : m_db(db) {}
     struct Item {
+        QString number;
         QString listText;
         Money price;
     };

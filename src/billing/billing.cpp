@@ -188,7 +188,8 @@ NodeValues customerValues(const QString &cid, const QString &name, bool marked)
     return v;
 }
 
-NodeValues enteredItem(const QString &cid, const QString &psid, const QString &listText, qint64 quantity)
+NodeValues enteredItem(const QString &cid, const QString &psid, const QString &listText, Money price,
+                       qint64 quantity)
 {
     NodeValues v;
     v.kind = NodeKind::EnteredItem;
@@ -196,7 +197,7 @@ NodeValues enteredItem(const QString &cid, const QString &psid, const QString &l
     v.item = psid;
     v.label = listText;
     v.quantity = quantity;
-    v.amount = priceOfListText(listText).times(quantity);
+    v.amount = price.times(quantity);
     return v;
 }
 
@@ -231,11 +232,14 @@ void resetNewPeriodTree(InvoiceTree &tree, const Database &db)
 namespace {
 
 // What both trees show of one record, worked out once for the two.
+struct ShownNode {
+    QString key;
+    NodeValues values;
+};
 struct ShownRecord {
-    QString customerKey;
-    NodeValues customer;
+    ShownNode customer;
     QString note;
-    std::vector<std::pair<QString, NodeValues>> items;  // key ("1bi", ...) and values
+    std::vector<ShownNode> items;  // keys "1bi", "2bi", ...
 };
 
 std::vector<ShownRecord> showRecords(const Database &db, const std::vector<QStringView> &records)
@@ -250,20 +254,20 @@ std::vector<ShownRecord> showRecords(const Database &db, const std::vector<QStri
         if (!r) continue;
         ShownRecord s;
         const QString cid = r->cid.toString();
-        s.customerKey = numberKey(cid);
-        s.customer = customerValues(cid, presentName(db, s.customerKey), false);
-        s.customer.balance = balanceValue(r->balance);
+        s.customer.key = numberKey(cid);
+        s.customer.values = customerValues(cid, presentName(db, s.customer.key), false);
+        s.customer.values.balance = balanceValue(r->balance);
         s.note = r->note.toString();
         r->forEachEntry([&](const ItemEntry &e, QStringView) {
             const accounts::PriceBook::Item &known = items.item(e.number);
             NodeValues v;
             v.kind = NodeKind::FinalItem;
             v.customer = cid;
-            v.item = e.number.toString();
+            v.item = known.number;
             v.label = known.listText;
             v.quantity = e.count();
             v.amount = known.price.times(v.quantity);
-            s.items.emplace_back(QString::number(++itemNumber) + QStringLiteral("bi"), std::move(v));
+            s.items.push_back({QString::number(++itemNumber) + QStringLiteral("bi"), std::move(v)});
             return true;
         });
         out.push_back(std::move(s));
@@ -288,17 +292,17 @@ void rebuildFrom(InvoiceTree &tree, const QString &period, const std::vector<Sho
     const int root = tree.addNew(0, RootKey, rootValues);
     bool someoneOwes = false;
     for (const ShownRecord &r : records) {
-        const int customer = tree.addNew(root, r.customerKey, r.customer);
+        const int customer = tree.addNew(root, r.customer.key, r.customer.values);
         if (customer == 0) continue;
-        const bool owes = !r.customer.balance->isZero();
+        const bool owes = !r.customer.values.balance->isZero();
         someoneOwes |= owes;
         const NodeColour colour = printing ? (owes ? NodeColour::WindowText : NodeColour::GreyText)
                                            : (owes ? NodeColour::Owes : NodeColour::WindowText);
         tree.setColour(customer, colour);
         if (printing) tree.setChecked(customer, owes);
         tree.ensureVisible(customer);
-        for (const auto &[key, values] : r.items) {
-            const int item = tree.addNew(customer, key, values);
+        for (const ShownNode &i : r.items) {
+            const int item = tree.addNew(customer, i.key, i.values);
             if (item == 0) continue;
             if (printing) tree.setColour(item, colour);
             tree.ensureVisible(item);
@@ -306,9 +310,9 @@ void rebuildFrom(InvoiceTree &tree, const QString &period, const std::vector<Sho
         if (!printing && !r.note.isEmpty()) {
             NodeValues note;
             note.kind = NodeKind::RecordNote;
-            note.customer = r.customer.customer;
+            note.customer = r.customer.values.customer;
             note.label = r.note;
-            tree.addNew(customer, r.customerKey + NoteKeySuffix, note);
+            tree.addNew(customer, r.customer.key + NoteKeySuffix, note);
         }
     }
     if (printing) {
@@ -401,6 +405,7 @@ BillOutcome billProductToMarked(InvoiceTree &tree, const QString &productKey, co
 {
     BillOutcome out;
     const QString psid = plainNumber(productKey);
+    const Money price = priceOfListText(productText);
     // Only the nodes there before the billing: the new items aren't visited.
     const std::vector<int> before = tree.nodes();
     const InvoiceTree::Bulk bulk(tree);
@@ -408,7 +413,7 @@ BillOutcome billProductToMarked(InvoiceTree &tree, const QString &productKey, co
         const NodeValues &c = tree.values(n);
         if (c.kind != NodeKind::Customer || c.balance || !c.marked) continue;
         const QString itemKey = enteredItemKey(c.customer, psid);
-        if (const int item = tree.add(n, itemKey, enteredItem(c.customer, psid, productText, 1))) {
+        if (const int item = tree.add(n, itemKey, enteredItem(c.customer, psid, productText, price, 1))) {
             tree.ensureVisible(item);
             ++out.added;
             continue;
@@ -416,7 +421,7 @@ BillOutcome billProductToMarked(InvoiceTree &tree, const QString &productKey, co
         const int item = tree.find(itemKey);
         const NodeValues &v = tree.values(item);
         if (v.quantity < MaxQuantity) {
-            tree.setValues(item, enteredItem(v.customer, v.item, v.label, v.quantity + 1));
+            tree.setValues(item, enteredItem(v.customer, v.item, v.label, price, v.quantity + 1));
             ++out.raised;
         } else {
             out.refused.append({c.label, tree.text(item)});
@@ -462,8 +467,9 @@ void restoreEntry(InvoiceTree &entryTree, const Database &db, const BillEntry &e
     for (const BillEntry::Item &i : entry.items) {
         const int customer = entryTree.find(numberKey(i.customer));
         if (customer == 0) continue;
+        const accounts::PriceBook::Item &known = items.item(i.item);
         const int node = entryTree.add(customer, enteredItemKey(i.customer, i.item),
-                                       enteredItem(i.customer, i.item, items.item(i.item).listText, i.quantity));
+                                       enteredItem(i.customer, i.item, known.listText, known.price, i.quantity));
         entryTree.ensureVisible(node);
     }
 }

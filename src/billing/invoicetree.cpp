@@ -137,7 +137,6 @@ int InvoiceTree::insert(int parent, const QString &key, const NodeValues &values
     else structuralChangeInBulk();
     Node n;
     n.key = key;
-    n.text = textOf(values);
     n.values = values;
     n.parent = parent;
     n.row = row;
@@ -158,7 +157,6 @@ void InvoiceTree::removeLinks(int node)
     n.alive = false;
     n.children.clear();
     n.key.clear();
-    n.text.clear();
     n.values = NodeValues();
     --m_live;
 }
@@ -190,7 +188,7 @@ int InvoiceTree::root() const
 }
 
 QString InvoiceTree::key(int node) const { return exists(node) ? m_nodes[size_t(node)].key : QString(); }
-QString InvoiceTree::text(int node) const { return exists(node) ? m_nodes[size_t(node)].text : QString(); }
+QString InvoiceTree::text(int node) const { return exists(node) ? textOf(m_nodes[size_t(node)].values) : QString(); }
 
 void InvoiceTree::changed(int node, const QList<int> &roles)
 {
@@ -207,11 +205,7 @@ const NodeValues &InvoiceTree::values(int node) const { return exists(node) ? m_
 void InvoiceTree::setValues(int node, const NodeValues &values)
 {
     if (!exists(node) || m_nodes[size_t(node)].values == values) return;
-    Node &n = m_nodes[size_t(node)];
-    n.values = values;
-    const QString text = textOf(values);
-    if (n.text == text) return;
-    n.text = text;
+    m_nodes[size_t(node)].values = values;
     changed(node, {Qt::DisplayRole});
 }
 
@@ -350,7 +344,7 @@ QVariant InvoiceTree::data(const QModelIndex &index, int role) const
     switch (role) {
     case Qt::DisplayRole:
     case Qt::ToolTipRole:
-        return n.text;
+        return textOf(n.values);
     case Qt::CheckStateRole:
         if (!hasCheckBox(node)) return {};
         return n.checked ? Qt::Checked : Qt::Unchecked;

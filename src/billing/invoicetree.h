@@ -165,8 +165,10 @@ signals:
     void expansionChanged(int node, bool expanded);
 
 private:
+    // A node keeps its values; its text is made from them when it is asked
+    // for, which a view does only for the rows it shows.
     struct Node {
-        QString key, text;
+        QString key;
         NodeValues values;
         int parent = 0;
         int row = 0;  // place among the parent's children

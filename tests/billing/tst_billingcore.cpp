@@ -73,41 +73,6 @@ class TestBillingCore : public QObject {
 private slots:
     void initTestCase() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
 
-    // What a node shows is made from its values, in the user's currency form.
-    void nodeTexts_data()
-    {
-        QTest::addColumn<QString>("locale");
-        QTest::addColumn<NodeValues>("values");
-        QTest::addColumn<QString>("text");
-        auto customer = [](std::optional<qint64> cents, bool marked = false) {
-            NodeValues v{NodeKind::Customer, "Ames, Al", "1", {}, 1, {}, {}, marked};
-            if (cents) v.balance = Money::fromCents(*cents);
-            return v;
-        };
-        auto item = [](const QString &label, qint64 quantity) {
-            return NodeValues{NodeKind::FinalItem, label, "1", "7", quantity, Money::fromCents(500 * quantity)};
-        };
-        QTest::newRow("marked") << "en_US" << customer({}, true) << "*Ames, Al";
-        QTest::newRow("unmarked") << "en_US" << customer({}) << "Ames, Al";
-        QTest::newRow("owes") << "en_US" << customer(165050) << "Ames, Al - owes $1,650.50";
-        QTest::newRow("owes, German") << "de_DE" << customer(165050) << "Ames, Al - owes 1.650,50\u00A0\u20AC";
-        QTest::newRow("credit") << "en_US" << customer(-400) << "Ames, Al - owes ($4.00)";
-        QTest::newRow("paid") << "en_US" << customer(0) << "Ames, Al - paid";
-        QTest::newRow("one") << "en_US" << item("$5.00 - Trim - large (x2)", 1) << "$5.00 - Trim - large (x2)";
-        QTest::newRow("twelve") << "en_US" << item("$5.00 - Filters (x2)", 12) << "$5.00 - Filters (x2) (x12)";
-        QTest::newRow("note") << "en_US" << NodeValues{NodeKind::RecordNote, "chk 12"} << "NOTE: chk 12";
-        QTest::newRow("invoice note") << "en_US" << NodeValues{NodeKind::InvoiceNote, "Hi"} << "INVOICE NOTE: Hi";
-    }
-    void nodeTexts()
-    {
-        QFETCH(QString, locale);
-        QFETCH(NodeValues, values);
-        QFETCH(QString, text);
-        QLocale::setDefault(QLocale(locale));
-        QCOMPARE(textOf(values), text);
-        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-    }
-
     // Finalising adds the items' amounts in cents, whatever their names hold
     // and whatever currency form their prices were typed in.
     void finalisedBalances_data()
