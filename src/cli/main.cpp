@@ -214,14 +214,16 @@ bool parsePageArgs(const QStringList &args, PageArgs &a, bool envelopes)
     return !a.out.isEmpty() && (!envelopes || !a.period.isEmpty());
 }
 
-// Writes the pages as one PDF. No page writes no file: that is said on
-// standard error, with what there was to print.
+int nothingToPrint(const QString &what)
+{
+    err(QStringLiteral("There are no %1 to print; no file was written.").arg(what));
+    return NothingToPrint;
+}
+
+// Writes the pages as one PDF; no page writes no file (what names the pages).
 int writePages(const QList<qor::pages::Page> &pages, const QString &out, const QPageSize &paper, const QString &what)
 {
-    if (pages.isEmpty()) {
-        err(QStringLiteral("There are no %1 to print; no file was written.").arg(what));
-        return NothingToPrint;
-    }
+    if (pages.isEmpty()) return nothingToPrint(what);
     QString why;
     if (!qor::pages::writePdf(pages, out, paper, &why)) {
         err(why);
@@ -398,7 +400,7 @@ int invoices(const QStringList &args)
                                  QStringLiteral(".pdf"),
                              std::move(invoice)});
         }
-        if (invoices.isEmpty()) return writePages({}, {}, paper, QStringLiteral("invoices"));
+        if (invoices.isEmpty()) return nothingToPrint(QStringLiteral("invoices"));
         if (!QDir().mkpath(each)) {
             err(QStringLiteral("The folder \"%1\" could not be made.").arg(each));
             return NotWritten;
@@ -407,8 +409,7 @@ int invoices(const QStringList &args)
             const int rc = writePages(invoice, QDir(each).filePath(name), paper, QStringLiteral("invoices"));
             if (rc != Ok) return rc;
         }
-        const qsizetype written = invoices.size();
-        QTextStream(stdout) << written << " invoices\n";
+        QTextStream(stdout) << invoices.size() << " invoices\n";
         return Ok;
     }
     const QList<qor::pages::Page> pages = qor::invoicerun::composeInvoiceRun(db, tree, run);
@@ -427,7 +428,6 @@ int customers(const QStringList &args)
     qor::Database db;
     QStringList problems;
     if (!load(db, a.file, problems)) return Rejected;
-
     namespace s = qor::settings;
     const QString S = QStringLiteral("CustomerListPrint");
     qor::pages::CustomerListOptions o;
