@@ -545,7 +545,7 @@ int main(int argc, char **argv) {
     dir = QFileInfo(dir).absoluteFilePath();
 
     std::printf("bench_db: directory %s, locale %s (currency form of 1234.5: %s), best of %d runs\n",
-                qPrintable(dir), qPrintable(g_locale), qPrintable(qor::regional::formatCurrency(1234.5)), runs);
+                qPrintable(dir), qPrintable(g_locale), qPrintable(qor::Money::fromCents(123450).toCurrencyText()), runs);
 
     // Other work on the machine skews every figure; say how busy it was.
     std::printf("bench_db: load average at start %s\n", loadAverage().constData());

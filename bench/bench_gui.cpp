@@ -331,7 +331,7 @@ int main(int argc, char **argv) {
             if (tree0.text(n).contains(QStringLiteral(" - owes "))) owing.push_back(n);
         size_t next = 0;
         const double payMs = bestOfWithCpu(runs, [&] { bp->treeBinding()->selectNode(owing[next++ % owing.size()]); },
-                                    [&] { bp->logPayment(0.0f, QString()); }, cpu);
+                                    [&] { bp->logPayment(Money(), QString()); }, cpu);
         verdict(payMs < TargetMs && !owing.empty(),
                 QStringLiteral("log a full payment (tree 1 of %1 nodes rebuilt) %2 ms").arg(tree1.nodeCount()).arg(payMs, 0, 'f', 1) + QStringLiteral(" (processor %1 ms)").arg(cpu, 0, 'f', 1));
 

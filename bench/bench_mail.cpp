@@ -69,7 +69,7 @@ int main(int argc, char **argv)
             in.customer[0] = c.name;
             QBuffer pdf;
             pdf.open(QIODevice::WriteOnly);
-            pages::writePdf({*pages::composeInvoicePage(in)}, &pdf);
+            pages::writePdf(pages::composeInvoice(in), &pdf);
             const TemplateFields f{a.senderName, c.name, QStringLiteral("July 2026"), Money::fromCents(29100),
                                    in.billDue};
             const MessageTexts m = composeTexts(texts, MailKind::Invoice, f, QDate::currentDate());

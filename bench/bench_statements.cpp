@@ -165,7 +165,7 @@ int main(int argc, char **argv)
         InvoiceTree tree(1);
         billing::rebuildInvoiceTree(tree, db, period);
         tree.forEachNode([&](int node) {
-            if (billing::isCustomerKey(tree.key(node))) tree.setChecked(node, true);
+            if (tree.kind(node) == NodeKind::Customer) tree.setChecked(node, true);
         });
         invoicerun::RunValues values;
         values.company = db.company;
@@ -196,7 +196,7 @@ int main(int argc, char **argv)
         for (int i = 0; i < 1000; ++i) {
             pages::InvoiceInput in = pages::sampleInvoice(0, 12, true, false);
             in.customer[2] = QString::number(i + 1);
-            pages << *pages::composeInvoicePage(in);
+            pages << pages::composeInvoice(in);
         }
         if (!pages::writePdf(pages, &pdf, QPageSize(QPageSize::Letter))) return 1;
         const double s = r.nsecsElapsed() / 1e9;

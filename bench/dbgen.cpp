@@ -14,7 +14,7 @@
 namespace qor::bench {
 
 // Raise when the generator changes what it makes, so old files are not reused.
-constexpr int GeneratorVersion = 2;
+constexpr int GeneratorVersion = 3;
 
 QString DbParams::stamp() const {
     return QStringLiteral("generator=%1 records=%2 customers=%3 products=%4 periods=%5 seed=%6 locale=%7")
@@ -123,18 +123,17 @@ void generate(Database &db, const DbParams &p) {
     db.lvwCustomers.resort();
 
     // Products and services, with prices in the locale's currency form.
-    std::vector<float> price(size_t(p.products) + 1);
+    std::vector<Money> price(size_t(p.products) + 1);
     for (int psid = 1; psid <= p.products; ++psid) {
-        const int cents = 500 + rng.below(rng.chance(10) ? 250000 : 15000);
-        const double value = cents / 100.0;
-        price[size_t(psid)] = float(value);
-        const QString priceText = regional::formatCurrency(value);
+        const Money value = Money::fromCents(500 + rng.below(rng.chance(10) ? 250000 : 15000));
+        price[size_t(psid)] = value;
+        const QString priceText = value.toCurrencyText();
         QString name = QString::fromUtf8(rng.pick(ServiceNouns)) + QStringLiteral(" - ")
                      + QString::fromUtf8(rng.pick(ServiceKinds));
         if (rng.chance(30)) name += QStringLiteral(" #%1").arg(psid);
         const bool archived = rng.chance(5);
         db.lvwPAndS.append(QString::number(psid) + QLatin1Char('k'),
-                           ItemRow{regional::sortPrice(priceText), archived, item::listTextFor(priceText, name)}.text());
+                           ItemRow{regional::sortPrice(value), archived, item::listTextFor(priceText, name)}.text());
     }
     db.lvwPAndS.resort();
 
@@ -164,19 +163,20 @@ void generate(Database &db, const DbParams &p) {
             const int cid = order[size_t(j)];
             const int entries = 1 + rng.below(4);
             QStringList items;
-            float total = 0;
+            Money total;
             for (int e = 0; e < entries; ++e) {
                 const int psid = 1 + rng.below(p.products);
                 const int qty = rng.chance(25) ? 2 + rng.below(6) : 1;
                 items << (qty > 1 ? QStringLiteral("%1x%2").arg(psid).arg(qty) : QString::number(psid));
-                total += price[size_t(psid)] * float(qty);
+                total += price[size_t(psid)].times(qty);
             }
-            float balance = 0;
-            if (recent ? !rng.chance(20) : rng.chance(4)) balance = rng.chance(70) ? total : float(int(total) / 2);
+            Money balance;
+            if (recent ? !rng.chance(20) : rng.chance(4))
+                balance = rng.chance(70) ? total : Money::fromCents(total.cents() / 200 * 100);
             const QString note = rng.chance(22) ? QString::fromUtf8(rng.pick(RecordNotes)) : QString();
             const QString cidText = QString::number(cid);
             const QString &bp = periodName[size_t(i)];
-            const InvoiceRecordRow row{bp, displayName[size_t(cid)], cidText, regional::singleText(balance),
+            const InvoiceRecordRow row{bp, displayName[size_t(cid)], cidText, balance.toStoredText(),
                                        ItemEntry::join(items), note};
             db.lvwInvoiceRecords.append(record::keyFor(bp, cidText), row.text());
         }

@@ -1,80 +1,43 @@
 #include "billing/accounts.h"
 
 #include "database/database.h"
-#include "database/regional.h"
 #include "database/rowtypes.h"
 
-#include <QHash>
-#include <QLocale>
-#include <cmath>
-#include <limits>
+#include <algorithm>
 
 namespace qor::accounts {
 
-namespace {
-constexpr qint64 MaxWhole = 9'000'000'000'000'000LL / 100;  // what fits as cents with room for sums
-
-// Adds without wrapping round: an absurd file saturates instead.
-qint64 plus(qint64 a, qint64 b)
+const PriceBook::Item &PriceBook::item(QStringView number)
 {
-    qint64 r;
-    if (__builtin_add_overflow(a, b, &r)) return b > 0 ? std::numeric_limits<qint64>::max()
-                                                       : std::numeric_limits<qint64>::min();
-    return r;
-}
-qint64 times(qint64 a, qint64 b)
-{
-    qint64 r;
-    if (__builtin_mul_overflow(a, b, &r)) return (a < 0) != (b < 0) ? std::numeric_limits<qint64>::min()
-                                                                    : std::numeric_limits<qint64>::max();
-    return r;
-}
-}  // namespace
-
-std::optional<qint64> decimalCents(QStringView t)
-{
-    qsizetype i = 0;
-    const qsizetype n = t.size();
-    bool negative = false;
-    if (i < n && (t[i] == u'-' || t[i] == u'+')) negative = t[i++] == u'-';
-    qint64 whole = 0;
-    int digits = 0;
-    while (i < n && t[i].isDigit() && t[i].unicode() < 128) {
-        whole = std::min(MaxWhole, whole * 10 + (t[i].unicode() - u'0'));
-        ++i;
-        ++digits;
+    const QString n = number.toString();
+    auto it = m_items.constFind(n);
+    if (it != m_items.constEnd()) return *it;
+    Item i;
+    i.number = n;
+    const QString key = numberKey(n);
+    if (m_db.lvwPAndS.contains(key)) {
+        const ItemView row = ItemView::parse(m_db.lvwPAndS.textOf(key));
+        i.listText = row.listText.toString();
+        i.price = Money::fromPriceText(row.priceText()).value_or(Money());
+    } else {
+        // A damaged file, or an item deleted while an entry that billed it
+        // was open: the line says so and bills nothing.
+        i.listText = Money().toCurrencyText() + QStringLiteral(" - Item number %1, not in the database").arg(n);
     }
-    int frac[3] = {0, 0, 0};
-    if (i < n && t[i] == u'.') {
-        ++i;
-        for (int k = 0; i < n && t[i].isDigit() && t[i].unicode() < 128; ++k, ++i, ++digits)
-            if (k < 3) frac[k] = t[i].unicode() - u'0';
-    }
-    if (digits == 0 || i != n) return std::nullopt;
-    qint64 cents = whole * 100 + frac[0] * 10 + frac[1] + (frac[2] >= 5 ? 1 : 0);
-    return negative ? -cents : cents;
+    return *m_items.insert(n, std::move(i));
 }
 
-qint64 priceCents(QStringView priceText)
+Money billedOf(PriceBook &prices, QStringView items)
 {
-    const double v = regional::priceValue(priceText);
-    if (!std::isfinite(v) || std::fabs(v) >= double(MaxWhole)) return 0;
-    return std::llround(v * 100.0);
+    Money billed;
+    ItemEntry::forEach(items, [&](const ItemEntry &e, QStringView) {
+        if (!e.number.isEmpty()) billed += prices.item(e.number).price.times(e.count());
+        return true;
+    });
+    return billed;
 }
 
-QString formatCents(qint64 cents, bool plain)
-{
-    const bool negative = cents < 0;
-    const quint64 magnitude = negative ? quint64(0) - quint64(cents) : quint64(cents);
-    const QString frac = QStringLiteral("%1").arg(magnitude % 100, 2, 10, QLatin1Char('0'));
-    if (plain) return (negative ? QStringLiteral("-") : QString()) + QString::number(magnitude / 100) + u'.' + frac;
-    // Doubles hold every cent exactly up to 2^53; beyond, the locale's form of
-    // the whole units and the cents, joined by hand.
-    if (magnitude < (quint64(1) << 53)) return regional::formatCurrency(double(cents) / 100.0);
-    const QLocale loc;
-    return (negative ? QStringLiteral("-") : QString()) + loc.currencySymbol() + loc.toString(magnitude / 100)
-         + loc.decimalPoint() + frac;
-}
+QString formatMoney(Money amount, bool plain) { return plain ? amount.toPlainText() : amount.toCurrencyText(); }
 
 std::vector<PeriodSummary> periodSummaries(const Database &db)
 {
@@ -89,7 +52,7 @@ std::vector<PeriodSummary> periodSummaries(const Database &db)
         return true;
     });
 
-    ItemPrices prices(db);
+    PriceBook prices(db);
     QString lastName;
     size_t last = size_t(-1);
     db.lvwInvoiceRecords.forEach([&](QStringView, QStringView text) {
@@ -102,38 +65,13 @@ std::vector<PeriodSummary> periodSummaries(const Database &db)
         if (last == size_t(-1)) return true;
         PeriodSummary &s = out[last];
         ++s.records;
-        const qint64 balance = decimalCents(r->balance).value_or(0);
-        s.owedCents = plus(s.owedCents, balance);
-        if (balance == 0) ++s.paid;
-        s.billedCents = plus(s.billedCents, prices.billedCents(r->items));
+        const Money balance = Money::fromStoredText(r->balance).value_or(Money());
+        s.owed += balance;
+        if (balance.isZero()) ++s.paid;
+        s.billed += billedOf(prices, r->items);
         return true;
     });
     return out;
-}
-
-qint64 ItemPrices::priceOf(QStringView number)
-{
-    const QString n = number.toString();
-    auto it = m_cents.constFind(n);
-    if (it != m_cents.constEnd()) return *it;
-    const QString key = numberKey(n);
-    const qint64 cents =
-        m_db.lvwPAndS.contains(key) ? priceCents(ItemView::parse(m_db.lvwPAndS.textOf(key)).priceText()) : 0;
-    m_cents.insert(n, cents);
-    return cents;
-}
-
-qint64 ItemPrices::billedCents(QStringView items)
-{
-    qint64 sum = 0;
-    ItemEntry::forEach(items, [&](const ItemEntry &e, QStringView) {
-        if (e.number.isEmpty()) return true;
-        bool ok = false;
-        const qint64 q = e.quantity.isEmpty() ? 1 : e.quantity.toLongLong(&ok);
-        sum = plus(sum, times(priceOf(e.number), e.quantity.isEmpty() || ok ? q : 1));
-        return true;
-    });
-    return sum;
 }
 
 Owing owing(const Database &db, const QString &cidFilter)
@@ -149,16 +87,16 @@ Owing owing(const Database &db, const QString &cidFilter)
     struct Line {
         int order;
         QString period;
-        qint64 cents;
+        Money balance;
     };
     QHash<QString, std::vector<Line>> byCustomer;
     db.lvwInvoiceRecords.forEach([&](QStringView, QStringView text) {
         const auto r = InvoiceRecordView::parse(text);
         if (!r || (!only.isEmpty() && r->cid != only)) return true;
-        const qint64 cents = decimalCents(r->balance).value_or(0);
-        if (cents == 0) return true;
+        const Money balance = Money::fromStoredText(r->balance).value_or(Money());
+        if (balance.isZero()) return true;
         const QString period = r->period.toString();
-        byCustomer[r->cid.toString()].push_back({periodOrder.value(period, position + 1), period, cents});
+        byCustomer[r->cid.toString()].push_back({periodOrder.value(period, position + 1), period, balance});
         return true;
     });
 
@@ -168,12 +106,12 @@ Owing owing(const Database &db, const QString &cidFilter)
         if (it == byCustomer.end()) return;
         std::vector<Line> &lines = *it;
         std::stable_sort(lines.begin(), lines.end(), [](const Line &a, const Line &b) { return a.order < b.order; });
-        OwingCustomer c{cid, name, {}, 0};
+        OwingCustomer c{cid, name, {}, {}};
         for (const Line &l : lines) {
-            c.periods.append({l.period, l.cents});
-            c.totalCents = plus(c.totalCents, l.cents);
+            c.periods.append({l.period, l.balance});
+            c.total += l.balance;
         }
-        out.totalCents = plus(out.totalCents, c.totalCents);
+        out.total += c.total;
         out.customers.push_back(std::move(c));
         byCustomer.erase(it);
     };
@@ -189,6 +127,39 @@ Owing owing(const Database &db, const QString &cidFilter)
         return a.size() != b.size() ? a.size() < b.size() : a < b;
     });
     for (const QString &cid : rest) addCustomer(cid, QString());
+    return out;
+}
+
+QStringList moneyProblems(const Database &db)
+{
+    QStringList out;
+    qint64 more = 0;
+    auto tell = [&](const QString &line) {
+        if (out.size() < detail::MaxItemProblems) out << line;
+        else ++more;
+    };
+    db.lvwPAndS.forEach([&](QStringView key, QStringView text) {
+        const ItemView row = ItemView::parse(text);
+        if (!Money::fromPriceText(row.priceText()))
+            tell(QStringLiteral("item number %1: the price \"%2\" holds no amount that can be read; it counts as 0")
+                     .arg(plainNumber(key), row.priceText()));
+        return true;
+    });
+    PriceBook prices(db);
+    db.lvwInvoiceRecords.forEach([&](QStringView, QStringView text) {
+        const auto r = InvoiceRecordView::parse(text);
+        if (!r) return true;
+        const QString where = QStringLiteral("bill period \"%1\", customer number %2: ").arg(r->period, r->cid);
+        const auto balance = Money::fromStoredText(r->balance);
+        const Money billed = billedOf(prices, r->items);
+        if (!balance)
+            tell(where + QStringLiteral("the balance \"%1\" is not a number; it counts as 0").arg(r->balance));
+        else if (*balance > billed)
+            tell(where + QStringLiteral("the balance %1 is more than the %2 its items bill")
+                             .arg(balance->toCurrencyText(), billed.toCurrencyText()));
+        return true;
+    });
+    if (more) out << QStringLiteral("%1 more such problems").arg(more);
     return out;
 }
 

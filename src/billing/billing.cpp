@@ -1,12 +1,11 @@
 #include "billing/billing.h"
 
+#include "billing/accounts.h"
+#include "billing/invoicetrees.h"
 #include "database/collation.h"
 #include "database/database.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
-
-#include <cmath>
-#include <limits>
 
 namespace qor::billing {
 
@@ -16,14 +15,6 @@ namespace {
 QString eightDigits(const QString &number)
 {
     return number.size() >= 8 ? number : QString(8 - number.size(), u'0') + number;
-}
-
-QString trimmedOfBlanks(const QString &s)
-{
-    qsizetype b = 0, e = s.size();
-    while (b < e && s[b] == u' ') ++b;
-    while (e > b && s[e - 1] == u' ') --e;
-    return s.mid(b, e - b);
 }
 
 // The present display name of a customer without the archive mark; empty when
@@ -42,133 +33,30 @@ QString withoutMark(QString name)
     return name;
 }
 
-// The text of an item node of a finalised period: the list text of the item's
-// row without the archive mark. A record may name an item the table lacks (a
-// damaged file, or an item deleted while an entry that billed it was open):
-// the node then says so and bills nothing.
-QString itemNodeText(const Database &db, QStringView number)
+// A stored balance ("16.5", "1.5E+07", float noise); what can't be read is 0.
+Money balanceValue(QStringView stored) { return Money::fromStoredText(stored).value_or(Money()); }
+
+// The price in an item's list text ("$1,234.50 - Setup"); 0 when it holds none.
+Money priceOfListText(QStringView listText)
 {
-    const QString key = numberKey(number);
-    if (db.lvwPAndS.contains(key)) return ItemView::parse(db.lvwPAndS.textOf(key)).listText.toString();
-    return regional::formatCurrency(0) + QStringLiteral(" - Item number %1, not in the database").arg(number);
+    return Money::fromPriceText(ItemRow::priceTextOf(listText)).value_or(Money());
+}
+
+// Whether the entry tree bills the customer or the item (numbers, no "k").
+bool entryBills(const InvoiceTree &entryTree, QStringView number, QString NodeValues::*field)
+{
+    bool found = false;
+    entryTree.forEachNode([&](int n) {
+        const NodeValues &v = entryTree.values(n);
+        found = found || (v.kind == NodeKind::EnteredItem && v.*field == number);
+    });
+    return found;
 }
 
 }  // namespace
 
 QString balancePrompt(const QString &name) { return text::NewBalance.text + QStringLiteral("\r\n\r\n") + name; }
 QString notePrompt(const QString &name) { return text::OptionalNote.text + QStringLiteral("\r\n\r\n") + name; }
-
-// ---------------------------------------------------------------- node kinds
-
-NodeKind kindOfKey(QStringView key)
-{
-    if (key == RootKey) return NodeKind::Root;
-    if (key.isEmpty()) return NodeKind::Other;
-    switch (key.back().unicode()) {
-    case u'k': return NodeKind::Customer;
-    case u'b': return NodeKind::EnteredItem;
-    case u'i': return NodeKind::FinalItem;
-    case u'e': return NodeKind::RecordNote;
-    case u'n': return NodeKind::InvoiceNote;
-    default: return NodeKind::Other;
-    }
-}
-
-QString cidOfKey(QStringView key)
-{
-    QString s;
-    s.reserve(key.size());
-    for (QChar c : key)
-        if (c != u'k' && c != u' ') s += c;
-    return s;
-}
-
-QString nameOfNodeText(QStringView text)
-{
-    const qsizetype at = text.indexOf(QStringLiteral(" - "));
-    return (at < 0 ? text : text.left(at)).toString();
-}
-
-// ---------------------------------------------------------------- numbers
-
-qint16 parseBilledQuantity(QStringView s)
-{
-    const qsizetype n = s.size();
-    if (n == 0 || s.back() != u')') return 1;
-    if (n >= 5 && s.mid(n - 5, 3) == u" (x") return qint16(regional::val(s.mid(n - 2, 1)));
-    if (n >= 6 && s.mid(n - 6, 3) == u" (x") return qint16(regional::val(s.mid(n - 3, 2)));
-    return 1;
-}
-
-std::optional<QString> addOneToQuantity(QStringView s)
-{
-    const qsizetype n = s.size();
-    int quantity = 0;
-    qsizetype keep = 0;
-    if (n >= 4 && s.mid(n - 4, 2) == u"(x") {
-        quantity = int(regional::val(s.mid(n - 2, 1)));
-        keep = n - 5;
-    } else if (n >= 5 && s.mid(n - 5, 2) == u"(x") {
-        quantity = int(regional::val(s.mid(n - 3, 2)));
-        keep = n - 6;
-    } else {
-        return s.toString() + QStringLiteral(" (x2)");
-    }
-    // A hundred would be three digits, which no reader of the text takes.
-    if (quantity + 1 > MaxQuantity) return std::nullopt;
-    return s.left(std::max<qsizetype>(keep, 0)).toString() + QStringLiteral(" (x%1)").arg(quantity + 1);
-}
-
-double leadingDecimal(QStringView s)
-{
-    qsizetype i = 0;
-    const qsizetype n = s.size();
-    if (i < n && (s[i] == u'-' || s[i] == u'+')) ++i;
-    const qsizetype digitsFrom = i;
-    while (i < n && s[i] >= u'0' && s[i] <= u'9') ++i;
-    qsizetype digits = i - digitsFrom;
-    if (i < n && s[i] == u'.') {
-        const qsizetype frac = ++i;
-        while (i < n && s[i] >= u'0' && s[i] <= u'9') ++i;
-        digits += i - frac;
-    }
-    if (digits == 0) return 0.0;
-    // The part is plain ASCII: sign, digits and at most one point.
-    const QByteArray part = s.left(i).toLatin1();
-    return std::strtod(part.constData(), nullptr);
-}
-
-float billedItemAmount(QStringView text, const QString &currencySymbol)
-{
-    const qint16 quantity = parseBilledQuantity(text);
-    QString s = text.toString();
-    const qsizetype divider = s.indexOf(QStringLiteral(" - "));
-    if (divider >= 0) s.truncate(divider);
-    // Read by the locale's own marks: "5,00 €" is five, not five hundred.
-    s = regional::plainAmountText(s, currencySymbol);
-    const float price = float(leadingDecimal(s));
-    const float amount = float(quantity) * price;
-    return std::isfinite(amount) ? amount : 0.0f;
-}
-
-std::optional<float> readBalanceAnswer(const QString &answer, const QString &currencySymbol)
-{
-    QString s = trimmedOfBlanks(answer);
-    if (!currencySymbol.isEmpty()) s.remove(currencySymbol);
-    const double value = leadingDecimal(s);
-    if (value == 0.0 && s != u"0" && s != u"0." && s != u"0.0" && s != u"0.00") return std::nullopt;
-    // A number beyond what a balance holds would be stored as 0.
-    if (!std::isfinite(value) || std::fabs(value) > double(std::numeric_limits<float>::max())) return std::nullopt;
-    return float(value);
-}
-
-float balanceValue(QStringView stored) { return float(leadingDecimal(stored)); }
-
-QString balanceSuffix(float balance)
-{
-    if (balance == 0.0f) return Paid;
-    return Owes + regional::formatCurrency(double(balance));
-}
 
 // ---------------------------------------------------------------- dates
 
@@ -238,7 +126,7 @@ bool treeHasBilledItem(const InvoiceTree &tree)
 {
     bool found = false;
     tree.forEachNode([&](int n) {
-        if (!found && kindOfKey(tree.key(n)) == NodeKind::EnteredItem) found = true;
+        if (!found && tree.kind(n) == NodeKind::EnteredItem) found = true;
     });
     return found;
 }
@@ -250,97 +138,108 @@ AddCheck checkNewBillPeriod(const Database &db, const InvoiceTree &entryTree, co
     return AddCheck::Ok;
 }
 
-namespace {
-// WalkInvoiceTree and FlushInvoiceRecord with the working values of the walk.
-struct PeriodWalk {
-    Database &db;
-    const InvoiceTree &tree;
-    const QString &period;
-    const QString &currencySymbol;
-    QString CurrentCid;
-    float CurrentTotal = 0;
-    QString CurrentItems;
-    int added = 0;
-
-    void flushInvoiceRecord()
-    {
-        InvoiceRecordRow r;
-        r.period = period;
-        r.customerName = withoutMark(db.customerNameByCid(CurrentCid));
-        r.cid = CurrentCid;
-        r.balance = regional::singleText(CurrentTotal);
-        r.items = CurrentItems;
-        const QString key = record::keyFor(period, CurrentCid);
-        if (db.lvwInvoiceRecords.contains(key)) return;  // the name is new, so its keys are too
-        db.lvwInvoiceRecords.add(key, r.text());
-        ++added;
-    }
-
-    void walkInvoiceTree(int node, int depth)
-    {
-        const QString key = tree.key(node);
-        if (depth == 1) {
-            CurrentCid.clear();
-            CurrentTotal = 0;
-            CurrentItems.clear();
-        } else if (isCustomerKey(key)) {
-            if (!CurrentItems.isEmpty()) flushInvoiceRecord();
-            CurrentCid = cidOfKey(key);
-            CurrentTotal = 0;
-            CurrentItems.clear();
-        } else {
-            const QString text = tree.text(node);
-            CurrentTotal += billedItemAmount(text, currencySymbol);
-            ItemEntry::append(CurrentItems, QString::number(key.mid(8, 8).toLongLong()), parseBilledQuantity(text));
-        }
-        for (int child : tree.childrenOf(node)) walkInvoiceTree(child, depth + 1);
-    }
-};
-}  // namespace
-
 int finaliseBillPeriod(Database &db, const InvoiceTree &entryTree, const QString &typedName, const QString &start,
-                       const QString &end, const QString &due, const QString &currencySymbol)
+                       const QString &end, const QString &due)
 {
     const QString name = rowSafe(typedName);
     if (name.isEmpty() || findPeriodRow(db, name) != 0 || db.lvwPeriods.contains(name)) return 0;
+    const int root = entryTree.root();
+    if (root == 0) return 0;
     const PeriodRow row{chronoDate(start), name, chronoDate(end), chronoDate(due)};
     db.lvwPeriods.add(name, row.text());
 
-    PeriodWalk walk{db, entryTree, name, currencySymbol};
-    const int root = entryTree.find(RootKey);
-    if (root == 0) return 0;
-    walk.walkInvoiceTree(root, 1);
-    if (!walk.CurrentItems.isEmpty()) walk.flushInvoiceRecord();
-    return walk.added;
+    // One record per customer with items: the item list, and the total of the
+    // items' amounts as the opening balance.
+    int added = 0;
+    for (int customer : entryTree.childrenOf(root)) {
+        const NodeValues &c = entryTree.values(customer);
+        if (c.kind != NodeKind::Customer) continue;
+        InvoiceRecordRow r;
+        Money total;
+        for (int item : entryTree.childrenOf(customer)) {
+            const NodeValues &v = entryTree.values(item);
+            if (v.kind != NodeKind::EnteredItem) continue;
+            total += v.amount;
+            ItemEntry::append(r.items, v.item, int(v.quantity));
+        }
+        if (r.items.isEmpty()) continue;  // a customer without items is not part of the period
+        const QString key = record::keyFor(name, c.customer);
+        if (db.lvwInvoiceRecords.contains(key)) continue;  // the name is new, so its keys are too
+        r.period = name;
+        r.customerName = withoutMark(db.customerNameByCid(c.customer));
+        r.cid = c.customer;
+        r.balance = total.toStoredText();
+        db.lvwInvoiceRecords.add(key, r.text());
+        ++added;
+    }
+    return added;
 }
 
 // ---------------------------------------------------------------- trees
 
-void resetNewPeriodTree(InvoiceTree &tree, const Database &db)
+namespace {
+NodeValues customerValues(const QString &cid, const QString &name, bool marked)
 {
-    tree.beginBulkChange();
+    NodeValues v;
+    v.kind = NodeKind::Customer;
+    v.customer = cid;
+    v.label = name;
+    v.marked = marked;
+    return v;
+}
+
+NodeValues enteredItem(const QString &cid, const QString &psid, const QString &listText, Money price,
+                       qint64 quantity)
+{
+    NodeValues v;
+    v.kind = NodeKind::EnteredItem;
+    v.customer = cid;
+    v.item = psid;
+    v.label = listText;
+    v.quantity = quantity;
+    v.amount = price.times(quantity);
+    return v;
+}
+
+// The key of an item under entry: both numbers in eight digits, then "b".
+QString enteredItemKey(const QString &cid, const QString &psid) { return eightDigits(cid) + eightDigits(psid) + u'b'; }
+
+void startEntryTree(InvoiceTree &tree)
+{
     tree.clear();
     tree.setChosenPeriod(QString());
-    const int root = tree.add(0, RootKey, NewPeriodRootText);
+    NodeValues root;
+    root.kind = NodeKind::Root;
+    root.label = NewPeriodRootText;
+    tree.add(0, RootKey, root);
+}
+}  // namespace
+
+void resetNewPeriodTree(InvoiceTree &tree, const Database &db)
+{
+    const InvoiceTree::Bulk bulk(tree);
+    startEntryTree(tree);
+    const int root = tree.root();
     db.lvwCustomers.forEach([&](QStringView key, QStringView text) {
         const QStringView name = customer::displayNameOf(text);
         if (name.startsWith(ArchiveMark)) return false;  // archived customers stand last
-        const int node = tree.add(root, key.toString(), Mark + name.toString());
+        const int node = tree.add(root, key.toString(), customerValues(plainNumber(key), name.toString(), true));
         tree.ensureVisible(node);
         return true;
     });
-    tree.endBulkChange();
 }
 
 namespace {
 
 // What both trees show of one record, worked out once for the two.
+struct ShownNode {
+    QString key;
+    NodeValues values;
+};
 struct ShownRecord {
-    QString customerKey;
-    QString text;  // present name and the balance
-    bool owes = false;
+    ShownNode customer;
     QString note;
-    std::vector<std::pair<QString, QString>> items;  // key ("1bi", ...) and text
+    std::vector<ShownNode> items;  // keys "1bi", "2bi", ...
 };
 
 std::vector<ShownRecord> showRecords(const Database &db, const std::vector<QStringView> &records)
@@ -348,24 +247,27 @@ std::vector<ShownRecord> showRecords(const Database &db, const std::vector<QStri
     std::vector<ShownRecord> out;
     out.reserve(records.size());
     // A period bills few distinct items many times: each is looked up once.
-    QHash<QString, QString> itemText;
+    accounts::PriceBook items(db);
     int itemNumber = 0;
     for (QStringView text : records) {
         const auto r = InvoiceRecordView::parse(text);
         if (!r) continue;
         ShownRecord s;
-        s.customerKey = numberKey(r->cid);
-        const float balance = balanceValue(r->balance);
-        s.owes = balance != 0.0f;
-        s.text = presentName(db, s.customerKey) + balanceSuffix(balance);
+        const QString cid = r->cid.toString();
+        s.customer.key = numberKey(cid);
+        s.customer.values = customerValues(cid, presentName(db, s.customer.key), false);
+        s.customer.values.balance = balanceValue(r->balance);
         s.note = r->note.toString();
-        r->forEachEntry([&](const ItemEntry &e, QStringView entryText) {
-            const QString number = e.number.toString();
-            auto hit = itemText.constFind(number);
-            if (hit == itemText.constEnd()) hit = itemText.insert(number, itemNodeText(db, e.number));
-            QString t = *hit;
-            if (entryText.contains(u'x')) t += QStringLiteral(" (x") + e.quantity.toString() + u')';
-            s.items.emplace_back(QString::number(++itemNumber) + QStringLiteral("bi"), std::move(t));
+        r->forEachEntry([&](const ItemEntry &e, QStringView) {
+            const accounts::PriceBook::Item &known = items.item(e.number);
+            NodeValues v;
+            v.kind = NodeKind::FinalItem;
+            v.customer = cid;
+            v.item = known.number;
+            v.label = known.listText;
+            v.quantity = e.count();
+            v.amount = known.price.times(v.quantity);
+            s.items.push_back({QString::number(++itemNumber) + QStringLiteral("bi"), std::move(v)});
             return true;
         });
         out.push_back(std::move(s));
@@ -384,27 +286,34 @@ void rebuildFrom(InvoiceTree &tree, const QString &period, const std::vector<Sho
     tree.reserve(int(nodes));
     // Keys are unique by construction: customers by their records' keys,
     // items by their running number, notes by their customer.
-    const int root = tree.addNew(0, RootKey, period);
+    NodeValues rootValues;
+    rootValues.kind = NodeKind::Root;
+    rootValues.label = period;
+    const int root = tree.addNew(0, RootKey, rootValues);
     bool someoneOwes = false;
     for (const ShownRecord &r : records) {
-        const int customer = tree.addNew(root, r.customerKey, r.text);
+        const int customer = tree.addNew(root, r.customer.key, r.customer.values);
         if (customer == 0) continue;
-        someoneOwes |= r.owes;
-        const NodeColour colour = printing ? (r.owes ? NodeColour::WindowText : NodeColour::GreyText)
-                                           : (r.owes ? NodeColour::Owes : NodeColour::WindowText);
+        const bool owes = !r.customer.values.balance->isZero();
+        someoneOwes |= owes;
+        const NodeColour colour = printing ? (owes ? NodeColour::WindowText : NodeColour::GreyText)
+                                           : (owes ? NodeColour::Owes : NodeColour::WindowText);
         tree.setColour(customer, colour);
-        if (printing) tree.setChecked(customer, r.owes);
+        if (printing) tree.setChecked(customer, owes);
         tree.ensureVisible(customer);
-        for (const auto &[key, text] : r.items) {
-            const int item = tree.addNew(customer, key, text);
+        for (const ShownNode &i : r.items) {
+            const int item = tree.addNew(customer, i.key, i.values);
             if (item == 0) continue;
-            if (printing) {
-                tree.setColour(item, colour);
-                tree.setChecked(item, true);
-            }
+            if (printing) tree.setColour(item, colour);
             tree.ensureVisible(item);
         }
-        if (!printing && !r.note.isEmpty()) tree.addNew(customer, r.customerKey + NoteKeySuffix, NotePrefix + r.note);
+        if (!printing && !r.note.isEmpty()) {
+            NodeValues note;
+            note.kind = NodeKind::RecordNote;
+            note.customer = r.customer.values.customer;
+            note.label = r.note;
+            tree.addNew(customer, r.customer.key + NoteKeySuffix, note);
+        }
     }
     if (printing) {
         if (someoneOwes) tree.setChecked(root, true);
@@ -460,32 +369,28 @@ void rebuildInvoiceTrees(InvoiceTree &tree0, InvoiceTree &tree1, const Database 
 
 // ---------------------------------------------------------------- billing items
 
+namespace {
+void setMark(InvoiceTree &tree, int node, bool marked)
+{
+    NodeValues v = tree.values(node);
+    if (v.kind != NodeKind::Customer || v.balance || v.marked == marked) return;
+    v.marked = marked;
+    tree.setValues(node, v);
+}
+}  // namespace
+
 void markOnlyCustomer(InvoiceTree &tree, int selected)
 {
     const InvoiceTree::Bulk bulk(tree);
-    tree.forEachNode([&](int n) {
-        if (!isCustomerKey(tree.key(n))) return;
-        const QString t = tree.text(n);
-        if (n == selected && !isMarked(t)) tree.setText(n, Mark + t);
-        else if (n != selected && isMarked(t)) tree.setText(n, t.mid(1));
-    });
+    tree.forEachNode([&](int n) { setMark(tree, n, n == selected); });
 }
 
-void toggleMark(InvoiceTree &tree, int customer)
-{
-    if (!isCustomerKey(tree.key(customer))) return;
-    const QString t = tree.text(customer);
-    tree.setText(customer, isMarked(t) ? t.mid(1) : Mark + t);
-}
+void toggleMark(InvoiceTree &tree, int customer) { setMark(tree, customer, !tree.values(customer).marked); }
 
 void markAllCustomers(InvoiceTree &tree)
 {
     const InvoiceTree::Bulk bulk(tree);
-    tree.forEachNode([&](int n) {
-        if (!isCustomerKey(tree.key(n))) return;
-        const QString t = tree.text(n);
-        if (!isMarked(t)) tree.setText(n, Mark + t);
-    });
+    tree.forEachNode([&](int n) { setMark(tree, n, true); });
 }
 
 QString BillOutcome::refusalText() const
@@ -499,60 +404,117 @@ QString BillOutcome::refusalText() const
 BillOutcome billProductToMarked(InvoiceTree &tree, const QString &productKey, const QString &productText)
 {
     BillOutcome out;
-    const QString psid = eightDigits(plainNumber(productKey));
+    const QString psid = plainNumber(productKey);
+    const Money price = priceOfListText(productText);
     // Only the nodes there before the billing: the new items aren't visited.
     const std::vector<int> before = tree.nodes();
-    tree.beginBulkChange();
+    const InvoiceTree::Bulk bulk(tree);
     for (int n : before) {
-        const QString key = tree.key(n);
-        if (!isCustomerKey(key) || !isMarked(tree.text(n))) continue;
-        const QString itemKey = eightDigits(plainNumber(key)) + psid + u'b';
-        if (const int item = tree.add(n, itemKey, productText)) {
+        const NodeValues &c = tree.values(n);
+        if (c.kind != NodeKind::Customer || c.balance || !c.marked) continue;
+        const QString itemKey = enteredItemKey(c.customer, psid);
+        if (const int item = tree.add(n, itemKey, enteredItem(c.customer, psid, productText, price, 1))) {
             tree.ensureVisible(item);
             ++out.added;
             continue;
         }
         const int item = tree.find(itemKey);
-        const QString text = tree.text(item);
-        if (const auto raised = addOneToQuantity(text)) {
-            tree.setText(item, *raised);
+        const NodeValues &v = tree.values(item);
+        if (v.quantity < MaxQuantity) {
+            tree.setValues(item, enteredItem(v.customer, v.item, v.label, price, v.quantity + 1));
             ++out.raised;
         } else {
-            out.refused.append({tree.text(n).mid(1), text});
+            out.refused.append({c.label, tree.text(item)});
         }
     }
-    tree.endBulkChange();
     return out;
 }
 
 bool deleteBilledItem(InvoiceTree &tree, int node)
 {
-    if (kindOfKey(tree.key(node)) != NodeKind::EnteredItem) return false;
+    if (tree.kind(node) != NodeKind::EnteredItem) return false;
     tree.remove(node);
     return true;
 }
 
+BillEntry entryOf(const InvoiceTree &entryTree)
+{
+    BillEntry e;
+    const int root = entryTree.root();
+    for (int customer : entryTree.childrenOf(root)) {
+        const NodeValues &c = entryTree.values(customer);
+        if (c.kind != NodeKind::Customer) continue;
+        e.customers.append({c.customer, c.marked});
+        for (int item : entryTree.childrenOf(customer)) {
+            const NodeValues &v = entryTree.values(item);
+            if (v.kind == NodeKind::EnteredItem) e.items.append({v.customer, v.item, v.quantity});
+        }
+    }
+    return e;
+}
+
+void restoreEntry(InvoiceTree &entryTree, const Database &db, const BillEntry &entry)
+{
+    const InvoiceTree::Bulk bulk(entryTree);
+    startEntryTree(entryTree);
+    const int root = entryTree.root();
+    accounts::PriceBook items(db);
+    for (const BillEntry::Customer &c : entry.customers) {
+        const QString key = numberKey(c.number);
+        const int node = entryTree.add(root, key, customerValues(c.number, presentName(db, key), c.marked));
+        entryTree.ensureVisible(node);
+    }
+    for (const BillEntry::Item &i : entry.items) {
+        const int customer = entryTree.find(numberKey(i.customer));
+        if (customer == 0) continue;
+        const accounts::PriceBook::Item &known = items.item(i.item);
+        const int node = entryTree.add(customer, enteredItemKey(i.customer, i.item),
+                                       enteredItem(i.customer, i.item, known.listText, known.price, i.quantity));
+        entryTree.ensureVisible(node);
+    }
+}
+
+edits::Removal removeCustomer(InvoiceTrees &trees, const QString &key, const edits::Progress &progress)
+{
+    InvoiceTree &entry = trees.tree(0);
+    const bool open = trees.entryOpen();
+    const bool billed = open && entryBills(entry, plainNumber(key), &NodeValues::customer);
+    const edits::Removal r = edits::removeCustomer(trees.db(), key, progress, billed);
+    if (open && r == edits::Removal::Deleted) entry.remove(entry.find(key));
+    return r;
+}
+
+edits::Removal removeItem(InvoiceTrees &trees, const QString &key, const edits::Progress &progress)
+{
+    return edits::removeItem(trees.db(), key, progress,
+                             trees.entryOpen() && entryBills(trees.tree(0), plainNumber(key), &NodeValues::item));
+}
+
 // ---------------------------------------------------------------- payments
 
-bool logPayment(InvoiceTree &tree0, InvoiceTree &tree1, Database &db, int node, float balance, const QString &typedNote,
+bool logPayment(InvoiceTree &tree0, InvoiceTree &tree1, Database &db, int node, Money balance, const QString &typedNote,
                 const QString &period)
 {
     if (!tree0.exists(node)) return false;
     const QString note = rowSafe(typedNote);
-    if (note.isEmpty() && balance == 0.0f && tree0.colour(node) == NodeColour::WindowText) return false;
-    const QString key = tree0.key(node);
-    if (!isCustomerKey(key)) return false;
-    const QString cid = cidOfKey(key);
+    NodeValues customer = tree0.values(node);
+    if (customer.kind != NodeKind::Customer || !customer.balance) return false;
+    if (note.isEmpty() && balance.isZero() && customer.balance->isZero()) return false;
+    const QString cid = customer.customer;
     const QString recordKey = record::keyFor(period, cid);
     // A customer of an abandoned entry has no record to pay.
     if (!db.lvwInvoiceRecords.contains(recordKey)) return false;
 
-    const QString name = nameOfNodeText(tree0.text(node));
-    tree0.setText(node, name + balanceSuffix(balance));
-    tree0.setColour(node, balance == 0.0f ? NodeColour::WindowText : NodeColour::Owes);
+    customer.balance = balance;
+    tree0.setValues(node, customer);
+    tree0.setColour(node, balance.isZero() ? NodeColour::WindowText : NodeColour::Owes);
     if (!note.isEmpty()) {
-        const QString noteKey = key + NoteKeySuffix;
-        if (tree0.add(node, noteKey, NotePrefix + note) == 0) tree0.setText(tree0.find(noteKey), NotePrefix + note);
+        const QString noteKey = tree0.key(node) + NoteKeySuffix;
+        NodeValues v;
+        v.kind = NodeKind::RecordNote;
+        v.customer = cid;
+        v.label = note;
+        if (tree0.add(node, noteKey, v) == 0) tree0.setValues(tree0.find(noteKey), v);
     }
 
     const auto old = InvoiceRecordRow::parse(db.lvwInvoiceRecords.textOf(recordKey));
@@ -560,7 +522,7 @@ bool logPayment(InvoiceTree &tree0, InvoiceTree &tree1, Database &db, int node, 
     r.period = period;
     r.customerName = withoutMark(db.customerNameByCid(cid));
     r.cid = cid;
-    r.balance = regional::singleText(balance);
+    r.balance = balance.toStoredText();
     r.items = old ? old->items : QString();
     r.note = note;
     // The name is the customer's present one. When it has changed since the
@@ -579,9 +541,14 @@ bool logPayment(InvoiceTree &tree0, InvoiceTree &tree1, Database &db, int node, 
 
 int addInvoiceNote(InvoiceTree &tree1, int customer, const QString &answer)
 {
-    if (answer.isEmpty() || !isCustomerKey(tree1.key(customer))) return 0;
+    const NodeValues &c = tree1.values(customer);
+    if (answer.isEmpty() || c.kind != NodeKind::Customer) return 0;
     const QString key = tree1.key(customer) + u'n';
-    int note = tree1.add(customer, key, InvoiceNotePrefix + answer);
+    NodeValues v;
+    v.kind = NodeKind::InvoiceNote;
+    v.customer = c.customer;
+    v.label = answer;
+    int note = tree1.add(customer, key, v);
     if (note != 0) {
         tree1.ensureVisible(customer);
         tree1.ensureVisible(note);

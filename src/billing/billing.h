@@ -4,6 +4,8 @@
 // show for them. The panels read their controls, call these, and show the
 // outcome; every rule about money and records lives here.
 #include "billing/invoicetree.h"
+#include "database/edits.h"
+#include "database/money.h"
 
 #include <QDate>
 #include <QString>
@@ -13,18 +15,14 @@
 namespace qor {
 
 class Database;
+class InvoiceTrees;
 
 namespace billing {
 
 // The keys, texts and captions of the trees and of the bill period panel.
 inline const QString RootKey = QStringLiteral("root_node");
 inline const QString NewPeriodRootText = QStringLiteral("New Bill Period");
-inline const QString Paid = QStringLiteral(" - paid");
-inline const QString Owes = QStringLiteral(" - owes ");
 inline const QString NoteKeySuffix = QStringLiteral("note");
-inline const QString NotePrefix = QStringLiteral("NOTE: ");
-inline const QString InvoiceNotePrefix = QStringLiteral("INVOICE NOTE: ");
-inline const QString Mark = QStringLiteral("*");
 
 // A message box or input box: title (empty: the application's) and text.
 struct Prompt {
@@ -56,42 +54,6 @@ QString notePrompt(const QString &name);
 
 // The greatest quantity an item line holds: two digits.
 inline constexpr int MaxQuantity = 99;
-
-// ---------------------------------------------------------------- node kinds
-enum class NodeKind { Root, Customer, EnteredItem, FinalItem, RecordNote, InvoiceNote, Other };
-// The kind told by the last character of the key ("root_node" is the root).
-NodeKind kindOfKey(QStringView key);
-inline bool isCustomerKey(QStringView key) { return key.endsWith(u'k'); }
-// The CID of a customer node's key: the key without its "k" (and blanks).
-QString cidOfKey(QStringView key);
-// The display name in a customer node's text: up to the first " - ", any mark "*" kept.
-QString nameOfNodeText(QStringView text);
-inline bool isMarked(QStringView customerText) { return customerText.startsWith(u'*'); }
-
-// ---------------------------------------------------------------- numbers
-// ParseBilledQuantity: the quantity at the end of an item text, " (x3)" or
-// " (x12)"; 1 for any other ending.
-qint16 parseBilledQuantity(QStringView text);
-// AddOneToQuantity: the item text with its quantity one higher ("... (x9)"
-// becomes "... (x10)", no quantity becomes " (x2)"). Nothing when the text
-// already holds the greatest quantity: a further one would not be read back.
-std::optional<QString> addOneToQuantity(QStringView text);
-// The longest leading part of text that reads as a decimal number with "."
-// as the point (an optional sign, digits, a point, digits); 0 when none.
-double leadingDecimal(QStringView text);
-// BilledItemAmount: quantity times price of an item text, in 32-bit floats
-// with one rounding per step. currencySymbol is what the user's locale puts
-// beside amounts; it is removed before reading.
-float billedItemAmount(QStringView text, const QString &currencySymbol);
-// The balance typed into "Enter New Balance": trimmed, the currency symbol
-// removed, the leading decimal number. A zero counts only when typed as "0",
-// "0.", "0.0" or "0.00"; anything else that reads as 0 is not a number and
-// gives nothing.
-std::optional<float> readBalanceAnswer(const QString &answer, const QString &currencySymbol);
-// A stored balance ("16.5") as a float; "0" and anything unreadable are 0.
-float balanceValue(QStringView stored);
-// " - paid" or " - owes " and the amount in the user's currency form.
-QString balanceSuffix(float balance);
 
 // ---------------------------------------------------------------- dates
 // The "(Example: March 2004)" hint for the name of a new period, in the
@@ -128,7 +90,7 @@ AddCheck checkNewBillPeriod(const Database &db, const InvoiceTree &entryTree, co
 // items (WalkInvoiceTree, FlushInvoiceRecord). Gives the number of records
 // added. Dates are as typed; they are stored in the chrono form.
 int finaliseBillPeriod(Database &db, const InvoiceTree &entryTree, const QString &name, const QString &start,
-                       const QString &end, const QString &due, const QString &currencySymbol);
+                       const QString &end, const QString &due);
 
 // ---------------------------------------------------------------- trees
 // ResetNewPeriodTree: the root "New Bill Period" and every current customer,
@@ -164,12 +126,45 @@ BillOutcome billProductToMarked(InvoiceTree &tree, const QString &productKey, co
 // DeleteBilledItem: the item node goes as a whole. False when node isn't an item under entry.
 bool deleteBilledItem(InvoiceTree &tree, int node);
 
+// An open entry as plain values, enough to build its tree again exactly: its
+// name and dates as typed, its customers in tree order with their marks, and
+// what was billed to whom.
+struct BillEntry {
+    struct Customer {
+        QString number;
+        bool marked = false;
+        friend bool operator==(const Customer &, const Customer &) = default;
+    };
+    struct Item {
+        QString customer, item;
+        qint64 quantity = 1;
+        friend bool operator==(const Item &, const Item &) = default;
+    };
+    QString name, start, end, due;
+    QList<Customer> customers;
+    QList<Item> items;  // in tree order
+    friend bool operator==(const BillEntry &, const BillEntry &) = default;
+};
+// The customers, marks and items of an entry tree; name and dates stay empty
+// (the panel's fields hold them).
+BillEntry entryOf(const InvoiceTree &entryTree);
+// The entry tree of entry: its customers under their present names, its
+// items at their present list texts and prices.
+void restoreEntry(InvoiceTree &entryTree, const Database &db, const BillEntry &entry);
+
+// Deleting a customer or an item (key "12k"). One that a record or the open
+// entry bills is archived, so its number is never given to another; a
+// customer deleted outright also leaves the entry's tree, so nothing can be
+// billed to a number that may come back.
+edits::Removal removeCustomer(InvoiceTrees &trees, const QString &key, const edits::Progress &progress = {});
+edits::Removal removeItem(InvoiceTrees &trees, const QString &key, const edits::Progress &progress = {});
+
 // ---------------------------------------------------------------- payments
 // LogPayment on the customer node of tree 0 of the period on show: the node's
 // text, colour and note node, the record's balance and note, then tree 1
 // rebuilt. False when nothing changed (a full payment for a paid customer
 // without a note, or a node without a record).
-bool logPayment(InvoiceTree &tree0, InvoiceTree &tree1, Database &db, int node, float balance, const QString &note,
+bool logPayment(InvoiceTree &tree0, InvoiceTree &tree1, Database &db, int node, Money balance, const QString &note,
                 const QString &period);
 
 // The invoice note of tree 1: added under the customer node, ticked; a

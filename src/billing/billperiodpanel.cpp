@@ -4,6 +4,8 @@
 #include "billing/invoicetrees.h"
 #include "billing/invoicetreeview.h"
 #include "database/database.h"
+#include "database/entryrules.h"
+#include "database/money.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
 #include "shell/appcontext.h"
@@ -100,6 +102,9 @@ BillPeriodPanel::BillPeriodPanel(AppContext &ctx, QWidget *parent)
     connect(m_chooser, &QComboBox::currentIndexChanged, this,
             [this](int index) { m_trees.showPeriod(index, m_chooser->itemText(index)); });
     connect(&m_trees, &InvoiceTrees::periodShown, this, &BillPeriodPanel::periodShown);
+    connect(&m_trees, &InvoiceTrees::entryDropped, this, [this] {
+        if (inEntry()) showViewControls();
+    });
     connect(m_binding, &InvoiceTreeView::mouseUp, this, &BillPeriodPanel::tvwInvoiceRecordsMouseUp);
     connect(m_binding, &InvoiceTreeView::doubleClicked, this, &BillPeriodPanel::tvwInvoiceRecordsDblClick);
 
@@ -229,11 +234,12 @@ void BillPeriodPanel::showBillPeriodEntry(bool isNew)
         roster::setBackColour(m_txtBillPeriod, syscolor::InfoBackground);
         m_lblExample->setText(billing::exampleText(QDate::currentDate()));
         clearEntryFields(1);
-        billing::resetNewPeriodTree(treeModel(), ctx.db());
+        m_trees.beginEntry();
         m_cmdResetCustomerAccounts->setText(caption::ResetCustomerAccounts);
         m_cmdResetCustomerAccounts->hide();
         m_cmdAdjustBalance->hide();
     } else {
+        m_trees.endEntry();
         m_cmdAddNewBP->setText(caption::NewBillPeriod);
         m_lblBillPeriodName->setText(caption::NameInView);
         // cmbBillPeriod_Click(1): the period the chooser holds, if any. After
@@ -242,10 +248,24 @@ void BillPeriodPanel::showBillPeriodEntry(bool isNew)
         if (treeModel().isEmpty() || treeModel().chosenPeriod() != m_chooser->currentText()
             || m_chooser->currentIndex() != m_trees.chosenIndex())
             m_trees.showPeriod(m_chooser->currentIndex(), m_chooser->currentText());
-        clearEntryFields(2);
-        m_cmdResetCustomerAccounts->hide();
-        m_cmdResetCustomerAccounts->setText(caption::LogFullPayment);
+        showViewControls();
+        return;
     }
+    showModeControls(true);
+}
+
+void BillPeriodPanel::showViewControls()
+{
+    m_cmdAddNewBP->setText(caption::NewBillPeriod);
+    m_lblBillPeriodName->setText(caption::NameInView);
+    clearEntryFields(2);
+    m_cmdResetCustomerAccounts->hide();
+    m_cmdResetCustomerAccounts->setText(caption::LogFullPayment);
+    showModeControls(false);
+}
+
+void BillPeriodPanel::showModeControls(bool isNew)
+{
     for (QWidget *w : std::initializer_list<QWidget *>{m_products, m_lblDoubleClickToAdd, m_lblExample, m_cmdCancelNewBP,
                                                        m_txtBillPeriod})
         w->setVisible(isNew);
@@ -307,7 +327,8 @@ void BillPeriodPanel::addBillPeriod()
                         QMessageBox::Ok | QMessageBox::Cancel) != QMessageBox::Ok)
         return;
     billing::finaliseBillPeriod(ctx.db(), treeModel(), name, m_periodFields[0]->text(), m_periodFields[1]->text(),
-                                m_periodFields[2]->text(), regional::currencySymbol());
+                                m_periodFields[2]->text());
+    m_trees.endEntry();
     // The lists of periods follow (RefreshBillPeriodList shows the latest),
     // and the database counts as changed.
     ctx.db().tableEdited(Database::Table::InvoiceRecords);
@@ -321,6 +342,9 @@ void BillPeriodPanel::periodShown(int listIndex, const QString &row)
         const QSignalBlocker quiet(m_chooser);
         m_chooser->setCurrentIndex(listIndex);
     }
+    // During an entry the Printing panel shows periods in its own tree; the
+    // fields hold the entry's dates.
+    if (m_trees.entryOpen()) return;
     if (const auto period = PeriodRow::parse(row)) {
         m_periodFields[0]->setText(billing::screenDate(period->start));
         m_periodFields[1]->setText(billing::screenDate(period->end));
@@ -351,10 +375,9 @@ void BillPeriodPanel::lvwProductsDblClick()
 
 bool BillPeriodPanel::selectedHasRecord() const
 {
-    const InvoiceTree &t = treeModel();
-    const QString key = t.key(m_binding->selectedNode());
-    if (!billing::isCustomerKey(key) || m_trees.chosenIndex() < 0) return false;
-    return ctx.db().lvwInvoiceRecords.contains(record::keyFor(m_trees.chosenName(), billing::cidOfKey(key)));
+    const NodeValues &v = treeModel().values(m_binding->selectedNode());
+    if (v.kind != NodeKind::Customer || !v.balance || m_trees.chosenIndex() < 0) return false;
+    return ctx.db().lvwInvoiceRecords.contains(record::keyFor(m_trees.chosenName(), v.customer));
 }
 
 void BillPeriodPanel::tvwInvoiceRecordsMouseUp(Qt::MouseButton button, bool ctrl)
@@ -363,12 +386,12 @@ void BillPeriodPanel::tvwInvoiceRecordsMouseUp(Qt::MouseButton button, bool ctrl
     if (t.isEmpty()) return;
     const int node = m_binding->selectedNode();
     if (node == 0) return;
-    const billing::NodeKind kind = billing::kindOfKey(t.key(node));
+    const NodeKind kind = t.kind(node);
     if (inEntry()) {
         if (button != Qt::LeftButton) {
-            if (kind == billing::NodeKind::Customer) m_mnuPopupC->popup(QCursor::pos());
-            else if (kind == billing::NodeKind::EnteredItem) m_mnuPopupB->popup(QCursor::pos());
-        } else if (kind == billing::NodeKind::Customer) {
+            if (kind == NodeKind::Customer) m_mnuPopupC->popup(QCursor::pos());
+            else if (kind == NodeKind::EnteredItem) m_mnuPopupB->popup(QCursor::pos());
+        } else if (kind == NodeKind::Customer) {
             if (ctrl) {
                 billing::toggleMark(t, node);
             } else {
@@ -390,28 +413,31 @@ void BillPeriodPanel::tvwInvoiceRecordsDblClick()
     if (t.isEmpty()) return;
     const int node = m_binding->selectedNode();
     if (node == 0) return;
-    const billing::NodeKind kind = billing::kindOfKey(t.key(node));
+    const NodeKind kind = t.kind(node);
     if (inEntry()) {
-        if (kind == billing::NodeKind::EnteredItem) {
+        if (kind == NodeKind::EnteredItem) {
             billing::deleteBilledItem(t, node);
+            // The button's release that ends the double-click lands on
+            // whatever moved under the mouse: it must not mark anybody.
+            m_binding->ignoreNextMouseUp();
             showResetButton();
-        } else if (kind == billing::NodeKind::Customer) {
+        } else if (kind == NodeKind::Customer) {
             t.setExpanded(node, true);
-        } else if (t.text(node) == billing::NewPeriodRootText) {
+        } else if (kind == NodeKind::Root) {
             billing::markAllCustomers(t);
             t.setExpanded(node, true);
         }
         return;
     }
-    if (kind == billing::NodeKind::Customer) {
+    if (kind == NodeKind::Customer) {
         t.setExpanded(node, true);
-        logPayment(0.0f, QString());
+        logPayment(Money(), QString());
     }
 }
 
 // ---------------------------------------------------------------- payments
 
-void BillPeriodPanel::logPayment(float balance, const QString &note)
+void BillPeriodPanel::logPayment(Money balance, const QString &note)
 {
     if (m_treeView->isHidden()) return;
     m_treeView->setFocus();
@@ -427,10 +453,10 @@ void BillPeriodPanel::logPayment(float balance, const QString &note)
 void BillPeriodPanel::cmdResetCustomerAccountsClick()
 {
     if (m_cmdResetCustomerAccounts->text() == caption::ResetCustomerAccounts) {
-        billing::resetNewPeriodTree(treeModel(), ctx.db());
+        m_trees.beginEntry();
         return;
     }
-    logPayment(0.0f, QString());
+    logPayment(Money(), QString());
     // Pressed, the button marks the database changed even when nothing moved.
     ctx.db().setChanged(true);
 }
@@ -439,7 +465,7 @@ void BillPeriodPanel::cmdAdjustBalanceClick()
 {
     if (m_treeView->isHidden()) return;
     m_treeView->setFocus();
-    const QString name = billing::nameOfNodeText(treeModel().text(m_binding->selectedNode()));
+    const QString name = treeModel().values(m_binding->selectedNode()).label;
     DialogService &dialogs = DialogService::current();
     const QString balance = dialogs.text(ctx.mainWindow(), billing::text::NewBalance.title,
                                          billing::balancePrompt(name), QString())
@@ -447,11 +473,15 @@ void BillPeriodPanel::cmdAdjustBalanceClick()
     const QString note = dialogs.text(ctx.mainWindow(), billing::text::OptionalNote.title, billing::notePrompt(name),
                                       QString())
                              .value_or(QString());
-    if (balance.trimmed().isEmpty() && note.isEmpty()) return;
-    // What isn't a number logs nothing, the note neither.
-    const auto value = billing::readBalanceAnswer(balance, regional::currencySymbol());
-    if (!value) return;
-    logPayment(*value, note);
+    // No balance logs nothing, the note neither. A balance is read as a
+    // price is: "1,200" is twelve hundred, whatever the language setting.
+    if (balance.trimmed().isEmpty()) return;
+    const Money::EntryReading value = Money::readTypedAmount(balance);
+    if (!value.amount) {
+        dialogs.warning(ctx.mainWindow(), billing::text::NewBalance.title, entry::amountProblem(value.problem, balance, true));
+        return;
+    }
+    logPayment(*value.amount, note);
 }
 
 }  // namespace qor

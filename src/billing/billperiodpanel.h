@@ -4,6 +4,7 @@
 // mode it shows a finalised period and takes payments; in entry mode it builds
 // a new period in the tree until "&Add New" finalises it. The rules live in
 // billing.h; this class reads its controls, calls them and shows the outcome.
+#include "database/money.h"
 #include "shell/panel.h"
 
 #include <array>
@@ -67,10 +68,14 @@ public:
     void tvwInvoiceRecordsMouseUp(Qt::MouseButton button, bool ctrl);
     void tvwInvoiceRecordsDblClick();
     // LogPayment on the selected customer; the buttons hide, the database changes.
-    void logPayment(float balance, const QString &note);
+    void logPayment(Money balance, const QString &note);
 
 private:
     bool inEntry() const;
+    // The controls of view mode, whatever the trees show.
+    void showViewControls();
+    // What shows only in one mode, and the layout of the panel.
+    void showModeControls(bool isNew);
     void txtBillPeriodChange();
     void txtPFieldChange(int index);
     void periodShown(int listIndex, const QString &row);

@@ -7,6 +7,25 @@ namespace qor {
 
 namespace {
 const std::vector<int> NoChildren;
+const NodeValues NoValues;
+}  // namespace
+
+QString textOf(const NodeValues &v)
+{
+    switch (v.kind) {
+    case NodeKind::Customer:
+        if (!v.balance) return v.marked ? u'*' + v.label : v.label;
+        if (v.balance->isZero()) return v.label + QStringLiteral(" - paid");
+        return v.label + QStringLiteral(" - owes ") + v.balance->toCurrencyText();
+    case NodeKind::EnteredItem:
+    case NodeKind::FinalItem:
+        return v.quantity == 1 ? v.label : v.label + QStringLiteral(" (x%1)").arg(v.quantity);
+    case NodeKind::RecordNote: return QStringLiteral("NOTE: ") + v.label;
+    case NodeKind::InvoiceNote: return QStringLiteral("INVOICE NOTE: ") + v.label;
+    case NodeKind::Root:
+    case NodeKind::Other: break;
+    }
+    return v.label;
 }
 
 InvoiceTree::InvoiceTree(int index, QObject *parent) : QAbstractItemModel(parent), m_index(index)
@@ -81,19 +100,19 @@ void InvoiceTree::endBulkChange()
         if (exists(node)) emit expansionChanged(node, expanded(node));
 }
 
-int InvoiceTree::add(int parent, const QString &key, const QString &text)
+int InvoiceTree::add(int parent, const QString &key, const NodeValues &values)
 {
     if (parent != 0 && !exists(parent)) return 0;
     ensureIndex();
     if (m_byKey.contains(key)) return 0;
-    return insert(parent, key, text, true);
+    return insert(parent, key, values, true);
 }
 
-int InvoiceTree::addNew(int parent, const QString &key, const QString &text)
+int InvoiceTree::addNew(int parent, const QString &key, const NodeValues &values)
 {
     if (parent != 0 && !exists(parent)) return 0;
     m_indexStale = true;
-    return insert(parent, key, text, false);
+    return insert(parent, key, values, false);
 }
 
 void InvoiceTree::reserve(int n)
@@ -110,7 +129,7 @@ void InvoiceTree::ensureIndex() const
     m_indexStale = false;
 }
 
-int InvoiceTree::insert(int parent, const QString &key, const QString &text, bool index)
+int InvoiceTree::insert(int parent, const QString &key, const NodeValues &values, bool index)
 {
     const int node = int(m_nodes.size());
     const int row = int(m_nodes[size_t(parent)].children.size());
@@ -118,7 +137,7 @@ int InvoiceTree::insert(int parent, const QString &key, const QString &text, boo
     else structuralChangeInBulk();
     Node n;
     n.key = key;
-    n.text = text;
+    n.values = values;
     n.parent = parent;
     n.row = row;
     n.alive = true;
@@ -138,7 +157,7 @@ void InvoiceTree::removeLinks(int node)
     n.alive = false;
     n.children.clear();
     n.key.clear();
-    n.text.clear();
+    n.values = NodeValues();
     --m_live;
 }
 
@@ -169,7 +188,7 @@ int InvoiceTree::root() const
 }
 
 QString InvoiceTree::key(int node) const { return exists(node) ? m_nodes[size_t(node)].key : QString(); }
-QString InvoiceTree::text(int node) const { return exists(node) ? m_nodes[size_t(node)].text : QString(); }
+QString InvoiceTree::text(int node) const { return exists(node) ? textOf(m_nodes[size_t(node)].values) : QString(); }
 
 void InvoiceTree::changed(int node, const QList<int> &roles)
 {
@@ -181,11 +200,20 @@ void InvoiceTree::changed(int node, const QList<int> &roles)
     emit dataChanged(i, i, roles);
 }
 
-void InvoiceTree::setText(int node, const QString &text)
+const NodeValues &InvoiceTree::values(int node) const { return exists(node) ? m_nodes[size_t(node)].values : NoValues; }
+
+void InvoiceTree::setValues(int node, const NodeValues &values)
 {
-    if (!exists(node) || m_nodes[size_t(node)].text == text) return;
-    m_nodes[size_t(node)].text = text;
+    if (!exists(node) || m_nodes[size_t(node)].values == values) return;
+    m_nodes[size_t(node)].values = values;
     changed(node, {Qt::DisplayRole});
+}
+
+bool InvoiceTree::hasCheckBox(int node) const
+{
+    if (!hasCheckBoxes() || !exists(node)) return false;
+    const NodeKind k = m_nodes[size_t(node)].values.kind;
+    return k != NodeKind::EnteredItem && k != NodeKind::FinalItem;
 }
 
 NodeColour InvoiceTree::colour(int node) const
@@ -244,15 +272,14 @@ std::vector<int> InvoiceTree::nodes() const
     return out;
 }
 
-void InvoiceTree::nodeCheck(int node, const QString &chosenPeriod)
+void InvoiceTree::nodeCheck(int node)
 {
     if (!exists(node)) return;
     // A grey node (a paid customer, or the root when nobody owes) keeps the
     // box as the user left it and moves nothing else.
     if (colour(node) == NodeColour::GreyText) return;
-    if (text(node) != chosenPeriod) return;
-    const int first = root();
-    const bool state = checked(first);
+    if (kind(node) != NodeKind::Root) return;
+    const bool state = checked(node);
     const Bulk bulk(*this);
     forEachNode([&](int n) { setChecked(n, state); });
 }
@@ -317,9 +344,9 @@ QVariant InvoiceTree::data(const QModelIndex &index, int role) const
     switch (role) {
     case Qt::DisplayRole:
     case Qt::ToolTipRole:
-        return n.text;
+        return textOf(n.values);
     case Qt::CheckStateRole:
-        if (!hasCheckBoxes()) return {};
+        if (!hasCheckBox(node)) return {};
         return n.checked ? Qt::Checked : Qt::Unchecked;
     case ColourRole:
         return int(n.colour);
@@ -335,17 +362,18 @@ QVariant InvoiceTree::data(const QModelIndex &index, int role) const
 bool InvoiceTree::setData(const QModelIndex &index, const QVariant &value, int role)
 {
     const int node = nodeOf(index);
-    if (node == 0 || role != Qt::CheckStateRole || !hasCheckBoxes()) return false;
+    if (node == 0 || role != Qt::CheckStateRole || !hasCheckBox(node)) return false;
     setChecked(node, value.toInt() == Qt::Checked);
-    nodeCheck(node, m_chosenPeriod);
+    nodeCheck(node);
     return true;
 }
 
 Qt::ItemFlags InvoiceTree::flags(const QModelIndex &index) const
 {
-    if (nodeOf(index) == 0) return Qt::NoItemFlags;
+    const int node = nodeOf(index);
+    if (node == 0) return Qt::NoItemFlags;
     Qt::ItemFlags f = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
-    if (hasCheckBoxes()) f |= Qt::ItemIsUserCheckable;
+    if (hasCheckBox(node)) f |= Qt::ItemIsUserCheckable;
     return f;
 }
 

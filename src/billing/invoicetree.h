@@ -9,12 +9,41 @@
 // clear(): node 1 is the root. A removed node's number is not used again, so
 // the numbers of the living nodes stay in insertion order, which is the order
 // the print run walks.
+#include "database/money.h"
+
 #include <QAbstractItemModel>
 #include <QHash>
 #include <QString>
+#include <optional>
 #include <vector>
 
 namespace qor {
+
+// What a node is. The key's last character says the same ("k" customer, "b"
+// item under entry, "i" finalised item, "e" record note, "n" invoice note),
+// but nobody needs to read it from there.
+enum class NodeKind : quint8 { Other, Root, Customer, EnteredItem, FinalItem, RecordNote, InvoiceNote };
+
+// What a node stands for. Its text is made from these alone (textOf), so
+// whoever needs a number or a name reads it here, never out of a caption.
+struct NodeValues {
+    NodeKind kind = NodeKind::Other;
+    // Root: its caption; customer: the display name; item: the item's list
+    // text ("$5.00 - Midget Widget"); notes: the note as typed.
+    QString label;
+    QString customer;  // customer number: customer, item and note nodes
+    QString item;      // item number: item nodes
+    qint64 quantity = 1;  // item nodes
+    Money amount;         // item nodes: the quantity times the item's price
+    std::optional<Money> balance;  // customer nodes of a finalised period: what is still owed
+    bool marked = false;  // customer nodes of an entry: the next billing goes to them
+
+    friend bool operator==(const NodeValues &, const NodeValues &) = default;
+};
+// The text a node shows: "*Ames, Al" (marked, in an entry), "Ames, Al - owes
+// $16.50", "Ames, Al - paid", "$5.00 - Midget Widget (x3)", "NOTE: ...",
+// "INVOICE NOTE: ...". Amounts in the locale's currency form.
+QString textOf(const NodeValues &values);
 
 // ForeColor of a node.
 enum class NodeColour : quint8 {
@@ -27,8 +56,10 @@ enum class NodeColour : quint8 {
 class InvoiceTree : public QAbstractItemModel {
     Q_OBJECT
 public:
-    // Index 0 is the Bill Periods tree; index 1, the Printing tree, has a
-    // check box on every node.
+    // Index 0 is the Bill Periods tree; index 1, the Printing tree, has
+    // check boxes: on the root, the customers and the invoice notes. Items
+    // have none: the tick chooses who is printed, and an invoice prints all
+    // that was billed.
     explicit InvoiceTree(int index, QObject *parent = nullptr);
     ~InvoiceTree() override;
 
@@ -38,6 +69,8 @@ public:
 
     int treeIndex() const { return m_index; }
     bool hasCheckBoxes() const { return m_index == 1; }
+    // Whether the node has a box to tick (tree 1, not an item).
+    bool hasCheckBox(int node) const;
 
     // --- The tree as data. Node 0 means "no node".
     int nodeCount() const { return m_live; }
@@ -46,11 +79,11 @@ public:
     // Adds a node under parent (0: a top-level node, the root) as its last
     // child. Gives the new node's number, or 0 when the key is in use already
     // (the tree is then unchanged) or the parent doesn't exist.
-    int add(int parent, const QString &key, const QString &text);
+    int add(int parent, const QString &key, const NodeValues &values);
     // add() for a builder that knows the key is new in the tree (a rebuild
     // from records, whose keys are unique by construction): the key index is
     // brought up to date only when a look-up needs it.
-    int addNew(int parent, const QString &key, const QString &text);
+    int addNew(int parent, const QString &key, const NodeValues &values);
     // Room for n nodes in all.
     void reserve(int n);
     // Removes the node and everything under it.
@@ -61,7 +94,10 @@ public:
 
     QString key(int node) const;
     QString text(int node) const;
-    void setText(int node, const QString &text);
+    // A node's values (defaults for no node); setting them makes its text anew.
+    const NodeValues &values(int node) const;
+    NodeKind kind(int node) const { return values(node).kind; }
+    void setValues(int node, const NodeValues &values);
     NodeColour colour(int node) const;
     void setColour(int node, NodeColour colour);
     bool checked(int node) const;
@@ -83,11 +119,10 @@ public:
     }
 
     // NodeCheck: the user changed the box of a node of tree 1. A grey node
-    // keeps what the user gave it and moves nothing else; the root (the node
-    // whose text is the chosen period's name) gives its state to every node.
-    void nodeCheck(int node, const QString &chosenPeriod);
-    // The period whose name the user's tick on the root is compared with
-    // (cmbBillPeriod(2)); set by the rebuild.
+    // keeps what the user gave it and moves nothing else; the root gives its
+    // state to every node.
+    void nodeCheck(int node);
+    // The period the tree shows (empty for an entry); set by the rebuild.
     void setChosenPeriod(const QString &name) { m_chosenPeriod = name; }
     QString chosenPeriod() const { return m_chosenPeriod; }
 
@@ -130,8 +165,11 @@ signals:
     void expansionChanged(int node, bool expanded);
 
 private:
+    // A node keeps its values; its text is made from them when it is asked
+    // for, which a view does only for the rows it shows.
     struct Node {
-        QString key, text;
+        QString key;
+        NodeValues values;
         int parent = 0;
         int row = 0;  // place among the parent's children
         std::vector<int> children;
@@ -141,7 +179,7 @@ private:
     void changed(int node, const QList<int> &roles);
     void removeLinks(int node);
     void structuralChangeInBulk();
-    int insert(int parent, const QString &key, const QString &text, bool index);
+    int insert(int parent, const QString &key, const NodeValues &values, bool index);
     void ensureIndex() const;
 
     int m_index;

@@ -9,6 +9,13 @@ namespace qor {
 InvoiceTrees::InvoiceTrees(Database &db) : QObject(&db), m_db(db)
 {
     setObjectName(QStringLiteral("InvoiceTrees"));
+    // Reading the books again ends any entry; whoever reads them has asked.
+    connect(&db, &Database::aboutToReload, this, [this] {
+        if (!m_entryOpen) return;
+        m_entryOpen = false;
+        m_tree0.clear();
+        emit entryDropped();
+    });
 }
 
 InvoiceTrees &InvoiceTrees::of(Database &db)
@@ -24,8 +31,24 @@ void InvoiceTrees::showPeriod(int listIndex, const QString &name)
     if (!PeriodView::parse(row)) return;
     m_index = listIndex;
     m_name = name;
-    billing::rebuildInvoiceTrees(m_tree0, m_tree1, m_db, name);
+    if (m_entryOpen) billing::rebuildInvoiceTree(m_tree1, m_db, name);
+    else billing::rebuildInvoiceTrees(m_tree0, m_tree1, m_db, name);
     emit periodShown(listIndex, row);
+}
+
+void InvoiceTrees::beginEntry()
+{
+    m_entryOpen = true;
+    billing::resetNewPeriodTree(m_tree0, m_db);
+}
+
+void InvoiceTrees::dropEntry()
+{
+    if (!m_entryOpen) return;
+    m_entryOpen = false;
+    if (m_index >= 0) showPeriod(m_index, m_name);
+    else m_tree0.clear();
+    emit entryDropped();
 }
 
 void InvoiceTrees::forgetPeriod()

@@ -31,15 +31,30 @@ public:
     // ShowBillPeriod: the period at chooser position listIndex, whose name the
     // chooser shows. Nothing happens for no selection, or when the row at
     // that position of lvwPeriods isn't a period row. Otherwise both trees
-    // are rebuilt and periodShown tells both panels.
+    // are rebuilt and periodShown tells both panels. While an entry is open
+    // only tree 1 is rebuilt: the entry keeps its tree, and the Printing
+    // panel can print another period meanwhile.
     void showPeriod(int listIndex, const QString &name);
     // RefreshBillPeriodList empties the choosers: no period is on show.
     void forgetPeriod();
 
+    // The entry of a new period lives in tree 0 from beginEntry() to
+    // endEntry(): every current customer, marked, to start with.
+    bool entryOpen() const { return m_entryOpen; }
+    void beginEntry();
+    // The entry is over (finalised or cancelled); tree 0 keeps what it holds
+    // until the Bill Periods panel shows a period again.
+    void endEntry() { m_entryOpen = false; }
+    // Ends an open entry without asking (entryguard.h asks first): tree 0
+    // shows the period on show again, and entryDropped tells the panel to go
+    // back to view mode.
+    void dropEntry();
+
 signals:
-    // Both trees show the period at listIndex of the choosers; row is its
-    // row text in lvwPeriods (for the dates).
+    // Tree 1 (both trees outside an entry) shows the period at listIndex of
+    // the choosers; row is its row text in lvwPeriods (for the dates).
     void periodShown(int listIndex, const QString &row);
+    void entryDropped();
 
 private:
     explicit InvoiceTrees(Database &db);
@@ -47,6 +62,7 @@ private:
     InvoiceTree m_tree0{0}, m_tree1{1};
     int m_index = -1;
     QString m_name;
+    bool m_entryOpen = false;
 };
 
 }  // namespace qor

@@ -9,6 +9,8 @@
 #include <QStyledItemDelegate>
 #include <QTreeView>
 
+#include <utility>
+
 namespace qor {
 
 namespace {
@@ -109,6 +111,7 @@ bool InvoiceTreeView::eventFilter(QObject *watched, QEvent *event)
     }
     if (!m_tree || watched != m_view->viewport() || m_filtering) return QObject::eventFilter(watched, event);
     const QEvent::Type type = event->type();
+    if (type == QEvent::MouseButtonPress) m_ignoreUp = false;
     if (type != QEvent::MouseButtonRelease && type != QEvent::MouseButtonDblClick)
         return QObject::eventFilter(watched, event);
     auto *e = static_cast<QMouseEvent *>(event);
@@ -126,7 +129,7 @@ bool InvoiceTreeView::eventFilter(QObject *watched, QEvent *event)
     } else {
         // Any button selects the node under the mouse: the menus act on it.
         if (button != Qt::LeftButton && at.isValid()) m_view->setCurrentIndex(at);
-        emit mouseUp(button, ctrl);
+        if (!std::exchange(m_ignoreUp, false)) emit mouseUp(button, ctrl);
     }
     return true;
 }

@@ -25,6 +25,10 @@ public:
     // The selected node, 0 when none.
     int selectedNode() const;
     void selectNode(int node);
+    // The next release of a button is not told as a mouse-up (the next press
+    // forgets this): a double-click that removed the node under the mouse
+    // ends with a release over some other node.
+    void ignoreNextMouseUp() { m_ignoreUp = true; }
 
 signals:
     // A mouse button was let go over the tree, after the selection followed it.
@@ -42,6 +46,7 @@ private:
     bool m_syncing = false;
     bool m_filtering = false;
     bool m_expansionPending = false;
+    bool m_ignoreUp = false;
 };
 
 }  // namespace qor

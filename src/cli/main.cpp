@@ -212,6 +212,7 @@ int check(const QString &path)
     out << "bill periods: " << db.lvwPeriods.count() << '\n';
     out << "invoice records: " << db.lvwInvoiceRecords.count() << '\n';
     for (const QString &p : problems) out << p << '\n';
+    for (const QString &p : qor::accounts::moneyProblems(db)) out << p << '\n';
     return Ok;
 }
 
@@ -277,8 +278,8 @@ int periods(const QString &path, const StatementOptions &o)
     QTextStream out(stdout);
     for (const qor::accounts::PeriodSummary &p : qor::accounts::periodSummaries(db)) {
         out << p.name << '\t' << p.start << '\t' << p.end << '\t' << p.due << '\t' << p.records << '\t'
-            << qor::accounts::formatCents(p.billedCents, o.plain) << '\t'
-            << qor::accounts::formatCents(p.owedCents, o.plain) << '\t' << p.paid << '\n';
+            << qor::accounts::formatMoney(p.billed, o.plain) << '\t'
+            << qor::accounts::formatMoney(p.owed, o.plain) << '\t' << p.paid << '\n';
     }
     return Ok;
 }
@@ -296,11 +297,11 @@ int owing(const QString &path, const StatementOptions &o)
     const qor::accounts::Owing statement = qor::accounts::owing(db, o.customer);
     for (const qor::accounts::OwingCustomer &c : statement.customers) {
         out << c.name << '\t' << c.cid << '\n';
-        for (const auto &[period, cents] : c.periods)
-            out << '\t' << period << '\t' << qor::accounts::formatCents(cents, o.plain) << '\n';
-        out << "\ttotal\t" << qor::accounts::formatCents(c.totalCents, o.plain) << '\n';
+        for (const auto &[period, balance] : c.periods)
+            out << '\t' << period << '\t' << qor::accounts::formatMoney(balance, o.plain) << '\n';
+        out << "\ttotal\t" << qor::accounts::formatMoney(c.total, o.plain) << '\n';
     }
-    out << "total owed\t" << qor::accounts::formatCents(statement.totalCents, o.plain) << '\n';
+    out << "total owed\t" << qor::accounts::formatMoney(statement.total, o.plain) << '\n';
     return Ok;
 }
 
@@ -334,8 +335,16 @@ bool parsePageArgs(const QStringList &args, PageArgs &a, bool envelopes)
     return !a.out.isEmpty() && (!envelopes || !a.period.isEmpty());
 }
 
-int writePages(const QList<qor::pages::Page> &pages, const QString &out, const QPageSize &paper)
+int nothingToPrint(const QString &what)
 {
+    err(QStringLiteral("There are no %1 to print; no file was written.").arg(what));
+    return NothingToPrint;
+}
+
+// Writes the pages as one PDF; no page writes no file (what names the pages).
+int writePages(const QList<qor::pages::Page> &pages, const QString &out, const QPageSize &paper, const QString &what)
+{
+    if (pages.isEmpty()) return nothingToPrint(what);
     QBuffer pdf;
     pdf.open(QIODevice::WriteOnly);
     QString why;
@@ -386,7 +395,7 @@ int envelopes(const QStringList &args)
     db.lvwInvoiceRecords.forEach([&](QStringView, QStringView text) {
         const auto r = qor::InvoiceRecordView::parse(text);
         if (!r || r->period != a.period) return true;
-        if (!a.all && qor::regional::val(r->balance) == 0) return true;
+        if (!a.all && qor::Money::fromStoredText(r->balance).value_or(qor::Money()).isZero()) return true;
         const QString key = qor::numberKey(r->cid);
         if (!db.lvwCustomers.contains(key)) return true;
         const auto c = qor::CustomerView::parse(db.lvwCustomers.textOf(key));
@@ -397,7 +406,7 @@ int envelopes(const QStringList &args)
         pages << qor::pages::composeEnvelope(in);
         return true;
     });
-    const int rc = writePages(pages, a.out, qor::pages::defaultEnvelopePaper());
+    const int rc = writePages(pages, a.out, qor::pages::defaultEnvelopePaper(), QStringLiteral("envelopes"));
     if (rc == Ok) QTextStream(stdout) << pages.size() << " envelopes\n";
     return rc;
 }
@@ -481,7 +490,7 @@ int invoices(const QStringList &args)
     qor::billing::rebuildInvoiceTree(tree, db, period);
     std::vector<int> customers;
     for (int node : tree.nodes())
-        if (qor::billing::isCustomerKey(tree.key(node))) customers.push_back(node);
+        if (tree.kind(node) == qor::NodeKind::Customer) customers.push_back(node);
     if (!cid.isEmpty()) {
         const QString key = qor::numberKey(QStringView(cid));
         bool found = false;
@@ -502,32 +511,39 @@ int invoices(const QStringList &args)
     run.billDue = qor::invoicerun::billDueOf(db, period);
     run.options = qor::invoicerun::storedInvoiceOptions();
     if (templateNumber >= 0) run.options.templateNumber = templateNumber;
+    if (run.options.templateNumber < 0) {
+        err(QStringLiteral("The stored invoice layout (Printing/PrintPreviewSelected) is not 0, 1 or 2; "
+                           "give --template 0, 1 or 2."));
+        return Usage;
+    }
 
     if (out.isEmpty()) {
         // One PDF per customer, for e-mailing; duplicates make no sense there.
         run.options.printDuplicates = false;
+        QList<std::pair<QString, QList<qor::pages::Page>>> invoices;
+        for (int node : customers) {
+            if (!tree.checked(node)) continue;
+            QList<qor::pages::Page> invoice = qor::invoicerun::invoicePagesFor(db, tree, node, run);
+            if (invoice.isEmpty()) continue;
+            const qor::NodeValues &v = tree.values(node);
+            invoices.append({eachFileName(v.label, v.customer, period), std::move(invoice)});
+        }
+        if (invoices.isEmpty()) return nothingToPrint(QStringLiteral("invoices"));
         if (const QString why = qor::files::makePrivateFolder(each); !why.isEmpty()) {
             err(QStringLiteral("The folder \"%1\" could not be made: %2.").arg(shown(each), why));
             return NotWritten;
         }
-        int written = 0;
-        for (int node : customers) {
-            if (!tree.checked(node)) continue;
-            const auto page = qor::invoicerun::invoicePageFor(db, tree, node, run);
-            if (!page) continue;
-            const QString name = eachFileName(qor::billing::nameOfNodeText(tree.text(node)),
-                                              qor::plainNumber(tree.key(node)), period);
+        for (const auto &[name, invoice] : invoices) {
             const QString target = QDir(each).filePath(name);
             if (outputIsInput(target, {file})) return Usage;
-            const int rc = writePages({*page}, target, paper);
+            const int rc = writePages(invoice, target, paper, QStringLiteral("invoices"));
             if (rc != Ok) return rc;
-            ++written;
         }
-        QTextStream(stdout) << written << " invoices\n";
+        QTextStream(stdout) << invoices.size() << " invoices\n";
         return Ok;
     }
     const QList<qor::pages::Page> pages = qor::invoicerun::composeInvoiceRun(db, tree, run);
-    const int rc = writePages(pages, out, paper);
+    const int rc = writePages(pages, out, paper, QStringLiteral("invoices"));
     if (rc == Ok) QTextStream(stdout) << pages.size() << " pages\n";
     return rc;
 }
@@ -544,7 +560,7 @@ int customers(const QStringList &args)
     QStringList problems;
     if (!load(db, a.file, problems)) return Rejected;
     if (db.lvwCustomers.count() == 0) {
-        err(QStringLiteral("There are no customers to print in \"%1\".").arg(shown(a.file)));
+        err(QStringLiteral("There are no customers to print in \"%1\"; no file was written.").arg(shown(a.file)));
         return NothingToPrint;
     }
     namespace s = qor::settings;
@@ -562,7 +578,7 @@ int customers(const QStringList &args)
     o.fontStyleSize = s::value(S, QStringLiteral("PrintFontStyleSize"));
     // Measured as the PDF draws: a twip a unit, no device of its own.
     const QList<qor::pages::Page> pages = qor::pages::composeCustomerList(db.lvwCustomers, o);
-    const int rc = writePages(pages, a.out, qor::pages::defaultPaper());
+    const int rc = writePages(pages, a.out, qor::pages::defaultPaper(), QStringLiteral("customers"));
     if (rc == Ok) QTextStream(stdout) << pages.size() << " pages\n";
     return rc;
 }

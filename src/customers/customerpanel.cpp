@@ -2,7 +2,9 @@
 
 #include "customers/frmprintcustomers.h"
 
+#include "billing/billing.h"
 #include "billing/frmchecking.h"
+#include "billing/invoicetrees.h"
 #include "database/collation.h"
 #include "database/database.h"
 #include "database/edits.h"
@@ -580,7 +582,7 @@ void CustomerPanel::deleteCustomer()
     const QScopedValueRollback hold(m_holdFields, true);
     FrmChecking &checking = ctx.showCheckingWindow();
     const edits::Removal removal =
-        edits::removeCustomer(db, key, [&checking](float percent) { checking.setProgress(percent); });
+        billing::removeCustomer(InvoiceTrees::of(db), key, [&checking](float percent) { checking.setProgress(percent); });
     checking.showOutcome(edits::wordOf(removal));
     refreshCustomerList();
     checking.enableOK();

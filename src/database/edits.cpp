@@ -30,10 +30,10 @@ bool replaceCustomer(Database &db, const QString &key, const CustomerRow &row)
     return true;
 }
 
-Removal removeCustomer(Database &db, const QString &key, const Progress &progress)
+Removal removeCustomer(Database &db, const QString &key, const Progress &progress, bool inUse)
 {
     if (!db.lvwCustomers.contains(key)) return Removal::NotThere;
-    const bool found = db.customerIsBilled(plainNumber(key), progress);
+    const bool found = db.customerIsBilled(plainNumber(key), progress) || inUse;
     Database::deleteOrArchiveCustomer(db.lvwCustomers, key, found);
     db.tableEdited(Database::Table::Customers);
     return found ? Removal::Archived : Removal::Deleted;
@@ -47,10 +47,10 @@ QString addItem(Database &db, const ItemRow &row)
     return key;
 }
 
-Removal removeItem(Database &db, const QString &key, const Progress &progress)
+Removal removeItem(Database &db, const QString &key, const Progress &progress, bool inUse)
 {
     if (!db.lvwPAndS.contains(key)) return Removal::NotThere;
-    const bool found = db.productIsBilled(plainNumber(key), progress);
+    const bool found = db.productIsBilled(plainNumber(key), progress) || inUse;
     Database::deleteOrArchiveProduct(db.lvwPAndS, key, found);
     db.tableEdited(Database::Table::Items);
     return found ? Removal::Archived : Removal::Deleted;

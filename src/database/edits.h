@@ -29,11 +29,12 @@ QString addCustomer(Database &db, const CustomerRow &row, const QString &key = {
 // when there is no such customer.
 bool replaceCustomer(Database &db, const QString &key, const CustomerRow &row);
 // Scans the records for the customer (progress as it goes), then deletes the
-// row, or archives it when a record still refers to it.
-Removal removeCustomer(Database &db, const QString &key, const Progress &progress = {});
+// row, or archives it when a record still refers to it or the caller knows
+// of a use the records don't show yet (inUse: an open entry bills it).
+Removal removeCustomer(Database &db, const QString &key, const Progress &progress = {}, bool inUse = false);
 
 // Adds an item under the next free number; gives the key.
 QString addItem(Database &db, const ItemRow &row);
-Removal removeItem(Database &db, const QString &key, const Progress &progress = {});
+Removal removeItem(Database &db, const QString &key, const Progress &progress = {}, bool inUse = false);
 
 }  // namespace qor::edits

@@ -43,4 +43,15 @@ QString productProblem(QStringView priceText, QStringView name)
     return QString();
 }
 
+QString amountProblem(Money::EntryProblem problem, const QString &typed, bool balance)
+{
+    const QString what = balance ? QStringLiteral("balance") : QStringLiteral("price");
+    if (problem == Money::EntryProblem::TooManyDecimals)
+        return QStringLiteral("\"%1\" has more than two decimals.\r\n\r\nAmounts are kept to the cent: please type "
+                              "the %2 with at most two digits after the decimal mark.")
+            .arg(typed.trimmed(), what);
+    return QStringLiteral("\"%1\" can't be read as an amount.\r\n\r\nPlease type the %2 as a number, such as %3.")
+        .arg(typed.trimmed(), what, Money::fromCents(1250).toCurrencyText());
+}
+
 }  // namespace qor::entry

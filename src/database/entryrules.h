@@ -4,6 +4,8 @@
 // fixed place; an item's row divides price and name at the first " - ". Text
 // that would be taken for one of those marks is refused when it is entered,
 // so it can never flip a row to archived or move text between fields.
+#include "money.h"
+
 #include <QString>
 #include <QStringList>
 #include <QStringView>
@@ -20,5 +22,9 @@ QString companyProblem(QStringView typed);
 
 // The price text as it will be stored (in the currency form) and the name.
 QString productProblem(QStringView priceText, QStringView name);
+
+// An amount typed as a price (balance false) or as a new balance that
+// Money::readTypedAmount refused: the message that tells the user why.
+QString amountProblem(Money::EntryProblem problem, const QString &typed, bool balance);
 
 }  // namespace qor::entry

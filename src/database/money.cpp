@@ -211,6 +211,23 @@ std::optional<Money> Money::fromStoredText(QStringView text)
     const qsizetype n = text.size();
     bool negative = false;
     if (i < n && (text[i] == u'-' || text[i] == u'+')) negative = text[i++] == u'-';
+    // The form this program writes ("16.5", "200000.01", "-5") is read
+    // straight; anything longer or odder takes the general way below.
+    {
+        qint64 cents = 0;
+        qsizetype k = i, point = -1;
+        for (; k < n && k - i < 16; ++k) {
+            const QChar c = text[k];
+            if (c == u'.' && point < 0) point = k;
+            else if (c >= u'0' && c <= u'9') cents = cents * 10 + (c.unicode() - u'0');
+            else break;
+        }
+        const qsizetype decimals = point < 0 ? 0 : k - point - 1;
+        if (k == n && k > i && k - i < 16 && decimals <= 2 && k - i > (point < 0 ? 0 : 1)) {
+            for (qsizetype d = decimals; d < 2; ++d) cents *= 10;
+            return Money(negative ? -cents : cents);
+        }
+    }
     QString digits;  // significant digits, leading zeros dropped
     qint64 exponent = 0;  // of the last digit in digits
     bool anyDigit = false;
@@ -288,22 +305,24 @@ QString Money::toCurrencyText(const QLocale &locale) const
             break;
         }
     if (lastDigit < 0) return out;  // a locale without digits: nothing sensible to add to
-    if (negative && whole == 0) out.replace(lastDigit, 1, locale.toString(0));
-
-    // Currencies shown without minor units (the yen) keep that form while
-    // there are no cents to show.
-    static thread_local QString lastLocale;
-    static thread_local bool lastShowsCents = true;
-    if (locale.name() != lastLocale) {
-        lastLocale = locale.name();
-        lastShowsCents = locale.toCurrencyString(1.5).contains(locale.decimalPoint());
+    // What a locale puts after the whole units, worked out once per locale:
+    // whether it shows cents at all (the yen doesn't while there are none),
+    // and its decimal mark with each two-digit fraction in its own digits.
+    struct Form {
+        QLocale locale;
+        bool showsCents = true;
+        QString fractions[100];
+    };
+    static thread_local Form form{QLocale::c(), true, {}};
+    if (form.fractions[0].isEmpty() || !(form.locale == locale)) {
+        form.locale = locale;
+        form.showsCents = locale.toCurrencyString(1.5).contains(locale.decimalPoint());
+        for (int f = 0; f < 100; ++f)
+            form.fractions[f] = locale.decimalPoint() + (f < 10 ? locale.zeroDigit() : QString()) + locale.toString(f);
     }
-    if (!lastShowsCents && frac == 0) return out;
-
-    const QString zero = locale.zeroDigit();
-    QString fraction = locale.toString(frac);
-    if (frac < 10) fraction.prepend(zero);
-    out.insert(lastDigit + 1, locale.decimalPoint() + fraction);
+    if (negative && whole == 0) out.replace(lastDigit, 1, locale.zeroDigit());
+    if (!form.showsCents && frac == 0) return out;
+    out.insert(lastDigit + 1, form.fractions[frac]);
     return out;
 }
 

@@ -3,7 +3,6 @@
 #include <QLocale>
 #include <QStringList>
 
-#include <charconv>
 #include <cmath>
 #include <limits>
 
@@ -155,143 +154,6 @@ bool readLocaleNumber(const QString &bare, double *value)
     return true;
 }
 
-// Reads whatever digits a text holds when the locale can't read it: every
-// digit counts, and the last '.' or ',' followed by one or two digits (and no
-// more) is the decimal point. A minus before the first digit, a trailing minus
-// or brackets make it negative.
-double readDigitsLoosely(QStringView text)
-{
-    QString intPart;
-    QString fracPart;
-    qsizetype firstDigit = -1;
-    qsizetype lastDigit = -1;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (isAsciiDigit(text[i])) {
-            if (firstDigit < 0)
-                firstDigit = i;
-            lastDigit = i;
-        }
-    }
-    if (firstDigit < 0)
-        return 0.0;
-
-    // Find the decimal point: the last '.' or ',' among the digits that is
-    // followed by one or two digits up to the end of the digit run.
-    qsizetype point = -1;
-    for (qsizetype i = lastDigit; i > firstDigit; --i) {
-        const QChar c = text[i];
-        if (c == u'.' || c == u',') {
-            int after = 0;
-            for (qsizetype j = i + 1; j <= lastDigit; ++j) {
-                if (isAsciiDigit(text[j]))
-                    ++after;
-            }
-            if (after >= 1 && after <= 2)
-                point = i;
-            break;
-        }
-    }
-    for (qsizetype i = firstDigit; i <= lastDigit; ++i) {
-        if (!isAsciiDigit(text[i]))
-            continue;
-        if (point >= 0 && i > point)
-            fracPart += text[i];
-        else
-            intPart += text[i];
-    }
-    QString plain = intPart.isEmpty() ? QStringLiteral("0") : intPart;
-    if (!fracPart.isEmpty())
-        plain += u'.' + fracPart;
-    double v = plain.toDouble();
-    if (!std::isfinite(v))
-        v = 0.0;
-
-    bool negative = false;
-    for (qsizetype i = 0; i < firstDigit; ++i) {
-        const QChar c = text[i];
-        if (c == u'-' || c == QChar(0x2212) || c == u'(')
-            negative = true;
-    }
-    const QString after = trimBlanks(text.mid(lastDigit + 1));
-    if (after.endsWith(u'-') || after.endsWith(QChar(0x2212)))
-        negative = true;
-    return negative ? -v : v;
-}
-
-// The number of placeholders ('0' or '#') in a picture.
-int placeholderCount(QStringView picture)
-{
-    int n = 0;
-    for (QChar c : picture) {
-        if (c == u'0' || c == u'#')
-            ++n;
-    }
-    return n;
-}
-
-// Fills a picture of '0' and '#' placeholders with a non-negative value. The
-// ones place always shows a digit, so "00000000#.00" gives twelve characters
-// for 0 too and the fixed-width forms never shrink. Digits beyond the integer
-// placeholders are kept in front; callers clamp when they need the width.
-QString fillPicture(double value, QStringView picture, QChar decimalPoint)
-{
-    const qsizetype dot = picture.indexOf(u'.');
-    const QStringView intPic = dot < 0 ? picture : picture.left(dot);
-    const QStringView fracPic = dot < 0 ? QStringView() : picture.mid(dot + 1);
-    const int fracPlaces = placeholderCount(fracPic);
-
-    // Round once, in decimal, to the places the picture shows.
-    const QString fixed = QString::number(value, 'f', fracPlaces);
-    const qsizetype fdot = fixed.indexOf(u'.');
-    QString intDigits = fdot < 0 ? fixed : fixed.left(fdot);
-    const QString fracDigits = fdot < 0 ? QString() : fixed.mid(fdot + 1);
-    if (intDigits == QLatin1String("0"))
-        intDigits.clear();
-
-    // Integer side, right to left.
-    QString intOut;
-    qsizetype di = intDigits.size() - 1;
-    bool onesDone = false;
-    for (qsizetype i = intPic.size() - 1; i >= 0; --i) {
-        const QChar c = intPic[i];
-        if (c == u'0' || c == u'#') {
-            if (di >= 0)
-                intOut.prepend(intDigits[di--]);
-            else if (c == u'0' || !onesDone)
-                intOut.prepend(u'0');
-            onesDone = true;
-        } else {
-            intOut.prepend(c);
-        }
-    }
-    if (di >= 0)
-        intOut.prepend(intDigits.left(di + 1));
-
-    if (dot < 0)
-        return intOut;
-    QString fracOut;
-    qsizetype fi = 0;
-    for (QChar c : fracPic) {
-        if (c == u'0' || c == u'#') {
-            const QChar d = fi < fracDigits.size() ? fracDigits[fi] : QChar(u'0');
-            ++fi;
-            if (c == u'0' || d != u'0')
-                fracOut += d;
-        } else {
-            fracOut += c;
-        }
-    }
-    return intOut + decimalPoint + fracOut;
-}
-
-// Largest value a picture can show: all its placeholders nines.
-double pictureMaximum(QStringView picture)
-{
-    const qsizetype dot = picture.indexOf(u'.');
-    const int intPlaces = placeholderCount(dot < 0 ? picture : picture.left(dot));
-    const int fracPlaces = dot < 0 ? 0 : placeholderCount(picture.mid(dot + 1));
-    return std::pow(10.0, intPlaces) - std::pow(10.0, -fracPlaces);
-}
 
 // Year with two digits read the way people mean it: 00-29 this century,
 // 30-99 the last one.
@@ -365,46 +227,6 @@ QDate parseNumericDate(QStringView text)
 
 }  // namespace
 
-QString formatCurrency(double value)
-{
-    if (!std::isfinite(value))
-        value = 0.0;
-    return QLocale().toCurrencyString(value);
-}
-
-QString formatNumber(double value, QStringView picture)
-{
-    if (!std::isfinite(value))
-        value = 0.0;
-    const QString point = QLocale().decimalPoint();
-    const QChar dp = point.isEmpty() ? QChar(u'.') : point.at(0);
-    const int fracPlaces = [&] {
-        const qsizetype dot = picture.indexOf(u'.');
-        return dot < 0 ? 0 : placeholderCount(picture.mid(dot + 1));
-    }();
-    // Amounts that round to zero have no sign.
-    const double scale = std::pow(10.0, fracPlaces);
-    if (std::round(std::fabs(value) * scale) == 0.0)
-        value = 0.0;
-    if (value >= 0.0)
-        return fillPicture(value, picture, dp);
-
-    // A negative number keeps the width of the picture so fixed-width forms
-    // stay fixed: "-" and then the nines' complement of its size in the rest
-    // of the picture. Among negatives the larger size gives the smaller text,
-    // and "-" sorts before every digit, so the texts order as the numbers do.
-    qsizetype first = 0;
-    while (first < picture.size() && picture[first] != u'0' && picture[first] != u'#')
-        ++first;
-    if (first >= picture.size())
-        return QStringLiteral("-") + picture.toString();
-    const QString rest = picture.left(first).toString() + picture.mid(first + 1).toString();
-    const double top = pictureMaximum(rest);
-    const double size = std::min(std::round(-value * scale) / scale, top);
-    const double complement = std::round((top - size) * scale) / scale;
-    return QStringLiteral("-") + fillPicture(complement, rest, dp);
-}
-
 QString formatDate(const QDate &date, QStringView picture)
 {
     if (!date.isValid())
@@ -451,43 +273,23 @@ QString formatDate(const QDate &date, QStringView picture)
     return out;
 }
 
-double priceValue(QStringView priceText)
+QString sortPrice(Money price)
 {
-    QString bare;
-    bool negative = false;
-    double v = 0.0;
-    if (stripDecorations(priceText, &bare, &negative) && readLocaleNumber(bare, &v))
-        return negative ? -v : v;
-    return readDigitsLoosely(priceText);
+    // Nine integer digits is all the form has room for; a negative price
+    // keeps the width: "-" and the complement of its size to 99999999.99, so
+    // texts order as their amounts do.
+    constexpr qint64 Top = 99999999999, NegativeTop = 9999999999;
+    const QString point = QLocale().decimalPoint();
+    const bool negative = price.isNegative();
+    const qint64 cents = negative ? NegativeTop - std::min(NegativeTop, -std::max(price.cents(), -NegativeTop))
+                                  : std::min(price.cents(), Top);
+    const QString whole = QString::number(cents / 100).rightJustified(negative ? 8 : 9, u'0');
+    const QString fraction = QString::number(cents % 100).rightJustified(2, u'0');
+    return (negative ? QStringLiteral("-") : QString()) + whole + (point.isEmpty() ? QStringLiteral(".") : point.left(1))
+         + fraction;
 }
 
-QString sortPrice(QStringView priceText)
-{
-    static const QString picture = QStringLiteral("00000000#.00");
-    double v = priceValue(priceText);
-    // Nine integer digits is all the form has room for.
-    if (v > 999999999.99)
-        v = 999999999.99;
-    return formatNumber(v, picture);
-}
-
-QString plainAmountText(QStringView text, QStringView currencySymbol)
-{
-    const QLocale loc;
-    QString s = text.toString();
-    if (!currencySymbol.isEmpty())
-        s.remove(currencySymbol.toString());
-    // A price written under another locale ("$12.50" read where the symbol is
-    // "€", or none at all) still holds its amount: every currency sign goes.
-    s.removeIf([](QChar c) { return c.category() == QChar::Symbol_Currency; });
-    const QString group = loc.groupSeparator();
-    const QString point = loc.decimalPoint();
-    if (!group.isEmpty() && group != point)
-        s.remove(group);
-    if (point != u".")
-        s.replace(point, QStringLiteral("."));
-    return s.trimmed();
-}
+QString sortPrice(QStringView priceText) { return sortPrice(Money::fromPriceText(priceText).value_or(Money())); }
 
 double val(QStringView text)
 {
@@ -644,15 +446,5 @@ QString currencySymbol()
     return at <= 0 ? QString() : nine.left(at);
 }
 
-QString singleText(float value)
-{
-    if (!std::isfinite(value) || value == 0.0f)
-        return QStringLiteral("0");
-    char buf[64];
-    const auto res = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::fixed);
-    if (res.ec != std::errc())
-        return QStringLiteral("0");
-    return QString::fromLatin1(buf, res.ptr - buf);
-}
 
 }  // namespace qor::regional

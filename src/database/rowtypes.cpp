@@ -109,6 +109,17 @@ ItemEntry ItemEntry::parse(QStringView entry)
     return {entry.left(x), entry.mid(x + 1)};
 }
 
+qint64 ItemEntry::count() const
+{
+    if (quantity.isEmpty() || quantity.size() > 15) return 1;
+    qint64 n = 0;
+    for (QChar c : quantity) {
+        if (c < u'0' || c > u'9') return 1;
+        n = n * 10 + (c.unicode() - u'0');
+    }
+    return n;
+}
+
 QString ItemEntry::make(const QString &number, int quantity)
 {
     if (quantity > 1) return number + QLatin1Char('x') + QString::number(quantity);

@@ -211,11 +211,11 @@ template <class S> struct BasicItemRow {
         const qsizetype at = listText.indexOf(Divider);
         return at < 0 ? listText : listText.left(at);
     }
-    QStringView name() const
+    QStringView name() const { return nameOf(listText); }
+    static QStringView nameOf(QStringView listText)
     {
-        const QStringView l(listText);
-        const qsizetype at = l.indexOf(Divider);
-        return at < 0 ? QStringView() : l.mid(at + Divider.size());
+        const qsizetype at = listText.indexOf(Divider);
+        return at < 0 ? QStringView() : listText.mid(at + Divider.size());
     }
 
     // Every text is an item row.
@@ -324,6 +324,9 @@ struct ItemEntry {
     QStringView quantity;  // empty when the entry has no "x": one
 
     static ItemEntry parse(QStringView entry);
+    // The quantity as a number: 1 when the entry has none, or when what
+    // follows the "x" isn't a plain number of digits (a damaged file).
+    qint64 count() const;
     // "12" for one, "12x3" for three.
     static QString make(const QString &number, int quantity);
     // Adds an entry at the end of an item list.

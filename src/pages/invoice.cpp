@@ -1,6 +1,5 @@
 #include "pages/invoice.h"
 
-#include "database/regional.h"
 #include "pages/templates.h"
 #include "pages/textlayout.h"
 
@@ -11,32 +10,26 @@ namespace qor::pages {
 
 namespace re = qor::regional;
 
-InvoiceLine InvoiceLine::item(const QString &price, const QString &name, int quantity, bool ticked)
+InvoiceLine InvoiceLine::item(const QString &name, qint64 quantity, Money amount)
 {
-    QString t = price + QStringLiteral(" - ") + name;
-    if (quantity >= 2)
-        t += QStringLiteral(" (x") + QString::number(quantity) + u')';
-    return {t, ticked};
+    return {quantity == 1 ? name : name + QStringLiteral(" (x%1)").arg(quantity), amount, false};
 }
 
-InvoiceLine InvoiceLine::note(const QString &note, bool ticked)
+InvoiceLine InvoiceLine::invoiceNote(const QString &note) { return {note, Money(), true}; }
+
+Money InvoiceInput::billed() const
 {
-    return {QStringLiteral("INVOICE NOTE: ") + note, ticked};
+    Money sum;
+    for (const InvoiceLine &l : lines)
+        if (!l.note)
+            sum += l.amount;
+    return sum;
 }
 
-int parseBilledQuantity(const QString &s)
-{
-    // Quantities of one and two digits are read; the value of the digits is
-    // what Val gives them, so "(xA)" counts as 0.
-    const qsizetype n = s.size();
-    if (n >= 5 && s.endsWith(u')') && QStringView(s).mid(n - 5, 3) == QLatin1String(" (x"))
-        return int(re::val(QStringView(s).mid(n - 2, 1)));
-    if (n >= 6 && s.endsWith(u')') && QStringView(s).mid(n - 6, 3) == QLatin1String(" (x"))
-        return int(re::val(QStringView(s).mid(n - 3, 2)));
-    return 1;
-}
+namespace {
 
-int ComposeInvoice(Page &page, const InvoiceInput &in)
+// The title, the company, the customer and the dates: the same on every page.
+void composeHeader(Page &page, const InvoiceInput &in)
 {
     const InvoiceOptions &opt = in.options;
     const int form = opt.templateNumber;
@@ -65,10 +58,6 @@ int ComposeInvoice(Page &page, const InvoiceInput &in)
             title.width = need;
         }
     }
-
-    // Paid stamp.
-    if (in.customerNodeText.endsWith(QLatin1String(" - paid")))
-        page.at(QStringLiteral("imgPaid")).visible = true;
 
     // Company block; the address block repeats the name as its first line.
     page.at(QStringLiteral("lblCompanyName")).text = in.company[0];
@@ -104,52 +93,98 @@ int ComposeInvoice(Page &page, const InvoiceInput &in)
     } else if (form == 2) {
         due.top = 2400;
     }
+}
 
-    // The lines: one per ticked child, twelve at most.
-    qint16 lineIndex = -1;
-    float invoiceTotal = 0.0f;
+// "Billed:" or "Paid:" in a line of the box, right-aligned as the total's
+// caption is, with its amount.
+void summaryLine(Page &page, int slot, const QString &caption, Money amount, const QLocale &locale)
+{
+    const Element &total = page.at(QStringLiteral("lblTotalDue"));
+    Element &label = page.at(QStringLiteral("lblPS"), slot);
+    label.text = caption;
+    label.align = Align::Right;
+    label.width = total.left + total.width - label.left;
+    page.at(QStringLiteral("lblAm"), slot).text = amount.toCurrencyText(locale);
+}
+
+}  // namespace
+
+QList<Page> composeInvoice(const InvoiceInput &in)
+{
+    const Page *form = invoiceTemplate(in.options.templateNumber);
+    if (!form || in.lines.isEmpty())
+        return {};
+    const InvoiceOptions &opt = in.options;
+    const Money billed = in.billed();
+    // A part payment shows what was billed and what was paid in the last two
+    // lines of the box; a balance above what was billed (a typed one, or an
+    // old misreading) shows neither.
+    const bool partPaid = in.balance.isPositive() && in.balance < billed;
+    const int summary = partPaid ? 2 : 0;
+    const qsizetype count = in.lines.size();
+    const int pageCount = int((count + summary + MaxLines - 1) / MaxLines);
+
+    Page header = *form;
+    composeHeader(header, in);
+    QList<Page> out;
     QString invoiceNote;
-    for (const InvoiceLine &child : in.lines) {
-        if (!child.ticked)
-            continue;
-        ++lineIndex;
-        if (lineIndex == MaxLines)
-            break;
-        if (child.text.startsWith(QLatin1String("INVOICE NOTE: "))) {
-            // The note keeps its line blank.
-            invoiceNote = child.text.mid(14);
+    qsizetype next = 0;
+    for (int p = 1; p <= pageCount; ++p) {
+        Page page = header;
+        const bool last = p == pageCount;
+        // A page before the last leaves at least one line for it, so the
+        // total never stands under an empty box.
+        const qsizetype room = last ? MaxLines : std::min<qsizetype>(MaxLines, count - next - 1);
+        int lineIndex = -1;
+        for (; next < count && lineIndex + 1 < room; ++next) {
+            const InvoiceLine &line = in.lines[next];
+            ++lineIndex;
+            if (line.note) {
+                // The note keeps its line blank and prints under the box.
+                invoiceNote = line.text;
+                continue;
+            }
+            page.at(QStringLiteral("lblPS"), lineIndex).text = line.text;
+            page.at(QStringLiteral("lblAm"), lineIndex).text = line.amount.toCurrencyText(in.locale);
+        }
+        if (pageCount > 1) {
+            Element &number = page.at(QStringLiteral("lblPageNumber"));
+            number.text = QStringLiteral("Page %1 of %2").arg(p).arg(pageCount);
+            number.visible = true;
+        }
+        if (!last) {
+            page.at(QStringLiteral("lblTotalDue")).visible = false;
+            page.at(QStringLiteral("lblTotalAm")).visible = false;
+            for (const char *name : {"lblNote", "lblChecksPayableTo", "lblCompanyPhone", "lblInvoiceClosing"})
+                page.at(QString::fromLatin1(name)).text.clear();
+            out << page;
             continue;
         }
-        const QStringList pieces = child.text.split(QStringLiteral(" - "));
-        const QString description = pieces.value(1);
-        page.at(QStringLiteral("lblPS"), lineIndex).text = description;
-        // Read by the locale's own marks: "5,00 €" is five, not five hundred.
-        const QString price = re::plainAmountText(pieces.value(0), in.currencySymbol);
-        const qint16 quantity = qint16(parseBilledQuantity(description));
-        const double lineAmount = re::val(price) * quantity;
-        const QString amountText = re::str(lineAmount).trimmed();
-        page.at(QStringLiteral("lblAm"), lineIndex).text = re::formatCurrency(re::val(amountText));
-        // The running total is a 32-bit value, rounded at every step.
-        invoiceTotal = float(double(invoiceTotal) + re::val(amountText));
+
+        const int lastSlot = lineIndex + summary;
+        if (!opt.keepTwelveLines)
+            CompactInvoiceLines(page, lastSlot, opt.moveBottomText);
+        if (partPaid) {
+            const int boxLines = opt.keepTwelveLines || lastSlot > 10 ? MaxLines : lastSlot + 1;
+            summaryLine(page, boxLines - 2, QStringLiteral("Billed:"), billed, in.locale);
+            summaryLine(page, boxLines - 1, QStringLiteral("Paid:"), billed - in.balance, in.locale);
+        }
+        page.at(QStringLiteral("lblNote")).text =
+            invoiceNote.isEmpty() ? QString() : QStringLiteral("NOTE: ") + invoiceNote;
+        page.at(QStringLiteral("lblChecksPayableTo")).text =
+            in.company[7].isEmpty() ? QString() : QStringLiteral("Please make all checks payable to: ") + in.company[7];
+        page.at(QStringLiteral("lblCompanyPhone")).text =
+            in.company[4].isEmpty()
+                ? QString()
+                : QStringLiteral("If you have any questions about your bill, please call: ") + in.company[4];
+        page.at(QStringLiteral("lblInvoiceClosing")).text = in.company[8];
+        // The total due is what the customer still owes; paid in full, the
+        // stamp says so.
+        page.at(QStringLiteral("imgPaid")).visible = in.balance.isZero();
+        page.at(QStringLiteral("lblTotalAm")).text = in.balance.toCurrencyText(in.locale);
+        out << page;
     }
-
-    if (!opt.keepTwelveLines)
-        CompactInvoiceLines(page, lineIndex, opt.moveBottomText);
-    if (lineIndex < 0)
-        return lineIndex;
-
-    page.at(QStringLiteral("lblNote")).text =
-        invoiceNote.isEmpty() ? QString() : QStringLiteral("NOTE: ") + invoiceNote;
-    page.at(QStringLiteral("lblChecksPayableTo")).text =
-        in.company[7].isEmpty() ? QString() : QStringLiteral("Please make all checks payable to: ") + in.company[7];
-    page.at(QStringLiteral("lblCompanyPhone")).text =
-        in.company[4].isEmpty()
-            ? QString()
-            : QStringLiteral("If you have any questions about your bill, please call: ") + in.company[4];
-    page.at(QStringLiteral("lblInvoiceClosing")).text = in.company[8];
-    page.at(QStringLiteral("lblTotalAm")).text =
-        re::formatCurrency(page.at(QStringLiteral("imgPaid")).visible ? 0.0 : double(invoiceTotal));
-    return lineIndex;
+    return out;
 }
 
 void CompactInvoiceLines(Page &page, int n, bool moveBottomText)
@@ -164,23 +199,13 @@ void CompactInvoiceLines(Page &page, int n, bool moveBottomText)
     above.y2 -= delta;
     page.at(QStringLiteral("lblTotalDue")).top -= delta;
     page.at(QStringLiteral("lblTotalAm")).top -= delta;
+    page.at(QStringLiteral("lblPageNumber")).top -= delta;
     page.at(QStringLiteral("shpPSBox")).height -= delta;
     page.at(QStringLiteral("lnePSAmDivider")).y2 -= delta;
     if (moveBottomText) {
         for (const char *name : {"lblNote", "lblChecksPayableTo", "lblCompanyPhone", "lblInvoiceClosing"})
             page.at(QString::fromLatin1(name)).top -= delta;
     }
-}
-
-std::optional<Page> composeInvoicePage(const InvoiceInput &input)
-{
-    const Page *form = invoiceTemplate(input.options.templateNumber);
-    if (!form)
-        return std::nullopt;
-    Page page = *form;
-    if (ComposeInvoice(page, input) < 0)
-        return std::nullopt;
-    return page;
 }
 
 }  // namespace qor::pages

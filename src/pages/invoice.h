@@ -1,16 +1,17 @@
 #pragma once
-// Filling an invoice form for one customer. The composer reads plain values
-// (the company's details, the customer's fields, the ticked lines as the print
-// tree shows them, the print options), never a window.
+// Filling the invoice forms for one customer. The composer reads plain values
+// (the company's details, the customer's fields, what was billed and what is
+// still owed, the print options), never a window.
+#include "database/money.h"
 #include "database/regional.h"
 #include "pages/page.h"
 
 #include <QDate>
 #include <QList>
+#include <QLocale>
 #include <QString>
 
 #include <array>
-#include <optional>
 
 namespace qor::pages {
 
@@ -26,19 +27,20 @@ struct InvoiceOptions {
     bool addInvoiceDate = false;
     bool keepTwelveLines = true;
     bool moveBottomText = false;  // only when lines are taken out
-    bool printDuplicates = false;  // for the run: each page twice
+    bool printDuplicates = false;  // for the run: each invoice twice
 };
 
-// One child of the customer's node in the print tree: its text, such as
-// "$5.00 - Midget Widget (x3)" or "INVOICE NOTE: Thanks", and its tick.
+// One line of the item box: a billed item, or the invoice note, which keeps
+// its line empty and prints under the box.
 struct InvoiceLine {
-    QString text;
-    bool ticked = true;
+    QString text;  // item: what the line says; note: the note
+    Money amount;  // item: what the line bills
+    bool note = false;
 
-    // The text of an item line as the tree shows it: the price as displayed,
-    // " - ", the name, and " (x", the quantity, ")" from 2 on.
-    static InvoiceLine item(const QString &price, const QString &name, int quantity = 1, bool ticked = true);
-    static InvoiceLine note(const QString &note, bool ticked = true);
+    // A billed item: its name as the lists show it, " (x", the quantity and
+    // ")" when it isn't one, and the quantity times the price.
+    static InvoiceLine item(const QString &name, qint64 quantity, Money amount);
+    static InvoiceLine invoiceNote(const QString &note);
 };
 
 struct InvoiceInput {
@@ -48,35 +50,35 @@ struct InvoiceInput {
     // The customer's fields: 0 display name, 1 first name, 2 last name, 3 to 5
     // address lines, 6 e-mail, 7 phone, 8 notes.
     std::array<QString, 9> customer;
-    // The customer node's text; " - paid" at its end stamps the page paid.
-    QString customerNodeText;
+    // Every item billed on the record, in order, and the invoice note.
     QList<InvoiceLine> lines;
+    // What the customer still owes: the "TOTAL DUE:". Zero stamps the
+    // invoice paid.
+    Money balance;
     QString billDue;  // the bill due date as shown for the period
     QDate invoiceDate = QDate::currentDate();  // for the optional date line
     QString dateFormat = qor::regional::dateFormatString();  // "mm/dd/yyyy" and the like
-    // What stands before the digits of an amount in this locale; removed with
-    // the "," from prices before they are read.
-    QString currencySymbol = qor::regional::currencySymbol();
+    QLocale locale;  // the currency form of the amounts
     InvoiceOptions options;
+
+    // What the items bill together.
+    Money billed() const;
 };
 
 // The item pitch: one line of the item box.
 constexpr int LinePitch = 360;
 constexpr int MaxLines = 12;
 
-// Fills a fresh copy of an invoice form. Gives the index of the last line
-// used (-1: no ticked line, no page; 12: the walk stopped at the thirteenth).
-int ComposeInvoice(Page &page, const InvoiceInput &input);
+// The pages of one invoice, in order: one, or more when its lines (and the
+// "Billed:" and "Paid:" lines of a part payment) don't fit in one box. Every
+// page repeats the header and the customer; the pages of a longer invoice
+// say "Page n of m", and only the last one has the total, the stamp and the
+// text under the box. Nothing when the template number is not 0, 1 or 2 or
+// there is no line.
+QList<Page> composeInvoice(const InvoiceInput &input);
+
 // Takes the lines that stay empty out of the page when fewer than eleven are
-// used; moves the text under the box too when asked.
+// used (lineIndex is the last used); moves the text under the box too when asked.
 void CompactInvoiceLines(Page &page, int lineIndex, bool moveBottomText);
-
-// A filled page for the input, or nothing when the template number is not 0,
-// 1 or 2 or no line is ticked.
-std::optional<Page> composeInvoicePage(const InvoiceInput &input);
-
-// The quantity an item text ends with: " (x3)" gives 3, " (x12)" 12; any
-// other ending 1.
-int parseBilledQuantity(const QString &text);
 
 }  // namespace qor::pages

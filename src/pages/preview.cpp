@@ -22,20 +22,21 @@ InvoiceInput sampleInvoice(int templateNumber, int lines, bool keepTwelveLines, 
     in.customer = {QStringLiteral("Meadows, Ann"), QStringLiteral("Ann"), QStringLiteral("Meadows"),
                    QStringLiteral("48 Birch Street"), QStringLiteral("Apt. 3"),
                    QStringLiteral("Eugene, OR 97401"), QString(), QString(), QString()};
-    in.customerNodeText = QStringLiteral("Meadows, Ann - owes $0.00");
-    static const char *const names[][2] = {
-        {"$45.00", "Lawn mowing"},        {"$20.00", "Hedge trimming"}, {"$12.50", "Leaf removal"},
-        {"$8.00", "Fertiliser"},          {"$30.00", "Weeding"},        {"$15.00", "Edging"},
-        {"$60.00", "Tree pruning"},       {"$5.00", "Green waste bag"}, {"$25.00", "Irrigation check"},
-        {"$18.00", "Mulch"},              {"$40.00", "Spring planting"}, {"$10.00", "Travel"},
+    static const std::pair<int, const char *> items[] = {
+        {4500, "Lawn mowing"}, {2000, "Hedge trimming"}, {1250, "Leaf removal"},   {800, "Fertiliser"},
+        {3000, "Weeding"},     {1500, "Edging"},         {6000, "Tree pruning"},   {500, "Green waste bag"},
+        {2500, "Irrigation check"}, {1800, "Mulch"},     {4000, "Spring planting"}, {1000, "Travel"},
     };
-    for (int i = 0; i < lines && i < 12; ++i)
-        in.lines << InvoiceLine::item(QString::fromLatin1(names[i][0]), QString::fromLatin1(names[i][1]),
-                                      i % 4 == 1 ? 2 : 1);
+    for (int i = 0; i < lines && i < 12; ++i) {
+        const int quantity = i % 4 == 1 ? 2 : 1;
+        in.lines << InvoiceLine::item(QString::fromLatin1(items[i].second), quantity,
+                                      Money::fromCents(items[i].first).times(quantity));
+    }
+    in.balance = in.billed();
+    in.locale = QLocale(QLocale::English, QLocale::UnitedStates);
     in.billDue = QStringLiteral("07/31/2026");
     in.invoiceDate = QDate(2026, 7, 1);
     in.dateFormat = QStringLiteral("mm/dd/yyyy");
-    in.currencySymbol = QStringLiteral("$");
     in.options.templateNumber = templateNumber;
     // The large title is wider than the box of the two forms that don't size
     // it to the text; the samples show the size that fits each form.
@@ -73,15 +74,14 @@ PreviewPictures makePreviewPictures()
     // top one ends.
     const int split = PreviewTopHeight * InvoiceWidth / PreviewWidth;
     for (int t = 0; t < 3; ++t) {
-        const std::optional<Page> page = composeInvoicePage(sampleInvoice(t, 12, true, false));
-        out.top[t] = miniature(*page, 0, PreviewTopHeight);
+        out.top[t] = miniature(composeInvoice(sampleInvoice(t, 12, true, false)).first(), 0, PreviewTopHeight);
     }
-    const std::optional<Page> full = composeInvoicePage(sampleInvoice(0, 12, true, false));
-    const std::optional<Page> stay = composeInvoicePage(sampleInvoice(0, 4, false, false));
-    const std::optional<Page> moved = composeInvoicePage(sampleInvoice(0, 4, false, true));
-    out.bottom[0] = miniature(*full, split, PreviewBottomHeight);
-    out.bottom[1] = miniature(*stay, split, PreviewBottomHeight);
-    out.bottom[2] = miniature(*moved, split, PreviewBottomHeight);
+    const Page full = composeInvoice(sampleInvoice(0, 12, true, false)).first();
+    const Page stay = composeInvoice(sampleInvoice(0, 4, false, false)).first();
+    const Page moved = composeInvoice(sampleInvoice(0, 4, false, true)).first();
+    out.bottom[0] = miniature(full, split, PreviewBottomHeight);
+    out.bottom[1] = miniature(stay, split, PreviewBottomHeight);
+    out.bottom[2] = miniature(moved, split, PreviewBottomHeight);
     return out;
 }
 

@@ -136,6 +136,8 @@ const Row Rows[] = {
      false, "Arial", 12, 360},
     {Invoices, "lblTotalDue", T, 6120, 11760, 2175, 255, 12, Bold, R, Black, "TOTAL DUE:"},
     {Invoices, "lblTotalAm", T, 8640, 11760, 2175, 255, 12, Bold, C, Black, "[total]"},
+    // "Page n of m" of an invoice longer than one page, at the left of the total row.
+    {Invoices, "lblPageNumber", T, 840, 11760, 4815, 255, 11.25, Regular, L, Black, "", 1, false, false},
     {Invoices, "lblNote", T, 600, 12600, 10215, 255, 12, Bold, C, Black, "NOTE: "},
     {Invoices, "lblChecksPayableTo", T, 600, 13320, 10215, 255, 9.75, Regular, L, Black,
      "Please make all checks payable to "},

@@ -66,8 +66,9 @@ pages::InvoiceInput invoiceInputFor(const Database &db, const InvoiceTree &tree,
     in.company = run.company;
     in.billDue = run.billDue;
     in.options = run.options;
-    in.customerNodeText = tree.text(customerNode);
-    const QString key = tree.key(customerNode);
+    const NodeValues &customer = tree.values(customerNode);
+    in.balance = customer.balance.value_or(Money());
+    const QString key = numberKey(customer.customer);
     if (db.lvwCustomers.contains(key)) {
         if (const auto c = CustomerRow::parse(db.lvwCustomers.textOf(key))) {
             in.customer[0] = c->displayName;
@@ -75,29 +76,32 @@ pages::InvoiceInput invoiceInputFor(const Database &db, const InvoiceTree &tree,
                 in.customer[size_t(i + 1)] = c->entry(i);
         }
     }
-    for (int child : tree.childrenOf(customerNode))
-        in.lines << pages::InvoiceLine{tree.text(child), tree.checked(child)};
+    for (int child : tree.childrenOf(customerNode)) {
+        const NodeValues &v = tree.values(child);
+        if (v.kind == NodeKind::FinalItem)
+            in.lines << pages::InvoiceLine::item(ItemRow::nameOf(v.label).toString(), v.quantity, v.amount);
+        else if (v.kind == NodeKind::InvoiceNote && tree.checked(child))
+            in.lines << pages::InvoiceLine::invoiceNote(v.label);
+    }
     return in;
 }
 
-std::optional<pages::Page> invoicePageFor(const Database &db, const InvoiceTree &tree, int customerNode,
-                                          const RunValues &run)
+QList<pages::Page> invoicePagesFor(const Database &db, const InvoiceTree &tree, int customerNode,
+                                   const RunValues &run)
 {
-    return pages::composeInvoicePage(invoiceInputFor(db, tree, customerNode, run));
+    return pages::composeInvoice(invoiceInputFor(db, tree, customerNode, run));
 }
 
 QList<pages::Page> composeInvoiceRun(const Database &db, const InvoiceTree &tree, const RunValues &run)
 {
     QList<pages::Page> out;
     tree.forEachNode([&](int node) {
-        if (!tree.checked(node) || !billing::isCustomerKey(tree.key(node)))
+        if (!tree.checked(node) || tree.kind(node) != NodeKind::Customer)
             return;
-        const std::optional<pages::Page> page = invoicePageFor(db, tree, node, run);
-        if (!page)
-            return;
-        out << *page;
+        const QList<pages::Page> invoice = invoicePagesFor(db, tree, node, run);
+        out << invoice;
         if (run.options.printDuplicates)
-            out << *page;
+            out << invoice;
     });
     return out;
 }

@@ -32,19 +32,19 @@ struct RunValues {
     pages::InvoiceOptions options;
 };
 
-// The composition input of one customer node: its children in tree order
-// with their ticks, the customer's fields from lvwCustomers by the node's key.
+// The composition input of one customer node: the customer's fields from
+// lvwCustomers, every item of the node with its quantity and amount, the
+// invoice note when it is ticked, and the balance the node holds.
 pages::InvoiceInput invoiceInputFor(const Database &db, const InvoiceTree &tree, int customerNode,
                                     const RunValues &run);
 
-// One customer's page, or nothing when no child is ticked or the template is
-// not 0, 1 or 2.
-std::optional<pages::Page> invoicePageFor(const Database &db, const InvoiceTree &tree, int customerNode,
-                                          const RunValues &run);
+// One customer's invoice, its pages in order; nothing when the node has no
+// line or the template is not 0, 1 or 2.
+QList<pages::Page> invoicePagesFor(const Database &db, const InvoiceTree &tree, int customerNode,
+                                   const RunValues &run);
 
-// The whole run: one page per ticked customer node in node order, the
-// duplicate right after its invoice when asked; customers without a ticked
-// child give nothing. Reads only.
+// The whole run: the invoice of every ticked customer node in node order,
+// the duplicate of an invoice right after it when asked. Reads only.
 QList<pages::Page> composeInvoiceRun(const Database &db, const InvoiceTree &tree, const RunValues &run);
 
 // The run's question before printing: true when neither the company name nor

@@ -97,8 +97,8 @@ QStringList PrintingPanel::tickedCustomerKeys() const
     QStringList keys;
     const InvoiceTree &t = treeModel();
     t.forEachNode([&](int node) {
-        if (t.checked(node) && billing::isCustomerKey(t.key(node)))
-            keys << t.key(node);
+        if (t.checked(node) && t.kind(node) == NodeKind::Customer)
+            keys << numberKey(t.values(node).customer);
     });
     return keys;
 }
@@ -210,13 +210,12 @@ void PrintingPanel::cmdPrintSelectedInvoicesClick()
             m_staPrinting->setValue(int(double(i + 1) / n * 100));
             m_staPrinting->repaint();
             const int node = nodes[i];
-            if (!t.checked(node) || !billing::isCustomerKey(t.key(node)))
+            if (!t.checked(node) || t.kind(node) != NodeKind::Customer)
                 continue;
-            if (const auto page = invoicerun::invoicePageFor(ctx.db(), t, node, run)) {
-                pages << *page;
-                if (run.options.printDuplicates)
-                    pages << *page;
-            }
+            const QList<pages::Page> invoice = invoicerun::invoicePagesFor(ctx.db(), t, node, run);
+            pages << invoice;
+            if (run.options.printDuplicates)
+                pages << invoice;
         }
     }
     const pages::PrintOutcome out = pages.isEmpty() ? pages::PrintOutcome{pages::PrintStatus::Printed, {}, {}}
@@ -250,25 +249,30 @@ void PrintingPanel::cmdPrintSelectedInvoicesClick()
 void PrintingPanel::showInvoicePreview(int customerNode)
 {
     const InvoiceTree &t = treeModel();
-    if (!t.exists(customerNode) || !billing::isCustomerKey(t.key(customerNode)))
+    if (t.kind(customerNode) != NodeKind::Customer)
         return;
-    const std::optional<pages::Page> page = invoicerun::invoicePageFor(ctx.db(), t, customerNode, runValues());
-    if (!page)
+    const QList<pages::Page> invoice = invoicerun::invoicePagesFor(ctx.db(), t, customerNode, runValues());
+    if (invoice.isEmpty())
         return;
     auto *printer = new QPrinter(QPrinter::HighResolution);
     printer->setPageSize(pages::defaultPaper());
     printer->setFullPage(true);
-    printer->setDocName(billing::nameOfNodeText(t.text(customerNode)));
+    printer->setDocName(t.values(customerNode).label);
     auto *dialog = new QPrintPreviewDialog(printer, ctx.mainWindow());
     dialog->setObjectName(QStringLiteral("dlgInvoicePreview"));
     dialog->setWindowTitle(QStringLiteral("Invoice Preview"));
     connect(dialog, &QObject::destroyed, dialog, [printer] { delete printer; });
-    const pages::Page shown = *page;
-    connect(dialog, &QPrintPreviewDialog::paintRequested, dialog, [shown](QPrinter *p) {
+    connect(dialog, &QPrintPreviewDialog::paintRequested, dialog, [invoice](QPrinter *p) {
         p->setFullPage(true);
         QPainter painter(p);
-        pages::scaleToTwips(painter);
-        pages::drawPage(painter, shown);
+        for (qsizetype i = 0; i < invoice.size(); ++i) {
+            if (i > 0)
+                p->newPage();
+            painter.save();
+            pages::scaleToTwips(painter);
+            pages::drawPage(painter, invoice[i]);
+            painter.restore();
+        }
     });
     showPreviewWindow(dialog);
 }
@@ -298,7 +302,7 @@ void PrintingPanel::tvwInvoiceRecordsMouseUp(Qt::MouseButton button)
     if (m_trees.tree(0).isEmpty() || button != Qt::RightButton) return;
     InvoiceTree &t = treeModel();
     const int node = m_binding->selectedNode();
-    if (!billing::isCustomerKey(t.key(node))) return;
+    if (t.kind(node) != NodeKind::Customer) return;
     const std::optional<QString> answer = DialogService::current().text(
         ctx.mainWindow(), billing::text::InvoiceNote.title, billing::text::InvoiceNote.text, QString());
     billing::addInvoiceNote(t, node, answer.value_or(QString()));

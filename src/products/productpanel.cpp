@@ -1,6 +1,8 @@
 #include "products/productpanel.h"
 
+#include "billing/billing.h"
 #include "billing/frmchecking.h"
+#include "billing/invoicetrees.h"
 #include "database/database.h"
 #include "database/edits.h"
 #include "database/entryrules.h"
@@ -67,11 +69,6 @@ ProductPanel::ProductPanel(AppContext &ctx, QWidget *parent) : Panel(1, ctx, par
 
 // The base lays out the panel, the first column of the list included.
 void ProductPanel::arrange(double W, double H, int M) { Panel::arrange(W, H, M); }
-
-QString ProductPanel::displayText(const QString &price, const QString &name)
-{
-    return item::listTextFor(regional::formatCurrency(regional::priceValue(price)), name);
-}
 
 bool ProductPanel::inEntry() const
 {
@@ -197,8 +194,16 @@ bool ProductPanel::addProduct()
     const QString name = m_txtName ? m_txtName->text() : QString();
     // The button only shows for a numeric price; Enter could still reach here.
     if (!regional::isNumeric(price)) return false;
-    const ItemRow row = item::make(regional::sortPrice(price), regional::formatCurrency(regional::priceValue(price)), name);
-    if (const QString why = entry::productProblem(regional::formatCurrency(regional::priceValue(price)), name); !why.isEmpty()) {
+    // The price is kept as the amount it reads as, in the currency form of
+    // the moment; what can't be read to the cent is refused.
+    const Money::EntryReading reading = Money::readTypedAmount(price);
+    if (!reading.amount) {
+        DialogService::current().warning(ctx.mainWindow(), AppTitle, entry::amountProblem(reading.problem, price, false));
+        return false;
+    }
+    const QString priceText = reading.amount->toCurrencyText();
+    const ItemRow row = item::make(regional::sortPrice(*reading.amount), priceText, name);
+    if (const QString why = entry::productProblem(priceText, name); !why.isEmpty()) {
         DialogService::current().warning(ctx.mainWindow(), AppTitle, why);
         return false;
     }
@@ -236,7 +241,7 @@ void ProductPanel::deleteProduct()
 
     FrmChecking &checking = ctx.showCheckingWindow();
     const edits::Removal removal =
-        edits::removeItem(db, key, [&checking](float percent) { checking.setProgress(percent); });
+        billing::removeItem(InvoiceTrees::of(db), key, [&checking](float percent) { checking.setProgress(percent); });
     checking.showOutcome(edits::wordOf(removal));
     checking.enableOK();
 }

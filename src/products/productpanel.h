@@ -34,9 +34,6 @@ public:
     void txtPriceChange();
     void txtProductOrServiceNameChange();
 
-    // Price in the locale's currency form, " - ", and the name as typed.
-    static QString displayText(const QString &price, const QString &name);
-
     QTreeWidget *list() const { return m_list; }
     // Enter presses cmdAddNewItem while it is visible, once an entry has made
     // it the default button.

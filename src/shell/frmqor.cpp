@@ -1,6 +1,7 @@
 #include "shell/frmqor.h"
 
 #include "billing/billperiodpanel.h"
+#include "billing/entryguard.h"
 #include "customers/customerpanel.h"
 #include "database/regional.h"
 #include "maintenance/frmlistlvws.h"
@@ -418,7 +419,7 @@ void FrmQOR::cmdCancelClick() {
                              .join(CRLF);
     const auto answer = DialogService::current().warning(this, QStringLiteral("ABANDON ALL CHANGES???"), text,
                                                           QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok);
-    if (answer != QMessageBox::Ok)
+    if (answer != QMessageBox::Ok || !entryguard::mayDropEntry(db(), this))
         return;
     m_session->reload();
 }
@@ -495,6 +496,10 @@ void FrmQOR::closeEvent(QCloseEvent *event) {
             event->ignore();
             return;
         }
+    }
+    if (!entryguard::mayDropEntry(db(), this)) {
+        event->ignore();
+        return;
     }
 
     // Saved or given up by the user's answer: nothing is left to recover.

@@ -2,6 +2,7 @@
 #include "printing/frmstatements.h"
 
 #include "database/filesafety.h"
+#include "billing/entryguard.h"
 #include "shell/settingsstore.h"
 #include "uiservices/clsdialogs.h"
 #include "uiservices/dialogservice.h"
@@ -243,6 +244,12 @@ bool Session::adopt(const QString &source, const QString &path, bool changed, bo
         return false;
     }
     if (drop && !keepBeforeDropping()) {
+        if (result.status == ReadResult::Status::Created) QFile::remove(source);
+        return false;
+    }
+    // Every way other books come into the window passes here, so an open
+    // bill period entry is asked for once, right before it would go.
+    if (!entryguard::mayDropEntry(m_db, m_owner)) {
         if (result.status == ReadResult::Status::Created) QFile::remove(source);
         return false;
     }
@@ -560,6 +567,7 @@ bool Session::closeBooks()
         return false;
     }
     path = absolute(withXmlExtension(path));
+    if (!entryguard::mayDropEntry(m_db, m_owner)) return false;
 
     // The pending changes belong to the old file.
     if (m_db.isChanged() && !save()) return false;
@@ -637,7 +645,6 @@ QList<Session::EarlierCopy> Session::earlierCopies() const
 
 bool Session::restoreCopy(const QString &copy)
 {
-    // drops an open entry: ask first
     const Unsaved unsaved = settleUnsavedChanges();
     if (unsaved == Unsaved::Cancel) return false;
     if (!adopt(copy, m_path, true, unsaved == Unsaved::Discard)) return false;

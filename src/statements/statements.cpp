@@ -101,7 +101,7 @@ Report report(const Database &db, const QDate &asOf, Detail detail, const QStrin
     const PeriodInfo unknownPeriod{position + 1, {}, {}};
 
     // One walk over the records: only balances other than zero count.
-    accounts::ItemPrices prices(db);
+    accounts::PriceBook prices(db);
     QHash<QString, Gathered> byCid;
     QString lastPeriod;
     const PeriodInfo *period = nullptr;
@@ -139,7 +139,7 @@ Report report(const Database &db, const QDate &asOf, Detail detail, const QStrin
             o.due = period->agedBy;
             o.daysPastDue = days;
             o.balance = balance;
-            o.billed = Money::fromCents(prices.billedCents(r->items));
+            o.billed = accounts::billedOf(prices, r->items);
             g.records.emplace_back(period->order, std::move(o));
         }
         return true;

@@ -29,9 +29,8 @@ public:
         QString title, text;
         QMessageBox::StandardButtons buttons = QMessageBox::Ok;
         QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
-        // Captions of buttons that say more than their standard text
-        // ("&Restore" on Yes); the answer is still the standard button.
-        QList<QPair<QMessageBox::StandardButton, QString>> captions = {};
+        // Captions in place of the standard ones ("&Keep Entering" on Cancel).
+        QList<std::pair<QMessageBox::StandardButton, QString>> captions = {};
     };
     // frmMessage: the message the user can switch off for good.
     struct MessageForm {

@@ -62,7 +62,7 @@ inline const char *colourName(qor::NodeColour c)
 }
 
 // One line per node in insertion order: indent by depth, key, text, colour,
-// "[x]" / "[ ]" for trees with check boxes.
+// "[x]" / "[ ]" for nodes with a check box.
 inline QStringList dump(const qor::InvoiceTree &t)
 {
     QStringList out;
@@ -71,7 +71,7 @@ inline QStringList dump(const qor::InvoiceTree &t)
         for (int p = t.parentOf(n); p != 0; p = t.parentOf(p)) ++depth;
         QString line = QString(depth * 2, u' ') + t.key(n) + QStringLiteral(" = ") + t.text(n)
                      + QLatin1String(colourName(t.colour(n)));
-        if (t.hasCheckBoxes()) line += t.checked(n) ? QStringLiteral(" [x]") : QStringLiteral(" [ ]");
+        if (t.hasCheckBox(n)) line += t.checked(n) ? QStringLiteral(" [x]") : QStringLiteral(" [ ]");
         out << line;
     });
     return out;

@@ -43,9 +43,9 @@ void onNode(QTreeView *view, const InvoiceTree &t, const QString &key, Qt::Mouse
     QVERIFY2(i.isValid(), qPrintable(key));
     view->scrollTo(i);
     const QPoint at = view->visualRect(i).center();
-    // A double-click is a click and then the second press.
+    // A double-click is a click, the second press and its release.
     QTest::mouseClick(view->viewport(), button, mods, at);
-    if (twice) QTest::mouseDClick(view->viewport(), button, mods, at);
+    if (twice) QTest::mouseDClick(view->viewport(), button, mods, at), QTest::mouseRelease(view->viewport(), button, mods, at);
 }
 
 void billRow(QTreeWidget *products, int position)
@@ -64,6 +64,8 @@ QString state(const Window &w)
         s << (w.button(b)->isHidden() ? "-" : "") + w.button(b)->text();
     return s.join(" | ");
 }
+
+bool marked(const Window &w, const char *key) { return w.tree0().values(w.tree0().find(QString::fromLatin1(key))).marked; }
 
 const QList<DbCustomer> Customers = {{1, "Ann", "Lee"}, {2, "Bob", "Moss"}, {3, "Cy", "Cole"}, {4, "Di", "Old", false}};
 const QList<DbItem> Items = {{7, "Widget", "$5.00"}, {9, "Bolt", "$1.50"}, {10, "Gone", "$2.00", false}};
@@ -201,20 +203,21 @@ private slots:
         QCOMPARE(menuC->actions().size(), 2);
         w.bp->findChild<QAction *>(u"mnuSelectAll"_s)->trigger();
         menuC->hide();
-        QVERIFY(billing::isMarked(w.tree0().text(w.tree0().find("1k"))));
-        QVERIFY(billing::isMarked(w.tree0().text(w.tree0().find("2k"))));
+        QVERIFY(marked(w, "1k") && marked(w, "2k"));
 
         onNode(view, w.tree0(), "0000000300000009b", Qt::RightButton);
         QVERIFY(w.bp->popupB()->isVisible());
         w.bp->findChild<QAction *>(u"mnuDeleteItem"_s)->trigger();
         w.bp->popupB()->hide();
         QVERIFY(!w.tree0().find("0000000300000009b"));
-        // A double-click on an item deletes it; on the root marks everybody.
+        // A double-click on an item deletes it and changes no mark, though
+        // its release lands on the next customer; on the root it marks everybody.
         onNode(view, w.tree0(), "0000000300000007b", Qt::LeftButton, {}, true);
         QVERIFY(!w.tree0().find("0000000300000007b"));
+        QVERIFY(marked(w, "1k") && marked(w, "2k") && marked(w, "3k"));
         onNode(view, w.tree0(), "1k");
         onNode(view, w.tree0(), "root_node", Qt::LeftButton, {}, true);
-        QVERIFY(billing::isMarked(w.tree0().text(w.tree0().find("2k"))));
+        QVERIFY(marked(w, "2k"));
 
         // The 100th of one item to one customer is refused by name.
         onNode(view, w.tree0(), "2k");
@@ -230,6 +233,46 @@ private slots:
         QVERIFY(!billing::treeHasBilledItem(w.tree0()));
     }
 
+    // An open entry is neither replaced by the Printing panel's chooser nor
+    // dropped unasked; an entry alone is no change of the database.
+    void theEntryIsKept()
+    {
+        writeDatabase(sb.db, Customers, Items, {{1, {"7x3", "9"}}, {2, {"7"}}});
+        Window w(2);
+        Answerer a;
+        click(w.button("cmdAddNewBP"));
+        retype(w.get("txtPField(3)"), u"6/15/2024"_s);
+        onNode(w.get<QTreeView>("tvwInvoiceRecords(0)"), w.tree0(), "3k");
+        billRow(w.get<QTreeWidget>("lvwProducts(1)"), 1);
+        const QStringList entry = billtest::dump(w.tree0());
+        QVERIFY(!w.w->databaseChanged());
+        w.pp->chooser()->setCurrentIndex(-1);
+        w.pp->chooser()->setCurrentIndex(0);
+        QCOMPARE(billtest::dump(w.tree0()), entry);
+        QCOMPARE(w.get<QLineEdit>("txtPField(3)")->text(), u"6/15/2024"_s);
+        QCOMPARE(w.tree1().text(w.tree1().root()), u"Jan"_s);
+
+        // Abandoning the changes, then quitting: "&Keep Entering" keeps it.
+        a.dialogs.nextAnswers = {QMessageBox::Ok, QMessageBox::Cancel};
+        w.w->cmdCancelClick();
+        const auto question = a.dialogs.messages().last().message;
+        QCOMPARE(question.captions, (QList<std::pair<QMessageBox::StandardButton, QString>>{
+                                        {QMessageBox::Cancel, u"&Keep Entering"_s},
+                                        {QMessageBox::Discard, u"&Drop the Entry"_s}}));
+        a.answer = QMessageBox::Cancel;
+        QVERIFY(!w.w->close());
+        QCOMPARE(a.seen().size(), 3);
+        QCOMPARE(billtest::dump(w.tree0()), entry);
+        QCOMPARE(w.get<QLabel>("lblBillPeriodName")->text(), u"Bill Period Name:"_s);
+
+        // "&Drop the Entry": the books read again, the panel in view mode.
+        a.dialogs.nextAnswers = {QMessageBox::Ok, QMessageBox::Discard};
+        w.w->cmdCancelClick();
+        QCOMPARE(w.get<QLabel>("lblBillPeriodName")->text(), u"Bill Period:"_s);
+        QCOMPARE(w.tree0().text(w.tree0().root()), u"Jan"_s);
+        QCOMPARE(state(w), u"&New Bill Period | -&Cancel New | -&Log Full Payment | -Log &Payment && Optional Note"_s);
+    }
+
     // Payments on a period read from the file, the invoice note, saved and read again.
     void paymentsAndTheFile()
     {
@@ -243,12 +286,22 @@ private slots:
             onNode(view, w.tree0(), "1k");
             QCOMPARE(state(w), u"&New Bill Period | -&Cancel New | &Log Full Payment | Log &Payment && Optional Note"_s);
 
-            // Not a number: nothing logged, the note neither.
-            a.dialogs.nextTexts = {u"0,00"_s, u"note"_s};
-            click(w.button("cmdAdjustBalance"));
-            QCOMPARE(a.dialogs.last().title, u"Optional Note"_s);
-            QCOMPARE(a.dialogs.last().label, u"Enter any optional note, such as a check number:\r\n\r\nLee, Ann"_s);
+            // Not an amount, or beyond the cent: refused with a message,
+            // nothing logged, the note neither.
+            for (const QString &typed : {u"twelve"_s, u"0.001"_s}) {
+                a.dialogs.nextTexts = {typed, u"note"_s};
+                click(w.button("cmdAdjustBalance"));
+                QCOMPARE(a.last().title, u"Enter New Balance"_s);
+                QVERIFY2(a.last().text.startsWith(u'"' + typed + u'"'), qPrintable(a.last().text));
+            }
+            QCOMPARE(a.dialogs.messages()[0].message.text.contains(u"can't be read"_s), true);
+            QVERIFY(a.last().text.contains(u"more than two decimals"_s));
             QVERIFY(!w.w->databaseChanged() && !w.tree0().find("1knote"));
+            // A group mark reads as a person reads it.
+            a.dialogs.nextTexts = {u"1,200"_s, QString()};
+            click(w.button("cmdAdjustBalance"));
+            QCOMPARE(w.tree0().text(w.tree0().find("1k")), u"Lee, Ann - owes $1,200.00"_s);
+            onNode(view, w.tree0(), "1k");
 
             a.dialogs.nextTexts = {u"$25.00"_s, u"check 12"_s};
             click(w.button("cmdAdjustBalance"));

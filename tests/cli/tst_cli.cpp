@@ -1,8 +1,13 @@
 // qorvane-cli run as a separate program: its output, exit codes, and that it
 // neither creates nor overwrites what it must not.
 #include "../database/dbfiletest.h"
+#include "../pages/pdfwords.h"
 #include "database/money.h"
+#include "database/regional.h"
+#include "database/rowtypes.h"
 #include "shell/settingsstore.h"
+
+#include <QRandomGenerator>
 
 #include <QDir>
 #include <QFileInfo>
@@ -24,11 +29,11 @@ struct Run {
     QString out, err;
 };
 
-Run cli(const QStringList &args)
+Run cli(const QStringList &args, const QString &locale = QStringLiteral("en_US"))
 {
     QProcess p;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("LC_ALL"), QStringLiteral("en_US.UTF-8"));
+    env.insert(QStringLiteral("LC_ALL"), locale + QStringLiteral(".UTF-8"));
     p.setProcessEnvironment(env);
     p.start(QStringLiteral(QORVANE_CLI_PATH), args);
     if (!p.waitForFinished(60000) || p.exitStatus() != QProcess::NormalExit) return {};
@@ -112,6 +117,24 @@ private slots:
         QVERIFY2(problems.contains(QLatin1String("customer number 8")), qPrintable(problems));
         QVERIFY(problems.contains(QLatin1String("item number 9,")));
         QVERIFY(!problems.contains(QLatin1String("item number 6,")));  // archived, but there
+
+        // What check says of money, changing nothing: a price that holds no
+        // amount, a balance (in exponent form) above what its items bill.
+        Database odd;
+        odd.lvwCustomers.add("1k", fields({"Ames, Al", "Al", "Ames", "", "", "", "", "", ""}));
+        odd.lvwPeriods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "", "2024/06/15"}));
+        odd.lvwPAndS.add("5k", QStringLiteral("000000000.00call us - Advice"));
+        odd.lvwPAndS.add("6k", QStringLiteral("000000006.00$6.00 - Six"));
+        odd.lvwInvoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "1.5E+03", "5\u00026x2", ""}));
+        const QString oddFile = dir.filePath(QStringLiteral("odd.xml"));
+        QVERIFY(writeFile(oddFile, odd.serialize()));
+        const Run o = cli({"check", oddFile});
+        QCOMPARE(o.exitCode, 0);
+        QVERIFY2(o.out.endsWith(QStringLiteral("item number 5: the price \"call us\" holds no amount that can be read; it "
+                                               "counts as 0\nbill period \"May\", customer number 1: the balance "
+                                               "$1,500.00 is more than the $12.00 its items bill\n")),
+                 qPrintable(o.out));
+        QVERIFY(readFile(oddFile) == odd.serialize());
 
         // resave writes what the program saves after a load, with the placeholder,
         // and first removes what an interrupted save of the same file left.
@@ -201,6 +224,21 @@ private slots:
         QCOMPARE(cli({"customers", file, "-o", file}).exitCode, 1);
         QCOMPARE(cli({"envelopes", file, "--period", "May", "-o", file}).exitCode, 1);
         QVERIFY(readFile(file) == before);
+
+        // Nothing to print: no file, a word on standard error, exit status 5.
+        Database none;
+        none.lvwPeriods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
+        const QString empty = dir.filePath("empty.xml"), nothing = dir.filePath("nothing.pdf");
+        QVERIFY(writeFile(empty, none.serialize()));
+        for (const QStringList &args : {QStringList{"customers", empty, "-o", nothing},
+                                        QStringList{"envelopes", empty, "--period", "May", "-o", nothing},
+                                        QStringList{"invoices", empty, "--period", "May", "-o", nothing},
+                                        QStringList{"invoices", empty, "--period", "May", "--each", nothing}}) {
+            r = cli(args);
+            QVERIFY2(r.exitCode == 5 && r.out.isEmpty() && r.err.contains("no file was written"), qPrintable(r.err));
+            QVERIFY(!QFileInfo::exists(nothing));
+        }
+        QVERIFY(cli({"--help"}).out.contains("5  the file holds nothing to print"));
     }
 
     // The two statements: sums to the cent over many records, the user's
@@ -294,9 +332,96 @@ private slots:
         QCOMPARE(cli({"invoices", file, "--period", "June", "-o", out}).exitCode, 4);
         QCOMPARE(cli({"invoices", file, "--period", "May", "--customer", "4k", "-o", out}).exitCode, 1);
         QCOMPARE(cli({"invoices", file, "--period", "May", "--template", "3", "-o", out}).exitCode, 1);
+        settings::write(QStringLiteral("Printing"), QStringLiteral("PrintPreviewSelected"), QStringLiteral("7"));
+        QCOMPARE(cli({"invoices", file, "--period", "May", "-o", out}).exitCode, 1);
         QCOMPARE(cli({"invoices", file, "--period", "May", "--paper", "legal", "-o", out}).exitCode, 1);
         QCOMPARE(cli({"invoices", file, "--period", "May"}).exitCode, 1);
         QCOMPARE(cli({"invoices", file, "--period", "May", "--all", "--customer", "1", "-o", out}).exitCode, 1);
+    }
+
+    // Random books printed under several language settings and read back:
+    // every invoice's "TOTAL DUE:" is the balance `owing` reports, its lines
+    // add up to what its items bill, and a part payment shows both.
+    void moneyProperty()
+    {
+        QRandomGenerator rng(20240517);
+        Database db;
+        db.lvwPeriods.add(QStringLiteral("P") + FieldSep, fields({"2024/05/01", "P", "2024/05/31", "2024/06/15"}));
+        // Prices typed under several language settings; names with " - ", "(x" and digits.
+        const char *const forms[] = {"en_US", "de_DE", "fr_FR", "de_CH", "en_GB", "C"};
+        const char *const names[] = {"Hedge trim - large", "Filters (x2)", "Bag 12", "Lawn (x", "Pack - 3 (x10)"};
+        std::vector<qint64> price(61);
+        for (int n = 1; n <= 60; ++n) {
+            price[size_t(n)] = 1 + rng.bounded(n % 7 == 0 ? 99999999 : 500000);
+            const QString text = Money::fromCents(price[size_t(n)]).toCurrencyText(QLocale(forms[n % 6]));
+            db.lvwPAndS.add(numberKey(n), regional::sortPrice(text) + text + " - " + names[n % 5] + QString::number(n));
+        }
+        QHash<QString, std::pair<qint64, qint64>> truth;  // customer: billed, balance
+        qint64 allBilled = 0;
+        for (int cid = 1; cid <= 12; ++cid) {
+            const QString c = QString::number(cid);
+            QStringList entries;
+            qint64 billed = 0;
+            for (int n = 1 + int(rng.bounded(30)), count = cid <= 2 ? 30 : 1 + int(rng.bounded(30)); count--; ++n) {
+                const int q = 1 + int(rng.bounded(99));
+                entries << ItemEntry::make(QString::number(n), q);
+                billed += price[size_t(n)] * q;
+            }
+            const qint64 balance = cid % 3 == 0 ? 0 : cid % 3 == 1 ? billed : 1 + qint64(rng.bounded(quint64(billed)));
+            truth.insert(c, {billed, balance});
+            allBilled += billed;
+            db.lvwCustomers.add(numberKey(cid), QStringList{"Zed, C" + c, "C" + c, "Zed", "", "", "", "", "", ""}.join(FieldSep));
+            db.lvwInvoiceRecords.add(QStringList{"P", c, ""}.join(FieldSep),
+                                     QStringList{"P", "Zed, C" + c, c, Money::fromCents(balance).toStoredText(),
+                                                 ItemEntry::join(entries), ""}.join(FieldSep));
+        }
+        const QString file = dir.filePath(QStringLiteral("property.xml"));
+        QVERIFY(db.save(file).ok);
+        QTemporaryDir config;
+        qputenv("XDG_CONFIG_HOME", config.path().toUtf8());
+        QCOMPARE(cli({"periods", file, "--plain"}).out.section(u'\t', 5, 5), Money::fromCents(allBilled).toPlainText());
+        QHash<QString, qint64> owed;
+        QString who;
+        for (const QString &line : cli({"owing", file, "--plain"}).out.split(u'\n', Qt::SkipEmptyParts)) {
+            if (!line.startsWith(u'\t')) who = line.section(u'\t', 1, 1);
+            else if (line.section(u'\t', 1, 1) == u"P") owed[who] = Money::fromStoredText(line.section(u'\t', 2))->cents();
+        }
+        for (const char *locale : {"en_US", "de_DE", "fr_FR", "de_CH"}) {
+            const QString pdf = dir.filePath(QStringLiteral("property-%1.pdf").arg(locale));
+            QCOMPARE(cli({"invoices", file, "--period", "P", "--all", "--template", "0", "-o", pdf}, locale).exitCode, 0);
+            // The words of each line of the item box and of the total row (row 12), by page.
+            QMap<std::pair<int, int>, std::pair<QString, QString>> rows;  // caption, amount
+            QHash<int, QString> customerOf;
+            for (const PdfWord &w : readPdfWords(pdf)) {
+                if (std::abs(w.top - 4560) < 150 && w.left < 5700 && w.text.startsWith(u'C'))
+                    customerOf[w.page] = w.text.mid(1);  // the bill-to line "C12 Zed"
+                const int row = int(std::floor((w.top - 7320 + 60) / 360));
+                if (row < 0 || row > 12) continue;
+                QString &part = w.left >= 8640 ? rows[{w.page, row}].second : rows[{w.page, row}].first;
+                part += (part.isEmpty() ? "" : " ") + w.text;
+            }
+            struct Read { qint64 lines = 0, billed = -1, paid = -1, total = -1, totals = 0; };
+            QHash<QString, Read> read;
+            for (auto it = rows.cbegin(); it != rows.cend(); ++it) {
+                if (it->second.isEmpty()) continue;
+                const auto amount = Money::fromPriceText(it->second);
+                QVERIFY2(amount, qPrintable(it->second));
+                Read &r = read[customerOf.value(it.key().first)];
+                if (it.key().second == 12) r.total = amount->cents(), ++r.totals;
+                else if (it->first == u"Billed:") r.billed = amount->cents();
+                else if (it->first == u"Paid:") r.paid = amount->cents();
+                else r.lines += amount->cents();
+            }
+            QCOMPARE(read.size(), truth.size());
+            for (auto it = truth.cbegin(); it != truth.cend(); ++it) {
+                const Read r = read.value(it.key());
+                const auto [billed, balance] = *it;
+                const bool part = balance > 0 && balance < billed;
+                QVERIFY2(r.lines == billed && r.total == balance && r.total == owed.value(it.key()) && r.totals == 1
+                             && (part ? r.billed == billed && r.paid == billed - balance : r.billed < 0 && r.paid < 0),
+                         qPrintable(QStringLiteral("%1, customer %2").arg(locale, it.key())));
+            }
+        }
     }
 
     void periodsAndOwing()

@@ -2,6 +2,7 @@
 // Shared by the panel tests: a throw-away settings store and database file,
 // the main window opened as at start, and an answerer for message boxes.
 #include "billing/frmchecking.h"
+#include "billing/invoicetrees.h"
 #include "shell/frmqor.h"
 #include "shell/settingsstore.h"
 #include "uiservices/dialogservice.h"
@@ -96,9 +97,9 @@ inline std::unique_ptr<FrmQOR> openWindow(int panel) {
     return w;
 }
 
-// Ends a window without its closing questions.
+// Ends a window without its closing questions (an open entry ends unasked).
 inline void discard(std::unique_ptr<FrmQOR> &w) {
-    if (w) w->showDatabaseChanged(false), w->close(), w.reset();
+    if (w) InvoiceTrees::of(w->db()).endEntry(), w->showDatabaseChanged(false), w->close(), w.reset();
 }
 
 inline void click(QAbstractButton *b) {

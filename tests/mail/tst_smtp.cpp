@@ -55,7 +55,7 @@ OutgoingMessage invoiceFor(const MailCustomer &c)
     in.customer[2] = c.name.section(u' ', 1);
     QBuffer pdf;
     pdf.open(QIODevice::WriteOnly);
-    pages::writePdf({*pages::composeInvoicePage(in)}, &pdf);
+    pages::writePdf(pages::composeInvoice(in), &pdf);
     const TemplateFields f{u"Bäcker & Co"_s, c.name, u"Mai/Juni"_s, Money::fromCents(9750), u"07/31/2026"_s};
     const MessageTexts t = composeTexts(loadTexts(), MailKind::Invoice, f, QDate(2026, 7, 1));
     return {u"Rechnung für "_s + c.name + u"\r\nBcc: spy@example.com"_s, t.body, t.attachmentName, pdf.data(), {}};

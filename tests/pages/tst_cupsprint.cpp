@@ -159,7 +159,7 @@ private slots:
         InvoiceInput second = sampleInvoice(2, 2, false, false);
         second.customer[1] = QStringLiteral("Bob");
         second.customer[2] = QStringLiteral("Stone");
-        const QList<Page> pages = {*composeInvoicePage(first), *composeInvoicePage(second)};
+        const QList<Page> pages = {composeInvoice(first).first(), composeInvoice(second).first()};
 
         // cups-pdf names its file after the job's title.
         const QString token = QStringLiteral("qorvane_%1_%2")
@@ -216,7 +216,7 @@ private slots:
             || run("cupsreject", {queue}, &why).isNull())
             QFAIL(qPrintable(QStringLiteral("cannot set up a rejecting queue: ") + why));
         QPrinter printer(QPrinterInfo::printerInfo(queue), QPrinter::HighResolution);
-        const PrintOutcome out = printPages({*composeInvoicePage(sampleInvoice(1, 2, true, false))}, printer, "rejected");
+        const PrintOutcome out = printPages({composeInvoice(sampleInvoice(1, 2, true, false)).first()}, printer, "rejected");
         run("lpadmin", {"-x", queue});
         QCOMPARE(out.status, PrintStatus::Failed);
         QCOMPARE(out.printer, queue);

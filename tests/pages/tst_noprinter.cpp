@@ -14,7 +14,7 @@ private slots:
     void noPrinterIsToldApart()
     {
         QCOMPARE(defaultPrinterName(), QString());
-        const PrintOutcome out = printToDefaultPrinter({*composeInvoicePage(sampleInvoice(0, 1, true, false))}, "none");
+        const PrintOutcome out = printToDefaultPrinter({composeInvoice(sampleInvoice(0, 1, true, false)).first()}, "none");
         QCOMPARE(out.status, PrintStatus::NoPrinter);
         QVERIFY(out.printer.isEmpty());
     }

@@ -99,6 +99,15 @@ private slots:
         retype(name(), "soap");  // other case is another name
         click(btn("cmdAddNewItem"));
         QVERIFY(table().contains(u"6k") && table().textOf(u"6k") == "000000005.00$5.00 - soap");
+
+        // Kept to the cent: more decimals are refused with a message, and the entry stays.
+        for (const char *typed : {"1.234", "0.005"}) {
+            addItem(typed, "Nut");
+            QVERIFY2(m_answers->last().text.startsWith(QStringLiteral("\"%1\" has more than two decimals.").arg(typed)),
+                     qPrintable(m_answers->last().text));
+            QCOMPARE(table().count(), 6);
+            click(btn("cmdCancelNewItem"));
+        }
     }
 
     // German forms; a display text keeps the form of the moment it was added.

@@ -448,7 +448,7 @@ private slots:
         PrintingPanel printing(ctx);
         QComboBox *one = bills.chooser(), *two = printing.chooser();
         QSignalSpy oneChanged(one, &QComboBox::currentIndexChanged), twoChanged(two, &QComboBox::currentIndexChanged);
-        bills.treeModel().add(0, u"root_node"_s, u"old"_s);
+        bills.treeModel().add(0, u"root_node"_s, NodeValues{NodeKind::Other, u"old"_s});
         bills.control<QLineEdit>(u"txtBillPeriod"_s)->setText(u"typed"_s);
         bills.refreshBillPeriodList();  // an empty table empties everything
         QVERIFY(one->count() == 0 && bills.treeModel().isEmpty() && oneChanged.isEmpty());
@@ -483,7 +483,7 @@ private slots:
                                       p.control<QLineEdit>(u"txtPField(3)"_s)};
         for (QLineEdit *e : f)
             e->setText(u"2024/01/01"_s);
-        p.treeModel().add(0, u"root_node"_s, u"Smith, Ann"_s);
+        p.treeModel().add(0, u"root_node"_s, NodeValues{NodeKind::Other, u"Smith, Ann"_s});
         p.control<QLineEdit>(u"txtBillPeriod"_s)->setText(u"old"_s);
         p.clearEntryFields(1);  // entering a new period
         for (QLineEdit *e : f)
