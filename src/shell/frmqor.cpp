@@ -16,6 +16,7 @@
 #include "shell/panel.h"
 #include "shell/roster.h"
 #include "shell/settingsstore.h"
+#include "shell/userguide.h"
 #include "uiservices/assetpaths.h"
 #include "uiservices/buttonkeys.h"
 #include "uiservices/dialogservice.h"
@@ -444,31 +445,7 @@ void FrmQOR::cmdCloseBooksClick() {
 // ---------------------------------------------------------------------------
 // Help
 
-QString FrmQOR::writeUserGuide() {
-    const QString folder =
-        QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) + QStringLiteral("/QOR");
-    if (!QDir().mkpath(folder))
-        return {};
-    QFile source(QStringLiteral(":/help/qorvane-guide.html"));
-    if (!source.open(QIODevice::ReadOnly))
-        return {};
-    const QString target = folder + QStringLiteral("/qorvane-guide.html");
-    QSaveFile out(target);
-    if (!out.open(QIODevice::WriteOnly))
-        return {};
-    out.write(source.readAll());
-    if (!out.commit())
-        return {};
-    return target;
-}
-
-bool FrmQOR::cmdOpenHelpClick() {
-    const QString path = writeUserGuide();
-    if (path.isEmpty())
-        return false;
-    // A system without a viewer simply shows nothing.
-    return QDesktopServices::openUrl(QUrl::fromLocalFile(path));
-}
+bool FrmQOR::cmdOpenHelpClick() { return userguide::open(this); }
 
 // ---------------------------------------------------------------------------
 // Form_Unload

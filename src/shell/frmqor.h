@@ -88,12 +88,9 @@ public:
     // The file buttons of the Options panel.
     void cmdChangePathClick(int index);
     void cmdCloseBooksClick();
-    // Opens the user guide in the system's viewer; false when it could not be
-    // written or no viewer took it (nothing is shown to the user then).
+    // Opens the user guide in the system's viewer; false when no viewer took
+    // it (the user is told where the guide is).
     bool cmdOpenHelpClick();
-    // Writes the user guide to the per-user cache folder and gives its path
-    // (empty when it could not be written).
-    static QString writeUserGuide();
 
     Panel *panel(int index) const { return m_panels.at(size_t(index)); }
     CustomerPanel *customerPanel() const;

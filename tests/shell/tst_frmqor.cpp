@@ -5,6 +5,7 @@
 #include "customers/customerpanel.h"
 #include "shell/formposition.h"
 #include "shell/panel.h"
+#include "shell/userguide.h"
 #include "uiservices/hovercommand.h"
 #include "uiservices/twips.h"
 
@@ -275,9 +276,26 @@ private slots:
     }
 
     void userGuide() {
-        QFile guide(FrmQOR::writeUserGuide());
-        QVERIFY(guide.fileName().startsWith(sb.dir.path()) && guide.open(QIODevice::ReadOnly));
-        QVERIFY(guide.readAll().contains("Company Info"));
+        // Not installed beside the program: the built-in copy is written out.
+        QTemporaryDir prefix;
+        const QString bin = prefix.filePath(u"bin"_s), doc = prefix.filePath(u"share/doc/qorvane"_s);
+        QVERIFY(QDir().mkpath(bin) && QDir().mkpath(doc));
+        QList<QUrl> opened;
+        const auto viewer = [&opened](const QUrl &url) { opened << url; return true; };
+        QVERIFY(userguide::open(nullptr, bin, viewer));
+        QFile written(opened.value(0).toLocalFile());
+        QVERIFY(written.fileName().startsWith(sb.dir.path()) && written.open(QIODevice::ReadOnly));
+        QVERIFY(written.readAll().contains("qorvane-cli"));
+        // Installed: that copy is shown; with no viewer the user learns where it is.
+        QFile installed(doc + u"/qorvane-guide.html"_s);
+        QVERIFY(installed.open(QIODevice::WriteOnly) && installed.write("<html>") > 0);
+        installed.close();
+        QVERIFY(userguide::open(nullptr, bin, viewer));
+        QCOMPARE(opened.value(1), QUrl::fromLocalFile(installed.fileName()));
+        Answerer a;
+        QVERIFY(!userguide::open(nullptr, bin, [](const QUrl &) { return false; }));
+        QCOMPARE(a.seen().size(), 1);
+        QVERIFY2(a.last().text.contains(installed.fileName()), qPrintable(a.last().text));
     }
 
     void oneCopyPerUser() {  // last: it points the store at another database
