@@ -107,6 +107,15 @@ done
 if command -v man >/dev/null; then
   MANWIDTH=80 man -l "$prefix/share/man/man1/qorvane-cli.1.gz" 2>"$work/man.err" | grep -q "resave" || fail "man -l qorvane-cli"
   [ -s "$work/man.err" ] && { cat "$work/man.err"; fail "man page warnings"; }
+  for page in qorvane qorvane-cli; do
+    gzip -dc "$prefix/share/man/man1/$page.1.gz" | groff -man -Tutf8 -ww -z 2>"$work/man.err"
+    [ -s "$work/man.err" ] && { cat "$work/man.err"; fail "groff warnings in $page.1"; }
+  done
+  # Every command the tool knows has its entry in the manual page.
+  page=$(MANWIDTH=200 man -l "$prefix/share/man/man1/qorvane-cli.1.gz" 2>/dev/null)
+  for command in $("$prefix/bin/qorvane-cli" --help | sed -n 's/^ *qorvane-cli \([a-z][a-z]*\) .*/\1/p' | sort -u); do
+    grep -q "^       $command FILE\|^       $command IN" <<<"$page" || fail "qorvane-cli $command is missing from its manual page"
+  done
 fi
 grep -q "<html" "$prefix/share/doc/qorvane/qorvane-guide.html" || fail "guide is no HTML"
 
