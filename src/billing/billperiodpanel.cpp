@@ -465,14 +465,24 @@ void BillPeriodPanel::cmdAdjustBalanceClick()
 {
     if (m_treeView->isHidden()) return;
     m_treeView->setFocus();
-    const QString name = treeModel().values(m_binding->selectedNode()).label;
+    if (!selectedHasRecord()) return;
+    const NodeValues &v = treeModel().values(m_binding->selectedNode());
+    // The box takes the new balance, not the amount paid: it shows the
+    // present one and starts from it, and from the present note.
+    const Money present = v.balance.value_or(Money());
+    const auto row = InvoiceRecordRow::parse(
+        ctx.db().lvwInvoiceRecords.textOf(record::keyFor(m_trees.chosenName(), v.customer)));
+    const QString presentNote = row ? row->note : QString();
+    const QString presentText = present.toCurrencyText();
     DialogService &dialogs = DialogService::current();
     const QString balance = dialogs.text(ctx.mainWindow(), billing::text::NewBalance.title,
-                                         billing::balancePrompt(name), QString())
+                                         billing::balancePrompt(v.label) + QStringLiteral("\r\n\r\nBalance now: ") +
+                                             presentText,
+                                         presentText)
                                 .value_or(QString());
-    const QString note = dialogs.text(ctx.mainWindow(), billing::text::OptionalNote.title, billing::notePrompt(name),
-                                      QString())
-                             .value_or(QString());
+    const QString note = dialogs.text(ctx.mainWindow(), billing::text::OptionalNote.title, billing::notePrompt(v.label),
+                                      presentNote)
+                             .value_or(presentNote);  // Cancel keeps the note
     // No balance logs nothing, the note neither. A balance is read as a
     // price is: "1,200" is twelve hundred, whatever the language setting.
     if (balance.trimmed().isEmpty()) return;
@@ -481,6 +491,8 @@ void BillPeriodPanel::cmdAdjustBalanceClick()
         dialogs.warning(ctx.mainWindow(), billing::text::NewBalance.title, entry::amountProblem(value.problem, balance, true));
         return;
     }
+    // The same balance and note again is no payment.
+    if (*value.amount == present && note == presentNote) return;
     logPayment(*value.amount, note);
 }
 

@@ -336,6 +336,13 @@ int InvoiceTree::rowCount(const QModelIndex &parent) const
 
 int InvoiceTree::columnCount(const QModelIndex &) const { return 1; }
 
+QVariant InvoiceTree::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (section == 0 && orientation == Qt::Horizontal && role == Qt::DisplayRole && !m_headerName.isEmpty())
+        return m_headerName;
+    return QAbstractItemModel::headerData(section, orientation, role);
+}
+
 QVariant InvoiceTree::data(const QModelIndex &index, int role) const
 {
     const int node = nodeOf(index);

@@ -158,6 +158,10 @@ public:
     // A tick set through the model is the user's: NodeCheck follows.
     bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;
+    // The name of the one column, as a screen reader announces it (the
+    // header itself stays hidden).
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+    void setHeaderName(const QString &name) { m_headerName = name; }
 
 signals:
     // A node's expansion state changed in the data (ensureVisible,
@@ -165,6 +169,7 @@ signals:
     void expansionChanged(int node, bool expanded);
 
 private:
+    QString m_headerName;
     // A node keeps its values; its text is made from them when it is asked
     // for, which a view does only for the rows it shows.
     struct Node {

@@ -1,5 +1,7 @@
 #include "billing/invoicetreeview.h"
 
+#include "uiservices/olecolor.h"
+
 #include "billing/invoicetree.h"
 
 #include <QApplication>
@@ -13,6 +15,24 @@
 
 namespace qor {
 
+QColor nodeTextColour(NodeColour colour, const QPalette &palette, bool selected)
+{
+    QColor c;
+    double least = TextContrast;
+    switch (colour) {
+    case NodeColour::Owes: c = QColor(192, 0, 0); break;
+    case NodeColour::WindowText: c = palette.color(QPalette::Active, QPalette::WindowText); break;
+    case NodeColour::GreyText:
+        c = palette.color(QPalette::Disabled, QPalette::Text);
+        least = HintContrast;
+        break;
+    default: return {};
+    }
+    // Dark red on white stays; on a dark ground or the selection it turns
+    // lighter or darker until it reads.
+    return readableOn(c, palette.color(selected ? QPalette::Highlight : QPalette::Base), least);
+}
+
 namespace {
 // ForeColor of a node in the window's palette.
 class ColourDelegate : public QStyledItemDelegate {
@@ -23,21 +43,17 @@ protected:
     void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override
     {
         QStyledItemDelegate::initStyleOption(option, index);
-        QColor c;
-        switch (NodeColour(index.data(InvoiceTree::ColourRole).toInt())) {
-        case NodeColour::Owes: c = QColor(192, 0, 0); break;
-        case NodeColour::WindowText: c = option->palette.color(QPalette::Active, QPalette::WindowText); break;
-        case NodeColour::GreyText: c = option->palette.color(QPalette::Disabled, QPalette::Text); break;
-        default: return;
-        }
-        option->palette.setColor(QPalette::Text, c);
-        option->palette.setColor(QPalette::HighlightedText, c == QColor(192, 0, 0) ? c.lighter(170) : c);
+        const auto colour = NodeColour(index.data(InvoiceTree::ColourRole).toInt());
+        if (colour == NodeColour::Default) return;
+        option->palette.setColor(QPalette::Text, nodeTextColour(colour, option->palette, false));
+        option->palette.setColor(QPalette::HighlightedText, nodeTextColour(colour, option->palette, true));
     }
 };
 }  // namespace
 
 InvoiceTreeView::InvoiceTreeView(QTreeView *view, InvoiceTree *tree) : QObject(view), m_view(view), m_tree(tree)
 {
+    tree->setHeaderName(view->accessibleName());
     view->setModel(tree);
     view->setHeaderHidden(true);
     view->setUniformRowHeights(true);

@@ -3,7 +3,9 @@
 // palette, the expansion state of the data, the current node kept across a
 // bulk change, and the mouse actions the billing reacts to (mouse-up with its
 // button and Ctrl, double-click).
+#include <QColor>
 #include <QObject>
+#include <QPalette>
 #include <QPointer>
 #include <QString>
 
@@ -12,6 +14,11 @@
 class QTreeView;
 
 namespace qor {
+
+// The colour a node of the given colour is drawn in on palette's list
+// (selected: on its selection): the node's own as far as it reads there.
+// Nothing for the tree's own colour.
+QColor nodeTextColour(NodeColour colour, const QPalette &palette, bool selected);
 
 class InvoiceTreeView : public QObject {
     Q_OBJECT

@@ -276,7 +276,8 @@ pages::PrintOutcome FrmPrintCustomers::printOnDefaultPrinter(const pages::Custom
         if (answer != QMessageBox::Yes)
             return none;
         QString file = DialogService::current().saveFileName(
-            this, {QStringLiteral("Save the Customer List"), QString(), QStringLiteral("PDF Files (*.pdf)|*.pdf")});
+            this, {QStringLiteral("Save the Customer List"), QStringLiteral("Customer list.pdf"),
+                   QStringLiteral("PDF Files (*.pdf)|*.pdf")});
         if (file.isEmpty())
             return none;
         if (!file.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive))

@@ -17,6 +17,7 @@
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QCoreApplication>
+#include <QDir>
 #include <QLabel>
 #include <QPrinter>
 #include <QPainter>
@@ -36,6 +37,9 @@ PrintingPanel::PrintingPanel(AppContext &ctx, QWidget *parent)
     m_binding = new InvoiceTreeView(m_tree, &m_trees.tree(1));
     m_cmdPrintSelectedEnvelopes = require<QAbstractButton>("cmdPrintSelectedEnvelopes");
     m_lblPrinting = require<QLabel>("lblPrinting");
+    m_lblPrintResult = require<QLabel>("lblPrintResult");
+    // Where the pages went: a path needs its whole width.
+    m_lblPrintResult->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_staPrinting = require<QProgressBar>("staPrinting");
     connect(m_cmdPrintSelectedEnvelopes, &QAbstractButton::clicked, this,
             &PrintingPanel::cmdPrintSelectedEnvelopesClick);
@@ -135,8 +139,11 @@ void PrintingPanel::printEnvelopes(const QStringList &customerKeys)
     m_envelopeRun = true;
     // Stores both defaults when X-Margin is empty, also when nothing is ticked.
     settings::envelopeMarginX();
+    tellOutcome(QString());
     m_lblPrinting->show();
     m_staPrinting->show();
+    qsizetype printed = 0;
+    QString printer;
     const qsizetype n = customerKeys.size() + 1;
     for (qsizetype i = 0; i < customerKeys.size(); ++i) {
         m_staPrinting->setValue(int(double(i + 1) / double(n) * 100));
@@ -145,7 +152,10 @@ void PrintingPanel::printEnvelopes(const QStringList &customerKeys)
         const int y = pages::wholeCentimetres(settings::envelopeMarginY());
         const pages::Page page = pages::composeEnvelope(envelopeFor(customerKeys[i], x, y));
         const pages::PrintOutcome out = printEnvelope(page);
-        if (out.status != pages::PrintStatus::Printed) {
+        if (out.status == pages::PrintStatus::Printed) {
+            ++printed;
+            printer = out.printer;
+        } else {
             DialogService::current().critical(this, QStringLiteral("Printer Error"),
                                               QStringLiteral("An error has occoured: \n") + out.reason +
                                                   QStringLiteral("\nThe printing job has been canceled, please "
@@ -158,6 +168,9 @@ void PrintingPanel::printEnvelopes(const QStringList &customerKeys)
     m_lblPrinting->hide();
     m_staPrinting->hide();
     m_envelopeRun = false;
+    const QString sent = countOf(printed, "envelope");
+    tellOutcome(printer.isEmpty() ? QStringLiteral("%1 printed.").arg(sent)
+                                  : QStringLiteral("%1 sent to %2.").arg(sent, printer));
 }
 
 bool PrintingPanel::needCompanyInfoFirst()
@@ -195,6 +208,7 @@ void PrintingPanel::cmdPrintSelectedInvoicesClick()
             showCompanyInfoPanel();
         return;
     }
+    tellOutcome(QString());
     m_lblPrinting->show();
     m_staPrinting->setValue(0);
     m_staPrinting->show();
@@ -223,7 +237,11 @@ void PrintingPanel::cmdPrintSelectedInvoicesClick()
     m_lblPrinting->hide();
     m_staPrinting->hide();
     DialogService &dialogs = DialogService::current();
-    if (out.status == pages::PrintStatus::NoPrinter) {
+    if (out.status == pages::PrintStatus::Printed) {
+        tellOutcome(pages.isEmpty() ? QStringLiteral("Nothing to print: no ticked customer has a ticked line.")
+                                    : pagesSentText(pages.size(), out.printer));
+    } else if (out.status == pages::PrintStatus::NoPrinter) {
+        tellOutcome(QStringLiteral("Nothing printed: there is no printer on this system."));
         const QMessageBox::StandardButton answer = dialogs.message(
             ctx.mainWindow(),
             {QMessageBox::Question, QStringLiteral("No Printer"),
@@ -232,18 +250,51 @@ void PrintingPanel::cmdPrintSelectedInvoicesClick()
              QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes});
         if (answer != QMessageBox::Yes)
             return;
-        const QString file = dialogs.saveFileName(
-            ctx.mainWindow(), {QStringLiteral("Save Invoices as PDF"), QString(), QStringLiteral("PDF (*.pdf)")});
+        QString file = dialogs.saveFileName(ctx.mainWindow(), {QStringLiteral("Save Invoices as PDF"),
+                                                               suggestedPdfName(m_trees.chosenName()),
+                                                               QStringLiteral("PDF (*.pdf)")});
         if (file.isEmpty())
             return;
+        if (!file.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive))
+            file += QStringLiteral(".pdf");
         QString why;
-        if (!pages::writePdf(pages, file, pages::defaultPaper(), &why))
+        if (!pages::writePdf(pages, file, pages::defaultPaper(), &why)) {
+            tellOutcome(QStringLiteral("The PDF could not be saved."));
             dialogs.critical(ctx.mainWindow(), QStringLiteral("Printer Error"), why);
+            return;
+        }
+        tellOutcome(QStringLiteral("%1 saved as %2").arg(countOf(pages.size(), "page"), QDir::toNativeSeparators(file)));
     } else if (out.status == pages::PrintStatus::Failed) {
+        tellOutcome(QStringLiteral("Nothing printed: the printer refused the job."));
         dialogs.critical(ctx.mainWindow(), QStringLiteral("Printer Error"),
                          QStringLiteral("An error has occoured: \n") + out.reason +
                              QStringLiteral("\nThe printing job has been canceled, please try again."));
     }
+}
+
+QString PrintingPanel::suggestedPdfName(const QString &period)
+{
+    // A period's name may hold characters no file name can.
+    QString name = period.trimmed();
+    name.replace(u'/', u'-').replace(u'\\', u'-');
+    return (name.isEmpty() ? QString() : name + u' ') + QStringLiteral("invoices.pdf");
+}
+
+QString PrintingPanel::countOf(qsizetype n, const char *thing)
+{
+    return QStringLiteral("%1 %2%3").arg(n).arg(QLatin1String(thing), n == 1 ? QString() : QStringLiteral("s"));
+}
+
+QString PrintingPanel::pagesSentText(qsizetype pages, const QString &printer)
+{
+    return printer.isEmpty() ? QStringLiteral("%1 sent to the printer.").arg(countOf(pages, "page"))
+                             : QStringLiteral("%1 sent to %2.").arg(countOf(pages, "page"), printer);
+}
+
+void PrintingPanel::tellOutcome(const QString &text)
+{
+    m_lblPrintResult->setText(text);
+    m_lblPrintResult->setVisible(!text.isEmpty());
 }
 
 void PrintingPanel::showInvoicePreview(int customerNode)

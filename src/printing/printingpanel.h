@@ -94,7 +94,15 @@ public:
     // default printer on the locale's envelope paper; a test puts its own here.
     std::function<pages::PrintOutcome(const pages::Page &)> printEnvelope;
 
+    // The name the PDF of a period's invoices is offered under.
+    static QString suggestedPdfName(const QString &period);
+    // The line under the title that tells where the last run went.
+    QLabel *printResult() const { return m_lblPrintResult; }
+
 private:
+    static QString countOf(qsizetype n, const char *thing);
+    static QString pagesSentText(qsizetype pages, const QString &printer);
+    void tellOutcome(const QString &text);
     void periodShown(int listIndex);
     invoicerun::RunValues runValues() const;
     InvoiceTrees &m_trees;
@@ -105,6 +113,7 @@ private:
     QAbstractButton *m_cmdPrintSelectedInvoices = nullptr;
     QPointer<statements::FrmStatements> m_statements;
     QLabel *m_lblPrinting = nullptr;
+    QLabel *m_lblPrintResult = nullptr;
     QProgressBar *m_staPrinting = nullptr;
     bool m_envelopeRun = false;
 };

@@ -25,15 +25,19 @@
 #include "uiservices/twips.h"
 
 #include <QAbstractButton>
+#include <QAccessibleWidget>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QIcon>
 #include <QLabel>
 #include <QPushButton>
 #include <QResizeEvent>
 #include <QSaveFile>
+#include <QShortcut>
 #include <QStandardPaths>
 #include <QUrl>
 #include <algorithm>
@@ -52,6 +56,15 @@ const QString CRLF = QStringLiteral("\r\n");
 
 QRect twipsRect(double left, double top, double width, double height) {
     return QRect(twipsToPx(left), twipsToPx(top), twipsToPx(width), twipsToPx(height));
+}
+
+// Screen readers list the program's window as a frame, as they do any
+// application's main window (a plain widget would read as a panel).
+QAccessibleInterface *windowAccessible(const QString &className, QObject *object) {
+    auto *window = qobject_cast<QWidget *>(object);
+    if (className == QLatin1String(FrmQOR::staticMetaObject.className()) && window)
+        return new QAccessibleWidget(window, QAccessible::Window);
+    return nullptr;
 }
 
 QImage loadImage(const QString &path) {
@@ -74,14 +87,14 @@ FrmQOR::FrmQOR(QWidget *parent) : FrmQOR(*new Session, parent) {
 
 FrmQOR::FrmQOR(Session &session, QWidget *parent) : QWidget(parent), m_session(&session), p(new Private) {
     initHelpResource();
+    static const bool readable = (QAccessible::installFactory(windowAccessible), true);
+    Q_UNUSED(readable);
     m_session->setDialogOwner(this);
     setObjectName(QStringLiteral("frmQOR"));
-    setWindowTitle(QStringLiteral(" Qorvane"));
+    showFileInTitle();
     setProperty("qorFrameTwips", QSizeF(FrameAllowanceWidth, FrameAllowanceHeight));
     setAutoFillBackground(true);
-    QPalette pal = palette();
-    pal.setColor(QPalette::Window, Qt::white);
-    setPalette(pal);
+    setPalette(roster::panelPalette(palette()));
     setWindowIcon(QIcon(QPixmap::fromImage(loadImage(QString::fromLatin1(assets::AppIcon)))));
     setMinimumSize(twipsToPx(MinimumWidth - FrameAllowanceWidth),
                    twipsToPx(MinimumHeight - FrameAllowanceHeight));
@@ -111,9 +124,21 @@ FrmQOR::FrmQOR(Session &session, QWidget *parent) : QWidget(parent), m_session(&
         // the window is first shown. A read-only file offers no save.
         m_cmdSave->setVisible(changed && !m_session->isReadOnly());
         m_cmdCancel->setVisible(changed);
+        setWindowModified(changed);
         if (!changed) m_recoveryTimer.stop();
     });
     connect(m_session, &Session::readOnlyChanged, this, &FrmQOR::showReadOnly);
+    connect(m_session, &Session::pathChanged, this, &FrmQOR::showFileInTitle);
+
+    // The keys of every desktop program. Ctrl+S saves only what the Save
+    // button would, Ctrl+Q closes as the close button does, with its questions.
+    connect(new QShortcut(QKeySequence::Save, this), &QShortcut::activated, this, [this] {
+        if (!m_cmdSave->isHidden()) cmdSaveClick();
+    });
+    connect(new QShortcut(QKeySequence::HelpContents, this), &QShortcut::activated, this,
+            [this] { cmdOpenHelpClick(); });
+    // Not QKeySequence::Quit: some desktops' key themes leave it empty.
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), this), &QShortcut::activated, this, &QWidget::close);
     db().onPlaceholderCreated = [this] { placeholderCreated(); };
 
     // Unsaved changes reach the recovery copy within RecoveryDelay of the
@@ -127,8 +152,21 @@ FrmQOR::FrmQOR(Session &session, QWidget *parent) : QWidget(parent), m_session(&
     connect(&m_recoveryTimer, &QTimer::timeout, this, [this] { m_session->writeRecovery(); });
 }
 
+void FrmQOR::showFileInTitle() {
+    // "[*]" is where Qt shows the "*" of unsaved changes.
+    const QString path = m_session->path();
+    QString title = QStringLiteral("[*]Qorvane");
+    if (!path.isEmpty())
+        title = QStringLiteral("[*]") + QFileInfo(path).fileName() +
+                (m_session->isReadOnly() ? QStringLiteral(" (read-only)") : QString()) +
+                QStringLiteral(" \u2014 Qorvane");
+    setWindowTitle(title);
+    setWindowModified(databaseChanged());
+    DialogService::setDatabaseFile(path);
+}
+
 void FrmQOR::showReadOnly(bool readOnly) {
-    setWindowTitle(readOnly ? QStringLiteral(" Qorvane (read-only)") : QStringLiteral(" Qorvane"));
+    showFileInTitle();
     m_cmdSave->setVisible(databaseChanged() && !readOnly);
     optionsPanel()->showReadOnly(readOnly);
 }
@@ -434,6 +472,29 @@ void FrmQOR::cmdChangePathClick(int index) {
         return;
     customerPanel()->showAddNew();
     refreshAfterLoad();
+}
+
+bool FrmQOR::openRequested(const QString &path) {
+    // A window still loading, or a question on screen, is seen to first; the
+    // file waits for it.
+    if (m_loadingForm || QApplication::activeModalWidget()) {
+        if (QWidget *modal = QApplication::activeModalWidget()) {
+            modal->raise();
+            modal->activateWindow();
+        }
+        if (!path.isEmpty())
+            QTimer::singleShot(500, this, [this, path] { openRequested(path); });
+        return false;
+    }
+    if (isMinimized())
+        showNormal();
+    raise();
+    activateWindow();
+    if (path.isEmpty() || !m_session->openFile(path))
+        return false;
+    customerPanel()->showAddNew();
+    refreshAfterLoad();
+    return true;
 }
 
 void FrmQOR::cmdCloseBooksClick() {

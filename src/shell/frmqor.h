@@ -88,6 +88,11 @@ public:
     // The file buttons of the Options panel.
     void cmdChangePathClick(int index);
     void cmdCloseBooksClick();
+    // A later start of the program (or the command line) asks for path:
+    // the window comes forward (as far as the desktop lets it) and opens
+    // the file after the usual questions. Empty: only come forward. False
+    // when the books did not change to it.
+    bool openRequested(const QString &path);
     // Opens the user guide in the system's viewer; false when no viewer took
     // it (the user is told where the guide is).
     bool cmdOpenHelpClick();
@@ -123,6 +128,7 @@ private:
     void formResize();
     void placeholderCreated();
     void showReadOnly(bool readOnly);
+    void showFileInTitle();
 
     std::unique_ptr<Session> m_ownSession;
     Session *m_session = nullptr;

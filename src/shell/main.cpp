@@ -2,6 +2,7 @@
 // the last window has closed.
 #include "database/filesafety.h"
 #include "shell/frmqor.h"
+#include "shell/instancechannel.h"
 #include "shell/session.h"
 #include "shell/settingsstore.h"
 #include "shell/singleinstance.h"
@@ -9,6 +10,7 @@
 #include "uiservices/dialogservice.h"
 
 #include <QApplication>
+#include <QCommandLineParser>
 
 #include <sys/stat.h>
 
@@ -29,8 +31,20 @@ int main(int argc, char *argv[]) {
     QApplication::setApplicationVersion(QStringLiteral(QOR_VERSION_TEXT));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.qorvane.Qorvane"));
 
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Bill a regular list of customers: invoices, envelopes and payments."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("The database to open (a Qorvane .xml file)."),
+                                 QStringLiteral("[FILE]"));
+    parser.process(app);  // --help and --version answer and end here
+    const QString file = parser.positionalArguments().value(0);
+
     qor::SingleInstanceGuard guard;
     if (!guard.isFirstInstance()) {
+        // The running copy comes forward and opens the file itself.
+        if (qor::InstanceChannel::handOver(file))
+            return 0;
         // Nothing has been touched yet: no settings, no database.
         qor::DialogService::current().message(
             nullptr, {QMessageBox::NoIcon, qor::AppTitle, QStringLiteral("QOR is already running."),
@@ -50,7 +64,14 @@ int main(int argc, char *argv[]) {
     auto *window = new qor::FrmQOR(session);
     dialogService.setOwner(window);
     window->setAttribute(Qt::WA_DeleteOnClose);
+    // Listening before the load: a second start while this one still reads
+    // its file is answered once the window is free.
+    qor::InstanceChannel channel;
+    QObject::connect(&channel, &qor::InstanceChannel::requested, window, &qor::FrmQOR::openRequested);
+    channel.listen();
     window->formLoad();
+    if (!file.isEmpty() && !session.declinedAtStart())
+        window->openRequested(file);
     const int code = app.exec();
     dialogService.setOwner(nullptr);
     return code;

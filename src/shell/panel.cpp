@@ -100,6 +100,7 @@ const Rule kRules[] = {
 
     {3, "lblPrinting", Prop::Left, Base::W, -3000},
     {3, "staPrinting", Prop::Left, Base::W, -3000},
+    {3, "lblPrintResult", Prop::Width, Base::W, -5160},
     {3, "tvwInvoiceRecords(1)", Prop::Width, Base::W, -225},
     {3, "tvwInvoiceRecords(1)", Prop::Height, Base::H, -2145},
     {3, "cmdPrintSelectedInvoices", Prop::Left, Base::W, -4210},
@@ -191,9 +192,7 @@ Panel::Panel(int index, AppContext &ctx, QWidget *parent)
     setFrameShape(QFrame::NoFrame);
     setLineWidth(0);
     setAutoFillBackground(true);
-    QPalette pal = palette();
-    pal.setColor(QPalette::Window, Qt::white);
-    setPalette(pal);
+    setPalette(roster::panelPalette(palette()));
     resize(twipsToPx(8400), twipsToPx(6240));
     roster::build(index, this, m_controls);
     auto *top = require<QLabel>(QStringLiteral("lblTop(%1)").arg(index));
@@ -265,6 +264,10 @@ void Panel::arrange(double W, double H, int M)
         }
         writeProp(w, r.prop, v);
     }
+    // Captions set since the panel was built (the entry modes' words) show whole.
+    for (QLabel *label : findChildren<QLabel *>())
+        if (m_controls.contains(label->objectName()))
+            roster::fitCaption(label);
 }
 
 void Panel::applyExpertMode(bool expert)

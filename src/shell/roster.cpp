@@ -103,6 +103,7 @@ const Entry kRows[] = {
 {3, nullptr, "staPrinting", K::ProgressBar, "", 5400, 960, 2895, 255, 96, Hidden, 0, "Printing progress"},
 {3, nullptr, "lblBillPeriodP2", K::Label, "Bill Period:", 120, 600, 960, 210, 99},
 {3, nullptr, "lblPrinting", K::Label, "Sending to printer ...", 5400, 720, 1815, 255, 98, Hidden},
+{3, nullptr, "lblPrintResult", K::Label, "", 5040, 600, 3255, 450, 108, Hidden, 0, "Last print run"},
 {3, nullptr, "lblRightClickForNote", K::Label, "(Right-click customer to add a note to their bill.)", 120, 5640, 2205, 450, 97, NoFlags, 0, nullptr, F::ByRule, A::Centre, syscolor::GrayText},
 {3, nullptr, "lblTop(3)", K::Label, "Printing", 0, 0, 8415, 375, 63, NoFlags, 0, nullptr, F::Title, A::Centre, rgb(0, 128, 0), rgb(255, 255, 255)},
 
@@ -118,9 +119,9 @@ const Entry kRows[] = {
 {4, "fraPrintPreview", "picPrintPreviewBottom(2)", K::Picture, "", 375, 2070, 2880, 2160, 137, Hidden, 0, "Preview of the invoice bottom, text moved up"},
 {4, nullptr, "fraInvoiceTitle", K::GroupFrame, "Invoice Title", 240, 600, 3735, 1575, 122},
 {4, "fraInvoiceTitle", "fraSize", K::GroupFrame, "Size", 1560, 240, 1935, 615, 131},
-{4, "fraSize", "optInvoiceTitleSize(0)", K::Option, "S", 120, 225, 495, 255, 134, NoFlags, 0, "Small"},
-{4, "fraSize", "optInvoiceTitleSize(1)", K::Option, "M", 720, 225, 495, 255, 133, NoFlags, 0, "Medium"},
-{4, "fraSize", "optInvoiceTitleSize(2)", K::Option, "L", 1320, 225, 495, 255, 132, NoFlags, 0, "Large"},
+{4, "fraSize", "optInvoiceTitleSize(0)", K::Option, "S", 120, 225, 585, 255, 134, NoFlags, 0, "Small"},
+{4, "fraSize", "optInvoiceTitleSize(1)", K::Option, "M", 720, 225, 585, 255, 133, NoFlags, 0, "Medium"},
+{4, "fraSize", "optInvoiceTitleSize(2)", K::Option, "L", 1320, 225, 585, 255, 132, NoFlags, 0, "Large"},
 {4, "fraInvoiceTitle", "txtInvoiceTitle", K::TextBox, "", 1200, 1050, 2295, 285, 126, NoFlags, 0, "Other invoice title"},
 {4, "fraInvoiceTitle", "optInvoiceTitle(2)", K::Option, "Other:", 240, 1080, 975, 255, 125},
 {4, "fraInvoiceTitle", "optInvoiceTitle(1)", K::Option, "Estimate", 240, 720, 1095, 255, 124},
@@ -231,7 +232,7 @@ protected:
 
 // A one-line label never clips its caption: it grows from the edge it is
 // aligned to (both edges when centred).
-void growToFit(QLabel *l)
+void growToFitLabel(QLabel *l)
 {
     if (l->wordWrap() || l->text().isEmpty())
         return;
@@ -277,6 +278,8 @@ QWidget *makeWidget(const Entry &e, QWidget *parent)
         // A one-column list; each row keeps its table key in Qt::UserRole.
         auto *l = new QTreeWidget(parent);
         l->setColumnCount(1);
+        // Hidden, yet a screen reader names the column by it.
+        l->setHeaderLabels({accessibleNameOf(e)});
         l->setHeaderHidden(true);
         l->setRootIsDecorated(false);
         l->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -483,6 +486,31 @@ QColor colour(OleColor value)
     return resolveOleColor(value, QApplication::palette());
 }
 
+void fitCaption(QLabel *label) { growToFitLabel(label); }
+
+QPalette panelPalette(const QPalette &from)
+{
+    QPalette pal = from;
+    for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+        pal.setColor(group, QPalette::Window, from.color(group, QPalette::Base));
+        pal.setColor(group, QPalette::WindowText, from.color(group, QPalette::Text));
+    }
+    return pal;
+}
+
+QColor groundOf(const QWidget *w)
+{
+    if (!w)
+        return {};
+    const QPalette::ColorRole role = backRole(w);
+    if (role == QPalette::Base || qobject_cast<const QPushButton *>(w))
+        return w->palette().color(QPalette::Active, role);
+    for (const QWidget *p = w; p; p = p->parentWidget())
+        if (p->autoFillBackground())
+            return p->palette().color(QPalette::Active, p->backgroundRole());
+    return w->palette().color(QPalette::Active, QPalette::Window);
+}
+
 void setBackColour(QWidget *w, OleColor value)
 {
     if (!w || value == NoColour)
@@ -491,6 +519,13 @@ void setBackColour(QWidget *w, OleColor value)
     const QColor c = colour(value);
     const QPalette::ColorRole role = backRole(w);
     pal.setColor(QPalette::All, role, c);
+    // A background of the program's choosing gets text that reads on it,
+    // whatever colours the desktop gives the text.
+    if (role != QPalette::Button || qobject_cast<QPushButton *>(w)) {
+        const QPalette::ColorRole fore = foreRole(w);
+        for (const auto group : {QPalette::Active, QPalette::Inactive})
+            pal.setColor(group, fore, readableOn(pal.color(group, fore), c, TextContrast));
+    }
     w->setPalette(pal);
     if (role == QPalette::Window)
         w->setAutoFillBackground(true);
@@ -506,7 +541,9 @@ void setForeColour(QWidget *w, OleColor value)
     if (!w || value == NoColour)
         return;
     QPalette pal = w->palette();
-    const QColor c = colour(value);
+    // A colour of the program's choosing still reads on the desktop's ground.
+    const QColor c =
+        readableOn(colour(value), groundOf(w), value == syscolor::GrayText ? HintContrast : TextContrast);
     pal.setColor(QPalette::Active, foreRole(w), c);
     pal.setColor(QPalette::Inactive, foreRole(w), c);
     w->setPalette(pal);
@@ -546,7 +583,7 @@ void build(int panelIndex, QWidget *panel, QHash<QString, QWidget *> &controls)
         setForeColour(w, e->fore);
         setBackColour(w, e->back);
         if (e->kind == K::Label)
-            growToFit(static_cast<QLabel *>(w));
+            fitCaption(static_cast<QLabel *>(w));
         setButtonPicture(w, *e);
         if (e->font == F::Link)
             w->setCursor(Qt::PointingHandCursor);

@@ -11,10 +11,12 @@
 #include <QFont>
 #include <QHash>
 #include <QList>
+#include <QPalette>
 #include <QString>
 #include <QStringView>
 #include <span>
 
+class QLabel;
 class QWidget;
 
 namespace qor::roster {
@@ -99,8 +101,19 @@ QString shownCaption(QStringView caption);
 
 // Colours, resolved with the application's palette.
 QColor colour(OleColor value);
-// Sets the background of a text box, list, drop-down, label or picture.
+// Sets the background of a text box, list, drop-down, label or picture, and
+// makes its text read on it. A text colour set here is kept only as far as it
+// reads on the ground below (4.5:1, hints 3:1).
 void setBackColour(QWidget *w, OleColor value);
+// The ground of the panels and the main window: the window colour (the
+// palette's base, white by default) with the palette's text on it, so every
+// label follows the desktop's scheme.
+QPalette panelPalette(const QPalette &from);
+// The colour the text of w is drawn on.
+QColor groundOf(const QWidget *w);
+// A one-line label grows to show its whole caption, from the edge it is
+// aligned to; the panels call it again when a caption changes.
+void fitCaption(QLabel *label);
 QColor backColour(const QWidget *w);
 void setForeColour(QWidget *w, OleColor value);
 QColor foreColour(const QWidget *w);

@@ -184,8 +184,10 @@ void Session::becomeFile(const QString &path, std::unique_ptr<FileLock> lock, bo
     }
     if (!samePath(path, settings::databasePath()))
         settings::write(QStringLiteral("FileHandling"), QStringLiteral("DatabasePath"), path);
+    const bool moved = m_path != path;
     m_path = path;
     setReadOnly(readOnly);
+    if (moved) emit pathChanged(path);
 }
 
 void Session::setReadOnly(bool readOnly)
@@ -489,12 +491,7 @@ bool Session::changePath(FileButton button)
     if (unsaved == Unsaved::Cancel) return false;
     QString path = askDatabaseFile(button == FileButton::New, QString::fromLatin1(FileDialogTitles[index]));
     if (path.isEmpty()) return false;
-    if (button == FileButton::Open) {
-        path = absolute(withXmlExtension(path));
-        if (!adopt(path, path, false, unsaved == Unsaved::Discard)) return false;
-        dropRecovery();
-        return true;
-    }
+    if (button == FileButton::Open) return openChosen(absolute(withXmlExtension(path)), unsaved);
 
     // A name that is taken, also once ".xml" is added, would not be new.
     if (QFileInfo::exists(path) || QFileInfo::exists(withXmlExtension(path))) {
@@ -520,6 +517,28 @@ bool Session::changePath(FileButton button)
     }
     dropRecovery();
     return true;
+}
+
+bool Session::openChosen(const QString &path, Unsaved unsaved)
+{
+    if (!adopt(path, path, false, unsaved == Unsaved::Discard)) return false;
+    dropRecovery();
+    return true;
+}
+
+bool Session::openFile(const QString &path)
+{
+    const QString file = absolute(path);
+    if (!QFileInfo(file).isFile()) {
+        DialogService::current().warning(m_owner, AppTitle,
+                                         QStringLiteral("The database file \"%1\" does not exist.").arg(shown(file)));
+        return false;
+    }
+    // The open file again is nothing to do, and asks nothing.
+    if (samePath(file, m_path)) return false;
+    const Unsaved unsaved = settleUnsavedChanges();
+    if (unsaved == Unsaved::Cancel) return false;
+    return openChosen(file, unsaved);
 }
 
 bool Session::confirmCloseBooks()

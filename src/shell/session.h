@@ -73,6 +73,10 @@ public:
     // when the books changed to another file; false when nothing changed
     // (cancelled, refused, failed: told).
     bool changePath(FileButton button);
+    // Opens the database file path as the Open button does once a name was
+    // chosen: unsaved changes and an open entry are asked about, the file is
+    // locked. True when the books changed to it; a missing file is told.
+    bool openFile(const QString &path);
 
     // Close the books: after the one-time explanation and the save dialog,
     // the pending changes go to the old file, and a new file under the
@@ -129,6 +133,8 @@ signals:
     // were dropped.
     void unsavedChangesKept(const QString &path);
     void readOnlyChanged(bool readOnly);
+    // The books now belong to another file.
+    void pathChanged(const QString &path);
     // A version or safety copy was made or removed.
     void earlierCopiesChanged();
     // Restore brought back an open bill-period entry, as openEntry gave it.
@@ -137,6 +143,7 @@ signals:
 private:
     enum class Unsaved { None, Saved, Discard, Cancel };
     Unsaved settleUnsavedChanges();
+    bool openChosen(const QString &path, Unsaved unsaved);
     bool keepBeforeDropping();
     bool hasNothingToLose() const;
     // Locks path for the books (asking when another program holds it);

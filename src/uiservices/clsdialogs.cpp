@@ -52,7 +52,9 @@ const QRgb StartColors[8] = {qRgb(0, 0, 0),     qRgb(255, 255, 255), qRgb(255, 0
 // The remembered keys, in the order they are written.
 const char *const Section = "DIALOGS";
 
-QString programFolder() { return QCoreApplication::applicationDirPath(); }
+// No folder remembered yet: the dialog service picks the start folder when
+// the dialog opens (the open database's), never the program's own.
+QString noFolderYet() { return QString(); }
 
 // The folder of a full name: through its last separator, that one included.
 QString folderOf(const QString &path)
@@ -71,7 +73,7 @@ ClsDIALOGS::ClsDIALOGS(bool usePersistence) : m_usePersistence(usePersistence), 
     if (m_usePersistence) {
         readRemembered();
     } else {
-        m_initialDir = m_lastOpenFolder = m_lastSaveFolder = programFolder();
+        m_initialDir = m_lastOpenFolder = m_lastSaveFolder = noFolderYet();
     }
     setStrFilter(QString::fromLatin1(DefaultFilter));
     for (size_t i = 0; i < m_customColors.size(); ++i)
@@ -117,11 +119,11 @@ void ClsDIALOGS::readRemembered()
         const int n = text(key, QString()).toInt(&ok);
         return ok ? n : 1;
     };
-    m_initialDir = text("InitialDir", programFolder());
-    m_lastOpenFolder = text("LastOpenDir", programFolder());
+    m_initialDir = text("InitialDir", noFolderYet());
+    m_lastOpenFolder = text("LastOpenDir", noFolderYet());
     m_lastOpenFilter = number("LastOpenFilter");
     m_lastOpenFile = text("LastOpenFile", QString());
-    m_lastSaveFolder = text("LastSaveDir", programFolder());
+    m_lastSaveFolder = text("LastSaveDir", noFolderYet());
     m_lastSaveFilter = number("LastSaveFilter");
     m_lastSaveFile = text("LastSaveFile", QString());
 }

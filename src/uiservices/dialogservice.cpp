@@ -4,6 +4,8 @@
 
 #include <QAbstractButton>
 #include <QColorDialog>
+#include <QCoreApplication>
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFontDialog>
@@ -12,6 +14,7 @@
 #include <QPageSetupDialog>
 #include <QPrintDialog>
 #include <QPrinter>
+#include <QStandardPaths>
 #include <cmath>
 
 namespace qor {
@@ -59,9 +62,36 @@ std::optional<QString> WidgetDialogs::secret(QWidget *owner, const QString &titl
     return t;
 }
 
+namespace {
+QString &databaseFile()
+{
+    static QString file;
+    return file;
+}
+}  // namespace
+
+void DialogService::setDatabaseFile(const QString &path) { databaseFile() = path; }
+
+QString DialogService::startPath(const QString &suggested)
+{
+    const QFileInfo asked(suggested);
+    const QString askedFolder = suggested.endsWith(u'/') || asked.isDir() ? suggested : asked.path();
+    const QString program = QDir(QCoreApplication::applicationDirPath()).canonicalPath();
+    const QString canonical = QDir(askedFolder).canonicalPath();
+    const bool inProgram = !canonical.isEmpty() && (canonical == program || canonical.startsWith(program + u'/'));
+    if (asked.isAbsolute() && !canonical.isEmpty() && !inProgram) return suggested;
+
+    QString folder = databaseFile().isEmpty() ? QString() : QFileInfo(databaseFile()).absolutePath();
+    if (folder.isEmpty() || !QFileInfo(folder).isDir())
+        folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    if (folder.isEmpty() || !QFileInfo(folder).isDir()) folder = QDir::homePath();
+    const QString name = suggested.endsWith(u'/') || asked.isDir() ? QString() : asked.fileName();
+    return name.isEmpty() ? folder : QDir(folder).filePath(name);
+}
+
 QString WidgetDialogs::openFileName(QWidget *owner, const FileQuestion &q)
 {
-    return QFileDialog::getOpenFileName(owner, q.caption, q.folder, q.filter, nullptr,
+    return QFileDialog::getOpenFileName(owner, q.caption, startPath(q.folder), q.filter, nullptr,
                                         QFileDialog::DontUseNativeDialog);
 }
 
@@ -77,13 +107,13 @@ std::optional<QFont> WidgetDialogs::font(QWidget *owner, const QString &title, c
 
 QString WidgetDialogs::saveFileName(QWidget *owner, const FileQuestion &q)
 {
-    return QFileDialog::getSaveFileName(owner, q.caption, q.folder, q.filter, nullptr,
+    return QFileDialog::getSaveFileName(owner, q.caption, startPath(q.folder), q.filter, nullptr,
                                         QFileDialog::DontUseNativeDialog);
 }
 
 DialogService::FileReply WidgetDialogs::fileDialog(QWidget *owner, const FileRequest &r)
 {
-    QFileDialog dialog(owner, r.title, r.folder);
+    QFileDialog dialog(owner, r.title, startPath(r.folder));
     dialog.setObjectName(QStringLiteral("fileDialog"));
     dialog.setOption(QFileDialog::DontUseNativeDialog);
     // Asking before a file is overwritten is the caller's business.
@@ -167,7 +197,7 @@ bool WidgetDialogs::printDialog(QWidget *owner)
 
 QString WidgetDialogs::folder(QWidget *owner, const QString &title)
 {
-    return QFileDialog::getExistingDirectory(owner, title, QString(),
+    return QFileDialog::getExistingDirectory(owner, title, startPath(QString()),
                                              QFileDialog::ShowDirsOnly | QFileDialog::DontUseNativeDialog);
 }
 
@@ -219,9 +249,10 @@ QString ScriptedDialogs::messageForm(QWidget *, const MessageForm &m)
     return a;
 }
 
-std::optional<QString> ScriptedDialogs::text(QWidget *, const QString &title, const QString &label, const QString &)
+std::optional<QString> ScriptedDialogs::text(QWidget *, const QString &title, const QString &label,
+                                             const QString &initial)
 {
-    seen.append({QStringLiteral("text"), {}, {}, title, label});
+    seen.append({QStringLiteral("text"), {}, {}, title, label, {}, {}, initial});
     if (nextTexts.empty()) return std::nullopt;
     const std::optional<QString> t = nextTexts.front();
     nextTexts.pop_front();
@@ -230,7 +261,7 @@ std::optional<QString> ScriptedDialogs::text(QWidget *, const QString &title, co
 
 QString ScriptedDialogs::openFileName(QWidget *, const FileQuestion &q)
 {
-    seen.append({QStringLiteral("open"), {}, {}, q.caption, q.filter});
+    seen.append({QStringLiteral("open"), {}, {}, q.caption, q.filter, startPath(q.folder)});
     if (nextFileNames.empty()) return {};
     const QString n = nextFileNames.front();
     nextFileNames.pop_front();
@@ -249,7 +280,7 @@ std::optional<QFont> ScriptedDialogs::font(QWidget *, const QString &title, cons
 DialogService::FileReply ScriptedDialogs::fileDialog(QWidget *, const FileRequest &r)
 {
     Seen s{r.save ? QStringLiteral("save") : QStringLiteral("open"), {}, {}, r.title, r.filters.join(u'|')};
-    s.folder = r.folder;
+    s.folder = startPath(r.folder);
     s.file = r;
     seen.append(s);
     FileReply reply;
@@ -297,7 +328,7 @@ bool ScriptedDialogs::printDialog(QWidget *)
 
 QString ScriptedDialogs::folder(QWidget *, const QString &title)
 {
-    seen.append({QStringLiteral("folder"), {}, {}, title, {}});
+    seen.append({QStringLiteral("folder"), {}, {}, title, {}, startPath(QString())});
     if (nextFolders.empty()) return {};
     const QString f = nextFolders.front();
     nextFolders.pop_front();
@@ -306,7 +337,7 @@ QString ScriptedDialogs::folder(QWidget *, const QString &title)
 
 QString ScriptedDialogs::saveFileName(QWidget *, const FileQuestion &q)
 {
-    seen.append({QStringLiteral("save"), {}, {}, q.caption, q.filter});
+    seen.append({QStringLiteral("save"), {}, {}, q.caption, q.filter, startPath(q.folder)});
     if (nextFileNames.empty()) return {};
     const QString n = nextFileNames.front();
     nextFileNames.pop_front();

@@ -109,6 +109,14 @@ public:
 
     // The service in use: the one installed last, else the real windows.
     static DialogService &current();
+
+    // Where every file dialog opens. A suggestion naming a folder that
+    // exists outside the program's own stands; anything else starts in the
+    // open database's folder, else the user's Documents folder (home when
+    // there is none), keeping a suggested file name. Never the program's
+    // folder: once installed, that is /usr/bin.
+    static QString startPath(const QString &suggested);
+    static void setDatabaseFile(const QString &path);
 };
 
 // Real windows.
@@ -148,6 +156,7 @@ public:
         QString title, label;  // for a file dialog the label is its filter list
         QString folder;        // the start folder of a file dialog
         FileRequest file;      // a file dialog's whole request
+        QString initial;       // the text a typed-text box starts with
     };
     QList<Seen> seen;
 

@@ -33,4 +33,15 @@ inline OleColor oleFromColor(const QColor &c) { return oleFromRgb(c.red(), c.gre
 // indexes fall back to the window colour of the palette.
 QColor resolveOleColor(OleColor value, const QPalette &palette);
 
+// Contrast of two colours as the accessibility guidelines measure it, from
+// 1 (the same) to 21 (black on white).
+double contrastRatio(const QColor &a, const QColor &b);
+// Text that reads on background: want itself when it reaches ratio, else
+// want moved toward black or white (whichever reads better there) just far
+// enough. Keeps the hue where it can, so red stays reddish.
+QColor readableOn(const QColor &want, const QColor &background, double ratio);
+// The least contrast of text: 4.5, and 3 for hints and greyed entries.
+inline constexpr double TextContrast = 4.5;
+inline constexpr double HintContrast = 3.0;
+
 }  // namespace qor

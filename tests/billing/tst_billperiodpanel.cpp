@@ -286,6 +286,15 @@ private slots:
             onNode(view, w.tree0(), "1k");
             QCOMPARE(state(w), u"&New Bill Period | -&Cancel New | &Log Full Payment | Log &Payment && Optional Note"_s);
 
+            // The box tells the balance now and starts from it and the note:
+            // OK on both is no change.
+            a.dialogs.nextTexts = {u"$10.00"_s, QString()};
+            click(w.button("cmdAdjustBalance"));
+            const auto balanceBox = a.dialogs.seen[a.dialogs.seen.size() - 2];
+            QVERIFY2(balanceBox.label.endsWith(u"\r\n\r\nBalance now: $10.00"_s), qPrintable(balanceBox.label));
+            QCOMPARE(balanceBox.initial, u"$10.00"_s);
+            QVERIFY(!w.w->databaseChanged());
+
             // Not an amount, or beyond the cent: refused with a message,
             // nothing logged, the note neither.
             for (const QString &typed : {u"twelve"_s, u"0.001"_s}) {
@@ -310,6 +319,9 @@ private slots:
             QVERIFY(w.w->databaseChanged());
             QVERIFY(w.button("cmdAdjustBalance")->isHidden());
             QCOMPARE(w.tree0().key(w.bp->treeBinding()->selectedNode()), u"1k"_s);  // the place stays
+            onNode(view, w.tree0(), "1k");
+            click(w.button("cmdAdjustBalance"));  // both cancelled: the note stays
+            QCOMPARE(a.dialogs.seen.last().initial, u"check 12"_s);
 
             // In full by double-click; the Printing tree follows.
             onNode(view, w.tree0(), "2k", Qt::LeftButton, {}, true);

@@ -69,6 +69,10 @@ def main():
         for tab in ["Customers", "Products", "Bill Periods", "Printing", "Print Options", "Options", "Company Info"]:
             count = sum(1 for n, r in showing if n == tab and r == "push button")
             expect(count == 1, '"%s": one showing button (the tab), found %d' % (tab, count))
+        windows = [app.getChildAtIndex(i).getRoleName() for i in range(app.childCount)]
+        expect("frame" in windows, "the main window is a frame (windows: %s)" % windows)
+        headers = sorted({n for n, r, s in nodes if "header" in r})
+        expect("List of Customers" in headers and "1" not in headers, "list and tree headers are named: %s" % headers)
         hidden_keys = [n for n, r, s in nodes if not s and n == "Products" and r == "push button"]
         expect(len(hidden_keys) >= 1, "the hot-key buttons are there but not showing")
         return 1 if failures else 0

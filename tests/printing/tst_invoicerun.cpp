@@ -202,16 +202,31 @@ private slots:
         };
         auto *button = panel->findChild<QAbstractButton *>(u"cmdPrintSelectedInvoices"_s);
 
-        // No printer: said once, and the same pages saved as the named PDF.
+        // No printer: said once, and the same pages saved as the named PDF,
+        // offered beside the books under the period's name; ".pdf" is added.
         const QString pdf = box.dir.filePath(u"saved.pdf"_s);
         answers.dialogs.nextAnswers.push_back(QMessageBox::Yes);
-        answers.dialogs.nextFileNames.push_back(pdf);
+        answers.dialogs.nextFileNames.push_back(box.dir.filePath(u"saved"_s));
         click(button);
         QCOMPARE(answers.seen().size(), 1);
         QVERIFY(answers.last().text.contains(u"no printer"_s));
         QCOMPARE(answers.dialogs.seen.last().kind, u"save"_s);
+        QCOMPARE(answers.dialogs.seen.last().folder, box.dir.filePath(u"Jan invoices.pdf"_s));
         QCOMPARE(addressees(pageTexts(pdf)), QStringList({u"Cy"_s, u"Ann Lee"_s, u"Bob Ray"_s}));
         QCOMPARE(sent.size(), 3);
+        QCOMPARE(panel->printResult()->text(), u"3 pages saved as "_s + pdf);
+        QCOMPARE(PrintingPanel::suggestedPdfName(u" 11/2026 "_s), u"11-2026 invoices.pdf"_s);
+        // A printer: the line says how many pages went where.
+        panel->printInvoices = [&](const QList<pages::Page> &pages) {
+            return pages::PrintOutcome{pages::PrintStatus::Printed, u"Office"_s, QString()};
+        };
+        click(button);
+        QVERIFY(panel->printResult()->isVisible());
+        QCOMPARE(panel->printResult()->text(), u"3 pages sent to Office."_s);
+        panel->printInvoices = [&](const QList<pages::Page> &pages) {
+            sent = pages;
+            return pages::PrintOutcome{status, {}, status == pages::PrintStatus::Failed ? u"Out of paper."_s : QString()};
+        };
 
         // Declined: no file asked for.
         answers.dialogs.nextAnswers.push_back(QMessageBox::No);
@@ -225,6 +240,7 @@ private slots:
         QCOMPARE(answers.dialogs.seen.size(), asked + 2);
         QCOMPARE(answers.last().icon, QMessageBox::Critical);
         QVERIFY(answers.last().text.contains(u"Out of paper."_s));
+        QVERIFY(panel->printResult()->text().startsWith(u"Nothing printed"_s));
         discard(w);
     }
 

@@ -7,6 +7,7 @@
 #include "database/money.h"
 #include "billing/billperiodpanel.h"
 #include "printing/printingpanel.h"
+#include "shell/instancechannel.h"
 #include "shell/optionspanel.h"
 #include "shell/panel.h"
 #include "uiservices/clsdialogs.h"
@@ -75,6 +76,28 @@ private slots:
         answers.reset();
         dialogs.reset();
         for (const QString &f : QDir(sb.dir.path()).entryList(QDir::Files)) QFile::remove(at(f));
+    }
+
+    // A second start hands its file over the local socket; the running window
+    // opens it after the usual question about unsaved changes.
+    void secondStartHandsOverItsFile() {
+        InstanceChannel channel;
+        const QString name = sb.dir.path() + u"/runtime/qorvane-test.socket"_s;
+        QVERIFY(channel.listen(name));
+        connect(&channel, &InstanceChannel::requested, w.get(), &FrmQOR::openRequested);
+        writeDatabase(at(u"Other.xml"_s), {{1, u"Zed"_s, u"Other"_s}});
+        QDir::setCurrent(sb.dir.path());  // a relative name is the sender's
+        company(0)->setText(u"Unsaved Co"_s);
+        answers->nextAnswers = {QMessageBox::Cancel, QMessageBox::Discard};
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            QVERIFY(InstanceChannel::handOver(u"Other.xml"_s, name));
+            QTRY_COMPARE(answers->messages().size(), attempt + 1);
+            QVERIFY(answers->messages().last().message.text.contains(u"not saved"_s));
+        }
+        QTRY_COMPARE(w->session().path(), at(u"Other.xml"_s));
+        QCOMPARE(w->windowTitle(), u"[*]Other.xml \u2014 Qorvane"_s);
+        QCOMPARE(w->customerPanel()->rowCount(), 1);
+        QVERIFY(!InstanceChannel::handOver({}, name + u"-none"_s, 200));  // nobody listening
     }
 
     void saveAsAddsTheExtensionAndGoesOn() {
@@ -307,7 +330,7 @@ private slots:
         lock.close();
         answers->nextAnswers = {QMessageBox::Open};
         w = openWindow(5);
-        QVERIFY(w->windowTitle().contains(u"(read-only)"_s));
+        QCOMPARE(w->windowTitle(), u"[*]QOR.xml (read-only) \u2014 Qorvane"_s);
         QVERIFY(!w->recoveryTimer().isActive());
         const QString before = company(1)->text();
         company(0)->setText(u"Changed"_s);

@@ -10,6 +10,8 @@
 #include "uiservices/twips.h"
 
 #include <QCheckBox>
+#include <QDesktopServices>
+#include <QWindow>
 #include <QProcess>
 #include <QSysInfo>
 
@@ -41,6 +43,12 @@ class TstFrmQOR : public QObject {
         return QFileInfo(f).lastModified().toString(Qt::ISODateWithMs) + u' ' +
                QString::fromLatin1(f.open(QIODevice::ReadOnly) ? f.readAll().toBase64() : QByteArray());
     }
+
+public slots:
+    void openUrl(const QUrl &url) { m_opened = url.toLocalFile(); }
+
+private:
+    QString m_opened;
 
 private slots:
     void initTestCase() { qputenv("XDG_CACHE_HOME", (sb.dir.path() + u"/cache"_s).toLocal8Bit()); }
@@ -117,6 +125,30 @@ private slots:
         QVERIFY(w->close());
         QCOMPARE(a.seen().size(), 3);
         QCOMPARE(stored("BrowseRecall", "LastViewedCustomer"), u"2"_s);
+    }
+
+    // The title names the file and its state; Ctrl+S, F1 and Ctrl+Q act as
+    // the save button, the help button and the close button do.
+    void keysAndTitle() {
+        Answerer a;
+        auto w = openWindow(0);
+        w->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(w.get()));
+        QCOMPARE(w->windowHandle()->title(), u"QOR.xml \u2014 Qorvane"_s);
+        company(*w, 0)->setText(u"Harbour Ltd"_s);
+        QCOMPARE(w->windowHandle()->title(), u"*QOR.xml \u2014 Qorvane"_s);
+        QTest::keyClick(w.get(), Qt::Key_Q, Qt::ControlModifier);  // Cancel
+        QCOMPARE(a.last().text, u"Your database has changed.\r\n\r\nDo you want to save the changes?"_s);
+        QVERIFY(w->isVisible());
+        QTest::keyClick(w.get(), Qt::Key_S, Qt::ControlModifier);
+        QVERIFY(sb.fileBytes().contains("Harbour Ltd") && !w->isWindowModified());
+        QDesktopServices::setUrlHandler(u"file"_s, this, "openUrl");
+        QTest::keyClick(w.get(), Qt::Key_F1);
+        QDesktopServices::unsetUrlHandler(u"file"_s);
+        QVERIFY(m_opened.endsWith(u"qorvane-guide.html"_s));
+        QTest::keyClick(w.get(), Qt::Key_Q, Qt::ControlModifier);  // nothing left to ask
+        QCOMPARE(a.seen().size(), 1);
+        QVERIFY(!w->isVisible());
     }
 
     void abandonAndFailedSave() {
@@ -332,7 +364,8 @@ private slots:
         const QString before = snapshot(db) + snapshot(settings::storePath());
         second.start(QStringLiteral(QORVANE_BINARY), {});
         QVERIFY(second.waitForStarted());
-        QVERIFY(!second.waitForFinished(2500));  // nobody answers its message, so it waits
+        // It hands its request to the first copy and ends.
+        QVERIFY(second.waitForFinished(20000) && second.exitCode() == 0);
         QCOMPARE(snapshot(db) + snapshot(settings::storePath()), before);
         QCOMPARE(first.state(), QProcess::Running);
         QVERIFY(lock.open(QIODevice::ReadOnly));  // the lock still names the first copy

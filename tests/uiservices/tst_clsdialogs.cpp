@@ -11,6 +11,7 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QSettings>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -38,10 +39,8 @@ private slots:
         QVERIFY(ClsDIALOGS::iniPath().startsWith(dir.path() + u"/config/QOR/"_s));
         ClsDIALOGS d;
         QCOMPARE(&ClsDIALOGS::current(), &d);
-        const QString program = QCoreApplication::applicationDirPath();
-        QCOMPARE(d.strInitialDir(), program);
-        QCOMPARE(d.strLastOpenFolder(), program);
-        QCOMPARE(d.strLastSaveFolder(), program);
+        // No folder yet: the dialog service decides when a dialog opens.
+        QCOMPARE(d.strInitialDir() + d.strLastOpenFolder() + d.strLastSaveFolder(), QString());
         QCOMPARE(d.lngLastOpenFilter(), 1);
         QCOMPARE(d.lngLastSaveFilter(), 1);
         QCOMPARE(d.strLastOpenFile(), QString());
@@ -57,12 +56,40 @@ private slots:
         QCOMPARE(d.customColors()[2], QColor(255, 0, 0));
         QCOMPARE(d.customColors()[7], QColor(0, 255, 255));
         QCOMPARE(d.customColors()[15], QColor(255, 255, 255));
-        // The first dialog opens at the program's folder with the first filter.
+        // The first dialog opens in the open database's folder with the first filter.
+        QVERIFY(QDir().mkpath(dir.path() + u"/books"_s));
+        DialogService::setDatabaseFile(dir.path() + u"/books/QOR.xml"_s);
         ScriptedDialogs answers;
         d.strGetOpenFileName();
-        QCOMPARE(answers.last().folder, program);
+        QCOMPARE(answers.last().folder, dir.path() + u"/books"_s);
         QCOMPARE(answers.last().file.filterIndex, 1);
         QCOMPARE(answers.last().title, u"Select File(s) To Open"_s);
+    }
+
+    // Where a file dialog starts: never in the program's folder ("~": Documents).
+    void startPath_data()
+    {
+        QTest::addColumn<QString>("suggested");
+        QTest::addColumn<QString>("database");
+        QTest::addColumn<QString>("expected");
+        const QString books = dir.path() + u"/books"_s, db = books + u"/QOR.xml"_s, other = dir.path() + u"/config/"_s;
+        const QString program = QCoreApplication::applicationDirPath();
+        QTest::newRow("a name") << u"Jan invoices.pdf"_s << db << books + u"/Jan invoices.pdf"_s;
+        QTest::newRow("a folder used before") << other << db << other;
+        QTest::newRow("the program's") << program + u"/Out.txt"_s << db << books + u"/Out.txt"_s;
+        QTest::newRow("a folder gone") << dir.path() + u"/gone/"_s << db << books;
+        QTest::newRow("no database") << u"a.pdf"_s << dir.path() + u"/gone/QOR.xml"_s << u"~/a.pdf"_s;
+    }
+    void startPath()
+    {
+        QFETCH(QString, suggested);
+        QFETCH(QString, database);
+        QFETCH(QString, expected);
+        QVERIFY(QDir().mkpath(dir.path() + u"/books"_s));
+        QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+        if (!QFileInfo(documents).isDir()) documents = QDir::homePath();
+        DialogService::setDatabaseFile(database);
+        QCOMPARE(DialogService::startPath(suggested), expected.replace(u"~"_s, documents));
     }
 
     void rememberedBetweenRuns()
@@ -90,7 +117,7 @@ private slots:
         ScriptedDialogs answers;
         second.setStrInitialDir(QString());  // the folder of the last use
         second.strGetSaveFileName();
-        QCOMPARE(answers.last().folder, u"/srv/books/"_s);
+        QCOMPARE(answers.last().file.folder, u"/srv/books/"_s);
         QCOMPARE(answers.last().file.filterIndex, 6);
 
         // Switched off after creation: nothing is written at the end.
