@@ -12,7 +12,6 @@
 
 #include <QClipboard>
 #include <QDesktopServices>
-#include <QGroupBox>
 #include <QRadioButton>
 #include <QTreeView>
 
@@ -94,13 +93,8 @@ private slots:
         FrmListLVWs *v = FrmListLVWs::open(w.get(), w->db(), {});
         const QString sep(FieldSep);
         QVERIFY(v->optLVWChoice(0)->isChecked());
-        for (auto [i, caption] : {std::pair{0, "Cus"}, {1, "Per"}, {2, "P&&S"}, {3, "InRec"}}) {
-            QRadioButton *option = v->optLVWChoice(i);
-            QCOMPARE(option->text(), QString::fromLatin1(caption));
-            QVERIFY2(option->sizeHint().width() <= option->width(), caption);  // caption not cut
-        }
-        QCOMPARE(v->findChild<QGroupBox *>(u"Frame1"_s)->title(), u"Hidden LVWs"_s);
-        QCOMPARE(v->cmdShowXML()->text(), u"Show XML"_s);
+        for (int i = 0; i < 4; ++i)  // captions not cut
+            QVERIFY(v->optLVWChoice(i)->sizeHint().width() <= v->optLVWChoice(i)->width());
 
         QCOMPARE(v->text2(), u"Last, First | First | Last | Add1 | Add2 | Add3 | Email | Phone | Notes ...key=1k"_s);
         QVERIFY(v->text1().endsWith(u"\r\n"_s));

@@ -145,35 +145,30 @@ private slots:
                              && qor::Money::fromPriceText(text(p, "lblAm", box - 1)) == in.billed() - in.balance));
     }
 
-    void noteAfterTwelveLinesOnTheNextPage()
+    // A note takes a line of the box and prints under it; after twelve
+    // lines it goes to the next page.
+    void notes()
     {
         InvoiceInput in = input(0, 12);
         in.lines << InvoiceLine::invoiceNote("Late note");
-        const QList<Page> pages = composeInvoice(in);
+        QList<Page> pages = composeInvoice(in);
         QCOMPARE(pages.size(), qsizetype(2));
         QCOMPARE(text(pages[0], "lblNote"), QString());
         QCOMPARE(text(pages[1], "lblNote"), QStringLiteral("NOTE: Late note"));
         QCOMPARE(text(pages[1], "lblTotalAm"), QStringLiteral("$78.00"));
-    }
 
-    void noteOnTheTwelfthLine()
-    {
-        InvoiceInput in = input(0, 11);
+        in = input(0, 11);
         in.lines << InvoiceLine::invoiceNote("Pay by Friday & thanks");
         in.options.keepTwelveLines = false;
-        const QList<Page> pages = composeInvoice(in);
+        pages = composeInvoice(in);
         QCOMPARE(pages.size(), qsizetype(1));
-        const Page &p = pages.first();
-        QCOMPARE(text(p, "lblPS", 11), QString());
-        QCOMPARE(text(p, "lblAm", 11), QString());
-        QCOMPARE(text(p, "lblNote"), QStringLiteral("NOTE: Pay by Friday & thanks"));
-        QCOMPARE(p.at("lneAboveTotal").y1, 11640);
-        QVERIFY(p.at("lnePS", 11).visible);
-    }
+        QCOMPARE(text(pages[0], "lblPS", 11), QString());
+        QCOMPARE(text(pages[0], "lblAm", 11), QString());
+        QCOMPARE(text(pages[0], "lblNote"), QStringLiteral("NOTE: Pay by Friday & thanks"));
+        QCOMPARE(pages[0].at("lneAboveTotal").y1, 11640);
+        QVERIFY(pages[0].at("lnePS", 11).visible);
 
-    void noteUsesItsLine()
-    {
-        InvoiceInput in = input(2, 0);
+        in = input(2, 0);
         in.lines << InvoiceLine::item("First", 1, qor::Money::fromCents(100)) << InvoiceLine::invoiceNote("Hi")
                  << InvoiceLine::item("Third", 2, qor::Money::fromCents(200));
         in.balance = in.billed();
@@ -190,22 +185,25 @@ private slots:
     void compaction_data()
     {
         QTest::addColumn<int>("lines");
+        QTest::addColumn<bool>("keep");  // KeepTwelveLines: nothing moves
         QTest::addColumn<bool>("move");
         QTest::addColumn<int>("delta");
-        QTest::newRow("12 lines") << 12 << true << 0;
-        QTest::newRow("11 lines") << 11 << false << 360;
-        QTest::newRow("6 lines") << 6 << false << 2160;
-        QTest::newRow("3 lines") << 3 << false << 3240;
-        QTest::newRow("3 lines moved") << 3 << true << 3240;
-        QTest::newRow("1 line moved") << 1 << true << 3960;
+        QTest::newRow("12 lines") << 12 << false << true << 0;
+        QTest::newRow("11 lines") << 11 << false << false << 360;
+        QTest::newRow("6 lines") << 6 << false << false << 2160;
+        QTest::newRow("3 lines") << 3 << false << false << 3240;
+        QTest::newRow("3 lines moved") << 3 << false << true << 3240;
+        QTest::newRow("1 line moved") << 1 << false << true << 3960;
+        QTest::newRow("1 line kept") << 1 << true << true << 0;
     }
     void compaction()
     {
         QFETCH(int, lines);
+        QFETCH(bool, keep);
         QFETCH(bool, move);
         QFETCH(int, delta);
         InvoiceInput in = input(0, lines);
-        in.options.keepTwelveLines = false;
+        in.options.keepTwelveLines = keep;
         in.options.moveBottomText = move;
         const Page p = compose(in);
         QCOMPARE(p.at("lneAboveTotal").y1, 11640 - delta);
@@ -216,7 +214,7 @@ private slots:
         QCOMPARE(p.at("lnePSAmDivider").y2, 12120 - delta);
         QCOMPARE(p.at("lnePSAmDivider").y1, 6720);
         for (int i = 0; i < 12; ++i)
-            QCOMPARE(p.at("lnePS", i).visible, i < lines || lines >= 12);
+            QCOMPARE(p.at("lnePS", i).visible, i < lines || delta == 0);
         const int moved = move ? delta : 0;
         QCOMPARE(p.at("lblNote").top, 12600 - moved);
         QCOMPARE(p.at("lblChecksPayableTo").top, 13320 - moved);
@@ -225,13 +223,6 @@ private slots:
         // The used lines and the stamp stay where they are.
         QCOMPARE(p.at("lblPS", 0).top, 7320);
         QCOMPARE(p.at("imgPaid").top, 7680);
-    }
-
-    void keepingTwelveLinesMovesNothing()
-    {
-        const Page p = compose(input(0, 1));
-        QCOMPARE(p.at("lneAboveTotal").y1, 11640);
-        QVERIFY(p.at("lnePS", 11).visible);
     }
 
     void paidStampAndZeroTotal()
@@ -268,8 +259,22 @@ private slots:
         QCOMPARE(qAlpha(stamp.pixel(0, 0)), 0);
     }
 
-    void companyLinesThatVanish()
+    // The company's and the customer's blocks; the company's lines vanish
+    // with their fields.
+    void companyAndBillTo()
     {
+        const Page p = compose(input(2, 1));
+        QCOMPARE(text(p, "lblCompanyName"), QStringLiteral("Acme & Sons"));
+        QCOMPARE(text(p, "lblCompanySlogan"), QStringLiteral("We fix it"));
+        QCOMPARE(text(p, "lblCompanyAddress", 0), QStringLiteral("Acme & Sons"));
+        QCOMPARE(text(p, "lblCompanyAddress", 3), QStringLiteral("Springfield"));
+        QCOMPARE(text(p, "lblBillTo", 0), QStringLiteral("Bill To:"));
+        QCOMPARE(text(p, "lblBillTo", 1), QStringLiteral("Jane Doe"));
+        QCOMPARE(text(p, "lblBillTo", 2), QStringLiteral("2 Elm St"));
+        QCOMPARE(text(p, "lblBillTo", 4), QStringLiteral("Shelbyville"));
+        QCOMPARE(text(p, "lblGeneralInvoiceDescription"), QStringLiteral("Monthly service"));
+        QCOMPARE(text(p, "lblBillDue"), QStringLiteral("BILL DUE: 07/31/2026"));
+
         InvoiceInput in = input(0, 1);
         const Page full = compose(in);
         QCOMPARE(text(full, "lblChecksPayableTo"), QStringLiteral("Please make all checks payable to: Acme Ltd"));
@@ -287,21 +292,6 @@ private slots:
         QCOMPARE(text(bare, "lblInvoiceClosing"), QString());
         QCOMPARE(text(bare, "lblFor"), QStringLiteral("For:"));
         QCOMPARE(text(bare, "lblGeneralInvoiceDescription"), QString());
-    }
-
-    void companyAndBillToBlocks()
-    {
-        const Page p = compose(input(2, 1));
-        QCOMPARE(text(p, "lblCompanyName"), QStringLiteral("Acme & Sons"));
-        QCOMPARE(text(p, "lblCompanySlogan"), QStringLiteral("We fix it"));
-        QCOMPARE(text(p, "lblCompanyAddress", 0), QStringLiteral("Acme & Sons"));
-        QCOMPARE(text(p, "lblCompanyAddress", 3), QStringLiteral("Springfield"));
-        QCOMPARE(text(p, "lblBillTo", 0), QStringLiteral("Bill To:"));
-        QCOMPARE(text(p, "lblBillTo", 1), QStringLiteral("Jane Doe"));
-        QCOMPARE(text(p, "lblBillTo", 2), QStringLiteral("2 Elm St"));
-        QCOMPARE(text(p, "lblBillTo", 4), QStringLiteral("Shelbyville"));
-        QCOMPARE(text(p, "lblGeneralInvoiceDescription"), QStringLiteral("Monthly service"));
-        QCOMPARE(text(p, "lblBillDue"), QStringLiteral("BILL DUE: 07/31/2026"));
     }
 
     void addressShift_data()
@@ -490,28 +480,22 @@ private slots:
         fitAutoSize(second);
         const double line = pageFont(second).metrics.lineSpacing();
         const int secondRight = 3240 + second.width;
-        // The second row of the second column holds only a dot at its left.
-        auto ink = [&](const QImage &img) {
+        // Dark pixels of the second row between two x (twips), 10 twips a pixel:
+        // right of 3500 the second column holds only a dot at its left.
+        auto ink = [&](const QImage &img, int from, int to) {
             int n = 0;
             for (int y = int((1560 + line) / 10) + 2; y < int((1560 + 2 * line) / 10) - 2; ++y)
-                for (int x = 3500 / 10; x < secondRight / 10 - 1; ++x)
+                for (int x = from / 10; x < to / 10 - 1; ++x)
                     n += qRed(img.pixel(x, y)) < 128;
             return n;
         };
-        auto inkLeft = [&](const QImage &img) {
-            int n = 0;
-            for (int y = int((1560 + line) / 10) + 2; y < int((1560 + 2 * line) / 10) - 2; ++y)
-                for (int x = 2000 / 10; x < 3200 / 10; ++x)
-                    n += qRed(img.pixel(x, y)) < 128;
-            return n;
-        };
-        const QImage covered = renderPage(list, 1152);  // 10 twips a pixel
-        QVERIFY(inkLeft(covered) > 20);  // the first column's own part shows
-        QCOMPARE(ink(covered), 0);
+        const QImage covered = renderPage(list, 1152);
+        QVERIFY(ink(covered, 2000, 3210) > 20);  // the first column's own part shows
+        QCOMPARE(ink(covered, 3500, secondRight), 0);
         // Without the second column, the line runs on.
         list.at("lblList", 1).text.clear();
         fitAutoSize(list.at("lblList", 1));
-        QVERIFY(ink(renderPage(list, 1152)) > 20);
+        QVERIFY(ink(renderPage(list, 1152), 3500, secondRight) > 20);
     }
 
     void penWritesLineByLine()

@@ -1,7 +1,8 @@
-// Pages on paper: each form written to PDF and read back with poppler's
-// pdftotext -bbox, so the positions are those a reader of the file sees.
+// Pages on paper: each form and the envelope written to PDF and read back with
+// poppler's pdftotext -bbox, so the positions are those a reader of the file sees.
 #include "pdfwords.h"
 
+#include "pages/envelope.h"
 #include "pages/invoice.h"
 #include "pages/pdfoutput.h"
 #include "pages/preview.h"
@@ -13,16 +14,17 @@
 #include <QTest>
 
 using namespace qor::pages;
+using namespace Qt::StringLiterals;
 
 class TstPagePdf : public QObject {
     Q_OBJECT
 
     QTemporaryDir m_dir;
 
-    static InvoiceInput sample(int form)
+    static InvoiceInput sample(int form, bool withDate = false)
     {
         InvoiceInput in = sampleInvoice(form, 3, true, false);
-        in.options.addInvoiceDate = false;
+        in.options.addInvoiceDate = withDate;
         return in;
     }
     QList<PdfWord> pdfOf(const QList<Page> &pages, const QString &name)
@@ -33,10 +35,30 @@ class TstPagePdf : public QObject {
             qWarning() << why;
         return readPdfWords(file);
     }
-    // A word's edge within a point of where the page model puts it.
+    static EnvelopeInput envelopeSample()
+    {
+        EnvelopeInput in;
+        in.company = {u"Acme"_s, u"Pobox"_s, u"Zipline"_s, u"Countryx"_s};
+        in.firstName = u"Jane"_s;
+        in.lastName = u"Roe"_s;
+        in.address = {u"Elmstreet"_s, u"Suitez"_s, u"Metro"_s};
+        return in;
+    }
     static bool near(double actual, double expected, double tolerance = 20)
     {
         return std::abs(actual - expected) <= tolerance;
+    }
+    enum Edge { Left, Right, Top, Centre };
+    // The words from `from` to `to` (one word when empty) have that edge within
+    // the tolerance of `at`; the first word is the one nearest `nearTop` when given.
+    static void expectAt(const QList<PdfWord> &w, const QString &from, Edge edge, double at, double tolerance = 20,
+                         const QString &to = {}, double nearTop = -1)
+    {
+        const PdfWord *a = nearTop < 0 ? findWord(w, from) : findWordNear(w, from, nearTop);
+        const PdfWord *b = to.isEmpty() ? a : findWord(w, to);
+        QVERIFY2(a && b, qPrintable(from + u' ' + to));
+        const double v = edge == Left ? a->left : edge == Right ? b->right : edge == Top ? a->top : (a->left + b->right) / 2;
+        QVERIFY2(near(v, at, tolerance), qPrintable(u"%1: %2, wanted %3"_s.arg(from).arg(v).arg(at)));
     }
 
 private slots:
@@ -60,82 +82,44 @@ private slots:
     void itemBoxOnEveryForm()
     {
         QFETCH(int, form);
-        const QList<PdfWord> words = pdfOf({composeInvoice(sample(form)).first()}, QStringLiteral("box%1.pdf").arg(form));
-        QVERIFY(!words.isEmpty());
+        const QList<PdfWord> w = pdfOf({composeInvoice(sample(form)).first()}, u"box%1.pdf"_s.arg(form));
         // The first line's text at left 840, top 7320; the next a pitch lower.
-        const PdfWord *lawn = findWord(words, "Lawn");
-        const PdfWord *hedge = findWord(words, "Hedge");
-        QVERIFY(lawn && hedge);
-        QVERIFY2(near(lawn->left, 840), qPrintable(QString::number(lawn->left)));
-        QVERIFY2(near(lawn->top, 7320, 40), qPrintable(QString::number(lawn->top)));
-        QVERIFY(near(hedge->top - lawn->top, 360, 2));
-        // The amount centred in its column, 8640 + 2175 / 2.
-        const PdfWord *amount = findWord(words, "$45.00");
-        QVERIFY(amount);
-        QVERIFY2(near(amount->centre(), 9727.5), qPrintable(QString::number(amount->centre())));
-        // "TOTAL DUE:" right-aligned to 8295.
-        const PdfWord *due = findWordNear(words, "DUE:", 11760);
-        QVERIFY(due);
-        QVERIFY2(near(due->right, 8295), qPrintable(QString::number(due->right)));
-        QVERIFY(near(due->top, 11760, 40));
-        // Three lines: 45 + 2 x 20 + 12.50.
-        QVERIFY(findWord(words, "$97.50"));
-        // The closing centred on the page's box, 600 + 10215 / 2.
-        const PdfWord *thank = findWord(words, "THANK");
-        const PdfWord *business = findWord(words, "BUSINESS!");
-        QVERIFY(thank && business);
-        QVERIFY(near((thank->left + business->right) / 2, 5707.5));
-        // Ampersands print as ampersands.
-        const PdfWord *amp = findWord(words, "&");
-        QVERIFY(amp);
+        expectAt(w, u"Lawn"_s, Left, 840);
+        expectAt(w, u"Lawn"_s, Top, 7320, 40);
+        QVERIFY(findWord(w, u"Hedge"_s) && near(findWord(w, u"Hedge"_s)->top - findWord(w, u"Lawn"_s)->top, 360, 2));
+        expectAt(w, u"$45.00"_s, Centre, 9727.5);                 // centred in its column, 8640 + 2175 / 2
+        expectAt(w, u"DUE:"_s, Right, 8295, 20, {}, 11760);        // "TOTAL DUE:" right-aligned
+        expectAt(w, u"DUE:"_s, Top, 11760, 40, {}, 11760);
+        QVERIFY(findWord(w, u"$97.50"_s));                         // 45 + 2 x 20 + 12.50
+        expectAt(w, u"THANK"_s, Centre, 5707.5, 20, u"BUSINESS!"_s); // the page's box, 600 + 10215 / 2
+        QVERIFY(findWord(w, u"&"_s));                              // ampersands print as ampersands
     }
 
     void headOfEachForm()
     {
         // frmPrint0: the title's right edge at 10815; the due date centred in
         // the right half of the box, 5700 + 5115 / 2.
-        QList<PdfWord> w = pdfOf({composeInvoice(sample(0)).first()}, "head0.pdf");
-        const PdfWord *title = findWord(w, "INVOICE");
-        QVERIFY(title);
-        QVERIFY2(near(title->right, 10815, 40), qPrintable(QString::number(title->right)));
-        const PdfWord *bill = findWord(w, "BILL");
-        const PdfWord *date = findWord(w, "07/31/2026");
-        QVERIFY(bill && date);
-        QVERIFY(near((bill->left + date->right) / 2, 8257.5));
-        QVERIFY(near(bill->top, 2835, 40));
-        const PdfWord *first = findWord(w, "Harbour");
-        QVERIFY(first);
-        QVERIFY(near(first->left, 600));
-
+        QList<PdfWord> w = pdfOf({composeInvoice(sample(0)).first()}, u"head0.pdf"_s);
+        expectAt(w, u"INVOICE"_s, Right, 10815, 40);
+        expectAt(w, u"BILL"_s, Centre, 8257.5, 20, u"07/31/2026"_s);
+        expectAt(w, u"BILL"_s, Top, 2835, 40);
+        expectAt(w, u"Harbour"_s, Left, 600);
         // frmPrint1: the company name centred across the page; the due date,
         // without the invoice date, right-aligned at 10815 in the date's place.
-        w = pdfOf({composeInvoice(sample(1)).first()}, "head1.pdf");
-        const PdfWord *name1 = findWord(w, "Harbour");
-        const PdfWord *name3 = findWord(w, "Landscaping");
-        QVERIFY(name1 && name3);
-        QVERIFY(near((name1->left + name3->right) / 2, 5707.5));
-        QVERIFY(near(name1->top, 1440, 40));
-        date = findWord(w, "07/31/2026");
-        QVERIFY(date);
-        QVERIFY(near(date->right, 10815));
-        QVERIFY(near(date->top, 3840, 40));
-
+        w = pdfOf({composeInvoice(sample(1)).first()}, u"head1.pdf"_s);
+        expectAt(w, u"Harbour"_s, Centre, 5707.5, 20, u"Landscaping"_s);
+        expectAt(w, u"Harbour"_s, Top, 1440, 40);
+        expectAt(w, u"07/31/2026"_s, Right, 10815);
+        expectAt(w, u"07/31/2026"_s, Top, 3840, 40);
         // frmPrint2 with the date: date right-aligned at 10635 on 2400, the
         // due date under it on 2760.
-        InvoiceInput in = sample(2);
-        in.options.addInvoiceDate = true;
-        w = pdfOf({composeInvoice(in).first()}, "head2.pdf");
-        const PdfWord *invoiceDate = findWord(w, "07/01/2026");
-        date = findWord(w, "07/31/2026");
-        QVERIFY(invoiceDate && date);
-        QVERIFY(near(invoiceDate->right, 10635));
-        QVERIFY(near(invoiceDate->top, 2400, 40));
-        QVERIFY(near(date->right, 10635));
-        QVERIFY(near(date->top, 2760, 40));
-        const PdfWord *billTo = findWord(w, "Bill");
-        QVERIFY(billTo);
-        QVERIFY(near(billTo->left, 840));
-        QVERIFY(near(billTo->top, 4320, 40));
+        w = pdfOf({composeInvoice(sample(2, true)).first()}, u"head2.pdf"_s);
+        expectAt(w, u"07/01/2026"_s, Right, 10635);
+        expectAt(w, u"07/01/2026"_s, Top, 2400, 40);
+        expectAt(w, u"07/31/2026"_s, Right, 10635);
+        expectAt(w, u"07/31/2026"_s, Top, 2760, 40);
+        expectAt(w, u"Bill"_s, Left, 840);
+        expectAt(w, u"Bill"_s, Top, 4320, 40);
     }
 
     void manyPagesShareFontsAndStamp()
@@ -143,13 +127,9 @@ private slots:
         InvoiceInput in = sample(0);
         in.balance = qor::Money();
         const Page page = composeInvoice(in).first();
-        QList<Page> pages;
-        for (int i = 0; i < 20; ++i)
-            pages << page;
         const QString file = m_dir.filePath("many.pdf");
-        QVERIFY(writePdf(pages, file, QPageSize(QPageSize::Letter)));
-        const QList<PdfWord> words = readPdfWords(file);
-        QCOMPARE(words.last().page, 19);
+        QVERIFY(writePdf(QList<Page>(20, page), file, QPageSize(QPageSize::Letter)));
+        QCOMPARE(readPdfWords(file).last().page, 19);
 
         // The stamp's image (and its transparency mask) are stored once
         // however many pages show it.
@@ -188,8 +168,7 @@ private slots:
         printer.setOutputFormat(QPrinter::PdfFormat);
         printer.setOutputFileName(viaPrinter);
         printer.setPageSize(QPageSize(QPageSize::Letter));
-        const PrintOutcome out = printPages(pages, printer, "Qorvane test");
-        QCOMPARE(out.status, PrintStatus::Printed);
+        QCOMPARE(printPages(pages, printer, "Qorvane test").status, PrintStatus::Printed);
         const QList<PdfWord> a = readPdfWords(viaPrinter);
         const QList<PdfWord> b = pdfOf(pages, "writer.pdf");
         QCOMPARE(a.size(), b.size());
@@ -202,22 +181,102 @@ private slots:
 
     void landscapePageAndBadFile()
     {
-        Page envelope(QStringLiteral("envelope"), 13680, 6264, {});
-        Element line;
-        line.name = QStringLiteral("line1");
-        line.left = 1134;
-        line.top = 6804 - 6264;
-        line.width = 6000;
-        line.height = 300;
-        line.text = QStringLiteral("Return & address");
-        envelope.add(line);
-        const QList<PdfWord> w = pdfOf({envelope}, "envelope.pdf");
-        const PdfWord *ret = findWord(w, "Return");
-        QVERIFY(ret);
-        QVERIFY(near(ret->left, 1134));
+        Page envelope(u"envelope"_s, 13680, 6264, {});
+        envelope.add(Element{.name = u"line1"_s, .left = 1134, .top = 540, .width = 6000, .height = 300,
+                             .text = u"Return & address"_s});
+        expectAt(pdfOf({envelope}, "envelope.pdf"), u"Return"_s, Left, 1134);
         QString why;
         QVERIFY(!writePdf({envelope}, m_dir.filePath("no/such/dir/x.pdf"), defaultPaper(), &why));
         QVERIFY(!why.isEmpty());
+    }
+
+    void envelopeMargins()
+    {
+        QCOMPARE(marginCentimetres(u"2.5"), 2);  // half to even
+        QCOMPARE(marginCentimetres(u"3.5"), 4);
+        QCOMPARE(marginCentimetres(u"2.51"), 3);
+        QCOMPARE(marginCentimetres(u" 7cm"), 7);
+        QCOMPARE(marginCentimetres(u""), 0);
+        QCOMPARE(marginCentimetres(u"abc"), 0);
+    }
+
+    // The envelope's eight lines: the return address at X and Y, the
+    // customer's block 7 cm further right.
+    void envelopeOnPaper_data()
+    {
+        QTest::addColumn<int>("x");
+        QTest::addColumn<int>("y");
+        QTest::addColumn<int>("paper");
+        QTest::newRow("US No. 10") << 2 << 1 << int(QPageSize::Envelope10);
+        QTest::newRow("defaults, C4") << 2 << 12 << int(QPageSize::EnvelopeC4);
+        QTest::newRow("3 and 5, DL") << 3 << 5 << int(QPageSize::EnvelopeDL);
+    }
+    void envelopeOnPaper()
+    {
+        QFETCH(int, x);
+        QFETCH(int, y);
+        QFETCH(int, paper);
+        EnvelopeInput in = envelopeSample();
+        in.x = x;
+        in.y = y;
+        const QPageSize size{QPageSize::PageSizeId(paper)};
+        const Page page = composeEnvelope(in, size);
+        QVERIFY(page.isLandscape());
+        QCOMPARE(page.elements().size(), 8);
+        // The page is the envelope, landscape.
+        const QSizeF pt = size.size(QPageSize::Point);
+        QCOMPARE(page.width(), int(std::lround(std::max(pt.width(), pt.height()) * 20)));
+
+        const QString file = m_dir.filePath(u"envelope.pdf"_s);
+        QVERIFY(writePdf({page}, file, size));
+        const QList<PdfWord> w = readPdfWords(file);
+        const double cm = TwipsPerCm;
+        const char *order[] = {"Acme", "Pobox", "Zipline", "Countryx", "Jane", "Elmstreet", "Suitez", "Metro"};
+        QList<const PdfWord *> lines;
+        for (const char *t : order) {
+            lines << findWord(w, QString::fromLatin1(t));
+            QVERIFY2(lines.last(), t);
+            QVERIFY2(std::abs(lines.last()->left - (lines.size() <= 4 ? x : x + 7) * cm) < 40, t);
+        }
+        // The first line's top at Y (its box starts a little below the line's top).
+        QVERIFY(lines[0]->top >= y * cm - 20 && lines[0]->top < y * cm + 100);
+        // Lines at one pitch each; the name 2 cm lower than the next line
+        // would have stood, in 12 points.
+        const double pitch10 = lines[1]->top - lines[0]->top;
+        QVERIFY(pitch10 > 200 && pitch10 < 280);
+        for (int i : {1, 2, 3, 6, 7})
+            QVERIFY(std::abs(lines[i]->top - lines[i - 1]->top - pitch10) < 5);
+        QVERIFY(std::abs(lines[4]->top - lines[3]->top - pitch10 - 2 * cm) < 60);
+        QVERIFY(lines[4]->bottom - lines[4]->top > lines[0]->bottom - lines[0]->top);  // 12 points
+        QVERIFY(lines[7]->bottom < page.height());  // the block lies on the paper
+
+        // Empty lines keep their place: the block keeps its height.
+        in.company[0].clear();
+        in.address[2].clear();
+        const Page gaps = composeEnvelope(in, size);
+        QCOMPARE(gaps.elements().size(), 8);
+        for (int i = 0; i < 8; ++i) {
+            QCOMPARE(gaps.elements()[i].top, page.elements()[i].top);
+            QCOMPARE(gaps.elements()[i].left, page.elements()[i].left);
+        }
+        QCOMPARE(gaps.elements()[0].text, QString());
+        QCOMPARE(gaps.elements()[4].text, u"Jane Roe"_s);
+        QCOMPARE(gaps.elements()[4].fontSize, 12.0);
+        QCOMPARE(gaps.elements()[5].fontSize, 10.0);
+    }
+
+    // The locale's envelope takes the block at the default margins.
+    void envelopeDefaultPaper()
+    {
+        for (const char *name : {"en_US", "de_DE", "en_GB"}) {
+            QLocale::setDefault(QLocale(QString::fromLatin1(name)));
+            const Page page = composeEnvelope(envelopeSample());
+            QVERIFY(page.isLandscape());
+            const Element &last = page.elements().last();
+            QVERIFY2(last.top + last.height < page.height(), name);
+            QVERIFY2(last.left + last.width < page.width(), name);
+        }
+        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     }
 };
 

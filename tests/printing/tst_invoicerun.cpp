@@ -1,11 +1,12 @@
-// The invoice run through the real window: pages in node order with their
-// duplicates, customers without a ticked line skipped, the company-info
-// question, the run's label and bar, no printer and a refused job, the
-// preview of one customer; and the Print Options panel that feeds it.
+// The invoice and envelope runs through the real window: pages in node order
+// with their duplicates, customers without a ticked line skipped, the
+// company-info question, the run's label and bar, no printer and a refused
+// job, the preview of one customer; and the Print Options panel that feeds it.
 #include "../customers/panelharness.h"
 #include "../pages/pdfwords.h"
 
 #include "billing/invoicetree.h"
+#include "pages/envelope.h"
 #include "pages/pdfoutput.h"
 #include "pages/preview.h"
 #include "printing/printingpanel.h"
@@ -122,6 +123,15 @@ private slots:
         QVERIFY(!t.checked(bob));
         QVERIFY(answers.dialogs.seen.isEmpty());
 
+        // The envelope button walks the same ticked customers.
+        QStringList names;
+        panel->printEnvelope = [&](const pages::Page &p) {
+            names << p.elements()[4].text;
+            return pages::PrintOutcome{pages::PrintStatus::Printed, {}, {}};
+        };
+        click(panel->findChild<QAbstractButton *>(u"cmdPrintSelectedEnvelopes"_s));
+        QCOMPARE(names, QStringList({u"Cy "_s, u"Ann Lee"_s}));  // no last name: first name and a blank
+
         // Ann unticked, Bob ticked again; duplicates off.
         w->printOptionsPanel()->findChild<QCheckBox *>(u"chkPrintDuplicateInvoices"_s)->click();
         t.setChecked(t.find(u"1k"_s), false);
@@ -138,36 +148,40 @@ private slots:
         discard(w);
     }
 
-    void companyInfoQuestion()
+    // The company-info question, then no printer and a refused job.
+    void questionsAndFailures()
     {
         Sandbox box;
         writeBooks(box);
         auto w = openWindow(3);
         PrintingPanel *panel = w->printingPanel();
-        Answerer answers;
         int jobs = 0;
+        QList<pages::Page> sent;
+        pages::PrintStatus status = pages::PrintStatus::Printed;
         panel->printInvoices = [&](const QList<pages::Page> &pages) {
             jobs += int(pages.size());
-            return pages::PrintOutcome{pages::PrintStatus::Printed, {}, {}};
+            sent = pages;
+            return pages::PrintOutcome{status, {}, status == pages::PrintStatus::Failed ? u"Out of paper."_s : QString()};
         };
         auto *button = panel->findChild<QAbstractButton *>(u"cmdPrintSelectedInvoices"_s);
         w->db().company[0].clear();
+        auto asking = std::make_unique<Answerer>();
 
         // Closed with its close box counts as Yes: to Company Info, nothing printed.
         click(button);
         QCOMPARE(jobs, 0);
         QCOMPARE(w->currentPanel(), 6);
-        QCOMPARE(answers.dialogs.seen.size(), 1);
-        const auto &asked = answers.dialogs.seen[0].form;
-        QCOMPARE(asked.key, u"DontShowNeedToFillCompanyInfo"_s);
-        QCOMPARE(asked.presetAnswer, u"Yes"_s);
-        QVERIFY(asked.buttons != u"OK");
-        QCOMPARE(asked.text, u"You have not entered your company's name or address.\r\n\r\nWould you like to enter "
+        QCOMPARE(asking->dialogs.seen.size(), 1);
+        const auto &form = asking->dialogs.seen[0].form;
+        QCOMPARE(form.key, u"DontShowNeedToFillCompanyInfo"_s);
+        QCOMPARE(form.presetAnswer, u"Yes"_s);
+        QVERIFY(form.buttons != u"OK");
+        QCOMPARE(form.text, u"You have not entered your company's name or address.\r\n\r\nWould you like to enter "
                              "this information\r\nbefore printing your invoices?"_s);
 
         // No: the invoices print with the empty company fields.
         w->cmdTabClick(3);
-        answers.dialogs.nextFormAnswers.push_back(u"No"_s);
+        asking->dialogs.nextFormAnswers.push_back(u"No"_s);
         click(button);
         QCOMPARE(jobs, 3);
         QCOMPARE(w->currentPanel(), 3);
@@ -176,34 +190,20 @@ private slots:
         settings::write(u"Messages"_s, u"DontShowNeedToFillCompanyInfo"_s, u"true"_s);
         click(button);
         QCOMPARE(jobs, 6);
-        QCOMPARE(answers.dialogs.seen.size(), 2);
+        QCOMPARE(asking->dialogs.seen.size(), 2);
 
         // An address without a name: not asked either.
         settings::write(u"Messages"_s, u"DontShowNeedToFillCompanyInfo"_s, QString());
         w->db().company[1] = u"1 Main St"_s;
         click(button);
         QCOMPARE(jobs, 9);
-        QCOMPARE(answers.dialogs.seen.size(), 2);
-        discard(w);
-    }
-
-    void noPrinterAndRefusedJob()
-    {
-        Sandbox box;
-        writeBooks(box);
-        auto w = openWindow(3);
-        PrintingPanel *panel = w->printingPanel();
-        Answerer answers;
-        QList<pages::Page> sent;
-        pages::PrintStatus status = pages::PrintStatus::NoPrinter;
-        panel->printInvoices = [&](const QList<pages::Page> &pages) {
-            sent = pages;
-            return pages::PrintOutcome{status, {}, status == pages::PrintStatus::Failed ? u"Out of paper."_s : QString()};
-        };
-        auto *button = panel->findChild<QAbstractButton *>(u"cmdPrintSelectedInvoices"_s);
+        QCOMPARE(asking->dialogs.seen.size(), 2);
+        asking.reset();
 
         // No printer: said once, and the same pages saved as the named PDF,
         // offered beside the books under the period's name; ".pdf" is added.
+        Answerer answers;
+        status = pages::PrintStatus::NoPrinter;
         const QString pdf = box.dir.filePath(u"saved.pdf"_s);
         answers.dialogs.nextAnswers.push_back(QMessageBox::Yes);
         answers.dialogs.nextFileNames.push_back(box.dir.filePath(u"saved"_s));
@@ -241,6 +241,74 @@ private slots:
         QCOMPARE(answers.last().icon, QMessageBox::Critical);
         QVERIFY(answers.last().text.contains(u"Out of paper."_s));
         QVERIFY(panel->printResult()->text().startsWith(u"Nothing printed"_s));
+        discard(w);
+    }
+
+    // The envelope run: one job per customer, the stored margins, a failed
+    // job reported and dropped while the run goes on, events let through, and
+    // no second run meanwhile.
+    void envelopeRun()
+    {
+        Sandbox box;
+        writeBooks(box);
+        auto w = openWindow(3);
+        PrintingPanel *panel = w->printingPanel();
+        Answerer answers;
+
+        // Nothing to print: no job and no message, the defaults stored.
+        QList<pages::Page> jobs;
+        panel->printEnvelope = [&](const pages::Page &p) {
+            jobs << p;
+            return pages::PrintOutcome{pages::PrintStatus::Printed, {}, {}};
+        };
+        panel->printEnvelopes({});
+        QVERIFY(jobs.isEmpty());
+        QVERIFY(answers.seen().isEmpty());
+        QCOMPARE(settings::read(u"Printing"_s, u"X-Margin"_s), u"2"_s);
+        QCOMPARE(settings::read(u"Printing"_s, u"Y-Margin"_s), u"12"_s);
+
+        // Three customers, the second job refused.
+        settings::write(u"Printing"_s, u"X-Margin"_s, u"3.5"_s);
+        settings::write(u"Printing"_s, u"Y-Margin"_s, u"2.5"_s);
+        bool eventRan = false;
+        QMetaObject::invokeMethod(this, [&] { eventRan = true; }, Qt::QueuedConnection);
+        int calls = 0;
+        bool shownDuringRun = false, eventsDuringRun = false;
+        panel->printEnvelope = [&](const pages::Page &p) {
+            ++calls;
+            shownDuringRun = panel->findChild<QLabel *>(u"lblPrinting"_s)->isVisible();
+            // A press while the run is under way starts nothing.
+            panel->cmdPrintSelectedEnvelopesClick();
+            panel->printEnvelopes({u"1k"_s});
+            if (calls != 2) {
+                jobs << p;
+                return pages::PrintOutcome{pages::PrintStatus::Printed, {}, {}};
+            }
+            eventsDuringRun = eventRan;
+            return pages::PrintOutcome{pages::PrintStatus::Failed, u"lp0"_s, u"The printer is on fire."_s};
+        };
+        panel->printEnvelopes({u"1k"_s, u"2k"_s, u"3k"_s});
+        QCOMPARE(calls, 3);
+        QCOMPARE(jobs.size(), 2);
+        QVERIFY(shownDuringRun && eventsDuringRun);
+        QVERIFY(!panel->isPrintingEnvelopes());
+        QVERIFY(!panel->findChild<QLabel *>(u"lblPrinting"_s)->isVisible());
+        QCOMPARE(answers.seen().size(), 1);
+        QCOMPARE(answers.last().title, u"Printer Error"_s);
+        QCOMPARE(answers.last().icon, QMessageBox::Critical);
+        QCOMPARE(answers.last().text, u"An error has occoured: \nThe printer is on fire.\nThe printing job has been "
+                                      "canceled, please try again."_s);
+
+        // The envelopes: company from the file, the customer's name, margins
+        // 3.5 -> 4 and 2.5 -> 2 centimetres.
+        const pages::Page &first = jobs[0];
+        QCOMPARE(first.elements().size(), 8);
+        QCOMPARE(first.elements()[0].text, u"Test Co"_s);
+        QCOMPARE(first.elements()[4].text, u"Ann Lee"_s);
+        QCOMPARE(first.elements()[0].left, int(std::lround(4 * pages::TwipsPerCm)));
+        QCOMPARE(first.elements()[0].top, int(std::lround(2 * pages::TwipsPerCm)));
+        QCOMPARE(first.elements()[4].left, int(std::lround(11 * pages::TwipsPerCm)));
+        QCOMPARE(jobs[1].elements()[4].text, u"Cy "_s);
         discard(w);
     }
 
