@@ -3,7 +3,7 @@
 #include "customers/frmprintcustomers.h"
 
 #include "billing/billing.h"
-#include "billing/frmchecking.h"
+#include "uiservices/frmchecking.h"
 #include "billing/invoicetrees.h"
 #include "database/collation.h"
 #include "database/database.h"
@@ -13,7 +13,7 @@
 #include "database/rowtypes.h"
 #include "shell/appcontext.h"
 #include "shell/roster.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/dialogservice.h"
 #include "uiservices/listsearch.h"
 #include "uiservices/twips.h"

@@ -1,7 +1,7 @@
 #include "products/productpanel.h"
 
 #include "billing/billing.h"
-#include "billing/frmchecking.h"
+#include "uiservices/frmchecking.h"
 #include "billing/invoicetrees.h"
 #include "database/database.h"
 #include "database/edits.h"
@@ -10,7 +10,7 @@
 #include "database/rowtypes.h"
 #include "shell/appcontext.h"
 #include "shell/roster.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/dialogservice.h"
 
 #include <QAbstractButton>

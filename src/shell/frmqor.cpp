@@ -1,7 +1,7 @@
 #include "shell/frmqor.h"
 
-#include "billing/billperiodpanel.h"
-#include "billing/entryguard.h"
+#include "billperiods/billperiodpanel.h"
+#include "billperiods/entryguard.h"
 #include "customers/customerpanel.h"
 #include "database/regional.h"
 #include "maintenance/frmlistlvws.h"
@@ -11,11 +11,11 @@
 #include "printing/printoptionspanel.h"
 #include "products/productpanel.h"
 #include "shell/companyinfopanel.h"
-#include "shell/formposition.h"
+#include "uiservices/formposition.h"
 #include "shell/optionspanel.h"
 #include "shell/panel.h"
 #include "shell/roster.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/assetpaths.h"
 #include "uiservices/buttonkeys.h"
 #include "uiservices/dialogservice.h"
@@ -73,7 +73,7 @@ FrmQOR::FrmQOR(QWidget *parent) : FrmQOR(*new Session, parent) {
 
 FrmQOR::FrmQOR(Session &session, QWidget *parent) : QWidget(parent), m_session(&session), p(new Private) {
     initHelpResource();
-    m_session->setDialogOwner(this);
+    m_session->setQuestions(&m_questions);
     setObjectName(QStringLiteral("frmQOR"));
     setWindowTitle(QStringLiteral(" Qorvane"));
     setProperty("qorFrameTwips", QSizeF(FrameAllowanceWidth, FrameAllowanceHeight));
@@ -139,7 +139,7 @@ FrmQOR::~FrmQOR() {
         panel = nullptr;
     }
     db().onPlaceholderCreated = nullptr;
-    m_session->setDialogOwner(nullptr);
+    m_session->setQuestions(nullptr);
     delete p;
 }
 

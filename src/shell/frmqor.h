@@ -3,10 +3,11 @@
 // panels, the save and abandon buttons. The books it shows belong to a
 // session (see session.h).
 #include "appcontext.h"
-#include "billing/frmchecking.h"
+#include "uiservices/frmchecking.h"
 #include "database/database.h"
 #include "shell/session.h"
 #include "shell/singleinstance.h"
+#include "shell/windowquestions.h"
 
 #include <QString>
 #include <QTimer>
@@ -129,6 +130,8 @@ private:
 
     std::unique_ptr<Session> m_ownSession;
     Session *m_session = nullptr;
+    // The session's questions go to the user over this window.
+    WindowQuestions m_questions{this};
     CheckingWindowSlot m_checking{this};
     std::array<Panel *, 7> m_panels{};
     std::array<HoverCommand *, 7> m_cmdTab{};

@@ -3,7 +3,7 @@
 #include "database/filesafety.h"
 #include "shell/frmqor.h"
 #include "shell/session.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "shell/singleinstance.h"
 #include "uiservices/clsdialogs.h"
 #include "uiservices/dialogservice.h"

@@ -1,10 +1,10 @@
 #pragma once
 // Shared by the panel tests: a throw-away settings store and database file,
 // the main window opened as at start, and an answerer for message boxes.
-#include "billing/frmchecking.h"
+#include "uiservices/frmchecking.h"
 #include "billing/invoicetrees.h"
 #include "shell/frmqor.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/dialogservice.h"
 
 #include <QDir>

@@ -1,9 +1,9 @@
 // The seven panels: what the roster builds (every row once at its place, start
 // states, captions, fonts, tab order, accessible names), how the panels follow
 // the window's size and expert mode, and what the panels built on the base do.
-#include "billing/billperiodpanel.h"
+#include "billperiods/billperiodpanel.h"
 #include "billing/invoicetree.h"
-#include "billing/frmchecking.h"
+#include "uiservices/frmchecking.h"
 #include "database/database.h"
 #include "database/rowtypes.h"
 #include "printing/printingpanel.h"
@@ -12,7 +12,7 @@
 #include "shell/companyinfopanel.h"
 #include "shell/optionspanel.h"
 #include "shell/roster.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/twips.h"
 
 #include <QAccessible>

@@ -1,4 +1,4 @@
-#include "billing/entryguard.h"
+#include "billperiods/entryguard.h"
 
 #include "billing/invoicetrees.h"
 #include "uiservices/dialogservice.h"

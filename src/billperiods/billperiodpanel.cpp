@@ -1,8 +1,8 @@
-#include "billing/billperiodpanel.h"
+#include "billperiods/billperiodpanel.h"
 
 #include "billing/billing.h"
 #include "billing/invoicetrees.h"
-#include "billing/invoicetreeview.h"
+#include "billperiods/invoicetreeview.h"
 #include "database/database.h"
 #include "database/entryrules.h"
 #include "database/money.h"
