@@ -5,9 +5,8 @@
 
 namespace qor::entryguard {
 
-bool mayDropEntry(Database &db, QWidget *owner)
+bool mayDropEntry(InvoiceTrees &trees, QWidget *owner)
 {
-    InvoiceTrees &trees = InvoiceTrees::of(db);
     if (!trees.entryOpen()) return true;
     DialogService::Message m;
     m.icon = QMessageBox::Warning;

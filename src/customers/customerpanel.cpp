@@ -48,7 +48,8 @@ const QString kSearch = QStringLiteral("Search:");
 QString fieldName(int i) { return QStringLiteral("txtField(%1)").arg(i); }
 }  // namespace
 
-CustomerPanel::CustomerPanel(AppContext &ctx, QWidget *parent) : Panel(0, ctx, parent)
+CustomerPanel::CustomerPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *parent)
+    : Panel(0, ctx, parent), m_trees(trees)
 {
     for (int i = 0; i < FieldCount; ++i) {
         QWidget *w = require(fieldName(i));
@@ -582,7 +583,7 @@ void CustomerPanel::deleteCustomer()
     const QScopedValueRollback hold(m_holdFields, true);
     FrmChecking &checking = ctx.showCheckingWindow();
     const edits::Removal removal =
-        billing::removeCustomer(InvoiceTrees::of(db), key, [&checking](float percent) { checking.setProgress(percent); });
+        billing::removeCustomer(m_trees, key, [&checking](float percent) { checking.setProgress(percent); });
     checking.showOutcome(edits::wordOf(removal));
     refreshCustomerList();
     checking.enableOK();

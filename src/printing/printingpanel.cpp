@@ -28,8 +28,8 @@
 
 namespace qor {
 
-PrintingPanel::PrintingPanel(AppContext &ctx, QWidget *parent)
-    : Panel(3, ctx, parent), m_trees(InvoiceTrees::of(ctx.db()))
+PrintingPanel::PrintingPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *parent)
+    : Panel(3, ctx, parent), m_trees(trees)
 {
     m_chooser = require<QComboBox>("cmbBillPeriod(2)");
     m_tree = require<QTreeView>("tvwInvoiceRecords(1)");

@@ -29,7 +29,8 @@ const QString kDeleteExisting = QStringLiteral("&Delete Existing");
 const QString kCancelNew = QStringLiteral("&Cancel New");
 }  // namespace
 
-ProductPanel::ProductPanel(AppContext &ctx, QWidget *parent) : Panel(1, ctx, parent)
+ProductPanel::ProductPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *parent)
+    : Panel(1, ctx, parent), m_trees(trees)
 {
     m_cmdAddNewItem = require<QAbstractButton>("cmdAddNewItem");
     m_cmdCancelNewItem = require<QAbstractButton>("cmdCancelNewItem");
@@ -241,7 +242,7 @@ void ProductPanel::deleteProduct()
 
     FrmChecking &checking = ctx.showCheckingWindow();
     const edits::Removal removal =
-        billing::removeItem(InvoiceTrees::of(db), key, [&checking](float percent) { checking.setProgress(percent); });
+        billing::removeItem(m_trees, key, [&checking](float percent) { checking.setProgress(percent); });
     checking.showOutcome(edits::wordOf(removal));
     checking.enableOK();
 }

@@ -71,7 +71,8 @@ FrmQOR::FrmQOR(QWidget *parent) : FrmQOR(*new Session, parent) {
     m_ownSession.reset(m_session);
 }
 
-FrmQOR::FrmQOR(Session &session, QWidget *parent) : QWidget(parent), m_session(&session), p(new Private) {
+FrmQOR::FrmQOR(Session &session, QWidget *parent)
+    : QWidget(parent), m_session(&session), m_trees(session.db()), p(new Private) {
     initHelpResource();
     m_session->setQuestions(&m_questions);
     setObjectName(QStringLiteral("frmQOR"));
@@ -86,10 +87,10 @@ FrmQOR::FrmQOR(Session &session, QWidget *parent) : QWidget(parent), m_session(&
                    twipsToPx(MinimumHeight - FrameAllowanceHeight));
 
     // The panels, in the order of the tab column.
-    m_panels[0] = new CustomerPanel(*this, this);
-    m_panels[1] = new ProductPanel(*this, this);
-    m_panels[2] = new BillPeriodPanel(*this, this);
-    m_panels[3] = new PrintingPanel(*this, this);
+    m_panels[0] = new CustomerPanel(*this, m_trees, this);
+    m_panels[1] = new ProductPanel(*this, m_trees, this);
+    m_panels[2] = new BillPeriodPanel(*this, m_trees, this);
+    m_panels[3] = new PrintingPanel(*this, m_trees, this);
     m_panels[4] = new PrintOptionsPanel(*this, this);
     m_panels[5] = new OptionsPanel(*this, this);
     m_panels[6] = new CompanyInfoPanel(*this, this);
@@ -419,7 +420,7 @@ void FrmQOR::cmdCancelClick() {
                              .join(CRLF);
     const auto answer = DialogService::current().warning(this, QStringLiteral("ABANDON ALL CHANGES???"), text,
                                                           QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok);
-    if (answer != QMessageBox::Ok || !entryguard::mayDropEntry(db(), this))
+    if (answer != QMessageBox::Ok || !entryguard::mayDropEntry(m_trees, this))
         return;
     m_session->reload();
 }
@@ -497,7 +498,7 @@ void FrmQOR::closeEvent(QCloseEvent *event) {
             return;
         }
     }
-    if (!entryguard::mayDropEntry(db(), this)) {
+    if (!entryguard::mayDropEntry(m_trees, this)) {
         event->ignore();
         return;
     }

@@ -5,6 +5,7 @@
 #include "appcontext.h"
 #include "uiservices/frmchecking.h"
 #include "database/database.h"
+#include "billing/invoicetrees.h"
 #include "shell/session.h"
 #include "shell/singleinstance.h"
 #include "shell/windowquestions.h"
@@ -63,6 +64,7 @@ public:
     FrmChecking &showCheckingWindow() override { return *m_checking.show(); }
 
     Session &session() { return *m_session; }
+    InvoiceTrees &invoiceTrees() { return m_trees; }
     FrmChecking *checkingWindow() const { return m_checking.window(); }  // nullptr when not loaded
 
     // The changed state is the database's; cmdSave and cmdCancel show it.
@@ -130,8 +132,11 @@ private:
 
     std::unique_ptr<Session> m_ownSession;
     Session *m_session = nullptr;
+    // The invoice records trees of the books, shown by Bill Periods and
+    // Printing, kept in step by the deletes of Customers and Products.
+    InvoiceTrees m_trees;
     // The session's questions go to the user over this window.
-    WindowQuestions m_questions{this};
+    WindowQuestions m_questions{this, m_trees};
     CheckingWindowSlot m_checking{this};
     std::array<Panel *, 7> m_panels{};
     std::array<HoverCommand *, 7> m_cmdTab{};

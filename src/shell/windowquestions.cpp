@@ -94,6 +94,6 @@ bool WindowQuestions::statementsBeforeClosingBooks(const Database &db, const QSt
     return statements::offerStatementsBeforeClosingBooks(m_owner, db, oldFile);
 }
 
-bool WindowQuestions::mayDropOpenEntry(Database &db) { return entryguard::mayDropEntry(db, m_owner); }
+bool WindowQuestions::mayDropOpenEntry(Database &) { return entryguard::mayDropEntry(m_trees, m_owner); }
 
 }  // namespace qor

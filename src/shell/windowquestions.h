@@ -7,9 +7,11 @@ class QWidget;
 
 namespace qor {
 
+class InvoiceTrees;
+
 class WindowQuestions final : public SessionQuestions {
 public:
-    explicit WindowQuestions(QWidget *owner) : m_owner(owner) {}
+    WindowQuestions(QWidget *owner, InvoiceTrees &trees) : m_owner(owner), m_trees(trees) {}
 
     Answer ask(const Question &q) override;
     QString databaseFile(bool save, const QString &title) override;
@@ -19,6 +21,7 @@ public:
 
 private:
     QWidget *m_owner;
+    InvoiceTrees &m_trees;
 };
 
 }  // namespace qor

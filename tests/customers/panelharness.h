@@ -99,7 +99,7 @@ inline std::unique_ptr<FrmQOR> openWindow(int panel) {
 
 // Ends a window without its closing questions (an open entry ends unasked).
 inline void discard(std::unique_ptr<FrmQOR> &w) {
-    if (w) InvoiceTrees::of(w->db()).endEntry(), w->showDatabaseChanged(false), w->close(), w.reset();
+    if (w) w->invoiceTrees().endEntry(), w->showDatabaseChanged(false), w->close(), w.reset();
 }
 
 inline void click(QAbstractButton *b) {

@@ -3,6 +3,7 @@
 // the window's size and expert mode, and what the panels built on the base do.
 #include "billperiods/billperiodpanel.h"
 #include "billing/invoicetree.h"
+#include "billing/invoicetrees.h"
 #include "uiservices/frmchecking.h"
 #include "database/database.h"
 #include "database/rowtypes.h"
@@ -41,6 +42,7 @@ struct FakeContext : AppContext {
     QWidget *mainWindow() override { return nullptr; }
     FrmChecking &showCheckingWindow() override { return *checking.show(); }
     Database database;
+    InvoiceTrees trees{database};
     CheckingWindowSlot checking{nullptr};
     int changeCalls = 0;  // changes of the changed state
 };
@@ -444,8 +446,8 @@ private slots:
 
     void billPeriodChoosers()
     {
-        BillPeriodPanel bills(ctx);
-        PrintingPanel printing(ctx);
+        BillPeriodPanel bills(ctx, ctx.trees);
+        PrintingPanel printing(ctx, ctx.trees);
         QComboBox *one = bills.chooser(), *two = printing.chooser();
         QSignalSpy oneChanged(one, &QComboBox::currentIndexChanged), twoChanged(two, &QComboBox::currentIndexChanged);
         bills.treeModel().add(0, u"root_node"_s, NodeValues{NodeKind::Other, u"old"_s});
@@ -477,7 +479,7 @@ private slots:
 
     void billPeriodEntryFieldsAndProducts()
     {
-        BillPeriodPanel p(ctx);
+        BillPeriodPanel p(ctx, ctx.trees);
         const QColor window = app.color(QPalette::Active, QPalette::Base);
         const QList<QLineEdit *> f = {p.control<QLineEdit>(u"txtPField(1)"_s), p.control<QLineEdit>(u"txtPField(2)"_s),
                                       p.control<QLineEdit>(u"txtPField(3)"_s)};
