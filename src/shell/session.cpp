@@ -170,21 +170,23 @@ std::unique_ptr<FileLock> Session::lockFor(const QString &path, bool &readOnly)
             QStringLiteral("Open it read-only, take it over (only when that program no longer runs, for instance "
                            "after its computer crashed), or cancel?");
         const auto answer =
-            m_ask->ask({Tone::Warning, SessionTitle, text,
-                                  {Answer::Open, Answer::Ignore, Answer::Cancel}, Answer::Open,
-                                  {{Answer::Open, QStringLiteral("Open &Read-Only")},
-                                   {Answer::Ignore, QStringLiteral("&Take Over")}}});
+            m_ask->ask(
+                {Tone::Warning, SessionTitle, text,
+                 {Answer::Open, Answer::Ignore, Answer::Cancel}, Answer::Open,
+                 {{Answer::Open, QStringLiteral("Open &Read-Only")},
+                  {Answer::Ignore, QStringLiteral("&Take Over")}}});
         if (answer == Answer::Open) {
             readOnly = true;
             return lock;
         }
         if (answer != Answer::Ignore) return nullptr;
-        const auto sure = m_ask->ask({Tone::Warning, SessionTitle,
-                      QStringLiteral("Take over \"%1\" only if %2 no longer uses it. If that program still has it "
-                                     "open, whichever saves last overwrites the other's changes.")
-                          .arg(shown(path), lock->holderText()),
-                      {Answer::Ok, Answer::Cancel}, Answer::Cancel,
-                      {{Answer::Ok, QStringLiteral("&Take Over")}}});
+        const auto sure = m_ask->ask(
+            {Tone::Warning, SessionTitle,
+             QStringLiteral("Take over \"%1\" only if %2 no longer uses it. If that program still has it "
+                            "open, whichever saves last overwrites the other's changes.")
+                 .arg(shown(path), lock->holderText()),
+             {Answer::Ok, Answer::Cancel}, Answer::Cancel,
+             {{Answer::Ok, QStringLiteral("&Take Over")}}});
         if (sure != Answer::Ok) continue;
         if (lock->takeOver() == FileLock::Result::Locked) return lock;
     }
@@ -223,8 +225,9 @@ void Session::tellRejected(const ReadResult &result, const QString &path, bool d
     const QString text = result.message + CRLF + CRLF +
                          QStringLiteral("The newest earlier version, saved on %1, can be opened instead.")
                              .arg(newest.time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
-    const auto answer = m_ask->ask({Tone::Warning, SessionTitle, text, {Answer::Open, Answer::Ok}, Answer::Ok,
-                  {{Answer::Open, QStringLiteral("Open the Newest &Version")}}});
+    const auto answer = m_ask->ask(
+        {Tone::Warning, SessionTitle, text, {Answer::Open, Answer::Ok}, Answer::Ok,
+         {{Answer::Open, QStringLiteral("Open the Newest &Version")}}});
     if (answer == Answer::Open) adopt(newest.path, path, true, drop);
 }
 
@@ -376,15 +379,16 @@ bool Session::save()
     if (m_path.isEmpty()) m_path = settings::databasePath();
     if (m_readOnly) {
         tell(Tone::Warning,
-            QStringLiteral("The database \"%1\" is open read-only, so it is not saved. Save As keeps your changes "
-                           "under another name.")
-                .arg(shown(m_path)));
+             QStringLiteral("The database \"%1\" is open read-only, so it is not saved. Save As keeps your changes "
+                            "under another name.")
+                 .arg(shown(m_path)));
         return false;
     }
     // Another program wrote the file since it was read here.
     const Stamp now = stampOf(m_path);
     if (m_stamp.exists && now.exists && !(now == m_stamp)) {
-        const auto answer = m_ask->ask({Tone::Warning, SessionTitle,
+        const auto answer = m_ask->ask(
+            {Tone::Warning, SessionTitle,
              QStringLiteral("The database \"%1\" was changed on disk by another program after it was opened here.")
                      .arg(shown(m_path)) +
                  CRLF + CRLF +
@@ -410,16 +414,18 @@ bool Session::saveAs()
         return save();
     }
     if (QFileInfo::exists(path)) {
-        const auto answer = m_ask->ask({Tone::Warning, SessionTitle,
-                                        QStringLiteral("The file \"%1\" already exists.").arg(shown(path)) + CRLF +
-                                            QStringLiteral("Do you want to replace it?"),
-                                        {Answer::Yes, Answer::No}, Answer::No});
+        const auto answer = m_ask->ask(
+            {Tone::Warning, SessionTitle,
+             QStringLiteral("The file \"%1\" already exists.").arg(shown(path)) + CRLF +
+                 QStringLiteral("Do you want to replace it?"),
+             {Answer::Yes, Answer::No}, Answer::No});
         if (answer != Answer::Yes) return false;
     }
     auto lock = std::make_unique<FileLock>(path);
     if (lock->tryLock() == FileLock::Result::Held) {
         tell(Tone::Warning,
-            QStringLiteral("The file \"%1\" is in use by %2. Choose another name.").arg(shown(path), lock->holderText()));
+             QStringLiteral("The file \"%1\" is in use by %2. Choose another name.")
+                 .arg(shown(path), lock->holderText()));
         return false;
     }
     // No lock can be made there: the save says why it can't be written either.
@@ -445,11 +451,12 @@ Session::Unsaved Session::settleUnsavedChanges()
 {
     // An empty database (a first start) has nothing to lose.
     if (!m_db.isChanged() || hasNothingToLose()) return Unsaved::None;
-    const auto answer = m_ask->ask({Tone::Warning, SessionTitle,
-                  QStringLiteral("The changes to \"%1\" are not saved.").arg(shown(m_path)) + CRLF + CRLF +
-                      QStringLiteral("Do you want to save them first?"),
-                  {Answer::Save, Answer::Discard, Answer::Cancel}, Answer::Save,
-                  {{Answer::Save, QStringLiteral("&Save")}, {Answer::Discard, QStringLiteral("&Discard")}}});
+    const auto answer = m_ask->ask(
+        {Tone::Warning, SessionTitle,
+         QStringLiteral("The changes to \"%1\" are not saved.").arg(shown(m_path)) + CRLF + CRLF +
+             QStringLiteral("Do you want to save them first?"),
+         {Answer::Save, Answer::Discard, Answer::Cancel}, Answer::Save,
+         {{Answer::Save, QStringLiteral("&Save")}, {Answer::Discard, QStringLiteral("&Discard")}}});
     if (answer == Answer::Save) return save() ? Unsaved::Saved : Unsaved::Cancel;
     if (answer == Answer::Discard) return Unsaved::Discard;
     return Unsaved::Cancel;
@@ -493,11 +500,12 @@ bool Session::keepBeforeDropping()
     if (!m_db.isChanged() || hasNothingToLose()) return true;
     for (;;) {
         if (!keepUnsavedChanges().isEmpty()) return true;
-        const auto answer = m_ask->ask({Tone::Critical, SessionTitle,
-                      QStringLiteral("The unsaved changes could not be kept in a safety copy:") + CRLF + m_copyProblem +
-                          CRLF + CRLF + QStringLiteral("Save them under another name, discard them, or cancel?"),
-                      {Answer::Save, Answer::Discard, Answer::Cancel}, Answer::Save,
-                      {{Answer::Save, QStringLiteral("Save &As...")}, {Answer::Discard, QStringLiteral("&Discard")}}});
+        const auto answer = m_ask->ask(
+            {Tone::Critical, SessionTitle,
+             QStringLiteral("The unsaved changes could not be kept in a safety copy:") + CRLF + m_copyProblem +
+                 CRLF + CRLF + QStringLiteral("Save them under another name, discard them, or cancel?"),
+             {Answer::Save, Answer::Discard, Answer::Cancel}, Answer::Save,
+             {{Answer::Save, QStringLiteral("Save &As...")}, {Answer::Discard, QStringLiteral("&Discard")}}});
         if (answer == Answer::Discard) return true;
         if (answer != Answer::Save) return false;
         // Saved elsewhere, the changes are safe and the step goes on.
@@ -529,10 +537,11 @@ bool Session::changePath(FileButton button)
 
     // A name that is taken, also once ".xml" is added, would not be new.
     if (QFileInfo::exists(path) || QFileInfo::exists(withXmlExtension(path))) {
-        m_ask->ask({Tone::Plain, SessionTitle,
-                      QStringLiteral("If you want to create a new database,") + CRLF +
-                          QStringLiteral("you'll need to type in a new (unique) file name."),
-                      {Answer::Ok}, Answer::Ok});
+        m_ask->ask(
+            {Tone::Plain, SessionTitle,
+             QStringLiteral("If you want to create a new database,") + CRLF +
+                 QStringLiteral("you'll need to type in a new (unique) file name."),
+             {Answer::Ok}, Answer::Ok});
         return false;
     }
     path = absolute(withXmlExtension(path));
@@ -540,7 +549,8 @@ bool Session::changePath(FileButton button)
     // written leaves the books and the settings as they were.
     if (const QString why = createEmpty(path); !why.isEmpty()) {
         tell(Tone::Critical,
-            QStringLiteral("The new database \"%1\" could not be created: %2. Nothing was changed.").arg(shown(path), why));
+             QStringLiteral("The new database \"%1\" could not be created: %2. Nothing was changed.")
+                 .arg(shown(path), why));
         return false;
     }
     if (!adopt(path, path, false, unsaved == Unsaved::Discard)) {
@@ -555,7 +565,8 @@ bool Session::closeBooks()
 {
     if (m_readOnly) {
         tell(Tone::Warning,
-            QStringLiteral("The database \"%1\" is open read-only, so its books cannot be closed.").arg(shown(m_path)));
+             QStringLiteral("The database \"%1\" is open read-only, so its books cannot be closed.")
+                 .arg(shown(m_path)));
         return false;
     }
     if (!m_ask->goOnClosingBooks()) return false;
@@ -566,7 +577,8 @@ bool Session::closeBooks()
     // Cancel ends here too; a name that is taken once ".xml" is added would
     // be overwritten.
     if (path.isEmpty() || QFileInfo::exists(path) || QFileInfo::exists(withXmlExtension(path))) {
-        m_ask->ask({Tone::Plain, SessionTitle,
+        m_ask->ask(
+            {Tone::Plain, SessionTitle,
              QStringLiteral("If you want to close the books and continue with a new database,") + CRLF +
                  QStringLiteral("you'll need to type in a new (unique) file name for the new database."),
              {Answer::Ok}, Answer::Ok});
@@ -690,14 +702,15 @@ bool Session::offerRecovery()
     if (!pending || !pending->hasDatabase) return false;
     const QString when = pending->written.isValid() ? pending->written.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))
                                                     : QStringLiteral("an unknown time");
-    const auto answer = m_ask->ask({Tone::Question, QStringLiteral("Recover unsaved changes"),
-                  QStringLiteral("Qorvane ended without saving the changes to \"%1\". A copy of them was kept at %2.")
-                          .arg(shown(pending->original), when) +
-                      CRLF + CRLF +
-                      QStringLiteral("Restore them? (Discard keeps the copy among the safety copies on the Options "
-                                     "panel.)"),
-                  {Answer::Yes, Answer::Discard}, Answer::Yes,
-                  {{Answer::Yes, QStringLiteral("&Restore")}, {Answer::Discard, QStringLiteral("&Discard")}}});
+    const auto answer = m_ask->ask(
+        {Tone::Question, QStringLiteral("Recover unsaved changes"),
+         QStringLiteral("Qorvane ended without saving the changes to \"%1\". A copy of them was kept at %2.")
+                 .arg(shown(pending->original), when) +
+             CRLF + CRLF +
+             QStringLiteral("Restore them? (Discard keeps the copy among the safety copies on the Options "
+                            "panel.)"),
+         {Answer::Yes, Answer::Discard}, Answer::Yes,
+         {{Answer::Yes, QStringLiteral("&Restore")}, {Answer::Discard, QStringLiteral("&Discard")}}});
     if (answer == Answer::Yes) {
         // Restored changes count as unsaved: the copy stays until they are
         // saved or abandoned.
