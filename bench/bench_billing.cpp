@@ -9,7 +9,7 @@
 
 #include "billing/billing.h"
 #include "billing/invoicetree.h"
-#include "billing/invoicetreeview.h"
+#include "billperiods/invoicetreeview.h"
 #include "database/database.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"

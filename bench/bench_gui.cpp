@@ -8,9 +8,9 @@
 // parameters is reused, otherwise it is generated first.
 #include "dbgen.h"
 
-#include "billing/billperiodpanel.h"
+#include "billperiods/billperiodpanel.h"
 #include "billing/invoicetree.h"
-#include "billing/invoicetreeview.h"
+#include "billperiods/invoicetreeview.h"
 #include "customers/customerpanel.h"
 #include "printing/frmstatements.h"
 #include "printing/printingpanel.h"
@@ -19,7 +19,7 @@
 #include "database/database.h"
 #include "database/rowtypes.h"
 #include "shell/frmqor.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 
 #include <QAbstractButton>
 #include <QComboBox>

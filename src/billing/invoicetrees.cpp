@@ -6,9 +6,8 @@
 
 namespace qor {
 
-InvoiceTrees::InvoiceTrees(Database &db) : QObject(&db), m_db(db)
+InvoiceTrees::InvoiceTrees(Database &db, QObject *parent) : QObject(parent), m_db(db)
 {
-    setObjectName(QStringLiteral("InvoiceTrees"));
     // Reading the books again ends any entry; whoever reads them has asked.
     connect(&db, &Database::aboutToReload, this, [this] {
         if (!m_entryOpen) return;
@@ -16,12 +15,6 @@ InvoiceTrees::InvoiceTrees(Database &db) : QObject(&db), m_db(db)
         m_tree0.clear();
         emit entryDropped();
     });
-}
-
-InvoiceTrees &InvoiceTrees::of(Database &db)
-{
-    if (auto *t = db.findChild<InvoiceTrees *>(QStringLiteral("InvoiceTrees"), Qt::FindDirectChildrenOnly)) return *t;
-    return *new InvoiceTrees(db);
 }
 
 void InvoiceTrees::showPeriod(int listIndex, const QString &name)

@@ -16,9 +16,9 @@ class Database;
 class InvoiceTrees : public QObject {
     Q_OBJECT
 public:
-    // The pair of db, made on first use.
-    static InvoiceTrees &of(Database &db);
-
+    // One pair per open books: the main window owns it and hands it to the
+    // panels that show or change the trees.
+    explicit InvoiceTrees(Database &db, QObject *parent = nullptr);
     Database &db() { return m_db; }
     // 0: the Bill Periods tree; 1: the Printing tree.
     InvoiceTree &tree(int index) { return index == 0 ? m_tree0 : m_tree1; }
@@ -57,7 +57,6 @@ signals:
     void entryDropped();
 
 private:
-    explicit InvoiceTrees(Database &db);
     Database &m_db;
     InvoiceTree m_tree0{0}, m_tree1{1};
     int m_index = -1;

@@ -13,10 +13,11 @@
 #include "database/rowtypes.h"
 #include "database/versions.h"
 #include "pages/customerlist.h"
+#include "shell/session.h"
 #include "pages/envelope.h"
 #include "pages/pdfoutput.h"
 #include "printing/invoicerun.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -174,16 +175,18 @@ bool isCustomerNumber(const QString &text)
     return text.toLongLong() > 0;
 }
 
-// Reads a file as the program does at start. A missing file is an error here:
-// checking must not create anything.
+// Reads a file through the session, to look at it only: nothing is locked
+// or asked, and a missing file is an error here: checking must not create
+// anything. The books are moved into db.
 bool load(qor::Database &db, const QString &path, QStringList &problems)
 {
-    const qor::ReadResult r = db.read(path, qor::Database::MissingFile::Reject);
+    qor::Session session;
+    const qor::ReadResult r = session.openToRead(path, &problems);
     if (!r.ok()) {
         err(r.message);
         return false;
     }
-    problems = db.fillInvoiceRecordNames();
+    db.takeContentOf(session.db());
     return true;
 }
 

@@ -3,7 +3,7 @@
 #include "customers/frmprintcustomers.h"
 
 #include "billing/billing.h"
-#include "billing/frmchecking.h"
+#include "uiservices/frmchecking.h"
 #include "billing/invoicetrees.h"
 #include "database/collation.h"
 #include "database/database.h"
@@ -13,7 +13,7 @@
 #include "database/rowtypes.h"
 #include "shell/appcontext.h"
 #include "shell/roster.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/dialogservice.h"
 #include "uiservices/listsearch.h"
 #include "uiservices/twips.h"
@@ -48,7 +48,8 @@ const QString kSearch = QStringLiteral("Search:");
 QString fieldName(int i) { return QStringLiteral("txtField(%1)").arg(i); }
 }  // namespace
 
-CustomerPanel::CustomerPanel(AppContext &ctx, QWidget *parent) : Panel(0, ctx, parent)
+CustomerPanel::CustomerPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *parent)
+    : Panel(0, ctx, parent), m_trees(trees)
 {
     for (int i = 0; i < FieldCount; ++i) {
         QWidget *w = require(fieldName(i));
@@ -582,7 +583,7 @@ void CustomerPanel::deleteCustomer()
     const QScopedValueRollback hold(m_holdFields, true);
     FrmChecking &checking = ctx.showCheckingWindow();
     const edits::Removal removal =
-        billing::removeCustomer(InvoiceTrees::of(db), key, [&checking](float percent) { checking.setProgress(percent); });
+        billing::removeCustomer(m_trees, key, [&checking](float percent) { checking.setProgress(percent); });
     checking.showOutcome(edits::wordOf(removal));
     refreshCustomerList();
     checking.enableOK();

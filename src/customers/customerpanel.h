@@ -15,10 +15,13 @@ class QLineEdit;
 
 namespace qor {
 
+class InvoiceTrees;
+
 class CustomerPanel : public Panel {
     Q_OBJECT
 public:
-    explicit CustomerPanel(AppContext &ctx, QWidget *parent = nullptr);
+    // trees: the invoice records trees, which a delete keeps in step.
+    CustomerPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *parent = nullptr);
 
     void arrange(double W, double H, int M) override;
 
@@ -70,6 +73,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    InvoiceTrees &m_trees;
     QWidget *field(int index) const { return m_fields.at(size_t(index)); }
     void setFieldText(int index, const QString &text);
     void setTag(int index, const QString &tag);

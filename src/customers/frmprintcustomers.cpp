@@ -2,7 +2,7 @@
 
 #include "database/keyedlist.h"
 #include "pages/pdfoutput.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/dialogservice.h"
 #include "uiservices/fonts.h"
 #include "uiservices/twips.h"

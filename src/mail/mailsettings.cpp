@@ -1,7 +1,7 @@
 #include "mail/mailsettings.h"
 
 #include "mail/mime.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 
 namespace qor::mail {
 

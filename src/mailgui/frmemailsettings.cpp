@@ -2,7 +2,7 @@
 
 #include "mail/passwords.h"
 #include "mail/smtp.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/dialogservice.h"
 
 #include <QCheckBox>

@@ -3,8 +3,8 @@
 #include "database/database.h"
 #include "maintenance/frmupdate.h"
 #include "maintenance/tablesnapshot.h"
-#include "shell/formposition.h"
-#include "shell/settingsstore.h"
+#include "uiservices/formposition.h"
+#include "settings/settingsstore.h"
 #include "uiservices/fonts.h"
 #include "uiservices/twips.h"
 

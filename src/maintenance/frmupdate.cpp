@@ -1,6 +1,6 @@
 #include "maintenance/frmupdate.h"
 
-#include "shell/formposition.h"
+#include "uiservices/formposition.h"
 #include "uiservices/fonts.h"
 #include "uiservices/twips.h"
 

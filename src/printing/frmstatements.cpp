@@ -4,7 +4,7 @@
 #include "database/regional.h"
 #include "pages/painter.h"
 #include "pages/pdfoutput.h"
-#include "shell/formposition.h"
+#include "uiservices/formposition.h"
 #include "statements/statementsmodel.h"
 #include "uiservices/dialogservice.h"
 

@@ -1,9 +1,9 @@
 #include "printing/printingpanel.h"
 
 #include "billing/billing.h"
-#include "billing/billperiodpanel.h"
+#include "billperiods/billperiodpanel.h"
 #include "billing/invoicetrees.h"
-#include "billing/invoicetreeview.h"
+#include "billperiods/invoicetreeview.h"
 #include "database/database.h"
 #include "database/rowtypes.h"
 #include "pages/painter.h"
@@ -11,7 +11,7 @@
 #include "printing/frmstatements.h"
 #include "printing/invoicerun.h"
 #include "shell/appcontext.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/dialogservice.h"
 
 #include <QAbstractButton>
@@ -29,8 +29,8 @@
 
 namespace qor {
 
-PrintingPanel::PrintingPanel(AppContext &ctx, QWidget *parent)
-    : Panel(3, ctx, parent), m_trees(InvoiceTrees::of(ctx.db()))
+PrintingPanel::PrintingPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *parent)
+    : Panel(3, ctx, parent), m_trees(trees)
 {
     m_chooser = require<QComboBox>("cmbBillPeriod(2)");
     m_tree = require<QTreeView>("tvwInvoiceRecords(1)");

@@ -30,7 +30,7 @@ class InvoiceTreeView;
 class PrintingPanel : public Panel {
     Q_OBJECT
 public:
-    explicit PrintingPanel(AppContext &ctx, QWidget *parent = nullptr);
+    PrintingPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *parent = nullptr);
 
     // This panel's part of RefreshBillPeriodList: cmbBillPeriod(2) lists the
     // periods of lvwPeriods like the chooser on Bill Periods; it selects the

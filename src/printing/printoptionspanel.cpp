@@ -3,7 +3,7 @@
 #include "database/regional.h"
 #include "pages/preview.h"
 #include "printing/invoicerun.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>

@@ -1,7 +1,7 @@
 #include "products/productpanel.h"
 
 #include "billing/billing.h"
-#include "billing/frmchecking.h"
+#include "uiservices/frmchecking.h"
 #include "billing/invoicetrees.h"
 #include "database/database.h"
 #include "database/edits.h"
@@ -10,7 +10,7 @@
 #include "database/rowtypes.h"
 #include "shell/appcontext.h"
 #include "shell/roster.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/dialogservice.h"
 
 #include <QAbstractButton>
@@ -29,7 +29,8 @@ const QString kDeleteExisting = QStringLiteral("&Delete Existing");
 const QString kCancelNew = QStringLiteral("&Cancel New");
 }  // namespace
 
-ProductPanel::ProductPanel(AppContext &ctx, QWidget *parent) : Panel(1, ctx, parent)
+ProductPanel::ProductPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *parent)
+    : Panel(1, ctx, parent), m_trees(trees)
 {
     m_cmdAddNewItem = require<QAbstractButton>("cmdAddNewItem");
     m_cmdCancelNewItem = require<QAbstractButton>("cmdCancelNewItem");
@@ -241,7 +242,7 @@ void ProductPanel::deleteProduct()
 
     FrmChecking &checking = ctx.showCheckingWindow();
     const edits::Removal removal =
-        billing::removeItem(InvoiceTrees::of(db), key, [&checking](float percent) { checking.setProgress(percent); });
+        billing::removeItem(m_trees, key, [&checking](float percent) { checking.setProgress(percent); });
     checking.showOutcome(edits::wordOf(removal));
     checking.enableOK();
 }

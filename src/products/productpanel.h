@@ -10,10 +10,13 @@ class QTreeWidget;
 
 namespace qor {
 
+class InvoiceTrees;
+
 class ProductPanel : public Panel {
     Q_OBJECT
 public:
-    explicit ProductPanel(AppContext &ctx, QWidget *parent = nullptr);
+    // trees: the invoice records trees, which a delete keeps in step.
+    ProductPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *parent = nullptr);
 
     void arrange(double W, double H, int M) override;
 
@@ -43,6 +46,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    InvoiceTrees &m_trees;
     void updateAddVisibility();
     void setInfoColour(QWidget *w, bool info);
     void selectKey(const QString &key);

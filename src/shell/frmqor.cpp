@@ -1,7 +1,7 @@
 #include "shell/frmqor.h"
 
-#include "billing/billperiodpanel.h"
-#include "billing/entryguard.h"
+#include "billperiods/billperiodpanel.h"
+#include "billperiods/entryguard.h"
 #include "customers/customerpanel.h"
 #include "database/regional.h"
 #include "maintenance/frmlistlvws.h"
@@ -11,11 +11,11 @@
 #include "printing/printoptionspanel.h"
 #include "products/productpanel.h"
 #include "shell/companyinfopanel.h"
-#include "shell/formposition.h"
+#include "uiservices/formposition.h"
 #include "shell/optionspanel.h"
 #include "shell/panel.h"
 #include "shell/roster.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "shell/userguide.h"
 #include "uiservices/assetpaths.h"
 #include "uiservices/buttonkeys.h"
@@ -85,11 +85,12 @@ FrmQOR::FrmQOR(QWidget *parent) : FrmQOR(*new Session, parent) {
     m_ownSession.reset(m_session);
 }
 
-FrmQOR::FrmQOR(Session &session, QWidget *parent) : QWidget(parent), m_session(&session), p(new Private) {
+FrmQOR::FrmQOR(Session &session, QWidget *parent)
+    : QWidget(parent), m_session(&session), m_trees(session.db()), p(new Private) {
     initHelpResource();
     static const bool readable = (QAccessible::installFactory(windowAccessible), true);
     Q_UNUSED(readable);
-    m_session->setDialogOwner(this);
+    m_session->setQuestions(&m_questions);
     setObjectName(QStringLiteral("frmQOR"));
     showFileInTitle();
     setProperty("qorFrameTwips", QSizeF(FrameAllowanceWidth, FrameAllowanceHeight));
@@ -100,10 +101,10 @@ FrmQOR::FrmQOR(Session &session, QWidget *parent) : QWidget(parent), m_session(&
                    twipsToPx(MinimumHeight - FrameAllowanceHeight));
 
     // The panels, in the order of the tab column.
-    m_panels[0] = new CustomerPanel(*this, this);
-    m_panels[1] = new ProductPanel(*this, this);
-    m_panels[2] = new BillPeriodPanel(*this, this);
-    m_panels[3] = new PrintingPanel(*this, this);
+    m_panels[0] = new CustomerPanel(*this, m_trees, this);
+    m_panels[1] = new ProductPanel(*this, m_trees, this);
+    m_panels[2] = new BillPeriodPanel(*this, m_trees, this);
+    m_panels[3] = new PrintingPanel(*this, m_trees, this);
     m_panels[4] = new PrintOptionsPanel(*this, this);
     m_panels[5] = new OptionsPanel(*this, this);
     m_panels[6] = new CompanyInfoPanel(*this, this);
@@ -178,7 +179,7 @@ FrmQOR::~FrmQOR() {
         panel = nullptr;
     }
     db().onPlaceholderCreated = nullptr;
-    m_session->setDialogOwner(nullptr);
+    m_session->setQuestions(nullptr);
     delete p;
 }
 
@@ -458,7 +459,7 @@ void FrmQOR::cmdCancelClick() {
                              .join(CRLF);
     const auto answer = DialogService::current().warning(this, QStringLiteral("ABANDON ALL CHANGES???"), text,
                                                           QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok);
-    if (answer != QMessageBox::Ok || !entryguard::mayDropEntry(db(), this))
+    if (answer != QMessageBox::Ok || !entryguard::mayDropEntry(m_trees, this))
         return;
     m_session->reload();
 }
@@ -535,7 +536,7 @@ void FrmQOR::closeEvent(QCloseEvent *event) {
             return;
         }
     }
-    if (!entryguard::mayDropEntry(db(), this)) {
+    if (!entryguard::mayDropEntry(m_trees, this)) {
         event->ignore();
         return;
     }

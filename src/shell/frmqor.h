@@ -3,10 +3,12 @@
 // panels, the save and abandon buttons. The books it shows belong to a
 // session (see session.h).
 #include "appcontext.h"
-#include "billing/frmchecking.h"
+#include "uiservices/frmchecking.h"
 #include "database/database.h"
+#include "billing/invoicetrees.h"
 #include "shell/session.h"
 #include "shell/singleinstance.h"
+#include "shell/windowquestions.h"
 
 #include <QString>
 #include <QTimer>
@@ -62,6 +64,7 @@ public:
     FrmChecking &showCheckingWindow() override { return *m_checking.show(); }
 
     Session &session() { return *m_session; }
+    InvoiceTrees &invoiceTrees() { return m_trees; }
     FrmChecking *checkingWindow() const { return m_checking.window(); }  // nullptr when not loaded
 
     // The changed state is the database's; cmdSave and cmdCancel show it.
@@ -132,6 +135,11 @@ private:
 
     std::unique_ptr<Session> m_ownSession;
     Session *m_session = nullptr;
+    // The invoice records trees of the books, shown by Bill Periods and
+    // Printing, kept in step by the deletes of Customers and Products.
+    InvoiceTrees m_trees;
+    // The session's questions go to the user over this window.
+    WindowQuestions m_questions{this, m_trees};
     CheckingWindowSlot m_checking{this};
     std::array<Panel *, 7> m_panels{};
     std::array<HoverCommand *, 7> m_cmdTab{};

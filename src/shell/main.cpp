@@ -4,7 +4,7 @@
 #include "shell/frmqor.h"
 #include "shell/instancechannel.h"
 #include "shell/session.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "shell/singleinstance.h"
 #include "uiservices/clsdialogs.h"
 #include "uiservices/dialogservice.h"

@@ -1,7 +1,7 @@
 #include "shell/optionspanel.h"
 
 #include "mailgui/frmemailsettings.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/assetpaths.h"
 #include "uiservices/hovercommand.h"
 #include "uiservices/twips.h"

@@ -1,12 +1,7 @@
 #include "shell/session.h"
-#include "printing/frmstatements.h"
 
 #include "database/filesafety.h"
-#include "billing/entryguard.h"
-#include "shell/settingsstore.h"
-#include "uiservices/clsdialogs.h"
-#include "uiservices/dialogservice.h"
-#include "uiservices/frmmessage.h"
+#include "settings/settingsstore.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>
@@ -34,16 +29,8 @@ QString shown(const QString &path) { return QDir::toNativeSeparators(path); }
 const char *const FileDialogTitles[4] = {"Create a New Database", "Open an Exisiting Database", nullptr,
                                          "Save Current Database under a New Name"};
 
-// Asks the dialog service for a database file with the given title, starting
-// in the folder of its last use.
-QString askDatabaseFile(bool save, const QString &title)
-{
-    ClsDIALOGS &dialogs = ClsDIALOGS::current();
-    dialogs.setStrTitle(title);
-    dialogs.setStrFilter(Session::DatabaseFilter);
-    dialogs.setStrInitialDir(QString());
-    return save ? dialogs.strGetSaveFileName() : dialogs.strGetOpenFileName();
-}
+using Tone = SessionQuestions::Tone;
+using Answer = SessionQuestions::Answer;
 
 QString absolute(const QString &path) { return path.isEmpty() ? path : QFileInfo(path).absoluteFilePath(); }
 
@@ -89,7 +76,31 @@ QString unsavedBaseInDataFolder(const QString &path)
 
 const QString Session::DatabaseFilter = QStringLiteral("Harnwick QOR Database (*.xml)|*.xml");
 
-Session::Session(QObject *parent) : QObject(parent) {}
+Session::Session(QObject *parent) : QObject(parent), m_ask(&SessionQuestions::nobody()) {}
+
+void Session::setQuestions(SessionQuestions *questions)
+{
+    m_ask = questions ? questions : &SessionQuestions::nobody();
+}
+
+namespace {
+// Nobody to ask: the command-line tool, a session before its window. With no
+// window there is no open entry to lose.
+class Nobody final : public SessionQuestions {
+public:
+    Answer ask(const Question &) override { return Answer::Cancel; }
+    QString databaseFile(bool, const QString &) override { return QString(); }
+    bool goOnClosingBooks() override { return false; }
+    bool statementsBeforeClosingBooks(const Database &, const QString &) override { return false; }
+    bool mayDropOpenEntry(Database &) override { return true; }
+};
+}  // namespace
+
+SessionQuestions &SessionQuestions::nobody()
+{
+    static Nobody none;
+    return none;
+}
 
 Session::~Session() = default;
 
@@ -121,12 +132,17 @@ Session::Stamp Session::stampOf(const QString &path)
     return s;
 }
 
+void Session::tell(SessionQuestions::Tone tone, const QString &text)
+{
+    m_ask->ask({tone, SessionTitle, text});
+}
+
 void Session::tellOnce(const QStringList &notes)
 {
     for (const QString &note : notes) {
         if (note.isEmpty() || m_told.contains(note)) continue;
         m_told.insert(note);
-        DialogService::current().information(m_owner, AppTitle, note);
+        tell(Tone::Information, note);
     }
 }
 
@@ -148,30 +164,30 @@ std::unique_ptr<FileLock> Session::lockFor(const QString &path, bool &readOnly)
         return lock;
     case FileLock::Result::Held: break;
     }
-    DialogService &ask = DialogService::current();
     for (;;) {
         const QString text =
             QStringLiteral("The database \"%1\" is in use by %2.").arg(shown(path), lock->holderText()) + CRLF + CRLF +
             QStringLiteral("Open it read-only, take it over (only when that program no longer runs, for instance "
                            "after its computer crashed), or cancel?");
         const auto answer =
-            ask.message(m_owner, {QMessageBox::Warning, AppTitle, text,
-                                  QMessageBox::Open | QMessageBox::Ignore | QMessageBox::Cancel, QMessageBox::Open,
-                                  {{QMessageBox::Open, QStringLiteral("Open &Read-Only")},
-                                   {QMessageBox::Ignore, QStringLiteral("&Take Over")}}});
-        if (answer == QMessageBox::Open) {
+            m_ask->ask(
+                {Tone::Warning, SessionTitle, text,
+                 {Answer::Open, Answer::Ignore, Answer::Cancel}, Answer::Open,
+                 {{Answer::Open, QStringLiteral("Open &Read-Only")},
+                  {Answer::Ignore, QStringLiteral("&Take Over")}}});
+        if (answer == Answer::Open) {
             readOnly = true;
             return lock;
         }
-        if (answer != QMessageBox::Ignore) return nullptr;
-        const auto sure = ask.message(
-            m_owner, {QMessageBox::Warning, AppTitle,
-                      QStringLiteral("Take over \"%1\" only if %2 no longer uses it. If that program still has it "
-                                     "open, whichever saves last overwrites the other's changes.")
-                          .arg(shown(path), lock->holderText()),
-                      QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Cancel,
-                      {{QMessageBox::Ok, QStringLiteral("&Take Over")}}});
-        if (sure != QMessageBox::Ok) continue;
+        if (answer != Answer::Ignore) return nullptr;
+        const auto sure = m_ask->ask(
+            {Tone::Warning, SessionTitle,
+             QStringLiteral("Take over \"%1\" only if %2 no longer uses it. If that program still has it "
+                            "open, whichever saves last overwrites the other's changes.")
+                 .arg(shown(path), lock->holderText()),
+             {Answer::Ok, Answer::Cancel}, Answer::Cancel,
+             {{Answer::Ok, QStringLiteral("&Take Over")}}});
+        if (sure != Answer::Ok) continue;
         if (lock->takeOver() == FileLock::Result::Locked) return lock;
     }
 }
@@ -204,17 +220,17 @@ void Session::tellRejected(const ReadResult &result, const QString &path, bool d
 {
     const QList<versions::Version> kept = versions::list(path);
     if (kept.isEmpty()) {
-        DialogService::current().warning(m_owner, AppTitle, result.message);
+        tell(Tone::Warning, result.message);
         return;
     }
     const versions::Version &newest = kept.last();
     const QString text = result.message + CRLF + CRLF +
                          QStringLiteral("The newest earlier version, saved on %1, can be opened instead.")
                              .arg(newest.time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
-    const auto answer = DialogService::current().message(
-        m_owner, {QMessageBox::Warning, AppTitle, text, QMessageBox::Open | QMessageBox::Ok, QMessageBox::Ok,
-                  {{QMessageBox::Open, QStringLiteral("Open the Newest &Version")}}});
-    if (answer == QMessageBox::Open) adopt(newest.path, path, true, drop);
+    const auto answer = m_ask->ask(
+        {Tone::Warning, SessionTitle, text, {Answer::Open, Answer::Ok}, Answer::Ok,
+         {{Answer::Open, QStringLiteral("Open the Newest &Version")}}});
+    if (answer == Answer::Open) adopt(newest.path, path, true, drop);
 }
 
 bool Session::adopt(const QString &source, const QString &path, bool changed, bool drop, ReadResult *out)
@@ -251,7 +267,7 @@ bool Session::adopt(const QString &source, const QString &path, bool changed, bo
     }
     // Every way other books come into the window passes here, so an open
     // bill period entry is asked for once, right before it would go.
-    if (!entryguard::mayDropEntry(m_db, m_owner)) {
+    if (!m_ask->mayDropOpenEntry(m_db)) {
         if (result.status == ReadResult::Status::Created) QFile::remove(source);
         return false;
     }
@@ -302,6 +318,31 @@ ReadResult Session::load()
     return result;
 }
 
+ReadResult Session::openToRead(const QString &path, QStringList *problems)
+{
+    Database fresh;
+    ReadResult result;
+    try {
+        result = fresh.read(path, Database::MissingFile::Reject);
+    } catch (const std::exception &e) {
+        result.status = ReadResult::Status::Rejected;
+        result.message = QStringLiteral("The database file \"%1\" could not be read: %2")
+                             .arg(shown(path), QString::fromLocal8Bit(e.what()));
+    }
+    if (!result.ok()) return result;
+    m_db.beginReload();
+    m_db.takeContentOf(fresh);
+    m_path = path;
+    m_lock.reset();
+    m_stamp = stampOf(path);
+    setReadOnly(true);
+    m_db.setChanged(false);
+    const QStringList unnamed = m_db.fillInvoiceRecordNames();
+    m_db.endReload();
+    if (problems) *problems = unnamed;
+    return result;
+}
+
 bool Session::reload()
 {
     if (!adopt(m_path, m_path, false, false)) return false;
@@ -326,7 +367,7 @@ bool Session::saveTo(const QString &path, bool asNewName)
                              .arg(shown(path), QString::fromLocal8Bit(e.what()));
     }
     if (!result.ok) {
-        DialogService::current().critical(m_owner, AppTitle, result.message);
+        tell(Tone::Critical, result.message);
         return false;
     }
     tellOnce(result.notes);
@@ -339,27 +380,25 @@ bool Session::save()
 {
     if (m_path.isEmpty()) m_path = settings::databasePath();
     if (m_readOnly) {
-        DialogService::current().warning(
-            m_owner, AppTitle,
-            QStringLiteral("The database \"%1\" is open read-only, so it is not saved. Save As keeps your changes "
-                           "under another name.")
-                .arg(shown(m_path)));
+        tell(Tone::Warning,
+             QStringLiteral("The database \"%1\" is open read-only, so it is not saved. Save As keeps your changes "
+                            "under another name.")
+                 .arg(shown(m_path)));
         return false;
     }
     // Another program wrote the file since it was read here.
     const Stamp now = stampOf(m_path);
     if (m_stamp.exists && now.exists && !(now == m_stamp)) {
-        const auto answer = DialogService::current().message(
-            m_owner,
-            {QMessageBox::Warning, AppTitle,
+        const auto answer = m_ask->ask(
+            {Tone::Warning, SessionTitle,
              QStringLiteral("The database \"%1\" was changed on disk by another program after it was opened here.")
                      .arg(shown(m_path)) +
                  CRLF + CRLF +
                  QStringLiteral("Overwrite it with the books as they stand here, save them elsewhere, or cancel?"),
-             QMessageBox::Yes | QMessageBox::Save | QMessageBox::Cancel, QMessageBox::Cancel,
-             {{QMessageBox::Yes, QStringLiteral("&Overwrite")}, {QMessageBox::Save, QStringLiteral("Save &Elsewhere...")}}});
-        if (answer == QMessageBox::Save) return saveAs();
-        if (answer != QMessageBox::Yes) return false;
+             {Answer::Yes, Answer::Save, Answer::Cancel}, Answer::Cancel,
+             {{Answer::Yes, QStringLiteral("&Overwrite")}, {Answer::Save, QStringLiteral("Save &Elsewhere...")}}});
+        if (answer == Answer::Save) return saveAs();
+        if (answer != Answer::Yes) return false;
     }
     if (!saveTo(m_path, false)) return false;
     m_db.setChanged(false);
@@ -369,7 +408,7 @@ bool Session::save()
 
 bool Session::saveAs()
 {
-    QString path = askDatabaseFile(true, QString::fromLatin1(FileDialogTitles[int(FileButton::SaveAs)]));
+    QString path = m_ask->databaseFile(true, QString::fromLatin1(FileDialogTitles[int(FileButton::SaveAs)]));
     if (path.isEmpty()) return false;
     path = absolute(withXmlExtension(path));
     if (samePath(path, m_path) && !m_readOnly) {
@@ -377,18 +416,18 @@ bool Session::saveAs()
         return save();
     }
     if (QFileInfo::exists(path)) {
-        const auto answer = DialogService::current().warning(
-            m_owner, AppTitle,
-            QStringLiteral("The file \"%1\" already exists.").arg(shown(path)) + CRLF +
-                QStringLiteral("Do you want to replace it?"),
-            QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
-        if (answer != QMessageBox::Yes) return false;
+        const auto answer = m_ask->ask(
+            {Tone::Warning, SessionTitle,
+             QStringLiteral("The file \"%1\" already exists.").arg(shown(path)) + CRLF +
+                 QStringLiteral("Do you want to replace it?"),
+             {Answer::Yes, Answer::No}, Answer::No});
+        if (answer != Answer::Yes) return false;
     }
     auto lock = std::make_unique<FileLock>(path);
     if (lock->tryLock() == FileLock::Result::Held) {
-        DialogService::current().warning(
-            m_owner, AppTitle,
-            QStringLiteral("The file \"%1\" is in use by %2. Choose another name.").arg(shown(path), lock->holderText()));
+        tell(Tone::Warning,
+             QStringLiteral("The file \"%1\" is in use by %2. Choose another name.")
+                 .arg(shown(path), lock->holderText()));
         return false;
     }
     // No lock can be made there: the save says why it can't be written either.
@@ -414,14 +453,14 @@ Session::Unsaved Session::settleUnsavedChanges()
 {
     // An empty database (a first start) has nothing to lose.
     if (!m_db.isChanged() || hasNothingToLose()) return Unsaved::None;
-    const auto answer = DialogService::current().message(
-        m_owner, {QMessageBox::Warning, AppTitle,
-                  QStringLiteral("The changes to \"%1\" are not saved.").arg(shown(m_path)) + CRLF + CRLF +
-                      QStringLiteral("Do you want to save them first?"),
-                  QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save,
-                  {{QMessageBox::Save, QStringLiteral("&Save")}, {QMessageBox::Discard, QStringLiteral("&Discard")}}});
-    if (answer == QMessageBox::Save) return save() ? Unsaved::Saved : Unsaved::Cancel;
-    if (answer == QMessageBox::Discard) return Unsaved::Discard;
+    const auto answer = m_ask->ask(
+        {Tone::Warning, SessionTitle,
+         QStringLiteral("The changes to \"%1\" are not saved.").arg(shown(m_path)) + CRLF + CRLF +
+             QStringLiteral("Do you want to save them first?"),
+         {Answer::Save, Answer::Discard, Answer::Cancel}, Answer::Save,
+         {{Answer::Save, QStringLiteral("&Save")}, {Answer::Discard, QStringLiteral("&Discard")}}});
+    if (answer == Answer::Save) return save() ? Unsaved::Saved : Unsaved::Cancel;
+    if (answer == Answer::Discard) return Unsaved::Discard;
     return Unsaved::Cancel;
 }
 
@@ -463,14 +502,14 @@ bool Session::keepBeforeDropping()
     if (!m_db.isChanged() || hasNothingToLose()) return true;
     for (;;) {
         if (!keepUnsavedChanges().isEmpty()) return true;
-        const auto answer = DialogService::current().message(
-            m_owner, {QMessageBox::Critical, AppTitle,
-                      QStringLiteral("The unsaved changes could not be kept in a safety copy:") + CRLF + m_copyProblem +
-                          CRLF + CRLF + QStringLiteral("Save them under another name, discard them, or cancel?"),
-                      QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save,
-                      {{QMessageBox::Save, QStringLiteral("Save &As...")}, {QMessageBox::Discard, QStringLiteral("&Discard")}}});
-        if (answer == QMessageBox::Discard) return true;
-        if (answer != QMessageBox::Save) return false;
+        const auto answer = m_ask->ask(
+            {Tone::Critical, SessionTitle,
+             QStringLiteral("The unsaved changes could not be kept in a safety copy:") + CRLF + m_copyProblem +
+                 CRLF + CRLF + QStringLiteral("Save them under another name, discard them, or cancel?"),
+             {Answer::Save, Answer::Discard, Answer::Cancel}, Answer::Save,
+             {{Answer::Save, QStringLiteral("Save &As...")}, {Answer::Discard, QStringLiteral("&Discard")}}});
+        if (answer == Answer::Discard) return true;
+        if (answer != Answer::Save) return false;
         // Saved elsewhere, the changes are safe and the step goes on.
         const QString before = m_path;
         if (saveAs()) return true;
@@ -489,26 +528,26 @@ bool Session::changePath(FileButton button)
 
     const Unsaved unsaved = settleUnsavedChanges();
     if (unsaved == Unsaved::Cancel) return false;
-    QString path = askDatabaseFile(button == FileButton::New, QString::fromLatin1(FileDialogTitles[index]));
+    QString path = m_ask->databaseFile(button == FileButton::New, QString::fromLatin1(FileDialogTitles[index]));
     if (path.isEmpty()) return false;
     if (button == FileButton::Open) return openChosen(absolute(withXmlExtension(path)), unsaved);
 
     // A name that is taken, also once ".xml" is added, would not be new.
     if (QFileInfo::exists(path) || QFileInfo::exists(withXmlExtension(path))) {
-        DialogService::current().message(
-            m_owner, {QMessageBox::NoIcon, AppTitle,
-                      QStringLiteral("If you want to create a new database,") + CRLF +
-                          QStringLiteral("you'll need to type in a new (unique) file name."),
-                      QMessageBox::Ok, QMessageBox::NoButton});
+        m_ask->ask(
+            {Tone::Plain, SessionTitle,
+             QStringLiteral("If you want to create a new database,") + CRLF +
+                 QStringLiteral("you'll need to type in a new (unique) file name."),
+             {Answer::Ok}, Answer::Ok});
         return false;
     }
     path = absolute(withXmlExtension(path));
     // The new file is made before anything else: a folder that can't be
     // written leaves the books and the settings as they were.
     if (const QString why = createEmpty(path); !why.isEmpty()) {
-        DialogService::current().critical(
-            m_owner, AppTitle,
-            QStringLiteral("The new database \"%1\" could not be created: %2. Nothing was changed.").arg(shown(path), why));
+        tell(Tone::Critical,
+             QStringLiteral("The new database \"%1\" could not be created: %2. Nothing was changed.")
+                 .arg(shown(path), why));
         return false;
     }
     if (!adopt(path, path, false, unsaved == Unsaved::Discard)) {
@@ -530,8 +569,7 @@ bool Session::openFile(const QString &path)
 {
     const QString file = absolute(path);
     if (!QFileInfo(file).isFile()) {
-        DialogService::current().warning(m_owner, AppTitle,
-                                         QStringLiteral("The database file \"%1\" does not exist.").arg(shown(file)));
+        tell(SessionQuestions::Tone::Warning, QStringLiteral("The database file \"%1\" does not exist.").arg(shown(file)));
         return false;
     }
     // The open file again is nothing to do, and asks nothing.
@@ -541,52 +579,31 @@ bool Session::openFile(const QString &path)
     return openChosen(file, unsaved);
 }
 
-bool Session::confirmCloseBooks()
-{
-    const QString key = QStringLiteral("DontShowExplanationOfClosingBooks");
-    if (isMessageMarked(key)) return false;
-    const QString text =
-        QStringList{QStringLiteral("By \"closing the books,\" the current database will be saved"),
-                    QStringLiteral("and you will then start fresh under a new file name with"),
-                    QStringLiteral("your existing customers && products.  This allows you to"),
-                    QStringLiteral("archive previous bill periods and invoices, keeping your"),
-                    QStringLiteral("files smaller and more managable.  (Even after closing the"),
-                    QStringLiteral("books on a file, you can always re-open and edit it later.)"),
-                    QString(),
-                    QStringLiteral("Would you like to close the books on this file and begin a"),
-                    QStringLiteral("new file using your current customers && products?")}
-            .join(CRLF);
-    const QString answer =
-        DialogService::current().messageForm(m_owner, {text, key, QStringLiteral("YesNo"), QStringLiteral("No")});
-    return answer == QLatin1String("No");
-}
-
 bool Session::closeBooks()
 {
     if (m_readOnly) {
-        DialogService::current().warning(
-            m_owner, AppTitle,
-            QStringLiteral("The database \"%1\" is open read-only, so its books cannot be closed.").arg(shown(m_path)));
+        tell(Tone::Warning,
+             QStringLiteral("The database \"%1\" is open read-only, so its books cannot be closed.")
+                 .arg(shown(m_path)));
         return false;
     }
-    if (confirmCloseBooks()) return false;
+    if (!m_ask->goOnClosingBooks()) return false;
     // The balances still owed stay behind in this file: the user may want
     // the statements first.
-    if (!statements::offerStatementsBeforeClosingBooks(m_owner, m_db, settings::databasePath())) return false;
-    QString path = askDatabaseFile(true, QStringLiteral("Create a New Database"));
+    if (!m_ask->statementsBeforeClosingBooks(m_db, settings::databasePath())) return false;
+    QString path = m_ask->databaseFile(true, QStringLiteral("Create a New Database"));
     // Cancel ends here too; a name that is taken once ".xml" is added would
     // be overwritten.
     if (path.isEmpty() || QFileInfo::exists(path) || QFileInfo::exists(withXmlExtension(path))) {
-        DialogService::current().message(
-            m_owner,
-            {QMessageBox::NoIcon, AppTitle,
+        m_ask->ask(
+            {Tone::Plain, SessionTitle,
              QStringLiteral("If you want to close the books and continue with a new database,") + CRLF +
                  QStringLiteral("you'll need to type in a new (unique) file name for the new database."),
-             QMessageBox::Ok, QMessageBox::NoButton});
+             {Answer::Ok}, Answer::Ok});
         return false;
     }
     path = absolute(withXmlExtension(path));
-    if (!entryguard::mayDropEntry(m_db, m_owner)) return false;
+    if (!m_ask->mayDropOpenEntry(m_db)) return false;
 
     // The pending changes belong to the old file.
     if (m_db.isChanged() && !save()) return false;
@@ -607,8 +624,7 @@ bool Session::closeBooks()
     next.company = m_db.company;
     auto lock = std::make_unique<FileLock>(path);
     if (lock->tryLock() == FileLock::Result::Held) {
-        DialogService::current().critical(m_owner, AppTitle,
-                                          QStringLiteral("The new database \"%1\" is in use by %2.")
+        tell(Tone::Critical, QStringLiteral("The new database \"%1\" is in use by %2.")
                                               .arg(shown(path), lock->holderText()));
         return false;
     }
@@ -616,7 +632,7 @@ bool Session::closeBooks()
     options.wrap = faultFor(path);
     const SaveResult written = next.save(path, options);
     if (!written.ok) {
-        DialogService::current().critical(m_owner, AppTitle, written.message);
+        tell(Tone::Critical, written.message);
         return false;
     }
 
@@ -704,16 +720,16 @@ bool Session::offerRecovery()
     if (!pending || !pending->hasDatabase) return false;
     const QString when = pending->written.isValid() ? pending->written.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))
                                                     : QStringLiteral("an unknown time");
-    const auto answer = DialogService::current().message(
-        m_owner, {QMessageBox::Question, QStringLiteral("Recover unsaved changes"),
-                  QStringLiteral("Qorvane ended without saving the changes to \"%1\". A copy of them was kept at %2.")
-                          .arg(shown(pending->original), when) +
-                      CRLF + CRLF +
-                      QStringLiteral("Restore them? (Discard keeps the copy among the safety copies on the Options "
-                                     "panel.)"),
-                  QMessageBox::Yes | QMessageBox::Discard, QMessageBox::Yes,
-                  {{QMessageBox::Yes, QStringLiteral("&Restore")}, {QMessageBox::Discard, QStringLiteral("&Discard")}}});
-    if (answer == QMessageBox::Yes) {
+    const auto answer = m_ask->ask(
+        {Tone::Question, QStringLiteral("Recover unsaved changes"),
+         QStringLiteral("Qorvane ended without saving the changes to \"%1\". A copy of them was kept at %2.")
+                 .arg(shown(pending->original), when) +
+             CRLF + CRLF +
+             QStringLiteral("Restore them? (Discard keeps the copy among the safety copies on the Options "
+                            "panel.)"),
+         {Answer::Yes, Answer::Discard}, Answer::Yes,
+         {{Answer::Yes, QStringLiteral("&Restore")}, {Answer::Discard, QStringLiteral("&Discard")}}});
+    if (answer == Answer::Yes) {
         // Restored changes count as unsaved: the copy stays until they are
         // saved or abandoned.
         if (!adopt(m_recovery.databaseCopy(), pending->original, true, false)) return false;
@@ -723,7 +739,7 @@ bool Session::offerRecovery()
         }
         return true;
     }
-    if (answer != QMessageBox::Discard) return false;  // closed unanswered: asked again next time
+    if (answer != Answer::Discard) return false;  // closed unanswered: asked again next time
     // Discarded, but not lost: it joins the safety copies of its file.
     if (files::makePrivateFolder(unsavedFolder()).isEmpty()) {
         const QString target = unsavedFolder() + u'/' + unsavedBaseInDataFolder(pending->original) +

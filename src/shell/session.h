@@ -3,8 +3,9 @@
 // that file as a whole. The windows show the database; the session reads and
 // saves it and, through the database's signals, tells them when everything
 // was read again. The operations on the file as a whole (new, open, save as,
-// closing the books, restoring an earlier version) ask their questions here,
-// through the dialog service.
+// closing the books, restoring an earlier version) decide here which
+// questions they need; whoever owns the session puts them to the user
+// (SessionQuestions), so the session itself needs no window.
 //
 // Every step that replaces the open file either completes or leaves
 // everything as it was: a file is read aside and becomes the open books only
@@ -16,6 +17,7 @@
 #include "database/filelock.h"
 #include "database/recovery.h"
 #include "database/versions.h"
+#include "shell/sessionquestions.h"
 
 #include <QDateTime>
 #include <QObject>
@@ -23,8 +25,6 @@
 #include <QString>
 #include <functional>
 #include <memory>
-
-class QWidget;
 
 namespace qor {
 
@@ -39,8 +39,9 @@ public:
     // The file of the books.
     QString path() const { return m_path; }
 
-    // The window that owns the messages of a failed read or save.
-    void setDialogOwner(QWidget *owner) { m_owner = owner; }
+    // Who the session's questions and messages go to (none: nobody is
+    // asked, every question is cancelled). Not owned.
+    void setQuestions(SessionQuestions *questions);
 
     // At start: reads the file the settings name. A file another program
     // holds is asked about first (read-only, take over, or cancel: then
@@ -50,6 +51,11 @@ public:
     // file read as it is, after the changed state ended) and reloaded.
     ReadResult load();
     bool declinedAtStart() const { return m_declined; }
+    // Reads path to look at it only, as the command-line tool does: nothing
+    // is asked or locked, a missing file is refused, the settings keep their
+    // file, and a save refuses. Accepted: problems holds what the invoice
+    // records' names could not be made of.
+    ReadResult openToRead(const QString &path, QStringList *problems = nullptr);
     // Abandoning the changes: reads the open file again. A file that can't
     // be read now is told and the books stay as they are.
     bool reload();
@@ -84,8 +90,6 @@ public:
     // fields, without bill periods or records. False when the user declined,
     // the name was refused or a write failed (then nothing changed).
     bool closeBooks();
-    // The explanation of closing the books; true if the user declined.
-    bool confirmCloseBooks();
 
     // Writes the tables as they stand (unsaved changes included) as a safety
     // copy, read back and compared: beside the file as
@@ -156,6 +160,7 @@ private:
     // A refused file is told, with its newest earlier version offered in its
     // place (drop: unsaved changes are kept in a safety copy first).
     void tellRejected(const ReadResult &result, const QString &path, bool drop);
+    void tell(SessionQuestions::Tone tone, const QString &text);
     void tellOnce(const QStringList &notes);
     bool saveTo(const QString &path, bool asNewName);
     bool saveAs();
@@ -173,7 +178,7 @@ private:
 
     Database m_db;
     QString m_path;
-    QWidget *m_owner = nullptr;
+    SessionQuestions *m_ask;
     std::unique_ptr<FileLock> m_lock;
     bool m_readOnly = false;
     bool m_declined = false;

@@ -3,7 +3,7 @@
 #include "database/database.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 
 #include <QBuffer>
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "uiservices/clsdialogs.h"
 
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

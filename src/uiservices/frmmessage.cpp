@@ -1,6 +1,6 @@
 #include "uiservices/frmmessage.h"
 
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/assetpaths.h"
 #include "uiservices/twips.h"
 

@@ -1,6 +1,6 @@
 // frmChecking: the checking window of the deletes, owned by its main window:
 // made on first use, reused while open, unloaded by OK, made again where it was.
-#include "billing/frmchecking.h"
+#include "uiservices/frmchecking.h"
 
 #include <QLabel>
 #include <QProgressBar>

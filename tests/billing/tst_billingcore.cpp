@@ -211,7 +211,7 @@ private slots:
     {
         Database db;
         mayFinalised(db);
-        InvoiceTrees &trees = InvoiceTrees::of(db);
+        InvoiceTrees trees(db);
         trees.showPeriod(0, "May");
         trees.beginEntry();
         InvoiceTree &t = trees.tree(0);

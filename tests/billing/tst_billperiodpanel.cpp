@@ -3,9 +3,9 @@
 // the tree, payments, the invoice note, and the file read again.
 #include "../customers/panelharness.h"
 #include "billing/billing.h"
-#include "billing/billperiodpanel.h"
+#include "billperiods/billperiodpanel.h"
 #include "billing/invoicetree.h"
-#include "billing/invoicetreeview.h"
+#include "billperiods/invoicetreeview.h"
 #include "billingfixture.h"
 #include "printing/printingpanel.h"
 #include "uiservices/hovercommand.h"

@@ -5,7 +5,7 @@
 #include "database/money.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 
 #include <QRandomGenerator>
 

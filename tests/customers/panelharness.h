@@ -1,10 +1,10 @@
 #pragma once
 // Shared by the panel tests: a throw-away settings store and database file,
 // the main window opened as at start, and an answerer for message boxes.
-#include "billing/frmchecking.h"
+#include "uiservices/frmchecking.h"
 #include "billing/invoicetrees.h"
 #include "shell/frmqor.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/dialogservice.h"
 
 #include <QDir>
@@ -99,7 +99,7 @@ inline std::unique_ptr<FrmQOR> openWindow(int panel) {
 
 // Ends a window without its closing questions (an open entry ends unasked).
 inline void discard(std::unique_ptr<FrmQOR> &w) {
-    if (w) InvoiceTrees::of(w->db()).endEntry(), w->showDatabaseChanged(false), w->close(), w.reset();
+    if (w) w->invoiceTrees().endEntry(), w->showDatabaseChanged(false), w->close(), w.reset();
 }
 
 inline void click(QAbstractButton *b) {

@@ -3,7 +3,7 @@
 #include "customers/frmprintcustomers.h"
 #include "database/keyedlist.h"
 #include "database/rowtypes.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/dialogservice.h"
 
 #include <QCheckBox>

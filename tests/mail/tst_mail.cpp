@@ -4,7 +4,7 @@
 #include "mail/mail.h"
 #include "mail/mime.h"
 #include "mail/passwords.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>

@@ -12,7 +12,7 @@
 #include "pages/invoice.h"
 #include "pages/pdfoutput.h"
 #include "pages/preview.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/dialogservice.h"
 
 #include <QBuffer>

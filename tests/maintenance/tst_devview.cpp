@@ -5,7 +5,7 @@
 #include "database/database.h"
 #include "maintenance/frmlistlvws.h"
 #include "maintenance/tablesnapshot.h"
-#include "shell/formposition.h"
+#include "uiservices/formposition.h"
 #include "uiservices/twips.h"
 
 #include "shell/panel.h"

@@ -4,7 +4,7 @@
 // dark palette and qt6ct's "darker". Contrast is taken from the palette roles
 // each control draws its text and its ground with.
 #include "../customers/panelharness.h"
-#include "billing/invoicetreeview.h"
+#include "billperiods/invoicetreeview.h"
 #include "shell/panel.h"
 #include "shell/roster.h"
 #include "uiservices/hovercommand.h"

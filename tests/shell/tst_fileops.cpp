@@ -5,7 +5,7 @@
 #include "../uiservices/modaldriver.h"
 #include "customers/customerpanel.h"
 #include "database/money.h"
-#include "billing/billperiodpanel.h"
+#include "billperiods/billperiodpanel.h"
 #include "printing/printingpanel.h"
 #include "shell/instancechannel.h"
 #include "shell/optionspanel.h"
@@ -413,6 +413,33 @@ private slots:
         QVERIFY(seen);
         QCOMPARE(settings::databasePath(), sb.db);
         QCOMPARE(shownPath(), sb.db);
+    }
+    // The window's tests answer in advance; the last service installed
+    // answers, and one a box has no button for is the box closed.
+    void answersGivenInAdvance()
+    {
+        ScriptedDialogs outer;
+        outer.answer = QMessageBox::Yes;
+        {
+            ScriptedDialogs inner;  // the last installed answers
+            inner.nextAnswers = {QMessageBox::No, QMessageBox::Ok};
+            inner.nextTexts = {u"typed"_s, std::nullopt};
+            inner.nextFileNames = {u"/tmp/a.xml"_s};
+            DialogService &d = DialogService::current();
+            const auto yesNoCancel = QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+            QCOMPARE(d.warning(nullptr, u"t"_s, u"x"_s, yesNoCancel), QMessageBox::No);
+            // An answer the box has no button for is the box closed: its Cancel.
+            QCOMPARE(d.warning(nullptr, u"t"_s, u"x"_s, yesNoCancel), QMessageBox::Cancel);
+            QCOMPARE(d.text(nullptr, u"t"_s, u"l"_s, {}), std::optional<QString>(u"typed"_s));
+            QCOMPARE(d.text(nullptr, u"t"_s, u"l"_s, {}), std::nullopt);
+            QCOMPARE(d.openFileName(nullptr, {}), u"/tmp/a.xml"_s);
+            QCOMPARE(d.saveFileName(nullptr, {}), QString());  // nothing queued: cancelled
+            QCOMPARE(d.messageForm(nullptr, {u"m"_s, u"Key"_s, u"OK"_s, u"Yes"_s}), u"Yes"_s);  // the close box
+            QCOMPARE(inner.seen.size(), 7);
+            QCOMPARE(outer.seen.size(), 0);
+        }
+        QCOMPARE(&DialogService::current(), static_cast<DialogService *>(&outer));
+        QCOMPARE(DialogService::current().critical(nullptr, u"t"_s, u"x"_s), QMessageBox::Ok);
     }
 };
 

@@ -3,7 +3,7 @@
 // need the user told, and one running copy per user.
 #include "../customers/panelharness.h"
 #include "customers/customerpanel.h"
-#include "shell/formposition.h"
+#include "uiservices/formposition.h"
 #include "shell/panel.h"
 #include "shell/userguide.h"
 #include "uiservices/hovercommand.h"

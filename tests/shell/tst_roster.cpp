@@ -1,9 +1,10 @@
 // The seven panels: what the roster builds (every row once at its place, start
 // states, captions, fonts, tab order, accessible names), how the panels follow
 // the window's size and expert mode, and what the panels built on the base do.
-#include "billing/billperiodpanel.h"
+#include "billperiods/billperiodpanel.h"
 #include "billing/invoicetree.h"
-#include "billing/frmchecking.h"
+#include "billing/invoicetrees.h"
+#include "uiservices/frmchecking.h"
 #include "database/database.h"
 #include "database/rowtypes.h"
 #include "printing/printingpanel.h"
@@ -12,7 +13,7 @@
 #include "shell/companyinfopanel.h"
 #include "shell/optionspanel.h"
 #include "shell/roster.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/twips.h"
 
 #include <QAccessible>
@@ -41,6 +42,7 @@ struct FakeContext : AppContext {
     QWidget *mainWindow() override { return nullptr; }
     FrmChecking &showCheckingWindow() override { return *checking.show(); }
     Database database;
+    InvoiceTrees trees{database};
     CheckingWindowSlot checking{nullptr};
     int changeCalls = 0;  // changes of the changed state
 };
@@ -444,8 +446,8 @@ private slots:
 
     void billPeriodChoosers()
     {
-        BillPeriodPanel bills(ctx);
-        PrintingPanel printing(ctx);
+        BillPeriodPanel bills(ctx, ctx.trees);
+        PrintingPanel printing(ctx, ctx.trees);
         QComboBox *one = bills.chooser(), *two = printing.chooser();
         QSignalSpy oneChanged(one, &QComboBox::currentIndexChanged), twoChanged(two, &QComboBox::currentIndexChanged);
         bills.treeModel().add(0, u"root_node"_s, NodeValues{NodeKind::Other, u"old"_s});
@@ -477,7 +479,7 @@ private slots:
 
     void billPeriodEntryFieldsAndProducts()
     {
-        BillPeriodPanel p(ctx);
+        BillPeriodPanel p(ctx, ctx.trees);
         const QColor window = app.color(QPalette::Active, QPalette::Base);
         const QList<QLineEdit *> f = {p.control<QLineEdit>(u"txtPField(1)"_s), p.control<QLineEdit>(u"txtPField(2)"_s),
                                       p.control<QLineEdit>(u"txtPField(3)"_s)};

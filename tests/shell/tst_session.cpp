@@ -1,19 +1,50 @@
 // The session without a window: what a read and a save tell the views, and
-// which questions they put through the dialog service, answered in advance.
+// which questions they put to the session's owner, answered in advance.
 #include "../database/dbfiletest.h"
 #include "database/rowtypes.h"
 #include "shell/session.h"
-#include "shell/settingsstore.h"
-#include "uiservices/clsdialogs.h"
-#include "uiservices/dialogservice.h"
+#include "settings/settingsstore.h"
 
 #include <QDir>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <deque>
 
 using namespace qor;
 using namespace Qt::StringLiterals;
+using Answer = SessionQuestions::Answer;
+using Tone = SessionQuestions::Tone;
+
+// Answers given in advance: each question takes the next queued answer, else
+// `answer`; one the question has no button for is the question closed
+// (Cancel). Every question is recorded; file names come from their queue.
+struct ScriptedQuestions : SessionQuestions {
+    QList<Question> seen;
+    QStringList fileTitles;
+    std::deque<Answer> nextAnswers;
+    Answer answer = Answer::Cancel;
+    std::deque<QString> nextFileNames;
+    const Question &last() const { return seen.last(); }
+    Answer ask(const Question &q) override
+    {
+        seen << q;
+        Answer a = answer;
+        if (!nextAnswers.empty()) a = nextAnswers.front(), nextAnswers.pop_front();
+        return q.answers.contains(a) ? a : Answer::Cancel;
+    }
+    QString databaseFile(bool, const QString &title) override
+    {
+        fileTitles << title;
+        if (nextFileNames.empty()) return {};
+        const QString name = nextFileNames.front();
+        nextFileNames.pop_front();
+        return name;
+    }
+    bool goOnClosingBooks() override { return true; }
+    bool statementsBeforeClosingBooks(const Database &, const QString &) override { return true; }
+    bool mayDropOpenEntry(Database &) override { return true; }
+};
 
 class TstSession : public QObject {
     Q_OBJECT
@@ -43,10 +74,11 @@ private slots:
         session.db().setChanged(true);
     }
     // A loaded session whose books hold one unsaved customer.
-    std::unique_ptr<Session> changedSession(const QString &first = u"Ann"_s)
+    std::unique_ptr<Session> changedSession(SessionQuestions &questions, const QString &first = u"Ann"_s)
     {
         settings::write(u"FileHandling"_s, u"DatabasePath"_s, path());
         auto session = std::make_unique<Session>();
+        session->setQuestions(&questions);
         session->load();
         addCustomer(*session, 1, first);
         return session;
@@ -70,7 +102,8 @@ private slots:
             connect(&db, &Database::aboutToReload, this, [&] { heard << u"about"_s; });
             connect(&db, &Database::fileRead, this, [&] { heard << (db.isChanged() ? u"read+changed"_s : u"read"_s); });
             connect(&db, &Database::reloaded, this, [&] { heard << u"reloaded"_s; });
-            ScriptedDialogs dialogs;
+            ScriptedQuestions dialogs;
+            session.setQuestions(&dialogs);
             const ReadResult r = session.load();
             QCOMPARE(session.path(), path());
             QStringList expected{u"about"_s};
@@ -79,11 +112,11 @@ private slots:
             QVERIFY2(heard == expected, c.name);
             QCOMPARE(db.isChanged(), !c.fileRead);
             QCOMPARE(db.lvwCustomers.count(), c.customers);
-            QCOMPARE(dialogs.messages().size(), c.told ? 1 : 0);
+            QCOMPARE(dialogs.seen.size(), c.told ? 1 : 0);
             if (c.told) {
-                QCOMPARE(dialogs.last().message.icon, QMessageBox::Warning);
-                QCOMPARE(dialogs.last().message.title, u"QOR"_s);
-                QCOMPARE(dialogs.last().message.text, r.message);
+                QCOMPARE(dialogs.last().tone, Tone::Warning);
+                QCOMPARE(dialogs.last().title, u"QOR"_s);
+                QCOMPARE(dialogs.last().text, r.message);
             }
         }
     }
@@ -92,7 +125,8 @@ private slots:
     {
         QFile::remove(path());
         Session session;
-        ScriptedDialogs dialogs;
+        ScriptedQuestions dialogs;
+        session.setQuestions(&dialogs);
         session.load();
         CustomerRow ann;
         ann.firstName = u"Ann"_s;
@@ -103,14 +137,14 @@ private slots:
         QFile::remove(path());
         QVERIFY(QDir().mkdir(path()));  // a folder under the file's name: nothing may replace it
         QVERIFY(!session.save());
-        QCOMPARE(dialogs.messages().size(), 1);
-        QCOMPARE(dialogs.last().message.icon, QMessageBox::Critical);
+        QCOMPARE(dialogs.seen.size(), 1);
+        QCOMPARE(dialogs.last().tone, Tone::Critical);
         QVERIFY(session.db().isChanged());
 
         QVERIFY(QDir().rmdir(path()));
         QVERIFY(session.save());
         QVERIFY(!session.db().isChanged());
-        QCOMPARE(dialogs.messages().size(), 1);
+        QCOMPARE(dialogs.seen.size(), 1);
         Session again;
         again.load();
         QCOMPARE(again.db().lvwCustomers.textOf(u"1k"), ann.text());
@@ -134,15 +168,13 @@ private slots:
         QFile::remove(path());
         QVERIFY(dbtest::writeFile(at(u"blocker"_s), "a file, not a folder"));  // not a folder, even for root
         QVERIFY(dbtest::writeFile(at(u"damaged.xml"_s), "<QOR-DB>\r\n<Customers>\r\n</QOR-DB>\r\n"));
-        settings::write(u"Messages"_s, u"DontShowExplanationOfClosingBooks"_s, u"True"_s);
-        ClsDIALOGS fileDialogs(false);
-        ScriptedDialogs dialogs;
-        auto session = changedSession();
-        dialogs.nextAnswers = {QMessageBox::Discard};
+        ScriptedQuestions dialogs;
+        auto session = changedSession(dialogs);
+        dialogs.nextAnswers = {Answer::Discard};
         dialogs.nextFileNames = {at(target)};
         const bool done = button == 4 ? session->closeBooks() : session->changePath(Session::FileButton(button));
         QVERIFY(!done);
-        QVERIFY(!dialogs.messages().isEmpty());
+        QVERIFY(!dialogs.seen.isEmpty());
         QCOMPARE(session->path(), path());
         QCOMPARE(settings::databasePath(), path());
         QCOMPARE(session->db().lvwCustomers.count(), 1);
@@ -157,20 +189,20 @@ private slots:
     {
         QFile::remove(path());
         QVERIFY(dbtest::writeFile(at(u"other.xml"_s), QByteArray()));
-        ClsDIALOGS fileDialogs(false);
-        ScriptedDialogs dialogs;
-        auto session = changedSession();
+        ScriptedQuestions dialogs;
+        auto session = changedSession(dialogs);
         const QByteArray unsaved = session->db().serialize();
         QVERIFY(!session->changePath(Session::FileButton::Open));  // Cancel: not even the file is asked for
         QCOMPARE(dialogs.seen.size(), 1);
-        QCOMPARE(dialogs.last().message.buttons, QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel);
+        QCOMPARE(dialogs.last().answers, QList<Answer>({Answer::Save, Answer::Discard, Answer::Cancel}));
+        QVERIFY(dialogs.fileTitles.isEmpty());
         // Nothing can be written beside the file: the copy goes to the data folder.
         session->writeFault = [this](const QString &p) -> files::DeviceWrapper {
             if (p.startsWith(dir.path() + u"/QOR.xml"_s))
                 return [](QIODevice &f) { return std::make_unique<dbtest::Failing>(f, 10); };
             return {};
         };
-        dialogs.nextAnswers = {QMessageBox::Discard};
+        dialogs.nextAnswers = {Answer::Discard};
         dialogs.nextFileNames = {at(u"other.xml"_s)};
         QVERIFY(session->changePath(Session::FileButton::Open));
         QCOMPARE(session->path(), at(u"other.xml"_s));
@@ -183,13 +215,13 @@ private slots:
         session->writeFault = [](const QString &) -> files::DeviceWrapper {
             return [](QIODevice &f) { return std::make_unique<dbtest::Failing>(f, 0); };
         };
-        for (auto last : {QMessageBox::Cancel, QMessageBox::Discard}) {
-            dialogs.nextAnswers = {QMessageBox::Discard, last};
+        for (auto last : {Answer::Cancel, Answer::Discard}) {
+            dialogs.nextAnswers = {Answer::Discard, last};
             dialogs.nextFileNames = {path()};
-            QCOMPARE(session->changePath(Session::FileButton::Open), last == QMessageBox::Discard);
-            QCOMPARE(dialogs.last().message.icon, QMessageBox::Critical);
-            QVERIFY(dialogs.last().message.text.contains(u"No space left"_s));
-            QCOMPARE(session->path(), last == QMessageBox::Discard ? path() : at(u"other.xml"_s));
+            QCOMPARE(session->changePath(Session::FileButton::Open), last == Answer::Discard);
+            QCOMPARE(dialogs.last().tone, Tone::Critical);
+            QVERIFY(dialogs.last().text.contains(u"No space left"_s));
+            QCOMPARE(session->path(), last == Answer::Discard ? path() : at(u"other.xml"_s));
         }
     }
 
@@ -199,25 +231,28 @@ private slots:
     {
         QVERIFY(dbtest::writeFile(path(), QByteArray()));
         const QString lock = FileLock::lockPathOf(path());
-        ScriptedDialogs dialogs;
+        ScriptedQuestions dialogs;
         QVERIFY(dbtest::writeFile(lock, "4242\nqorvane\nelsewhere\n"));
         {
             Session cancelled;
+            cancelled.setQuestions(&dialogs);
             cancelled.load();
             QVERIFY(cancelled.declinedAtStart());
-            QVERIFY(dialogs.last().message.text.contains(u"elsewhere"_s));
+            QVERIFY(dialogs.last().text.contains(u"elsewhere"_s));
         }
         Session readOnly;
-        dialogs.nextAnswers = {QMessageBox::Open};
+        readOnly.setQuestions(&dialogs);
+        dialogs.nextAnswers = {Answer::Open};
         readOnly.load();
         QVERIFY(readOnly.isReadOnly() && !readOnly.declinedAtStart());
         readOnly.db().setChanged(true);
         QVERIFY(!readOnly.save());
-        QVERIFY(dialogs.last().message.text.contains(u"read-only"_s));
+        QVERIFY(dialogs.last().text.contains(u"read-only"_s));
         QCOMPARE(QFileInfo(path()).size(), 0);
         QVERIFY(dbtest::readFile(lock).startsWith("4242"));  // still the other program's
         Session taken;
-        dialogs.nextAnswers = {QMessageBox::Ignore, QMessageBox::Cancel, QMessageBox::Ignore, QMessageBox::Ok};
+        taken.setQuestions(&dialogs);
+        dialogs.nextAnswers = {Answer::Ignore, Answer::Cancel, Answer::Ignore, Answer::Ok};
         taken.load();
         QVERIFY(!taken.isReadOnly());
         QVERIFY(dbtest::readFile(lock).startsWith(QByteArray::number(QCoreApplication::applicationPid())));
@@ -228,21 +263,20 @@ private slots:
     void savesAskBeforeOverwriting()
     {
         QFile::remove(path());
-        ClsDIALOGS fileDialogs(false);
-        ScriptedDialogs dialogs;
-        auto session = changedSession();
+        ScriptedQuestions dialogs;
+        auto session = changedSession(dialogs);
         QVERIFY(dbtest::writeFile(path(), "<QOR-DB>\r\n</QOR-DB>\r\n"));
-        for (auto answer : {QMessageBox::Cancel, QMessageBox::Yes}) {
+        for (auto answer : {Answer::Cancel, Answer::Yes}) {
             dialogs.nextAnswers = {answer};
-            QCOMPARE(session->save(), answer == QMessageBox::Yes);
-            QVERIFY(dialogs.last().message.text.contains(u"changed on disk"_s));
-            QCOMPARE(dbtest::readFile(path()).contains("Ann"), answer == QMessageBox::Yes);
+            QCOMPARE(session->save(), answer == Answer::Yes);
+            QVERIFY(dialogs.last().text.contains(u"changed on disk"_s));
+            QCOMPARE(dbtest::readFile(path()).contains("Ann"), answer == Answer::Yes);
         }
         QVERIFY(dbtest::writeFile(at(u"taken.xml"_s), "keep me"));
         dialogs.nextFileNames = {at(u"taken.xml"_s)};
-        dialogs.nextAnswers = {QMessageBox::No};
+        dialogs.nextAnswers = {Answer::No};
         QVERIFY(!session->changePath(Session::FileButton::SaveAs));
-        QVERIFY(dialogs.last().message.text.contains(u"already exists"_s));
+        QVERIFY(dialogs.last().text.contains(u"already exists"_s));
         QCOMPARE(dbtest::readFile(at(u"taken.xml"_s)), QByteArray("keep me"));
     }
 
@@ -251,12 +285,12 @@ private slots:
     void recoveryAfterACrash()
     {
         QFile::remove(path());
-        ScriptedDialogs dialogs;
+        ScriptedQuestions dialogs;
         QByteArray unsaved;
-        for (auto answer : {QMessageBox::Yes, QMessageBox::Discard}) {
+        for (auto answer : {Answer::Yes, Answer::Discard}) {
             QFile::remove(path());
             {
-                auto crashed = changedSession(u"Cara"_s);
+                auto crashed = changedSession(dialogs, u"Cara"_s);
                 QVERIFY(crashed->writeRecovery());
                 unsaved = crashed->db().serialize();
                 QCOMPARE(dbtest::readFile(crashed->recovery().databaseCopy()), unsaved);
@@ -264,11 +298,12 @@ private slots:
             }  // ends without a save or an abandon
             settings::write(u"FileHandling"_s, u"DatabasePath"_s, at(u"elsewhere.xml"_s));
             Session next;
+            next.setQuestions(&dialogs);
             next.load();
             dialogs.nextAnswers = {answer};
-            QCOMPARE(next.offerRecovery(), answer == QMessageBox::Yes);
-            QCOMPARE(dialogs.last().message.title, u"Recover unsaved changes"_s);
-            if (answer == QMessageBox::Yes) {
+            QCOMPARE(next.offerRecovery(), answer == Answer::Yes);
+            QCOMPARE(dialogs.last().title, u"Recover unsaved changes"_s);
+            if (answer == Answer::Yes) {
                 QCOMPARE(next.db().serialize(), unsaved);
                 QVERIFY(next.db().isChanged());
                 QCOMPARE(next.path(), path());
@@ -293,8 +328,8 @@ private slots:
         QFile::remove(path());
         QDir(path() + u".versions"_s).removeRecursively();
         QDir(Session::unsavedFolder()).removeRecursively();
-        ScriptedDialogs dialogs;
-        auto session = changedSession(u"First"_s);
+        ScriptedQuestions dialogs;
+        auto session = changedSession(dialogs, u"First"_s);
         QVERIFY(session->save());
         const QByteArray first = dbtest::readFile(path());
         session->db().company[0] = u"Second"_s;
@@ -307,40 +342,15 @@ private slots:
         QCOMPARE(session->db().company[0], QString());
         session.reset();
         QVERIFY(dbtest::writeFile(path(), "<QOR-DB>\r\n<Customers>\r\n"));
-        dialogs.nextAnswers = {QMessageBox::Open};
+        dialogs.nextAnswers = {Answer::Open};
         Session after;
+        after.setQuestions(&dialogs);
         QCOMPARE(after.load().status, ReadResult::Status::Rejected);
-        QVERIFY(dialogs.last().message.text.contains(u"newest earlier version"_s));
+        QVERIFY(dialogs.last().text.contains(u"newest earlier version"_s));
         QCOMPARE(after.db().serialize(), first);
         QVERIFY(after.db().isChanged());
     }
-
-    void answersGivenInAdvance()
-    {
-        ScriptedDialogs outer;
-        outer.answer = QMessageBox::Yes;
-        {
-            ScriptedDialogs inner;  // the last installed answers
-            inner.nextAnswers = {QMessageBox::No, QMessageBox::Ok};
-            inner.nextTexts = {u"typed"_s, std::nullopt};
-            inner.nextFileNames = {u"/tmp/a.xml"_s};
-            DialogService &d = DialogService::current();
-            const auto yesNoCancel = QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
-            QCOMPARE(d.warning(nullptr, u"t"_s, u"x"_s, yesNoCancel), QMessageBox::No);
-            // An answer the box has no button for is the box closed: its Cancel.
-            QCOMPARE(d.warning(nullptr, u"t"_s, u"x"_s, yesNoCancel), QMessageBox::Cancel);
-            QCOMPARE(d.text(nullptr, u"t"_s, u"l"_s, {}), std::optional<QString>(u"typed"_s));
-            QCOMPARE(d.text(nullptr, u"t"_s, u"l"_s, {}), std::nullopt);
-            QCOMPARE(d.openFileName(nullptr, {}), u"/tmp/a.xml"_s);
-            QCOMPARE(d.saveFileName(nullptr, {}), QString());  // nothing queued: cancelled
-            QCOMPARE(d.messageForm(nullptr, {u"m"_s, u"Key"_s, u"OK"_s, u"Yes"_s}), u"Yes"_s);  // the close box
-            QCOMPARE(inner.seen.size(), 7);
-            QCOMPARE(outer.seen.size(), 0);
-        }
-        QCOMPARE(&DialogService::current(), static_cast<DialogService *>(&outer));
-        QCOMPARE(DialogService::current().critical(nullptr, u"t"_s, u"x"_s), QMessageBox::Ok);
-    }
 };
 
-QTEST_MAIN(TstSession)
+QTEST_GUILESS_MAIN(TstSession)
 #include "tst_session.moc"

@@ -1,7 +1,7 @@
 // The settings store and the window places kept in it. Every test (and every
 // data row) starts from a never-used store in a private folder.
-#include "shell/formposition.h"
-#include "shell/settingsstore.h"
+#include "uiservices/formposition.h"
+#include "settings/settingsstore.h"
 
 #include <QDir>
 #include <QScreen>

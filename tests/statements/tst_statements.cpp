@@ -7,7 +7,7 @@
 #include "database/database.h"
 #include "database/rowtypes.h"
 #include "printing/frmstatements.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "statements/statementsmodel.h"
 #include "uiservices/dialogservice.h"
 

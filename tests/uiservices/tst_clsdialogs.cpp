@@ -3,7 +3,7 @@
 // multiple selection), the font rules, colours, page setup, and the real Qt
 // dialogs behind it, driven as a user would.
 #include "modaldriver.h"
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/clsdialogs.h"
 
 #include <QColorDialog>

@@ -1,6 +1,6 @@
 // frmMessage: one or two buttons, the answers, and the mark that is stored
 // however the window closes.
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 #include "uiservices/frmmessage.h"
 #include "uiservices/twips.h"
 

@@ -1,6 +1,6 @@
-#include "billing/frmchecking.h"
+#include "uiservices/frmchecking.h"
 
-#include "shell/formposition.h"
+#include "uiservices/formposition.h"
 #include "uiservices/twips.h"
 
 #include <QCloseEvent>

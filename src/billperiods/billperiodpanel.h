@@ -28,7 +28,7 @@ class InvoiceTreeView;
 class BillPeriodPanel : public Panel {
     Q_OBJECT
 public:
-    explicit BillPeriodPanel(AppContext &ctx, QWidget *parent = nullptr);
+    BillPeriodPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *parent = nullptr);
 
     // This panel's part of RefreshBillPeriodList: empties cmbBillPeriod(1),
     // txtBillPeriod and tvwInvoiceRecords(0), locks the period fields

@@ -1,13 +1,12 @@
-#include "billing/entryguard.h"
+#include "billperiods/entryguard.h"
 
 #include "billing/invoicetrees.h"
 #include "uiservices/dialogservice.h"
 
 namespace qor::entryguard {
 
-bool mayDropEntry(Database &db, QWidget *owner)
+bool mayDropEntry(InvoiceTrees &trees, QWidget *owner)
 {
-    InvoiceTrees &trees = InvoiceTrees::of(db);
     if (!trees.entryOpen()) return true;
     DialogService::Message m;
     m.icon = QMessageBox::Warning;

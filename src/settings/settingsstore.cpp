@@ -1,4 +1,4 @@
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 
 #include "database/filesafety.h"
 #include "database/regional.h"

@@ -1,4 +1,4 @@
-#include "billing/invoicetreeview.h"
+#include "billperiods/invoicetreeview.h"
 
 #include "uiservices/olecolor.h"
 

@@ -1,8 +1,8 @@
-#include "billing/billperiodpanel.h"
+#include "billperiods/billperiodpanel.h"
 
 #include "billing/billing.h"
 #include "billing/invoicetrees.h"
-#include "billing/invoicetreeview.h"
+#include "billperiods/invoicetreeview.h"
 #include "database/database.h"
 #include "database/entryrules.h"
 #include "database/money.h"
@@ -54,8 +54,8 @@ bool hasCurrentCustomer(const Database &db)
 }
 }  // namespace
 
-BillPeriodPanel::BillPeriodPanel(AppContext &ctx, QWidget *parent)
-    : Panel(2, ctx, parent), m_trees(InvoiceTrees::of(ctx.db()))
+BillPeriodPanel::BillPeriodPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *parent)
+    : Panel(2, ctx, parent), m_trees(trees)
 {
     m_chooser = require<QComboBox>("cmbBillPeriod(1)");
     m_treeView = require<QTreeView>("tvwInvoiceRecords(0)");

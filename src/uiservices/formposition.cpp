@@ -1,6 +1,6 @@
-#include "shell/formposition.h"
+#include "uiservices/formposition.h"
 
-#include "shell/settingsstore.h"
+#include "settings/settingsstore.h"
 
 #include <QGuiApplication>
 #include <QRect>

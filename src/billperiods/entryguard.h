@@ -14,7 +14,7 @@ class QWidget;
 
 namespace qor {
 
-class Database;
+class InvoiceTrees;
 
 namespace entryguard {
 
@@ -25,7 +25,7 @@ inline constexpr const char *DropTheEntry = "&Drop the Entry";
 // True when the step may go on: no entry is open, or the user chose to drop
 // it (it is then dropped, and the Bill Periods panel is back in view mode).
 // False when the user keeps entering: nothing has changed.
-bool mayDropEntry(Database &db, QWidget *owner);
+bool mayDropEntry(InvoiceTrees &trees, QWidget *owner);
 
 }  // namespace entryguard
 }  // namespace qor
