@@ -1,6 +1,7 @@
 #include "shell/frmqor.h"
 
 #include "billing/billperiodpanel.h"
+#include "billing/entrycopy.h"
 #include "billing/entryguard.h"
 #include "customers/customerpanel.h"
 #include "database/regional.h"
@@ -110,7 +111,9 @@ FrmQOR::FrmQOR(Session &session, QWidget *parent) : QWidget(parent), m_session(&
         // the window is first shown. A read-only file offers no save.
         m_cmdSave->setVisible(changed && !m_session->isReadOnly());
         m_cmdCancel->setVisible(changed);
-        if (!changed) m_recoveryTimer.stop();
+        // An open entry still wants its recovery copy after a save.
+        if (changed || (billPeriodPanel() && billPeriodPanel()->openEntry())) startRecoveryTimer();
+        else m_recoveryTimer.stop();
     });
     connect(m_session, &Session::readOnlyChanged, this, &FrmQOR::showReadOnly);
     db().onPlaceholderCreated = [this] { placeholderCreated(); };
@@ -120,10 +123,16 @@ FrmQOR::FrmQOR(Session &session, QWidget *parent) : QWidget(parent), m_session(&
     // further changes, so steady typing can't put the copy off.
     m_recoveryTimer.setSingleShot(true);
     m_recoveryTimer.setInterval(RecoveryDelay);
-    connect(&db(), &Database::edited, this, [this] {
-        if (!m_recoveryTimer.isActive()) m_recoveryTimer.start();
-    });
-    connect(&m_recoveryTimer, &QTimer::timeout, this, [this] { m_session->writeRecovery(); });
+    connect(&db(), &Database::edited, this, &FrmQOR::startRecoveryTimer);
+    connect(billPeriodPanel(), &BillPeriodPanel::entryEdited, this, &FrmQOR::startRecoveryTimer);
+    connect(&m_recoveryTimer, &QTimer::timeout, m_session, &Session::writeRecoveryInBackground);
+    m_session->openEntry = [this] {
+        // The panels go before the window; the session may outlive both.
+        const auto entry = billPeriodPanel() ? billPeriodPanel()->openEntry() : std::nullopt;
+        return entry ? billing::encodeEntry(*entry) : QByteArray();
+    };
+    // Restore brings the entry back once the books it bills are shown.
+    connect(m_session, &Session::entryRecovered, this, [this](const QByteArray &text) { m_recoveredEntry = text; });
 }
 
 void FrmQOR::showReadOnly(bool readOnly) {
@@ -139,6 +148,7 @@ FrmQOR::~FrmQOR() {
         panel = nullptr;
     }
     db().onPlaceholderCreated = nullptr;
+    m_session->openEntry = nullptr;
     m_session->setDialogOwner(nullptr);
     delete p;
 }
@@ -293,8 +303,21 @@ void FrmQOR::formLoad() {
     if (std::exchange(m_placeholderPending, false))
         placeholderCreated();
     // Changes a crash left unsaved are offered once the window stands.
-    if (m_session->offerRecovery())
+    if (m_session->offerRecovery()) {
         refreshAfterLoad();
+        reopenRecoveredEntry();
+    }
+}
+
+void FrmQOR::startRecoveryTimer() {
+    if (!m_recoveryTimer.isActive()) m_recoveryTimer.start();
+}
+
+void FrmQOR::reopenRecoveredEntry() {
+    const auto entry = billing::decodeEntry(std::exchange(m_recoveredEntry, {}));
+    if (!entry) return;
+    cmdTabClick(2);
+    billPeriodPanel()->reopenEntry(*entry);
 }
 
 void FrmQOR::loadDatabaseAndRefresh() {

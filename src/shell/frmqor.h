@@ -126,6 +126,9 @@ private:
     void formResize();
     void placeholderCreated();
     void showReadOnly(bool readOnly);
+    void startRecoveryTimer();
+    // The entry a Restore brought back, on the Bill Periods panel.
+    void reopenRecoveredEntry();
 
     std::unique_ptr<Session> m_ownSession;
     Session *m_session = nullptr;
@@ -139,6 +142,7 @@ private:
     bool m_wasMinimized = false;
     bool m_placeholderPending = false;  // the placeholder message waits for the window
     QTimer m_recoveryTimer;
+    QByteArray m_recoveredEntry;
     int m_arrangeCount = 0;
     QString m_dateFormatString, m_dateSeparator, m_currencySymbol;
     struct Private;
