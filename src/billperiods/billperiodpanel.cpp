@@ -105,6 +105,19 @@ BillPeriodPanel::BillPeriodPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *
     connect(&m_trees, &InvoiceTrees::entryDropped, this, [this] {
         if (inEntry()) showViewControls();
     });
+    // An entry lives in tree 0 and the fields only; each change of it is
+    // told, so the recovery copy can follow.
+    const auto entryChanged = [this] {
+        if (m_trees.entryOpen()) emit entryEdited();
+    };
+    InvoiceTree &entryTree = treeModel();
+    connect(&entryTree, &QAbstractItemModel::dataChanged, this, entryChanged);
+    connect(&entryTree, &QAbstractItemModel::rowsInserted, this, entryChanged);
+    connect(&entryTree, &QAbstractItemModel::rowsRemoved, this, entryChanged);
+    connect(&entryTree, &QAbstractItemModel::modelReset, this, entryChanged);
+    connect(m_txtBillPeriod, &QLineEdit::textEdited, this, entryChanged);
+    for (QLineEdit *field : m_periodFields)
+        connect(field, &QLineEdit::textEdited, this, entryChanged);
     connect(m_binding, &InvoiceTreeView::mouseUp, this, &BillPeriodPanel::tvwInvoiceRecordsMouseUp);
     connect(m_binding, &InvoiceTreeView::doubleClicked, this, &BillPeriodPanel::tvwInvoiceRecordsDblClick);
 
@@ -252,6 +265,29 @@ void BillPeriodPanel::showBillPeriodEntry(bool isNew)
         return;
     }
     showModeControls(true);
+}
+
+std::optional<billing::BillEntry> BillPeriodPanel::openEntry() const
+{
+    if (!m_trees.entryOpen()) return std::nullopt;
+    billing::BillEntry e = billing::entryOf(treeModel());
+    e.name = m_txtBillPeriod->text();
+    e.start = m_periodFields[0]->text();
+    e.end = m_periodFields[1]->text();
+    e.due = m_periodFields[2]->text();
+    return e;
+}
+
+void BillPeriodPanel::reopenEntry(const billing::BillEntry &entry)
+{
+    if (!m_trees.entryOpen()) showBillPeriodEntry(true);
+    if (!m_trees.entryOpen()) return;  // nobody to bill any more
+    billing::restoreEntry(treeModel(), ctx.db(), entry);
+    m_periodFields[0]->setText(entry.start);
+    m_periodFields[1]->setText(entry.end);
+    // The due date before the name: the name's change decides on "&Add New".
+    m_periodFields[2]->setText(entry.due);
+    m_txtBillPeriod->setText(entry.name);
 }
 
 void BillPeriodPanel::showViewControls()

@@ -4,6 +4,7 @@
 // mode it shows a finalised period and takes payments; in entry mode it builds
 // a new period in the tree until "&Add New" finalises it. The rules live in
 // billing.h; this class reads its controls, calls them and shows the outcome.
+#include "billing/billing.h"
 #include "database/money.h"
 #include "shell/panel.h"
 
@@ -69,6 +70,16 @@ public:
     void tvwInvoiceRecordsDblClick();
     // LogPayment on the selected customer; the buttons hide, the database changes.
     void logPayment(Money balance, const QString &note);
+
+    // The entry under way as typed and billed; nothing outside an entry.
+    std::optional<billing::BillEntry> openEntry() const;
+    // Entry mode with entry's name, dates, marks and items (a recovered one).
+    void reopenEntry(const billing::BillEntry &entry);
+
+signals:
+    // Something of the open entry changed: an item billed or removed, a
+    // mark, the name or a date typed. No table changes with it.
+    void entryEdited();
 
 private:
     bool inEntry() const;

@@ -6,6 +6,8 @@
 #include "billing/accounts.h"
 #include "billing/billing.h"
 #include "billing/invoicetree.h"
+#include "cli/emailcommand.h"
+#include "cli/outputs.h"
 #include "cli/statementcommands.h"
 #include "database/database.h"
 #include "database/filesafety.h"
@@ -34,15 +36,7 @@
 
 namespace {
 
-// Each exit status means one thing (told in --help and the manual page).
-enum ExitCode {
-    Ok = 0,             // done: read, and every output written and checked
-    Usage = 1,          // the command line is wrong (an output that is one of the inputs, a bad value)
-    Rejected = 2,       // an input file was refused: missing, not a regular file, damaged, unreadable
-    NotWritten = 3,     // an output could not be written; nothing of it is left behind
-    NotFound = 4,       // the bill period or customer asked for is not in the file
-    NothingToPrint = 5  // the file holds nothing the command would print
-};
+using namespace qor::cli;
 
 const char *const HelpText =
     "Usage:\n"
@@ -92,6 +86,18 @@ const char *const HelpText =
     "                              by tabs: number, name, total owed, then not yet\n"
     "                              due, 1-30, 31-60, 61-90 and over 90 days past\n"
     "                              the bill due date; then the total line\n"
+    "  qorvane-cli email FILE (--period NAME [--all] | --statements | --reminders DAYS)\n"
+    "              [--customer CID] [--dry-run DIR]\n"
+    "                              e-mails to each customer with an address one\n"
+    "                              PDF: the invoice of the period (those who owe;\n"
+    "                              --all: every customer of the period), today's\n"
+    "                              statement, or the reminder letter of those at\n"
+    "                              least DAYS past due; with the account and texts\n"
+    "                              of E-mail Settings, the password from the keyring\n"
+    "                              or QORVANE_SMTP_PASSWORD; --dry-run writes each\n"
+    "                              message to DIR as <number>.eml instead of sending.\n"
+    "                              Prints one line per customer, fields separated\n"
+    "                              by tabs: number, name, result, the server's words\n"
     "  qorvane-cli versions FILE   the earlier versions kept of FILE, oldest first:\n"
     "                              its path, a tab, its time (yyyy-MM-dd HH:mm:ss)\n"
     "  qorvane-cli --help          show this text\n"
@@ -108,72 +114,11 @@ const char *const HelpText =
     "     value, an output that is one of the inputs)\n"
     "  2  an input file was refused: missing, not a regular file (a pipe or\n"
     "     device), damaged or unreadable; the reason goes to standard error\n"
-    "  3  an output could not be written; nothing of it is left behind\n"
+    "  3  an output could not be written (nothing of it is left behind), or a\n"
+    "     message was refused or not sent\n"
     "  4  the bill period or customer asked for is not in the file\n"
-    "  5  the file holds nothing to print (no customers for the list, nobody who\n"
-    "     owes as asked for statements)\n";
-
-void err(const QString &text)
-{
-    QTextStream e(stderr);
-    e << text << Qt::endl;
-}
-
-QString shown(const QString &path) { return QDir::toNativeSeparators(path); }
-
-// The same file, by any name (a link, a hard link, another spelling)?
-bool sameFile(const QString &a, const QString &b)
-{
-    struct stat x {}, y {};
-    if (::stat(QFile::encodeName(a).constData(), &x) != 0 || ::stat(QFile::encodeName(b).constData(), &y) != 0)
-        return false;
-    return x.st_dev == y.st_dev && x.st_ino == y.st_ino;
-}
-
-// An output must never replace an input: refused before anything is read.
-bool outputIsInput(const QString &out, const QStringList &inputs)
-{
-    for (const QString &in : inputs)
-        if (sameFile(out, in)) {
-            err(QStringLiteral("The output \"%1\" is the input \"%2\"; choose another output name.")
-                    .arg(shown(out), shown(in)));
-            return true;
-        }
-    return false;
-}
-
-// An output goes beside its target first and takes the target's name only
-// when it is complete and reads as a whole PDF.
-int writeOutput(const QByteArray &pdf, const QString &out)
-{
-    const QFileInfo target(out);
-    if (target.exists() && !target.isFile()) {
-        err(QStringLiteral("The output \"%1\" is not a regular file; nothing was written.").arg(shown(out)));
-        return NotWritten;
-    }
-    qor::files::removeStaleTemporaries(out, qor::files::processStartTime());
-    const qsizetype end = pdf.lastIndexOf("%%EOF");
-    if (!pdf.startsWith("%PDF-") || end < 0 || !pdf.mid(end + 5).trimmed().isEmpty()) {
-        err(QStringLiteral("The PDF for \"%1\" came out incomplete; nothing was written.").arg(shown(out)));
-        return NotWritten;
-    }
-    const QString why = qor::files::writeVerified(out, pdf);
-    if (!why.isEmpty()) {
-        err(QStringLiteral("The output \"%1\" could not be written: %2. Nothing was left in its place.")
-                .arg(shown(out), why));
-        return NotWritten;
-    }
-    return Ok;
-}
-
-// A customer number as the command line gives it: digits only.
-bool isCustomerNumber(const QString &text)
-{
-    if (text.isEmpty() || text.size() > 18) return false;
-    for (QChar c : text)
-        if (c < u'0' || c > u'9') return false;
-    return text.toLongLong() > 0;
-}
+    "  5  the file holds nothing to print or send (no customers for the list,\n"
+    "     nobody who owes as asked for statements or e-mail)\n";
 
 // Reads a file through the session, to look at it only: nothing is locked
 // or asked, and a missing file is an error here: checking must not create
@@ -414,17 +359,6 @@ int envelopes(const QStringList &args)
     return rc;
 }
 
-// The file of one customer for --each: "<display name> (<number>) - <what>.pdf",
-// with "/" and control characters replaced, so every customer gets a file of
-// their own and no name reaches outside the folder.
-QString eachFileName(const QString &displayName, const QString &number, const QString &what)
-{
-    QString name = displayName + QStringLiteral(" (") + number + QStringLiteral(") - ") + what;
-    for (QChar &c : name)
-        if (c.unicode() < 32 || c.unicode() == 127 || c == u'/') c = u'_';
-    return name + QStringLiteral(".pdf");
-}
-
 int invoices(const QStringList &args)
 {
     if (args.size() < 2) {
@@ -477,48 +411,13 @@ int invoices(const QStringList &args)
     qor::Database db;
     QStringList problems;
     if (!load(db, file, problems)) return Rejected;
-    bool periodFound = false;
-    db.lvwPeriods.forEach([&](QStringView, QStringView text) {
-        const auto p = qor::PeriodView::parse(text);
-        if (p && p->name == period) periodFound = true;
-        return !periodFound;
-    });
-    if (!periodFound) {
-        err(QStringLiteral("There is no bill period \"%1\" in \"%2\".").arg(period, shown(file)));
-        return NotFound;
-    }
-    // The print tree of the period, ticked as the program ticks it: the
-    // customers who owe.
     qor::InvoiceTree tree(1);
-    qor::billing::rebuildInvoiceTree(tree, db, period);
+    if (const int rc = periodTree(db, file, period, cid, all, tree); rc != Ok) return rc;
+    qor::invoicerun::RunValues run;
+    if (const int rc = invoiceRunValues(db, period, templateNumber, run); rc != Ok) return rc;
     std::vector<int> customers;
     for (int node : tree.nodes())
         if (tree.kind(node) == qor::NodeKind::Customer) customers.push_back(node);
-    if (!cid.isEmpty()) {
-        const QString key = qor::numberKey(QStringView(cid));
-        bool found = false;
-        for (int node : customers) {
-            tree.setChecked(node, tree.key(node) == key);
-            found = found || tree.key(node) == key;
-        }
-        if (!found) {
-            err(QStringLiteral("Customer %1 has no invoice in the bill period \"%2\" of \"%3\".")
-                    .arg(cid, period, shown(file)));
-            return NotFound;
-        }
-    } else if (all) {
-        for (int node : customers) tree.setChecked(node, true);
-    }
-    qor::invoicerun::RunValues run;
-    run.company = db.company;
-    run.billDue = qor::invoicerun::billDueOf(db, period);
-    run.options = qor::invoicerun::storedInvoiceOptions();
-    if (templateNumber >= 0) run.options.templateNumber = templateNumber;
-    if (run.options.templateNumber < 0) {
-        err(QStringLiteral("The stored invoice layout (Printing/PrintPreviewSelected) is not 0, 1 or 2; "
-                           "give --template 0, 1 or 2."));
-        return Usage;
-    }
 
     if (out.isEmpty()) {
         // One PDF per customer, for e-mailing; duplicates make no sense there.
@@ -529,7 +428,7 @@ int invoices(const QStringList &args)
             QList<qor::pages::Page> invoice = qor::invoicerun::invoicePagesFor(db, tree, node, run);
             if (invoice.isEmpty()) continue;
             const qor::NodeValues &v = tree.values(node);
-            invoices.append({eachFileName(v.label, v.customer, period), std::move(invoice)});
+            invoices.append({qor::files::eachFileName(v.label, v.customer, period), std::move(invoice)});
         }
         if (invoices.isEmpty()) return nothingToPrint(QStringLiteral("invoices"));
         if (const QString why = qor::files::makePrivateFolder(each); !why.isEmpty()) {
@@ -593,7 +492,7 @@ int main(int argc, char **argv)
     // The page commands need fonts, so a GUI application without a screen.
     const bool pagesWanted = argc > 1 && (qstrcmp(argv[1], "envelopes") == 0 || qstrcmp(argv[1], "customers") == 0 ||
                                           qstrcmp(argv[1], "invoices") == 0 ||
-                                          qstrcmp(argv[1], "statements") == 0);
+                                          qstrcmp(argv[1], "statements") == 0 || qstrcmp(argv[1], "email") == 0);
     if (pagesWanted && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     std::unique_ptr<QCoreApplication> appPtr(pagesWanted ? new QGuiApplication(argc, argv)
                                                           : new QCoreApplication(argc, argv));
@@ -624,7 +523,8 @@ int main(int argc, char **argv)
         return load(db, path, problems);
     };
     for (const auto &[name, command] : {std::pair{"statements", &qor::cli::statementsCommand},
-                                        std::pair{"aging", &qor::cli::agingCommand}}) {
+                                        std::pair{"aging", &qor::cli::agingCommand},
+                                        std::pair{"email", &qor::cli::emailCommand}}) {
         if (args.isEmpty() || args[0] != QLatin1String(name)) continue;
         const int rc = command(args, loadFile);
         if (rc == Usage) std::fputs(HelpText, stderr);

@@ -1,22 +1,17 @@
 #include "cli/statementcommands.h"
 
+#include "cli/outputs.h"
 #include "database/database.h"
+#include "database/filesafety.h"
 #include "database/rowtypes.h"
 #include "statements/statementrun.h"
 
+#include <QDir>
 #include <QTextStream>
 
 namespace qor::cli {
 
 namespace {
-
-// The statuses main.cpp gives the same meaning.
-enum { Ok = 0, Usage = 1, Rejected = 2, NotWritten = 3, NotFound = 4 };
-
-void err(const QString &text)
-{
-    QTextStream(stderr) << text << Qt::endl;
-}
 
 // --as-of yyyy-mm-dd; today when not given.
 bool readAsOf(const QString &text, QDate &asOf)
@@ -43,8 +38,11 @@ int statementsCommand(const QStringList &args, const LoadFile &load)
         } else if (f == u"--each" && hasValue && each.isEmpty()) {
             each = args[++i];
         } else if (f == u"--customer" && hasValue && cid.isEmpty()) {
-            cid = plainNumber(args[++i]).trimmed();
-            if (cid.isEmpty()) return Usage;
+            cid = args[++i];
+            if (!isCustomerNumber(cid)) {
+                err(QStringLiteral("--customer takes a customer number, not \"%1\".").arg(cid));
+                return Usage;
+            }
         } else if (f == u"--as-of" && hasValue) {
             if (!readAsOf(args[++i], asOf)) return Usage;
         } else if (f == u"--overdue" && hasValue && overdue < 0) {
@@ -59,6 +57,7 @@ int statementsCommand(const QStringList &args, const LoadFile &load)
         }
     }
     if (out.isEmpty() == each.isEmpty()) return Usage;
+    if (!out.isEmpty() && outputIsInput(out, {file})) return Usage;
 
     Database db;
     if (!load(db, file)) return Rejected;
@@ -80,9 +79,15 @@ int statementsCommand(const QStringList &args, const LoadFile &load)
             err((cid.isEmpty() ? QStringLiteral("No customer owes anything")
                                : QStringLiteral("Customer %1 owes nothing").arg(cid)) +
                 QStringLiteral(" on %1: nothing written.").arg(day));
-        return NothingToWrite;
+        return NothingToPrint;
     }
     const statements::RunValues run = statements::storedRunValues(db, asOf, reminder);
+    if (!each.isEmpty())
+        for (const statements::Account &a : accounts)
+            if (outputIsInput(
+                    QDir(each).filePath(files::eachFileName(a.name, a.cid, statements::documentWhat(reminder, asOf))),
+                    {file}))
+                return Usage;
     QString why;
     if (!out.isEmpty()) {
         if (!statements::writeOneFile(db, accounts, run, out, &why)) {

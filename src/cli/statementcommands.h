@@ -15,9 +15,6 @@ namespace qor::cli {
 // Reads FILE as the program does at start; false (the reason told) when refused.
 using LoadFile = std::function<bool(Database &, const QString &)>;
 
-// The exit statuses these commands give beside those of the others.
-inline constexpr int NothingToWrite = 5;  // nobody owes as asked: no file written
-
 // args: the whole command line after the program, the command first.
 // Both give the exit status.
 int statementsCommand(const QStringList &args, const LoadFile &load);

@@ -224,4 +224,17 @@ QString writeVerified(const QString &path, const QByteArray &bytes, const Device
     return QString();
 }
 
+QString nameSafe(QString text)
+{
+    for (QChar &c : text)
+        if (c == u'/' || c.unicode() < 0x20 || c.unicode() == 0x7F) c = u'_';
+    return text;
+}
+
+QString eachFileName(const QString &displayName, const QString &number, const QString &what)
+{
+    return nameSafe(displayName + QStringLiteral(" (") + number + QStringLiteral(") - ") + what) +
+           QStringLiteral(".pdf");
+}
+
 }  // namespace qor::files

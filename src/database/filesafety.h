@@ -72,4 +72,12 @@ QString makePrivateFolder(const QString &folder);
 // The system's reason for errno value error.
 QString systemReason(int error);
 
+// text made fit to stand in a file name: "/" and control characters become "_".
+QString nameSafe(QString text);
+// The file of one customer when a run writes one file each (invoices,
+// envelopes, statements, their e-mail attachments): "<display name>
+// (<number>) - <what>.pdf", made nameSafe, so two customers of one name get
+// two files and no name reaches outside its folder.
+QString eachFileName(const QString &displayName, const QString &number, const QString &what);
+
 }  // namespace qor::files

@@ -24,10 +24,19 @@ QString Recovery::infoFile() const { return m_folder + QStringLiteral("/recovery
 QString Recovery::write(const Database &db, const QString &original, const QByteArray &entry,
                         const files::DeviceWrapper &wrap)
 {
+    const QByteArray bytes = db.serialize();
+    return write(&bytes, original, entry, wrap);
+}
+
+QString Recovery::write(const QByteArray *bytes, const QString &original, const QByteArray &entry,
+                        const files::DeviceWrapper &wrap)
+{
     if (const QString why = files::makePrivateFolder(m_folder); !why.isEmpty()) return why;
+    if (!bytes && !QFileInfo(databaseCopy()).isFile()) return QStringLiteral("the copy of the books is missing");
     // Until the note is written again, what stands here is incomplete.
     QFile::remove(infoFile());
-    if (const QString why = files::writeVerified(databaseCopy(), db.serialize(), wrap); !why.isEmpty()) return why;
+    if (bytes)
+        if (const QString why = files::writeVerified(databaseCopy(), *bytes, wrap); !why.isEmpty()) return why;
     if (entry.isEmpty()) QFile::remove(entryFile());
     else if (const QString why = files::writeVerified(entryFile(), entry, wrap); !why.isEmpty())
         return why;

@@ -34,6 +34,10 @@ public:
     // an empty one removes an earlier entry file. Empty on success, else why not.
     QString write(const Database &db, const QString &original, const QByteArray &entry = {},
                   const files::DeviceWrapper &wrap = {});
+    // The same for books already serialised; bytes null keeps the database
+    // copy that stands (only the entry changed since it was written).
+    QString write(const QByteArray *bytes, const QString &original, const QByteArray &entry,
+                  const files::DeviceWrapper &wrap = {});
 
     struct Pending {
         QString original;   // the database the copy belongs to

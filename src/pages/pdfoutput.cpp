@@ -1,8 +1,11 @@
 #include "pages/pdfoutput.h"
 
+#include "database/filesafety.h"
 #include "pages/painter.h"
 
+#include <QBuffer>
 #include <QFile>
+#include <QFileInfo>
 #include <QLocale>
 #include <QPainter>
 #include <QPdfWriter>
@@ -63,22 +66,33 @@ bool writePdf(const std::function<QList<Page>()> &next, QIODevice *device, const
     return painter.end();
 }
 
+QString savePdf(const QByteArray &pdf, const QString &fileName)
+{
+    const QFileInfo target(fileName);
+    if (target.exists() && !target.isFile()) return QStringLiteral("it is not a regular file");
+    const qsizetype end = pdf.lastIndexOf("%%EOF");
+    if (!pdf.startsWith("%PDF-") || end < 0 || !pdf.mid(end + 5).trimmed().isEmpty())
+        return QStringLiteral("the document came out incomplete");
+    files::removeStaleTemporaries(fileName, files::processStartTime());
+    return files::writeVerified(fileName, pdf);
+}
+
+bool writePdf(const std::function<QList<Page>()> &next, const QString &fileName, const QPageSize &paper,
+              QString *error)
+{
+    QByteArray pdf;
+    QBuffer buffer(&pdf);
+    buffer.open(QIODevice::WriteOnly);
+    QString why;
+    if (writePdf(next, &buffer, paper, &why)) why = savePdf(pdf, fileName);
+    if (error) *error = why;
+    return why.isEmpty();
+}
+
 bool writePdf(const QList<Page> &pages, const QString &fileName, const QPageSize &paper, QString *error)
 {
-    QFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-        if (error)
-            *error = file.errorString();
-        return false;
-    }
-    const bool ok = writePdf(pages, &file, paper, error);
-    file.close();
-    if (!ok || file.error() != QFileDevice::NoError) {
-        if (error && error->isEmpty())
-            *error = file.errorString();
-        return false;
-    }
-    return true;
+    return writePdf([pages, done = false]() mutable { return std::exchange(done, true) ? QList<Page>() : pages; },
+                    fileName, paper, error);
 }
 
 }  // namespace qor::pages

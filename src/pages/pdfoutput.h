@@ -29,5 +29,14 @@ bool writePdf(const QList<Page> &pages, QIODevice *device, const QPageSize &pape
 // pages at a time instead of the whole document.
 bool writePdf(const std::function<QList<Page>()> &next, QIODevice *device, const QPageSize &paper = defaultPaper(),
               QString *error = nullptr);
+bool writePdf(const std::function<QList<Page>()> &next, const QString &fileName,
+              const QPageSize &paper = defaultPaper(), QString *error = nullptr);
+
+// Every PDF file the programs write goes through here: only a whole
+// document (from "%PDF-" to its last "%%EOF") is written, beside the target,
+// read back and compared, and only then renamed into place, so an old file
+// of that name stays whole until the new one is; a target that is not a
+// regular file is left alone. Empty on success, else why not.
+QString savePdf(const QByteArray &pdf, const QString &fileName);
 
 }  // namespace qor::pages

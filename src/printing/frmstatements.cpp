@@ -1,7 +1,9 @@
 #include "printing/frmstatements.h"
 
 #include "database/database.h"
+#include "database/filesafety.h"
 #include "database/regional.h"
+#include "mailgui/emailrun.h"
 #include "pages/painter.h"
 #include "pages/pdfoutput.h"
 #include "uiservices/formposition.h"
@@ -175,6 +177,8 @@ FrmStatements::FrmStatements(const Database &db, QWidget *owner) : QDialog(owner
     m_cmdPrint->setObjectName(QStringLiteral("cmdPrintStatements"));
     m_cmdSave = new QPushButton(QStringLiteral("Save Selected as P&DF"), this);
     m_cmdSave->setObjectName(QStringLiteral("cmdSaveStatements"));
+    m_cmdEmail = new QPushButton(QStringLiteral("E-&mail Selected"), this);
+    m_cmdEmail->setObjectName(QStringLiteral("cmdEmailStatements"));
     m_eachFile = new QCheckBox(QStringLiteral("one PDF file per &customer"), this);
     m_eachFile->setObjectName(QStringLiteral("chkOneFilePerCustomer"));
     m_eachFile->setChecked(oneFilePerCustomer());
@@ -219,6 +223,7 @@ FrmStatements::FrmStatements(const Database &db, QWidget *owner) : QDialog(owner
     buttons->addWidget(m_cmdPrint);
     buttons->addWidget(m_cmdSave);
     buttons->addWidget(m_eachFile);
+    buttons->addWidget(m_cmdEmail);
     auto *daysRow = new QHBoxLayout;
     auto *daysLabel = new QLabel(QStringLiteral("For customers whose oldest balance is past due by at least"),
                                  reminderBox);
@@ -252,6 +257,10 @@ FrmStatements::FrmStatements(const Database &db, QWidget *owner) : QDialog(owner
     connect(m_cmdPrint, &QAbstractButton::clicked, this, &FrmStatements::printSelected);
     connect(m_cmdSave, &QAbstractButton::clicked, this, &FrmStatements::saveSelected);
     connect(m_cmdReminders, &QAbstractButton::clicked, this, &FrmStatements::reminders);
+    connect(m_cmdEmail, &QAbstractButton::clicked, this, &FrmStatements::emailSelected);
+    emailRun = [this](const QList<mail::MailCustomer> &customers, const mail::Compose &compose) {
+        return runEmail(this, customers, compose);
+    };
     connect(m_eachFile, &QCheckBox::toggled, this, [](bool on) { setOneFilePerCustomer(on); });
     connect(m_days, &QSpinBox::valueChanged, this, [](int days) { setReminderDays(days); });
     connect(m_letter, &QPlainTextEdit::textChanged, this, [this] { setReminderText(m_letter->toPlainText()); });
@@ -286,7 +295,8 @@ void FrmStatements::refresh()
                                                 .arg(plural(qsizetype(r.accounts.size()), "customer", "customers"),
                                                      r.total.toCurrencyText()));
     const bool any = !r.accounts.empty();
-    for (QAbstractButton *b : {m_cmdSelectOverdue, m_cmdPrint, m_cmdSave, m_cmdReminders}) b->setEnabled(any);
+    for (QAbstractButton *b : {m_cmdSelectOverdue, m_cmdPrint, m_cmdSave, m_cmdEmail, m_cmdReminders})
+        b->setEnabled(any);
 }
 
 QStringList FrmStatements::selectedCids() const
@@ -370,6 +380,27 @@ void FrmStatements::saveSelected()
     saveStatements(this, m_db, accounts, storedRunValues(m_db, m_asOf->date(), false), m_eachFile->isChecked());
 }
 
+void FrmStatements::emailSelected()
+{
+    const std::vector<Account> accounts = selectedAccounts(false);
+    if (accounts.empty()) {
+        DialogService::current().information(this, windowTitle(), QStringLiteral("Please select the customers first."));
+        return;
+    }
+    email(accounts, storedRunValues(m_db, m_asOf->date(), false));
+}
+
+void FrmStatements::email(const std::vector<Account> &accounts, const RunValues &run)
+{
+    const auto results = emailRun(mailruns::accountCustomers(m_db, accounts),
+                                  mailruns::statementMessages(m_db, accounts, run, mail::loadTexts()));
+    const QStringList sent = mailruns::sentNumbers(results);
+    if (sent.isEmpty()) return;
+    QStringList rest = selectedCids();
+    for (const QString &cid : sent) rest.removeAll(cid);
+    selectCids(rest);
+}
+
 void FrmStatements::reminders()
 {
     const int days = m_days->value();
@@ -388,19 +419,24 @@ void FrmStatements::reminders()
     }
     DialogService::Message m{QMessageBox::Question, QStringLiteral("Reminders"),
                              QStringLiteral("%1 past due by %2 or more.\r\n\r\nPrint a reminder letter for each, "
-                                            "or save the letters as PDF?")
+                                            "save the letters as PDF, or e-mail them?")
                                  .arg(cids.size() == 1 ? QStringLiteral("1 customer is")
                                                        : QStringLiteral("%1 customers are").arg(cids.size()),
                                       plural(days, "day", "days")),
-                             QMessageBox::Yes | QMessageBox::Save | QMessageBox::Cancel, QMessageBox::Yes};
-    m.captions = {{QMessageBox::Yes, QStringLiteral("&Print")}, {QMessageBox::Save, QStringLiteral("&Save as PDF")}};
+                             QMessageBox::Yes | QMessageBox::Save | QMessageBox::Apply | QMessageBox::Cancel,
+                             QMessageBox::Yes};
+    m.captions = {{QMessageBox::Yes, QStringLiteral("&Print")},
+                  {QMessageBox::Save, QStringLiteral("&Save as PDF")},
+                  {QMessageBox::Apply, QStringLiteral("&E-mail")}};
 
     const QMessageBox::StandardButton answer = dialogs.message(this, m);
-    if (answer != QMessageBox::Yes && answer != QMessageBox::Save) return;
+    if (answer != QMessageBox::Yes && answer != QMessageBox::Save && answer != QMessageBox::Apply) return;
     const std::vector<Account> accounts = selectedAccounts(true);
     const RunValues run = storedRunValues(m_db, m_asOf->date(), true);
     if (answer == QMessageBox::Yes)
         printStatements(this, m_db, accounts, run);
+    else if (answer == QMessageBox::Apply)
+        email(accounts, run);
     else
         saveStatements(this, m_db, accounts, run, m_eachFile->isChecked());
 }
@@ -416,7 +452,7 @@ void FrmStatements::showPreview(int row)
     auto *printer = new QPrinter(QPrinter::HighResolution);
     printer->setPageSize(pages::defaultPaper());
     printer->setFullPage(true);
-    printer->setDocName(outputFileName(r.accounts.front().name, cid, false, m_asOf->date()));
+    printer->setDocName(files::eachFileName(r.accounts.front().name, cid, documentWhat(false, m_asOf->date())));
     auto *dialog = new QPrintPreviewDialog(printer, this);
     dialog->setObjectName(QStringLiteral("dlgStatementPreview"));
     dialog->setWindowTitle(QStringLiteral("Statement Preview"));

@@ -5,6 +5,7 @@
 // letters for those long past due. It shows itself beside the main window
 // and follows the database while it is open.
 #include "pages/printout.h"
+#include "printing/mailruns.h"
 #include "statements/statementrun.h"
 
 #include <QDialog>
@@ -74,12 +75,17 @@ public:
     void saveSelected();
     // Selects the customers due a reminder, then prints or saves their letters.
     void reminders();
+    // The statement (reminder: the letter) of each account by e-mail; the
+    // customers whose message was sent are unselected.
+    void emailSelected();
+    void email(const std::vector<Account> &accounts, const RunValues &run);
     // A print preview of the customer's statement on that row.
     void showPreview(int row);
 
     // How the preview is shown: modally in the program; a test looks at it
     // without blocking.
     std::function<void(QWidget *)> showPreviewWindow;
+    mailruns::EmailRun emailRun;
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -96,6 +102,7 @@ private:
     QAbstractButton *m_cmdSelectOverdue = nullptr;
     QAbstractButton *m_cmdPrint = nullptr;
     QAbstractButton *m_cmdSave = nullptr;
+    QAbstractButton *m_cmdEmail = nullptr;
     QCheckBox *m_eachFile = nullptr;
     QSpinBox *m_days = nullptr;
     QPlainTextEdit *m_letter = nullptr;

@@ -6,6 +6,7 @@
 #include "billperiods/invoicetreeview.h"
 #include "database/database.h"
 #include "database/rowtypes.h"
+#include "mailgui/emailrun.h"
 #include "pages/painter.h"
 #include "pages/pdfoutput.h"
 #include "printing/frmstatements.h"
@@ -58,6 +59,11 @@ PrintingPanel::PrintingPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *pare
     m_cmdPrintSelectedInvoices = require<QAbstractButton>("cmdPrintSelectedInvoices");
     connect(m_cmdPrintSelectedInvoices, &QAbstractButton::clicked, this,
             &PrintingPanel::cmdPrintSelectedInvoicesClick);
+    connect(require<QAbstractButton>("cmdEmailSelected"), &QAbstractButton::clicked, this,
+            &PrintingPanel::cmdEmailSelectedClick);
+    emailRun = [this](const QList<mail::MailCustomer> &customers, const mail::Compose &compose) {
+        return runEmail(this->ctx.mainWindow(), customers, compose);
+    };
     connect(require<QAbstractButton>("cmdStatements"), &QAbstractButton::clicked, this,
             &PrintingPanel::showStatementsWindow);
     invoiceOptions = [] { return invoicerun::storedInvoiceOptions(); };
@@ -295,6 +301,25 @@ void PrintingPanel::tellOutcome(const QString &text)
 {
     m_lblPrintResult->setText(text);
     m_lblPrintResult->setVisible(!text.isEmpty());
+}
+
+void PrintingPanel::cmdEmailSelectedClick()
+{
+    if (needCompanyInfoFirst()) {
+        if (showCompanyInfoPanel) showCompanyInfoPanel();
+        return;
+    }
+    InvoiceTree &t = treeModel();
+    const QList<mail::MailCustomer> customers = mailruns::tickedCustomers(ctx.db(), t);
+    if (customers.isEmpty()) {
+        DialogService::current().information(ctx.mainWindow(), QStringLiteral("E-mail Selected"),
+                                             QStringLiteral("Tick the customers whose invoices are to be e-mailed."));
+        return;
+    }
+    const auto results = emailRun(customers, mailruns::invoiceMessages(ctx.db(), t, runValues(), m_chooser->currentText(),
+                                                                       mail::loadTexts()));
+    for (const QString &cid : mailruns::sentNumbers(results))
+        if (const int node = t.find(numberKey(QStringView(cid)))) t.setChecked(node, false);
 }
 
 void PrintingPanel::showInvoicePreview(int customerNode)

@@ -5,6 +5,7 @@
 #include "pages/invoice.h"
 #include "pages/printout.h"
 #include "printing/invoicerun.h"
+#include "printing/mailruns.h"
 #include "shell/panel.h"
 
 #include <QPointer>
@@ -85,6 +86,12 @@ public:
     // When the preview is shown modally; a test sets it to look at the window
     // without blocking.
     std::function<void(QWidget *)> showPreviewWindow;
+
+    // cmdEmailSelected: the invoice of each ticked customer as a PDF
+    // attachment to their address; each customer whose message was sent is
+    // unticked, so a print run afterwards prints the rest.
+    void cmdEmailSelectedClick();
+    mailruns::EmailRun emailRun;
 
     // cmdStatements: the Statements window, beside the main window; a second
     // press brings the open one forward.

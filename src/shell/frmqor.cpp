@@ -2,6 +2,7 @@
 
 #include "billperiods/billperiodpanel.h"
 #include "billperiods/entryguard.h"
+#include "billing/entrycopy.h"
 #include "customers/customerpanel.h"
 #include "database/regional.h"
 #include "maintenance/frmlistlvws.h"
@@ -126,7 +127,9 @@ FrmQOR::FrmQOR(Session &session, QWidget *parent)
         m_cmdSave->setVisible(changed && !m_session->isReadOnly());
         m_cmdCancel->setVisible(changed);
         setWindowModified(changed);
-        if (!changed) m_recoveryTimer.stop();
+        // An open entry still wants its recovery copy after a save.
+        if (changed || (billPeriodPanel() && billPeriodPanel()->openEntry())) startRecoveryTimer();
+        else m_recoveryTimer.stop();
     });
     connect(m_session, &Session::readOnlyChanged, this, &FrmQOR::showReadOnly);
     connect(m_session, &Session::pathChanged, this, &FrmQOR::showFileInTitle);
@@ -147,10 +150,16 @@ FrmQOR::FrmQOR(Session &session, QWidget *parent)
     // further changes, so steady typing can't put the copy off.
     m_recoveryTimer.setSingleShot(true);
     m_recoveryTimer.setInterval(RecoveryDelay);
-    connect(&db(), &Database::edited, this, [this] {
-        if (!m_recoveryTimer.isActive()) m_recoveryTimer.start();
-    });
-    connect(&m_recoveryTimer, &QTimer::timeout, this, [this] { m_session->writeRecovery(); });
+    connect(&db(), &Database::edited, this, &FrmQOR::startRecoveryTimer);
+    connect(billPeriodPanel(), &BillPeriodPanel::entryEdited, this, &FrmQOR::startRecoveryTimer);
+    connect(&m_recoveryTimer, &QTimer::timeout, m_session, &Session::writeRecoveryInBackground);
+    m_session->openEntry = [this] {
+        // The panels go before the window; the session may outlive both.
+        const auto entry = billPeriodPanel() ? billPeriodPanel()->openEntry() : std::nullopt;
+        return entry ? billing::encodeEntry(*entry) : QByteArray();
+    };
+    // Restore brings the entry back once the books it bills are shown.
+    connect(m_session, &Session::entryRecovered, this, [this](const QByteArray &text) { m_recoveredEntry = text; });
 }
 
 void FrmQOR::showFileInTitle() {
@@ -179,6 +188,7 @@ FrmQOR::~FrmQOR() {
         panel = nullptr;
     }
     db().onPlaceholderCreated = nullptr;
+    m_session->openEntry = nullptr;
     m_session->setQuestions(nullptr);
     delete p;
 }
@@ -333,8 +343,21 @@ void FrmQOR::formLoad() {
     if (std::exchange(m_placeholderPending, false))
         placeholderCreated();
     // Changes a crash left unsaved are offered once the window stands.
-    if (m_session->offerRecovery())
+    if (m_session->offerRecovery()) {
         refreshAfterLoad();
+        reopenRecoveredEntry();
+    }
+}
+
+void FrmQOR::startRecoveryTimer() {
+    if (!m_recoveryTimer.isActive()) m_recoveryTimer.start();
+}
+
+void FrmQOR::reopenRecoveredEntry() {
+    const auto entry = billing::decodeEntry(std::exchange(m_recoveredEntry, {}));
+    if (!entry) return;
+    cmdTabClick(2);
+    billPeriodPanel()->reopenEntry(*entry);
 }
 
 void FrmQOR::loadDatabaseAndRefresh() {

@@ -132,6 +132,9 @@ private:
     void placeholderCreated();
     void showReadOnly(bool readOnly);
     void showFileInTitle();
+    void startRecoveryTimer();
+    // The entry a Restore brought back, on the Bill Periods panel.
+    void reopenRecoveredEntry();
 
     std::unique_ptr<Session> m_ownSession;
     Session *m_session = nullptr;
@@ -150,6 +153,7 @@ private:
     bool m_wasMinimized = false;
     bool m_placeholderPending = false;  // the placeholder message waits for the window
     QTimer m_recoveryTimer;
+    QByteArray m_recoveredEntry;
     int m_arrangeCount = 0;
     QString m_dateFormatString, m_dateSeparator, m_currencySymbol;
     struct Private;

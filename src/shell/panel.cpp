@@ -107,6 +107,8 @@ const Rule kRules[] = {
     {3, "cmdPrintSelectedInvoices", Prop::Top, Base::H, -720},
     {3, "cmdPrintSelectedEnvelopes", Prop::Left, Base::W, -2050},
     {3, "cmdPrintSelectedEnvelopes", Prop::Top, Base::Ref, 0, "cmdPrintSelectedInvoices", Prop::Top},
+    {3, "cmdEmailSelected", Prop::Left, Base::W, -5830},
+    {3, "cmdEmailSelected", Prop::Top, Base::Ref, 0, "cmdPrintSelectedInvoices", Prop::Top},
     {3, "lblRightClickForNote", Prop::Top, Base::Ref, 120, "cmdPrintSelectedInvoices", Prop::Top},
 
     {4, "fraPrintPreview", Prop::Left, Base::M, 240},

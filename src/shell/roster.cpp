@@ -99,6 +99,7 @@ const Entry kRows[] = {
 {3, nullptr, "cmdPrintSelectedInvoices", K::Button, "&Print Selected as Invoices", 6360, 5520, 1935, 615, 29},
 {3, nullptr, "cmdPrintSelectedEnvelopes", K::Button, "Print Selected as &Envelopes", 4200, 5520, 1935, 615, 30},
 {3, nullptr, "cmdStatements", K::Button, "&Statements", 3480, 795, 1455, 405, 107},
+{3, nullptr, "cmdEmailSelected", K::Button, "E-&mail Selected", 2640, 5520, 1500, 615, 108},
 {3, nullptr, "tvwInvoiceRecords(1)", K::TreeView, "", 120, 1320, 8175, 4095, 31, NoFlags, 0, "Customer accounts to print"},
 {3, nullptr, "staPrinting", K::ProgressBar, "", 5400, 960, 2895, 255, 96, Hidden, 0, "Printing progress"},
 {3, nullptr, "lblBillPeriodP2", K::Label, "Bill Period:", 120, 600, 960, 210, 99},

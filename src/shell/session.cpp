@@ -102,7 +102,7 @@ SessionQuestions &SessionQuestions::nobody()
     return none;
 }
 
-Session::~Session() = default;
+Session::~Session() { finishRecoveryWrite(); }
 
 QString Session::withXmlExtension(const QString &path)
 {
@@ -692,23 +692,68 @@ bool Session::restoreCopy(const QString &copy)
 
 bool Session::writeRecovery()
 {
+    finishRecoveryWrite();
     const QByteArray entry = openEntry ? openEntry() : QByteArray();
     if (!m_db.isChanged() && entry.isEmpty()) return false;
-    if (m_recoveryRevision == m_db.revision() && entry == m_recoveredEntry && m_recovery.pending()) return true;
-    const QString why = m_recovery.write(m_db, m_path, entry, faultFor(m_recovery.databaseCopy()));
+    // Only what changed is written again: an entry billed on large books
+    // doesn't rewrite the books' copy each time.
+    const bool booksKept = m_recoveryRevision == m_db.revision() && m_recovery.pending();
+    if (booksKept && entry == m_recoveredEntry) return true;
+    const QByteArray books = booksKept ? QByteArray() : m_db.serialize();
+    const QString why = m_recovery.write(booksKept ? nullptr : &books, m_path, entry, faultFor(m_recovery.databaseCopy()));
+    return recoveryWritten(why, m_db.revision(), entry);
+}
+
+bool Session::recoveryWritten(const QString &why, quint64 revision, const QByteArray &entry)
+{
     if (!why.isEmpty()) {
         tellOnce({QStringLiteral("Unsaved changes cannot be kept for recovery after a crash in \"%1\": %2. Save "
                                  "often until this is put right.")
                       .arg(shown(m_recovery.folder()), why)});
         return false;
     }
-    m_recoveryRevision = m_db.revision();
+    m_recoveryRevision = revision;
     m_recoveredEntry = entry;
     return true;
 }
 
+void Session::writeRecoveryInBackground()
+{
+    finishRecoveryWrite();
+    auto job = std::make_shared<RecoveryJob>();
+    job->entry = openEntry ? openEntry() : QByteArray();
+    if (!m_db.isChanged() && job->entry.isEmpty()) return;
+    job->keepBooks = m_recoveryRevision == m_db.revision() && m_recovery.pending();
+    if (job->keepBooks && job->entry == m_recoveredEntry) return;
+    if (!job->keepBooks) job->books = m_db.serialize();
+    job->revision = m_db.revision();
+    m_recoveryThread = QThread::create([job, recovery = m_recovery, path = m_path,
+                                        wrap = faultFor(m_recovery.databaseCopy())]() mutable {
+        job->why = recovery.write(job->keepBooks ? nullptr : &job->books, path, job->entry, wrap);
+        job->books.clear();
+    });
+    m_recoveryJob = job;
+    QThread *thread = m_recoveryThread;
+    // Only the pointer is compared: a stale notice of an earlier thread does nothing.
+    connect(thread, &QThread::finished, this, [this, thread] {
+        if (m_recoveryThread == thread) finishRecoveryWrite();
+    });
+    thread->start();
+}
+
+void Session::finishRecoveryWrite()
+{
+    if (!m_recoveryThread) return;
+    QThread *thread = std::exchange(m_recoveryThread, nullptr);
+    thread->wait();
+    delete thread;
+    const std::shared_ptr<RecoveryJob> job = std::exchange(m_recoveryJob, nullptr);
+    recoveryWritten(job->why, job->revision, job->entry);
+}
+
 void Session::dropRecovery()
 {
+    finishRecoveryWrite();
     m_recovery.clear();
     m_recoveryRevision = 0;
     m_recoveredEntry.clear();

@@ -23,6 +23,7 @@
 #include <QObject>
 #include <QSet>
 #include <QString>
+#include <QThread>
 #include <functional>
 #include <memory>
 
@@ -118,6 +119,10 @@ public:
     // Writes it when there is something new since the last write; false when
     // there is nothing to keep or it failed (told once).
     bool writeRecovery();
+    // The same for the window's timer: the books are copied to bytes here;
+    // writing, reading back and comparing go on a thread of their own, so
+    // large books don't stop the window while their copy is written.
+    void writeRecoveryInBackground();
     // The open bill-period entry as the recovery copy keeps it beside the
     // books; empty when none is open. Not set: no entry is kept.
     std::function<QByteArray()> openEntry;
@@ -188,6 +193,18 @@ private:
     Recovery m_recovery;
     quint64 m_recoveryRevision = 0;
     QByteArray m_recoveredEntry;  // the entry of the last recovery copy written
+    // A recovery copy being written in the background, and what it holds.
+    struct RecoveryJob {
+        QByteArray books, entry;
+        bool keepBooks = false;
+        quint64 revision = 0;
+        QString why;
+    };
+    std::shared_ptr<RecoveryJob> m_recoveryJob;
+    QThread *m_recoveryThread = nullptr;
+    // Waits for the background write, if any, and takes note of its outcome.
+    void finishRecoveryWrite();
+    bool recoveryWritten(const QString &why, quint64 revision, const QByteArray &entry);
 };
 
 }  // namespace qor

@@ -1,13 +1,12 @@
 #include "statements/statementrun.h"
 
+#include "database/filesafety.h"
 #include "database/database.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
 #include "settings/settingsstore.h"
 
-#include <QBuffer>
 #include <QDir>
-#include <QSaveFile>
 
 #include <cmath>
 
@@ -105,18 +104,6 @@ QList<pages::Page> statementPages(const Database &db, const Account &account, co
     return pages::composeStatement(statementInput(db, account, run));
 }
 
-QByteArray statementPdf(const Database &db, const QString &cid, const QDate &asOf, bool reminder)
-{
-    const Report r = report(db, asOf, Detail::Records, {cid});
-    if (r.accounts.empty()) return {};
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    if (!pages::writePdf(statementPages(db, r.accounts.front(), storedRunValues(db, asOf, reminder)), &buffer))
-        return {};
-    return bytes;
-}
-
 std::function<QList<pages::Page>()> pageSource(const Database &db, const std::vector<Account> &accounts,
                                                const RunValues &run)
 {
@@ -129,35 +116,23 @@ std::function<QList<pages::Page>()> pageSource(const Database &db, const std::ve
 bool writeOneFile(const Database &db, const std::vector<Account> &accounts, const RunValues &run,
                   const QString &path, QString *error, const QPageSize &paper)
 {
-    // Written beside the target and renamed over it when complete: an old
-    // file of that name stays whole until the new one is.
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
-        if (error) *error = QStringLiteral("\"%1\" could not be written: %2").arg(QDir::toNativeSeparators(path),
-                                                                                   file.errorString());
-        return false;
-    }
     QString why;
-    if (!pages::writePdf(pageSource(db, accounts, run), &file, paper, &why) || !file.commit()) {
-        if (error)
-            *error = QStringLiteral("\"%1\" could not be written: %2")
-                         .arg(QDir::toNativeSeparators(path), why.isEmpty() ? file.errorString() : why);
-        file.cancelWriting();
-        return false;
-    }
-    return true;
+    if (pages::writePdf(pageSource(db, accounts, run), path, paper, &why)) return true;
+    if (error) *error = QStringLiteral("\"%1\" could not be written: %2").arg(QDir::toNativeSeparators(path), why);
+    return false;
 }
 
 int writeEachFile(const Database &db, const std::vector<Account> &accounts, const RunValues &run,
                   const QString &folder, QString *error, const QPageSize &paper)
 {
-    if (!QDir().mkpath(folder)) {
-        if (error) *error = QStringLiteral("The folder \"%1\" could not be made.").arg(QDir::toNativeSeparators(folder));
+    if (const QString why = files::makePrivateFolder(folder); !why.isEmpty()) {
+        if (error)
+            *error = QStringLiteral("The folder \"%1\" could not be made: %2.").arg(QDir::toNativeSeparators(folder), why);
         return 0;
     }
     int written = 0;
     for (const Account &a : accounts) {
-        const QString path = QDir(folder).filePath(outputFileName(a.name, a.cid, run.reminder, run.asOf));
+        const QString path = QDir(folder).filePath(files::eachFileName(a.name, a.cid, documentWhat(run.reminder, run.asOf)));
         if (!writeOneFile(db, {a}, run, path, error, paper)) return written;
         ++written;
     }

@@ -58,10 +58,6 @@ std::vector<Account> dueReminders(std::vector<Account> accounts, int days);
 pages::StatementInput statementInput(const Database &db, const Account &account, const RunValues &run);
 QList<pages::Page> statementPages(const Database &db, const Account &account, const RunValues &run);
 
-// One customer's statement (or reminder) as the bytes of a PDF file, for
-// sending by e-mail. Empty when the customer owes nothing that day.
-QByteArray statementPdf(const Database &db, const QString &cid, const QDate &asOf, bool reminder);
-
 // The pages of the accounts one after another, one customer at a time, for
 // pages::writePdf or a printer.
 std::function<QList<pages::Page>()> pageSource(const Database &db, const std::vector<Account> &accounts,
@@ -73,7 +69,7 @@ std::function<QList<pages::Page>()> pageSource(const Database &db, const std::ve
 bool writeOneFile(const Database &db, const std::vector<Account> &accounts, const RunValues &run,
                   const QString &path, QString *error, const QPageSize &paper = pages::defaultPaper());
 // Writes one PDF per account into folder (made when missing), named by
-// outputFileName. Gives the number written; stops at the first failure.
+// files::eachFileName. Gives the number written; stops at the first failure.
 int writeEachFile(const Database &db, const std::vector<Account> &accounts, const RunValues &run,
                   const QString &folder, QString *error, const QPageSize &paper = pages::defaultPaper());
 

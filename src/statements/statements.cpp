@@ -239,15 +239,10 @@ QString defaultReminderText()
         "{company}");
 }
 
-QString outputFileName(const QString &displayName, const QString &cid, bool reminder, const QDate &asOf)
+QString documentWhat(bool reminder, const QDate &asOf)
 {
-    // The rule every "one file per customer" output of the program follows.
-    QString name = displayName + QStringLiteral(" (") + cid + QStringLiteral(") - ")
-                 + (reminder ? QStringLiteral("reminder ") : QStringLiteral("statement "))
-                 + asOf.toString(QStringLiteral("yyyy-MM-dd")) + QStringLiteral(".pdf");
-    for (QChar &c : name)
-        if (c == u'/' || c.unicode() < 0x20 || c.unicode() == 0x7F) c = u'_';
-    return name;
+    return (reminder ? QStringLiteral("reminder ") : QStringLiteral("statement ")) +
+           asOf.toString(QStringLiteral("yyyy-MM-dd"));
 }
 
 }  // namespace qor::statements

@@ -95,9 +95,8 @@ QString fillReminder(const QString &text, const ReminderFields &fields);
 // The letter the program starts with until the user writes their own.
 QString defaultReminderText();
 
-// "<display name> (<number>) - statement yyyy-mm-dd.pdf" ("reminder" for a
-// reminder), with "/" and control characters, which can't stand in a file
-// name, made "_".
-QString outputFileName(const QString &displayName, const QString &cid, bool reminder, const QDate &asOf);
+// What a statement's file is called after: "statement yyyy-mm-dd", or
+// "reminder yyyy-mm-dd" for a reminder letter.
+QString documentWhat(bool reminder, const QDate &asOf);
 
 }  // namespace qor::statements

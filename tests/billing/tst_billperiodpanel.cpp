@@ -4,6 +4,7 @@
 #include "../customers/panelharness.h"
 #include "billing/billing.h"
 #include "billperiods/billperiodpanel.h"
+#include "billing/entrycopy.h"
 #include "billing/invoicetree.h"
 #include "billperiods/invoicetreeview.h"
 #include "billingfixture.h"
@@ -271,6 +272,74 @@ private slots:
         QCOMPARE(w.get<QLabel>("lblBillPeriodName")->text(), u"Bill Period:"_s);
         QCOMPARE(w.tree0().text(w.tree0().root()), u"Jan"_s);
         QCOMPARE(state(w), u"&New Bill Period | -&Cancel New | -&Log Full Payment | -Log &Payment && Optional Note"_s);
+    }
+
+    // A crash with an entry open and the books unchanged: the recovery copy
+    // keeps the entry, and Restore in the next window reopens it as it was.
+    void theEntryOutlivesACrash()
+    {
+        writeDatabase(sb.db, Customers, Items, {{1, {"7x3", "9"}}});
+        std::optional<billing::BillEntry> entry;
+        QByteArray kept[3];
+        {
+            Window w(2);
+            click(w.button("cmdAddNewBP"));
+            onNode(w.get<QTreeView>("tvwInvoiceRecords(0)"), w.tree0(), "3k");
+            billRow(w.get<QTreeWidget>("lvwProducts(1)"), 2);
+            billRow(w.get<QTreeWidget>("lvwProducts(1)"), 2);
+            retype(w.get("txtPField(3)"), u"6/15/2024"_s);
+            retype(w.get("txtBillPeriod"), u"Feb 50%"_s);
+            QVERIFY(w.w->recoveryTimer().isActive() && !w.w->databaseChanged());
+            entry = w.bp->openEntry();
+            QVERIFY(entry && entry->items == (QList<billing::BillEntry::Item>{{"3", "7", 2}}));
+            QVERIFY(w.w->session().writeRecovery());
+            const Recovery r = w.w->session().recovery();  // a copy: the session goes with the window
+            int i = 0;
+            for (const QString &f : {r.databaseCopy(), r.entryFile(), r.infoFile()}) {
+                QFile file(f);
+                QVERIFY(file.open(QIODevice::ReadOnly));
+                kept[i++] = file.readAll();
+            }
+            QVERIFY(!billing::decodeEntry(kept[1].chopped(2)));  // cut short: not read at all
+            discard(w.w);  // an orderly end removes the copy; a crash would have left it
+            i = 0;
+            for (const QString &f : {r.databaseCopy(), r.entryFile(), r.infoFile()}) {
+                QFile file(f);
+                QVERIFY(file.open(QIODevice::WriteOnly) && file.write(kept[i++]) > 0);
+            }
+        }
+        Answerer a;
+        a.answer = QMessageBox::Yes;
+        Window w(0);
+        QCOMPARE(a.last().title, u"Recover unsaved changes"_s);
+        QCOMPARE(w.bp->openEntry(), entry);
+        QVERIFY(w.bp->isVisible() && !w.button("cmdAddNewBP")->isHidden());
+    }
+
+    // "E-mail Selected": each ticked customer's invoice goes to the run with
+    // its texts filled; those sent are unticked, the rest stay for printing.
+    void emailSelected()
+    {
+        writeDatabase(sb.db, Customers, Items, {{1, {"7x3", "9"}}, {2, {"7"}}, {3, {"9"}}});
+        Window w(3);
+        QStringList seen;
+        w.pp->emailRun = [&](const QList<mail::MailCustomer> &customers, const mail::Compose &compose) {
+            QList<mail::CustomerResult> out;
+            for (const mail::MailCustomer &c : customers) {
+                const mail::OutgoingMessage m = compose(c);
+                seen << c.number + u' ' + m.attachmentName + (m.pdf.startsWith("%PDF-") ? u" PDF "_s : u" - "_s) +
+                            m.body.section(u"The amount of "_s, 1).section(u' ', 0, 0);
+                out.append({c, c.number == u"2" ? mail::CustomerResult::Outcome::Refused
+                                                : mail::CustomerResult::Outcome::Sent});
+            }
+            return out;
+        };
+        click(w.pp->findChild<QAbstractButton *>(u"cmdEmailSelected"_s));
+        QCOMPARE(seen, QStringList({"3 Test Co - invoice Jan.pdf PDF $10.00", "1 Test Co - invoice Jan.pdf PDF $10.00",
+                                    "2 Test Co - invoice Jan.pdf PDF $10.00"}));
+        QCOMPARE(QList<bool>({w.tree1().checked(w.tree1().find("1k")), w.tree1().checked(w.tree1().find("2k")),
+                              w.tree1().checked(w.tree1().find("3k"))}),
+                 QList<bool>({false, true, false}));
     }
 
     // Payments on a period read from the file, the invoice note, saved and read again.

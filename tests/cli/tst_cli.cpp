@@ -597,6 +597,8 @@ private slots:
         for (const QStringList &bad : {QStringList{"statements", file}, QStringList{"statements", file, "-o", out, "--each", each},
                                        QStringList{"statements", file, "--as-of", "2024-13-01", "-o", out},
                                        QStringList{"statements", file, "--overdue", "-3", "-o", out},
+                                       QStringList{"statements", file, "--customer", "1x", "-o", out},
+                                       QStringList{"statements", file, "-o", file},
                                        QStringList{"aging", file, "--frob"}})
             QCOMPARE(cli(bad).exitCode, 1);
     }

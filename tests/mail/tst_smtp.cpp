@@ -4,6 +4,9 @@
 // connection; the settings window's test message and the run window.
 #include "smtpfixture.h"
 
+#include "../database/dbfiletest.h"
+#include "database/database.h"
+
 #include "mail/mail.h"
 #include "mail/passwords.h"
 #include "mail/smtp.h"
@@ -251,6 +254,58 @@ private slots:
         QVERIFY(finished.wait(60000));
         QCOMPARE(w.summaryLine()->text(), u"1 sent, 1 no address."_s);
         QCOMPARE(w.resultList()->topLevelItem(0)->text(1), u"sent"_s);
+    }
+
+    // qorvane-cli email: a period's invoices sent with the stored account
+    // (the password from the environment), statements written as .eml files
+    // a mail reader parses, and the command line checked.
+    void commandLine()
+    {
+        const int port = smtp.start(u"starttls"_s, {"--user", "billing", "--password", Password});
+        QVERIFY2(port, qPrintable(smtp.error));
+        saveAccount(account(port, Security::StartTls));
+        settings::write(u"EMail"_s, u"CAFile"_s, smtp.caFile());
+        Database db;
+        db.company[0] = u"Acme"_s;
+        for (const char *c : {"1", "2"}) {
+            const bool mail = *c == '1';
+            db.lvwCustomers.add(c + u"k"_s, dbtest::fields({mail ? "Oak, Ann" : "Bell, Bo", mail ? "Ann" : "Bo",
+                                                            mail ? "Oak" : "Bell", "", "", "", mail ? "ann@example.org" : "", "", ""}));
+            db.lvwInvoiceRecords.add(dbtest::fields({"May", c, ""}), dbtest::fields({"May", "", c, "12.34", "5x3", ""}));
+        }
+        db.lvwPeriods.add(u"May"_s + FieldSep, dbtest::fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
+        db.lvwPAndS.add("5k", u"000000005.00$5.00 - Five"_s);
+        const QString file = home.filePath(u"shop.xml"_s), outbox = home.filePath(u"outbox"_s);
+        QVERIFY(db.save(file).ok);
+        const QString cli = QStringLiteral(QORVANE_CLI_PATH);
+        auto run = [](const QString &program, const QStringList &args) {
+            QProcess p;
+            QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+            env.insert(u"QORVANE_SMTP_PASSWORD"_s, Password);
+            env.insert(u"LC_ALL"_s, u"en_US.UTF-8"_s);
+            p.setProcessEnvironment(env);
+            p.start(program, args);
+            p.waitForFinished(60000);
+            return std::pair{p.exitCode(), QString::fromUtf8(p.readAllStandardOutput())};
+        };
+        const auto [rc, out] = run(cli, {u"email"_s, file, u"--period"_s, u"May"_s});
+        QVERIFY2(rc == 0 && out.contains(u"\tsent\t250 "_s) && out.contains(u"\tno address\n"_s) && out.endsWith(u"\n1 sent\n"_s), qPrintable(out));
+        QCOMPARE(smtp.message(1)[u"filename"].toString(), u"Acme - invoice May.pdf"_s);
+        const QString page = pdfText(smtp.attachmentPath(1));
+        QVERIFY2(page.contains(u"Ann"_s) && page.contains(u"$12.34"_s) && !page.contains(u"Bo"_s), qPrintable(page));
+
+        QCOMPARE(run(cli, {u"email"_s, file, u"--statements"_s, u"--dry-run"_s, outbox}).first, 0);
+        const auto [parsed, name] = run(QStringLiteral(QOR_PYTHON3), {u"-c"_s, u"import email, email.policy, sys\n"
+            "m = email.message_from_binary_file(open(sys.argv[1], 'rb'), policy=email.policy.default)\n"
+            "assert not any(p.defects for p in m.walk())\nprint(next(m.iter_attachments()).get_filename())"_s,
+            outbox + u"/1.eml"_s});
+        QCOMPARE(name.trimmed(), u"Acme - statement "_s + QDate::currentDate().toString(u"yyyy-MM-dd"_s) + u".pdf"_s);
+        QCOMPARE(parsed, 0);
+        for (const auto &[args, status] : {std::pair{QStringList{u"--period"_s, u"June"_s}, 4},
+                                          {{u"--period"_s, u"May"_s, u"--statements"_s}, 1},
+                                          {{u"--statements"_s, u"--customer"_s, u"1x"_s}, 1},
+                                          {{u"--reminders"_s, u"9999"_s}, 5}})
+            QCOMPARE(run(cli, QStringList{u"email"_s, file} + args).first, status);
     }
 };
 
