@@ -148,7 +148,7 @@ const Entry kRows[] = {
 {5, nullptr, "lblPathToCurrent", K::Label, "Current Qorvane Database Path:", 240, 600, 3255, 210, 83},
 {5, nullptr, "lblCheckForNewVersion", K::Label, "check for new version", 5040, 660, 3255, 255, 44, NoFlags, 0, nullptr, F::Link, A::Right, syscolor::Highlight},
 {5, nullptr, "lblVersionNumber", K::Label, "", 5040, 480, 3255, 255, 82, NoFlags, 0, "Version number", F::ByRule, A::Right},
-{5, nullptr, "cmdEmailSettings", K::Button, "E-&mail Settings...", 6120, 1200, 2175, 375, 142},
+{5, nullptr, "cmdEmailSettings", K::Button, "E-&mail Settings...", 240, 4200, 2175, 375, 142},
 {5, nullptr, "lblQuickestWay", K::Label, "(The quickest way to save from any screen is the check mark top right.)", 240, 1620, 3255, 435, 81, NoFlags, 0, nullptr, F::ByRule, A::Centre, syscolor::GrayText},
 {5, nullptr, "lblExpertMode2", K::Label, "(turn off hints && explanations)", 510, 3660, 2535, 210, 80, NoFlags, 0, nullptr, F::ByRule, A::Left, syscolor::GrayText},
 {5, nullptr, "lblExpertMode1", K::Label, "Expert Mode", 510, 3450, 2535, 210, 79, NoFlags, 0, nullptr, F::ByRule, A::Left, syscolor::WindowText},
