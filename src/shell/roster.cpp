@@ -104,7 +104,7 @@ const Entry kRows[] = {
 {3, nullptr, "staPrinting", K::ProgressBar, "", 5400, 960, 2895, 255, 96, Hidden, 0, "Printing progress"},
 {3, nullptr, "lblBillPeriodP2", K::Label, "Bill Period:", 120, 600, 960, 210, 99},
 {3, nullptr, "lblPrinting", K::Label, "Sending to printer ...", 5400, 720, 1815, 255, 98, Hidden},
-{3, nullptr, "lblPrintResult", K::Label, "", 5040, 600, 3255, 450, 108, Hidden, 0, "Last print run"},
+{3, nullptr, "lblPrintResult", K::Label, "", 5040, 600, 3255, 450, 143, Hidden, 0, "Last print run"},
 {3, nullptr, "lblRightClickForNote", K::Label, "(Right-click customer to add a note to their bill.)", 120, 5640, 2205, 450, 97, NoFlags, 0, nullptr, F::ByRule, A::Centre, syscolor::GrayText},
 {3, nullptr, "lblTop(3)", K::Label, "Printing", 0, 0, 8415, 375, 63, NoFlags, 0, nullptr, F::Title, A::Centre, rgb(0, 128, 0), rgb(255, 255, 255)},
 
