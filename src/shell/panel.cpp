@@ -116,7 +116,6 @@ const Rule kRules[] = {
     {5, "lblVersionNumber", Prop::Left, Base::W, -3495},
     {5, "lblCheckForNewVersion", Prop::Left, Base::Ref, 0, "lblVersionNumber", Prop::Left},
     {5, "fraDocumentation", Prop::Left, Base::Ref, 0, "lblVersionNumber", Prop::Left},
-    {5, "cmdEmailSettings", Prop::Left, Base::Ref, 1080, "lblVersionNumber", Prop::Left},
     {5, "fraDocumentation", Prop::Top, Base::H, -1080},
     // These two follow the changed state when the panel is arranged, not
     // when the state changes.
