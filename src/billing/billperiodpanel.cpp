@@ -46,7 +46,7 @@ QString titleOf(const billing::Prompt &p) { return p.title.isEmpty() ? AppTitle 
 bool hasCurrentCustomer(const Database &db)
 {
     bool found = false;
-    db.lvwCustomers.forEach([&](QStringView, QStringView text) {
+    db.customers().forEach([&](QStringView, QStringView text) {
         found = CustomerView::parse(text) && !customer::isArchived(text);
         return !found;
     });
@@ -157,7 +157,7 @@ void BillPeriodPanel::refreshBillPeriodList()
     treeModel().clear();
     clearEntryFields(2);
 
-    const KeyedList &periods = ctx.db().lvwPeriods;
+    const KeyedList &periods = ctx.db().periods();
     if (periods.count() == 0) return;
     fillChooser(m_chooser, periods);
     // The latest period is what the user sees: the chooser's change shows it.
@@ -189,7 +189,7 @@ void BillPeriodPanel::refreshProductList()
     QTreeWidget *list = m_products;
     list->clear();
     QList<QTreeWidgetItem *> rows;
-    ctx.db().lvwPAndS.forEach([&rows](QStringView key, QStringView text) {
+    ctx.db().items().forEach([&rows](QStringView key, QStringView text) {
         const ItemView row = ItemView::parse(text);
         if (!row.archived) {
             auto *item = new QTreeWidgetItem(QStringList{row.listText.toString()});
@@ -329,10 +329,6 @@ void BillPeriodPanel::addBillPeriod()
     billing::finaliseBillPeriod(ctx.db(), treeModel(), name, m_periodFields[0]->text(), m_periodFields[1]->text(),
                                 m_periodFields[2]->text());
     m_trees.endEntry();
-    // The lists of periods follow (RefreshBillPeriodList shows the latest),
-    // and the database counts as changed.
-    ctx.db().tableEdited(Database::Table::InvoiceRecords);
-    ctx.db().tableEdited(Database::Table::Periods);
     showBillPeriodEntry(false);
 }
 
@@ -377,7 +373,7 @@ bool BillPeriodPanel::selectedHasRecord() const
 {
     const NodeValues &v = treeModel().values(m_binding->selectedNode());
     if (v.kind != NodeKind::Customer || !v.balance || m_trees.chosenIndex() < 0) return false;
-    return ctx.db().lvwInvoiceRecords.contains(record::keyFor(m_trees.chosenName(), v.customer));
+    return ctx.db().invoiceRecords().contains(record::keyFor(m_trees.chosenName(), v.customer));
 }
 
 void BillPeriodPanel::tvwInvoiceRecordsMouseUp(Qt::MouseButton button, bool ctrl)
@@ -447,7 +443,6 @@ void BillPeriodPanel::logPayment(Money balance, const QString &note)
         return;
     m_cmdResetCustomerAccounts->hide();
     m_cmdAdjustBalance->hide();
-    ctx.db().setChanged(true);
 }
 
 void BillPeriodPanel::cmdResetCustomerAccountsClick()

@@ -113,7 +113,7 @@ FrmQOR::FrmQOR(Session &session, QWidget *parent) : QWidget(parent), m_session(&
         if (!changed) m_recoveryTimer.stop();
     });
     connect(m_session, &Session::readOnlyChanged, this, &FrmQOR::showReadOnly);
-    db().onPlaceholderCreated = [this] { placeholderCreated(); };
+    connect(&db(), &Database::placeholderCreated, this, [this] { placeholderCreated(); });
 
     // Unsaved changes reach the recovery copy within RecoveryDelay of the
     // first change after the last copy: the timer is not restarted by
@@ -138,7 +138,6 @@ FrmQOR::~FrmQOR() {
         delete panel;
         panel = nullptr;
     }
-    db().onPlaceholderCreated = nullptr;
     m_session->setDialogOwner(nullptr);
     delete p;
 }

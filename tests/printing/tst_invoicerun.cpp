@@ -151,7 +151,7 @@ private slots:
             return pages::PrintOutcome{pages::PrintStatus::Printed, {}, {}};
         };
         auto *button = panel->findChild<QAbstractButton *>(u"cmdPrintSelectedInvoices"_s);
-        w->db().company[0].clear();
+        w->db().setCompanyField(0, QString());
 
         // Closed with its close box counts as Yes: to Company Info, nothing printed.
         click(button);
@@ -180,7 +180,7 @@ private slots:
 
         // An address without a name: not asked either.
         settings::write(u"Messages"_s, u"DontShowNeedToFillCompanyInfo"_s, QString());
-        w->db().company[1] = u"1 Main St"_s;
+        w->db().setCompanyField(1, u"1 Main St"_s);
         click(button);
         QCOMPARE(jobs, 9);
         QCOMPARE(answers.dialogs.seen.size(), 2);
