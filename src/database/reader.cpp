@@ -1171,22 +1171,30 @@ private:
     // value written over several lines keeps its breaks; between elements the
     // break means nothing. A blank line inside a record adds just the break,
     // a comment line adds nothing.
+    // One more line of the record, cleaned, after a break when the record
+    // already holds something (start is its size before the line). False for
+    // a comment line: it adds nothing, the record is as it was.
+    bool appendCleaned(const char *b, qsizetype n, qsizetype start)
+    {
+        if (start) m_rec.append('\n');
+        const qsizetype mark = m_rec.size();
+        const bool bang = clean(b, n, m_rec);
+        m_curSpan = {mark, m_rec.size() - mark};
+        if (bang && hasComment(m_rec.constData() + mark, m_curSpan.len)) {
+            m_rec.truncate(start);
+            return false;
+        }
+        return true;
+    }
+
     void recordLine()
     {
         m_cur = &m_rec;
         const char *b;
         qsizetype n;
         while (m_src.next(b, n)) {
-            const qsizetype start = m_rec.size();
-            if (start) m_rec.append('\n');
-            const qsizetype mark = m_rec.size();
-            const bool bang = clean(b, n, m_rec);
-            m_curSpan = {mark, m_rec.size() - mark};
-            if (bang && hasComment(m_rec.constData() + mark, m_curSpan.len)) {
-                m_rec.truncate(start);
-                continue;
-            }
-            if (m_curSpan.len) m_shape.line(m_rec.constData() + mark, m_curSpan.len, m_src.lineNumber());
+            if (!appendCleaned(b, n, m_rec.size())) continue;
+            if (m_curSpan.len) m_shape.line(m_rec.constData() + m_curSpan.at, m_curSpan.len, m_src.lineNumber());
             return;
         }
         m_curSpan = {m_rec.size(), 0};
@@ -1602,21 +1610,14 @@ private:
                     return;
                 }
             }
-            if (start) m_rec.append('\n');
-            const qsizetype mark = m_rec.size();
-            const bool bang = clean(b, n, m_rec);
-            m_curSpan = {mark, m_rec.size() - mark};
-            if (bang && hasComment(m_rec.constData() + mark, m_curSpan.len)) {
-                m_rec.truncate(start);
-                continue;
-            }
+            if (!appendCleaned(b, n, start)) continue;
             if (m_curSpan.len == 0 && r.plain) {
                 // Between whole elements a blank line means nothing.
                 m_rec.truncate(start);
                 continue;
             }
             if (m_curSpan.len) {
-                m_shape.line(m_rec.constData() + mark, m_curSpan.len, m_src.lineNumber());
+                m_shape.line(m_rec.constData() + m_curSpan.at, m_curSpan.len, m_src.lineNumber());
                 r.plain = false;
             }
             return;
