@@ -462,13 +462,15 @@ std::unique_ptr<Database> Database::carriedOver() const
 {
     auto next = std::make_unique<Database>();
     Tables t;
-    for (auto [from, to] : {std::pair{&m_t.customers, &t.customers}, std::pair{&m_t.items, &t.items}}) {
-        to->reserve(from->count());
-        from->forEach([to](QStringView key, QStringView text) {
-            to->append(key.toString(), text.toString());
+    auto copy = [](const KeyedList &from, KeyedList &to) {
+        to.reserve(from.count());
+        from.forEach([&to](QStringView key, QStringView text) {
+            to.append(key.toString(), text.toString());
             return true;
         });
-    }
+    };
+    copy(m_t.customers, t.customers);
+    copy(m_t.items, t.items);
     t.company = m_t.company;
     next->load(std::move(t));
     return next;
