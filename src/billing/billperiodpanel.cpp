@@ -326,9 +326,11 @@ void BillPeriodPanel::addBillPeriod()
     if (dialogs.warning(owner, titleOf(billing::text::Finalise), billing::text::Finalise.text,
                         QMessageBox::Ok | QMessageBox::Cancel) != QMessageBox::Ok)
         return;
+    // The entry ends first: the database tells of the new period as it adds
+    // it, and the lists that follow show it as a period, not as an entry.
+    m_trees.endEntry();
     billing::finaliseBillPeriod(ctx.db(), treeModel(), name, m_periodFields[0]->text(), m_periodFields[1]->text(),
                                 m_periodFields[2]->text());
-    m_trees.endEntry();
     showBillPeriodEntry(false);
 }
 
