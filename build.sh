@@ -13,7 +13,7 @@ PACKAGES=(cmake g++ make pkg-config qt6-base-dev qt6-base-dev-tools libgl1-mesa-
           libxkbcommon-dev libpugixml-dev fonts-liberation xvfb xauth
           openssl desktop-file-utils appstream dpkg-dev file man-db
           libcups2-dev cups printer-driver-cups-pdf poppler-utils
-          at-spi2-core python3-pyatspi dbus-x11 x11-utils qt6ct
+          at-spi2-core python3-pyatspi dbus-x11 x11-utils qt6ct clang-format-14
           libcurl4-openssl-dev qtkeychain-qt6-dev python3-aiosmtpd
           clang-14 libclang-rt-14-dev)  # the last two for fuzz/run.sh only
 

@@ -102,7 +102,7 @@ int main(int argc, char **argv)
     db.fillInvoiceRecordNames();
     const QStringList periods = billing::periodNames(db);
     std::printf("bench_billing: %d customers, %d items, %d periods, %d records (made in %.0f ms), best of %d runs\n",
-                db.lvwCustomers.count(), db.lvwPAndS.count(), int(periods.size()), db.lvwInvoiceRecords.count(), genMs,
+                db.customers().count(), db.items().count(), int(periods.size()), db.invoiceRecords().count(), genMs,
                 runs);
     if (periods.isEmpty()) return 1;
 
@@ -133,7 +133,7 @@ int main(int argc, char **argv)
 
     // Products to bill: the first three current ones.
     QList<std::pair<QString, QString>> products;
-    db.lvwPAndS.forEach([&](QStringView key, QStringView text) {
+    db.items().forEach([&](QStringView key, QStringView text) {
         const ItemView row = ItemView::parse(text);
         if (!row.archived) products.append({key.toString(), row.listText.toString()});
         return products.size() < 3;
@@ -154,7 +154,7 @@ int main(int argc, char **argv)
     // Finalising: every current customer with three items, into the big table.
     int periodNumber = 0;
     int added = 0;
-    const int before = db.lvwInvoiceRecords.count();
+    const int before = db.invoiceRecords().count();
     const double finMs = bestOf(runs, [&] {
         billing::resetNewPeriodTree(tree0, db);
         for (const auto &[key, text] : products) billing::billProductToMarked(tree0, key, text);

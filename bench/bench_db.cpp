@@ -88,8 +88,8 @@ bool loadDb(qor::Database &db, const QString &path, double *ms) {
         return false;
     }
     std::printf("customers=%d\nperiods=%d\nproducts=%d\nrecords=%d\nproblems=%lld\n",
-                db.lvwCustomers.count(), db.lvwPeriods.count(), db.lvwPAndS.count(),
-                db.lvwInvoiceRecords.count(), qlonglong(problems.size()));
+                db.customers().count(), db.periods().count(), db.items().count(),
+                db.invoiceRecords().count(), qlonglong(problems.size()));
     return true;
 }
 
@@ -114,7 +114,7 @@ int childMain(const QStringList &args) {
             std::printf("error=%s\n", qPrintable(s.message.simplified()));
             childExit(1);
         }
-        std::printf("records=%d\n", db.lvwInvoiceRecords.count());
+        std::printf("records=%d\n", db.invoiceRecords().count());
         childExit(0);
     }
     if (mode == QLatin1String("load")) {
@@ -171,7 +171,8 @@ int childMain(const QStringList &args) {
         double loadMs = 0;
         if (!loadDb(db, args.value(1), &loadMs)) childExit(1);
         const int n = std::max(1, args.value(2).toInt());
-        qor::KeyedList &t = db.lvwInvoiceRecords;
+        qor::Tables tables = db.release();
+        qor::KeyedList &t = tables.invoiceRecords;
         const int before = t.count();
         // New records of a period that sorts among the others ("Bench ..." lands
         // between "August" and "December"), for customers spread over the

@@ -59,8 +59,8 @@ int main(int argc, char *argv[]) {
     t.start();
     bench::generate(db, bench::largeParams(QStringLiteral("en_US"), records));
     std::printf("generated %d records, %d customers, %d products, %d periods in %.0f ms\n",
-                db.lvwInvoiceRecords.count(), db.lvwCustomers.count(), db.lvwPAndS.count(),
-                db.lvwPeriods.count(), t.nsecsElapsed() / 1e6);
+                db.invoiceRecords().count(), db.customers().count(), db.items().count(),
+                db.periods().count(), t.nsecsElapsed() / 1e6);
 
     QWidget owner;
     owner.show();
@@ -93,7 +93,7 @@ int main(int argc, char *argv[]) {
     for (int run = 0; run < runs; ++run) {
         snapshot.clear();
         t.restart();
-        snapshot.take(db.lvwInvoiceRecords);
+        snapshot.take(db.invoiceRecords());
         const double ms = t.nsecsElapsed() / 1e6;
         if (best < 0 || ms < best) best = ms;
     }
@@ -102,7 +102,7 @@ int main(int argc, char *argv[]) {
     for (int run = 0; run < runs; ++run) {
         qsizetype chars = 0;
         t.restart();
-        db.lvwInvoiceRecords.forEach([&chars](QStringView key, QStringView text) {
+        db.invoiceRecords().forEach([&chars](QStringView key, QStringView text) {
             chars += key.size() + text.size();
             return true;
         });

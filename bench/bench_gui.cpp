@@ -100,7 +100,7 @@ void selectPosition(CustomerPanel *cp, int position) {
 
 int archivedCustomers(const Database &db) {
     int n = 0;
-    db.lvwCustomers.forEach([&](QStringView, QStringView text) {
+    db.customers().forEach([&](QStringView, QStringView text) {
         if (customer::isArchived(text)) ++n;
         return true;
     });
@@ -232,9 +232,9 @@ int main(int argc, char **argv) {
     const double loadMs = timeIt([&] { w.formLoad(); });
     Database &db = w.db();
     std::printf("  formLoad (read, names, all lists, show): %.0f ms; %d customers, %d records\n", loadMs,
-                db.lvwCustomers.count(), db.lvwInvoiceRecords.count());
-    verdict(db.lvwInvoiceRecords.count() == p.records,
-            QStringLiteral("the window holds all %1 generated records (%2)").arg(p.records).arg(db.lvwInvoiceRecords.count()));
+                db.customers().count(), db.invoiceRecords().count());
+    verdict(db.invoiceRecords().count() == p.records,
+            QStringLiteral("the window holds all %1 generated records (%2)").arg(p.records).arg(db.invoiceRecords().count()));
 
     const double refreshMs = bestOf(runs, {}, [&] { w.db().endReload(); });  // every view rebuilds from the tables
     // The refresh selects the latest period, which rebuilds the invoice tree:
@@ -260,7 +260,7 @@ int main(int argc, char **argv) {
     if (!cp) {
         verdict(false, QStringLiteral("the customer panel exists"));
     } else {
-        const int customersBefore = db.lvwCustomers.count();
+        const int customersBefore = db.customers().count();
         const int rowsBefore = cp->rowCount();
         const QString first = QStringLiteral("Benchmark"), last = QStringLiteral("Quixotic-Newcomer");
         const QString name = last + QStringLiteral(", ") + first;
@@ -270,10 +270,10 @@ int main(int argc, char **argv) {
         setFieldText(cp->controlWidget(QStringLiteral("txtField(2)")), QStringLiteral("1 Test Rd"));
         QCoreApplication::processEvents();
         const double addMs = timeIt([&] { cp->cmdAddNewClick(); });  // "&Add New"
-        const bool added = db.lvwCustomers.count() == customersBefore + 1 && cp->rowCount() == rowsBefore + 1;
+        const bool added = db.customers().count() == customersBefore + 1 && cp->rowCount() == rowsBefore + 1;
         verdict(added && addMs < TargetMs,
                 QStringLiteral("add a customer %1 ms (table %2 -> %3 rows, list %4 -> %5)")
-                    .arg(addMs, 0, 'f', 1).arg(customersBefore).arg(db.lvwCustomers.count())
+                    .arg(addMs, 0, 'f', 1).arg(customersBefore).arg(db.customers().count())
                     .arg(rowsBefore).arg(cp->rowCount()));
 
         const int pos = cp->findCustomerRow(name);
@@ -281,10 +281,10 @@ int main(int argc, char **argv) {
             selectPosition(cp, pos);
             QCoreApplication::processEvents();
             const double delMs = timeIt([&] { cp->cmdUndoClick(); });  // "&Delete Existing"
-            const bool removed = db.lvwCustomers.count() == customersBefore && cp->findCustomerRow(name) == 0;
+            const bool removed = db.customers().count() == customersBefore && cp->findCustomerRow(name) == 0;
             verdict(removed && delMs < TargetMs,
                     QStringLiteral("delete an unbilled customer (full scan, row removed) %1 ms (table now %2 rows)")
-                        .arg(delMs, 0, 'f', 1).arg(db.lvwCustomers.count()));
+                        .arg(delMs, 0, 'f', 1).arg(db.customers().count()));
         } else {
             verdict(false, QStringLiteral("the added customer is found in the list"));
         }
@@ -292,11 +292,11 @@ int main(int argc, char **argv) {
         // A billed customer from the middle of the list.
         const int billedPos = std::max(1, cp->rowCount() / 2);
         selectPosition(cp, billedPos);
-        const int countBefore = db.lvwCustomers.count(), visBefore = cp->rowCount();
+        const int countBefore = db.customers().count(), visBefore = cp->rowCount();
         const int archivedBefore = archivedCustomers(db);
         QCoreApplication::processEvents();
         const double archMs = timeIt([&] { cp->cmdUndoClick(); });
-        const bool archived = db.lvwCustomers.count() == countBefore && cp->rowCount() == visBefore - 1
+        const bool archived = db.customers().count() == countBefore && cp->rowCount() == visBefore - 1
                               && archivedCustomers(db) == archivedBefore + 1;
         verdict(archived && archMs < TargetMs,
                 QStringLiteral("delete a billed customer (scan, row archived) %1 ms (list %2 -> %3 rows, archived %4 -> %5)")
@@ -368,11 +368,11 @@ int main(int argc, char **argv) {
             }
             bp->findChild<QLineEdit *>(QStringLiteral("txtBillPeriod"))->setText(QStringLiteral("Bench %1").arg(++period));
             bp->findChild<QLineEdit *>(QStringLiteral("txtPField(3)"))->setText(QStringLiteral("12/31/2030"));
-            recordsBefore = db.lvwInvoiceRecords.count();
+            recordsBefore = db.invoiceRecords().count();
         }, [&] { addNew->click(); }, cpu);
-        verdict(finMs < 300 && db.lvwInvoiceRecords.count() > recordsBefore,
+        verdict(finMs < 300 && db.invoiceRecords().count() > recordsBefore,
                 QStringLiteral("finalise %1 customers x 3 items into %2 records (then the latest shown) %3 ms (target 300)")
-                    .arg(db.lvwInvoiceRecords.count() - recordsBefore).arg(recordsBefore).arg(finMs, 0, 'f', 1) + QStringLiteral(" (processor %1 ms)").arg(cpu, 0, 'f', 1));
+                    .arg(db.invoiceRecords().count() - recordsBefore).arg(recordsBefore).arg(finMs, 0, 'f', 1) + QStringLiteral(" (processor %1 ms)").arg(cpu, 0, 'f', 1));
     }
 
     // The Statements window: every customer who owes, aged, from the million
@@ -391,7 +391,7 @@ int main(int argc, char **argv) {
         const int rows = sw ? sw->model()->rowCount() : 0;
         verdict(openMs < 300 && rows > 0,
                 QStringLiteral("open the Statements window (%1 customers who owe, %2 records walked) %3 ms (target 300)")
-                    .arg(rows).arg(db.lvwInvoiceRecords.count()).arg(openMs, 0, 'f', 1) +
+                    .arg(rows).arg(db.invoiceRecords().count()).arg(openMs, 0, 'f', 1) +
                     QStringLiteral(" (processor %1 ms)").arg(cpu, 0, 'f', 1));
         for (int c = 0; sw && c < statements::StatementsModel::ColumnCount; ++c) {
             const double ms = bestOfWithCpu(runs, [&] { sw->view()->sortByColumn(c, Qt::AscendingOrder); },

@@ -97,7 +97,7 @@ int main(int argc, char **argv)
     Database db;
     bench::generate(db, bench::largeParams(locale, records));
     std::printf("bench_statements: %d customers, %d records generated in %.2f s (not counted)\n",
-                db.lvwCustomers.count(), db.lvwInvoiceRecords.count(), t.elapsed() / 1000.0);
+                db.customers().count(), db.invoiceRecords().count(), t.elapsed() / 1000.0);
     // Five days before the latest period's due date: every aging column has something.
     const QDate asOf(2027, 1, 10);
 
@@ -168,7 +168,7 @@ int main(int argc, char **argv)
             if (tree.kind(node) == NodeKind::Customer) tree.setChecked(node, true);
         });
         invoicerun::RunValues values;
-        values.company = db.company;
+        values.company = db.company();
         values.billDue = invoicerun::billDueOf(db, period);
         values.options = invoicerun::storedInvoiceOptions();
         const QList<pages::Page> pages = invoicerun::composeInvoiceRun(db, tree, values);

@@ -78,15 +78,15 @@ const std::array<const char *, 12> MonthNames = {
 
 QString chrono(const QDate &d) { return d.toString(QStringLiteral("yyyy/MM/dd")); }
 
-// Fills db with the rows of p. Tables are bulk-appended and sorted once, which
-// is also how the reader builds them.
+// Fills db with the rows of p. Tables are bulk-appended and sorted once by
+// the database's bulk load, which is also how the reader builds them.
 }  // namespace
 
 void generate(Database &db, const DbParams &p) {
     Rng rng(p.seed);
-    db.clear();
+    Tables t;
 
-    db.company = {QStringLiteral("Smith & Sons Lawn Care"), QStringLiteral("1200 Industrial Pkwy"),
+    t.company = {QStringLiteral("Smith & Sons Lawn Care"), QStringLiteral("1200 Industrial Pkwy"),
                   QStringLiteral("Suite 4"), QStringLiteral("Springfield, IL 62701"),
                   QStringLiteral("Phone (217) 555-0142  Fax (217) 555-0143  office@smithlawn.example"),
                   QStringLiteral("Green lawns since 1987"),
@@ -118,9 +118,8 @@ void generate(Database &db, const DbParams &p) {
         const QString notes = rng.chance(12) ? QString::fromUtf8(rng.pick(CustomerNotes)) : QString();
         const CustomerRow row{archived ? ArchiveMark + name : name, fname, lname, add1, add2, add3,
                               email, phone, notes};
-        db.lvwCustomers.append(numberKey(qint64(cid)), row.text());
+        t.customers.append(numberKey(qint64(cid)), row.text());
     }
-    db.lvwCustomers.resort();
 
     // Products and services, with prices in the locale's currency form.
     std::vector<Money> price(size_t(p.products) + 1);
@@ -132,10 +131,9 @@ void generate(Database &db, const DbParams &p) {
                      + QString::fromUtf8(rng.pick(ServiceKinds));
         if (rng.chance(30)) name += QStringLiteral(" #%1").arg(psid);
         const bool archived = rng.chance(5);
-        db.lvwPAndS.append(QString::number(psid) + QLatin1Char('k'),
+        t.items.append(QString::number(psid) + QLatin1Char('k'),
                            ItemRow{regional::sortPrice(value), archived, item::listTextFor(priceText, name)}.text());
     }
-    db.lvwPAndS.resort();
 
     // Bill periods, one per month from January 2017. The key is the name and
     // one FieldSep, as for a period read from the file.
@@ -146,9 +144,8 @@ void generate(Database &db, const DbParams &p) {
         periodName[size_t(i)] = name;
         const PeriodRow row{chrono(start), name, chrono(start.addMonths(1).addDays(-1)),
                             chrono(start.addMonths(1).addDays(14))};
-        db.lvwPeriods.append(period::keyFor(name), row.text());
+        t.periods.append(period::keyFor(name), row.text());
     }
-    db.lvwPeriods.resort();
 
     // Invoice records: each period bills a different random set of customers,
     // spread so that the total is exactly p.records.
@@ -178,10 +175,10 @@ void generate(Database &db, const DbParams &p) {
             const QString &bp = periodName[size_t(i)];
             const InvoiceRecordRow row{bp, displayName[size_t(cid)], cidText, balance.toStoredText(),
                                        ItemEntry::join(items), note};
-            db.lvwInvoiceRecords.append(record::keyFor(bp, cidText), row.text());
+            t.invoiceRecords.append(record::keyFor(bp, cidText), row.text());
         }
     }
-    db.lvwInvoiceRecords.resort();
+    db.load(std::move(t));
 }
 
 QString randomPersonName(Rng &rng) {

@@ -21,11 +21,11 @@ QStringList rowsOf(const KeyedList &t)
 QStringList tablesOf(const Database &db)
 {
     QStringList all;
-    for (const QString &c : db.company) all << c;
-    all << QStringLiteral("--customers") << rowsOf(db.lvwCustomers);
-    all << QStringLiteral("--periods") << rowsOf(db.lvwPeriods);
-    all << QStringLiteral("--items") << rowsOf(db.lvwPAndS);
-    all << QStringLiteral("--records") << rowsOf(db.lvwInvoiceRecords);
+    for (const QString &c : db.company()) all << c;
+    all << QStringLiteral("--customers") << rowsOf(db.customers());
+    all << QStringLiteral("--periods") << rowsOf(db.periods());
+    all << QStringLiteral("--items") << rowsOf(db.items());
+    all << QStringLiteral("--records") << rowsOf(db.invoiceRecords());
     return all;
 }
 

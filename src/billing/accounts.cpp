@@ -15,8 +15,8 @@ const PriceBook::Item &PriceBook::item(QStringView number)
     Item i;
     i.number = n;
     const QString key = numberKey(n);
-    if (m_db.lvwPAndS.contains(key)) {
-        const ItemView row = ItemView::parse(m_db.lvwPAndS.textOf(key));
+    if (m_db.items().contains(key)) {
+        const ItemView row = ItemView::parse(m_db.items().textOf(key));
         i.listText = row.listText.toString();
         i.price = Money::fromPriceText(row.priceText()).value_or(Money());
     } else {
@@ -43,7 +43,7 @@ std::vector<PeriodSummary> periodSummaries(const Database &db)
 {
     std::vector<PeriodSummary> out;
     QHash<QString, size_t> byName;
-    db.lvwPeriods.forEach([&](QStringView, QStringView text) {
+    db.periods().forEach([&](QStringView, QStringView text) {
         if (const auto p = PeriodView::parse(text)) {
             const QString name = p->name.toString();
             if (!byName.contains(name)) byName.insert(name, out.size());
@@ -55,7 +55,7 @@ std::vector<PeriodSummary> periodSummaries(const Database &db)
     PriceBook prices(db);
     QString lastName;
     size_t last = size_t(-1);
-    db.lvwInvoiceRecords.forEach([&](QStringView, QStringView text) {
+    db.invoiceRecords().forEach([&](QStringView, QStringView text) {
         const auto r = InvoiceRecordView::parse(text);
         if (!r) return true;
         if (last == size_t(-1) || r->period != lastName) {
@@ -79,7 +79,7 @@ Owing owing(const Database &db, const QString &cidFilter)
     const QString only = cidFilter.isEmpty() ? QString() : plainNumber(cidFilter);
     QHash<QString, int> periodOrder;
     int position = 0;
-    db.lvwPeriods.forEach([&](QStringView, QStringView text) {
+    db.periods().forEach([&](QStringView, QStringView text) {
         if (const auto p = PeriodView::parse(text)) periodOrder.insert(p->name.toString(), ++position);
         return true;
     });
@@ -90,7 +90,7 @@ Owing owing(const Database &db, const QString &cidFilter)
         Money balance;
     };
     QHash<QString, std::vector<Line>> byCustomer;
-    db.lvwInvoiceRecords.forEach([&](QStringView, QStringView text) {
+    db.invoiceRecords().forEach([&](QStringView, QStringView text) {
         const auto r = InvoiceRecordView::parse(text);
         if (!r || (!only.isEmpty() && r->cid != only)) return true;
         const Money balance = Money::fromStoredText(r->balance).value_or(Money());
@@ -115,7 +115,7 @@ Owing owing(const Database &db, const QString &cidFilter)
         out.customers.push_back(std::move(c));
         byCustomer.erase(it);
     };
-    db.lvwCustomers.forEach([&](QStringView key, QStringView text) {
+    db.customers().forEach([&](QStringView key, QStringView text) {
         const QStringView name = customer::displayNameOf(text);
         addCustomer(plainNumber(key), (name.startsWith(ArchiveMark) ? name.mid(ArchiveMark.size()) : name).toString());
         return true;
@@ -138,7 +138,7 @@ QStringList moneyProblems(const Database &db)
         if (out.size() < detail::MaxItemProblems) out << line;
         else ++more;
     };
-    db.lvwPAndS.forEach([&](QStringView key, QStringView text) {
+    db.items().forEach([&](QStringView key, QStringView text) {
         const ItemView row = ItemView::parse(text);
         if (!Money::fromPriceText(row.priceText()))
             tell(QStringLiteral("item number %1: the price \"%2\" holds no amount that can be read; it counts as 0")
@@ -146,7 +146,7 @@ QStringList moneyProblems(const Database &db)
         return true;
     });
     PriceBook prices(db);
-    db.lvwInvoiceRecords.forEach([&](QStringView, QStringView text) {
+    db.invoiceRecords().forEach([&](QStringView, QStringView text) {
         const auto r = InvoiceRecordView::parse(text);
         if (!r) return true;
         const QString where = QStringLiteral("bill period \"%1\", customer number %2: ").arg(r->period, r->cid);

@@ -21,9 +21,9 @@ QString eightDigits(const QString &number)
 // the table has no such customer.
 QString presentName(const Database &db, const QString &customerKey)
 {
-    const int at = db.lvwCustomers.indexOf(customerKey);
+    const int at = db.customers().indexOf(customerKey);
     if (at == 0) return QString();
-    const QStringView name = customer::displayNameOf(db.lvwCustomers.textView(at));
+    const QStringView name = customer::displayNameOf(db.customers().textView(at));
     return (name.startsWith(ArchiveMark) ? name.mid(ArchiveMark.size()) : name).toString();
 }
 
@@ -100,7 +100,7 @@ QString rowSafe(QString typed)
 int findPeriodRow(const Database &db, const QString &name)
 {
     int position = 0, found = 0;
-    db.lvwPeriods.forEach([&](QStringView, QStringView text) {
+    db.periods().forEach([&](QStringView, QStringView text) {
         ++position;
         QStringView field;
         if (rowdetail::fieldAt(text, 1, field) && field == name) {
@@ -115,7 +115,7 @@ int findPeriodRow(const Database &db, const QString &name)
 QStringList periodNames(const Database &db)
 {
     QStringList names;
-    db.lvwPeriods.forEach([&names](QStringView, QStringView text) {
+    db.periods().forEach([&names](QStringView, QStringView text) {
         if (const auto period = PeriodView::parse(text)) names.append(period->name.toString());
         return true;
     });
@@ -142,15 +142,14 @@ int finaliseBillPeriod(Database &db, const InvoiceTree &entryTree, const QString
                        const QString &end, const QString &due)
 {
     const QString name = rowSafe(typedName);
-    if (name.isEmpty() || findPeriodRow(db, name) != 0 || db.lvwPeriods.contains(name)) return 0;
+    if (name.isEmpty() || findPeriodRow(db, name) != 0 || db.periods().contains(name)) return 0;
     const int root = entryTree.root();
     if (root == 0) return 0;
     const PeriodRow row{chronoDate(start), name, chronoDate(end), chronoDate(due)};
-    db.lvwPeriods.add(name, row.text());
 
     // One record per customer with items: the item list, and the total of the
     // items' amounts as the opening balance.
-    int added = 0;
+    std::vector<InvoiceRecordRow> records;
     for (int customer : entryTree.childrenOf(root)) {
         const NodeValues &c = entryTree.values(customer);
         if (c.kind != NodeKind::Customer) continue;
@@ -163,16 +162,13 @@ int finaliseBillPeriod(Database &db, const InvoiceTree &entryTree, const QString
             ItemEntry::append(r.items, v.item, int(v.quantity));
         }
         if (r.items.isEmpty()) continue;  // a customer without items is not part of the period
-        const QString key = record::keyFor(name, c.customer);
-        if (db.lvwInvoiceRecords.contains(key)) continue;  // the name is new, so its keys are too
         r.period = name;
         r.customerName = withoutMark(db.customerNameByCid(c.customer));
         r.cid = c.customer;
         r.balance = total.toStoredText();
-        db.lvwInvoiceRecords.add(key, r.text());
-        ++added;
+        records.push_back(std::move(r));
     }
-    return added;
+    return db.addPeriod(row, records).rows;
 }
 
 // ---------------------------------------------------------------- trees
@@ -220,7 +216,7 @@ void resetNewPeriodTree(InvoiceTree &tree, const Database &db)
     const InvoiceTree::Bulk bulk(tree);
     startEntryTree(tree);
     const int root = tree.root();
-    db.lvwCustomers.forEach([&](QStringView key, QStringView text) {
+    db.customers().forEach([&](QStringView key, QStringView text) {
         const QStringView name = customer::displayNameOf(text);
         if (name.startsWith(ArchiveMark)) return false;  // archived customers stand last
         const int node = tree.add(root, key.toString(), customerValues(plainNumber(key), name.toString(), true));
@@ -343,7 +339,7 @@ int lowerBound(const KeyedList &table, const QString &probe)
 std::vector<QStringView> recordsOf(const Database &db, const QString &period)
 {
     std::vector<QStringView> out;
-    const KeyedList &records = db.lvwInvoiceRecords;
+    const KeyedList &records = db.invoiceRecords();
     const QString after = period + QChar(u'\u0002');
     const int n = records.count();
     for (int i = lowerBound(records, record::periodStart(period)); i <= n; ++i) {
@@ -474,20 +470,20 @@ void restoreEntry(InvoiceTree &entryTree, const Database &db, const BillEntry &e
     }
 }
 
-edits::Removal removeCustomer(InvoiceTrees &trees, const QString &key, const edits::Progress &progress)
+EditOutcome removeCustomer(InvoiceTrees &trees, const QString &key, const Database::Progress &progress)
 {
     InvoiceTree &entry = trees.tree(0);
     const bool open = trees.entryOpen();
     const bool billed = open && entryBills(entry, plainNumber(key), &NodeValues::customer);
-    const edits::Removal r = edits::removeCustomer(trees.db(), key, progress, billed);
-    if (open && r == edits::Removal::Deleted) entry.remove(entry.find(key));
+    EditOutcome r = trees.db().removeCustomer(key, progress, billed);
+    if (open && r.removal == Removal::Deleted) entry.remove(entry.find(key));
     return r;
 }
 
-edits::Removal removeItem(InvoiceTrees &trees, const QString &key, const edits::Progress &progress)
+EditOutcome removeItem(InvoiceTrees &trees, const QString &key, const Database::Progress &progress)
 {
-    return edits::removeItem(trees.db(), key, progress,
-                             trees.entryOpen() && entryBills(trees.tree(0), plainNumber(key), &NodeValues::item));
+    return trees.db().removeItem(key, progress,
+                                 trees.entryOpen() && entryBills(trees.tree(0), plainNumber(key), &NodeValues::item));
 }
 
 // ---------------------------------------------------------------- payments
@@ -501,9 +497,8 @@ bool logPayment(InvoiceTree &tree0, InvoiceTree &tree1, Database &db, int node, 
     if (customer.kind != NodeKind::Customer || !customer.balance) return false;
     if (note.isEmpty() && balance.isZero() && customer.balance->isZero()) return false;
     const QString cid = customer.customer;
-    const QString recordKey = record::keyFor(period, cid);
     // A customer of an abandoned entry has no record to pay.
-    if (!db.lvwInvoiceRecords.contains(recordKey)) return false;
+    if (!db.invoiceRecords().contains(record::keyFor(period, cid))) return false;
 
     customer.balance = balance;
     tree0.setValues(node, customer);
@@ -517,23 +512,7 @@ bool logPayment(InvoiceTree &tree0, InvoiceTree &tree1, Database &db, int node, 
         if (tree0.add(node, noteKey, v) == 0) tree0.setValues(tree0.find(noteKey), v);
     }
 
-    const auto old = InvoiceRecordRow::parse(db.lvwInvoiceRecords.textOf(recordKey));
-    InvoiceRecordRow r;
-    r.period = period;
-    r.customerName = withoutMark(db.customerNameByCid(cid));
-    r.cid = cid;
-    r.balance = balance.toStoredText();
-    r.items = old ? old->items : QString();
-    r.note = note;
-    // The name is the customer's present one. When it has changed since the
-    // record was written, the row moves to where its new text sorts: the
-    // walks over a period's records rely on the table's order.
-    if (old && old->customerName != r.customerName) {
-        db.lvwInvoiceRecords.remove(recordKey);
-        db.lvwInvoiceRecords.add(recordKey, r.text());
-    } else {
-        db.lvwInvoiceRecords.setTextOf(recordKey, r.text());
-    }
+    db.logPayment(period, cid, balance.toStoredText(), note);
 
     rebuildInvoiceTree(tree1, db, period);
     return true;

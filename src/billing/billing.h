@@ -4,7 +4,7 @@
 // show for them. The panels read their controls, call these, and show the
 // outcome; every rule about money and records lives here.
 #include "billing/invoicetree.h"
-#include "database/edits.h"
+#include "database/database.h"
 #include "database/money.h"
 
 #include <QDate>
@@ -156,8 +156,8 @@ void restoreEntry(InvoiceTree &entryTree, const Database &db, const BillEntry &e
 // entry bills is archived, so its number is never given to another; a
 // customer deleted outright also leaves the entry's tree, so nothing can be
 // billed to a number that may come back.
-edits::Removal removeCustomer(InvoiceTrees &trees, const QString &key, const edits::Progress &progress = {});
-edits::Removal removeItem(InvoiceTrees &trees, const QString &key, const edits::Progress &progress = {});
+EditOutcome removeCustomer(InvoiceTrees &trees, const QString &key, const Database::Progress &progress = {});
+EditOutcome removeItem(InvoiceTrees &trees, const QString &key, const Database::Progress &progress = {});
 
 // ---------------------------------------------------------------- payments
 // LogPayment on the customer node of tree 0 of the period on show: the node's

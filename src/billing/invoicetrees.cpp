@@ -19,8 +19,8 @@ InvoiceTrees::InvoiceTrees(Database &db, QObject *parent) : QObject(parent), m_d
 
 void InvoiceTrees::showPeriod(int listIndex, const QString &name)
 {
-    if (listIndex < 0 || listIndex + 1 > m_db.lvwPeriods.count()) return;
-    const QString row = m_db.lvwPeriods.text(listIndex + 1);
+    if (listIndex < 0 || listIndex + 1 > m_db.periods().count()) return;
+    const QString row = m_db.periods().text(listIndex + 1);
     if (!PeriodView::parse(row)) return;
     m_index = listIndex;
     m_name = name;

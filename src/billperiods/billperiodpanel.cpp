@@ -46,7 +46,7 @@ QString titleOf(const billing::Prompt &p) { return p.title.isEmpty() ? AppTitle 
 bool hasCurrentCustomer(const Database &db)
 {
     bool found = false;
-    db.lvwCustomers.forEach([&](QStringView, QStringView text) {
+    db.customers().forEach([&](QStringView, QStringView text) {
         found = CustomerView::parse(text) && !customer::isArchived(text);
         return !found;
     });
@@ -170,7 +170,7 @@ void BillPeriodPanel::refreshBillPeriodList()
     treeModel().clear();
     clearEntryFields(2);
 
-    const KeyedList &periods = ctx.db().lvwPeriods;
+    const KeyedList &periods = ctx.db().periods();
     if (periods.count() == 0) return;
     fillChooser(m_chooser, periods);
     // The latest period is what the user sees: the chooser's change shows it.
@@ -202,7 +202,7 @@ void BillPeriodPanel::refreshProductList()
     QTreeWidget *list = m_products;
     list->clear();
     QList<QTreeWidgetItem *> rows;
-    ctx.db().lvwPAndS.forEach([&rows](QStringView key, QStringView text) {
+    ctx.db().items().forEach([&rows](QStringView key, QStringView text) {
         const ItemView row = ItemView::parse(text);
         if (!row.archived) {
             auto *item = new QTreeWidgetItem(QStringList{row.listText.toString()});
@@ -362,13 +362,11 @@ void BillPeriodPanel::addBillPeriod()
     if (dialogs.warning(owner, titleOf(billing::text::Finalise), billing::text::Finalise.text,
                         QMessageBox::Ok | QMessageBox::Cancel) != QMessageBox::Ok)
         return;
+    // The entry ends first: the database tells of the new period as it adds
+    // it, and the lists that follow show it as a period, not as an entry.
+    m_trees.endEntry();
     billing::finaliseBillPeriod(ctx.db(), treeModel(), name, m_periodFields[0]->text(), m_periodFields[1]->text(),
                                 m_periodFields[2]->text());
-    m_trees.endEntry();
-    // The lists of periods follow (RefreshBillPeriodList shows the latest),
-    // and the database counts as changed.
-    ctx.db().tableEdited(Database::Table::InvoiceRecords);
-    ctx.db().tableEdited(Database::Table::Periods);
     showBillPeriodEntry(false);
 }
 
@@ -413,7 +411,7 @@ bool BillPeriodPanel::selectedHasRecord() const
 {
     const NodeValues &v = treeModel().values(m_binding->selectedNode());
     if (v.kind != NodeKind::Customer || !v.balance || m_trees.chosenIndex() < 0) return false;
-    return ctx.db().lvwInvoiceRecords.contains(record::keyFor(m_trees.chosenName(), v.customer));
+    return ctx.db().invoiceRecords().contains(record::keyFor(m_trees.chosenName(), v.customer));
 }
 
 void BillPeriodPanel::tvwInvoiceRecordsMouseUp(Qt::MouseButton button, bool ctrl)
@@ -483,7 +481,6 @@ void BillPeriodPanel::logPayment(Money balance, const QString &note)
         return;
     m_cmdResetCustomerAccounts->hide();
     m_cmdAdjustBalance->hide();
-    ctx.db().setChanged(true);
 }
 
 void BillPeriodPanel::cmdResetCustomerAccountsClick()

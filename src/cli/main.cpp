@@ -142,23 +142,23 @@ int check(const QString &path)
     if (!load(db, path, problems)) return Rejected;
 
     int customersArchived = 0;
-    db.lvwCustomers.forEach([&](QStringView, QStringView text) {
+    db.customers().forEach([&](QStringView, QStringView text) {
         customersArchived += qor::customer::isArchived(text);
         return true;
     });
     int productsArchived = 0;
-    db.lvwPAndS.forEach([&](QStringView, QStringView text) {
+    db.items().forEach([&](QStringView, QStringView text) {
         productsArchived += qor::item::isArchived(text);
         return true;
     });
 
     QTextStream out(stdout);
-    out << "customers: " << db.lvwCustomers.count() - customersArchived << " current, " << customersArchived
+    out << "customers: " << db.customers().count() - customersArchived << " current, " << customersArchived
         << " archived\n";
-    out << "products: " << db.lvwPAndS.count() - productsArchived << " current, " << productsArchived
+    out << "products: " << db.items().count() - productsArchived << " current, " << productsArchived
         << " archived\n";
-    out << "bill periods: " << db.lvwPeriods.count() << '\n';
-    out << "invoice records: " << db.lvwInvoiceRecords.count() << '\n';
+    out << "bill periods: " << db.periods().count() << '\n';
+    out << "invoice records: " << db.invoiceRecords().count() << '\n';
     for (const QString &p : problems) out << p << '\n';
     for (const QString &p : qor::accounts::moneyProblems(db)) out << p << '\n';
     return Ok;
@@ -237,7 +237,7 @@ int owing(const QString &path, const StatementOptions &o)
     qor::Database db;
     QStringList problems;
     if (!load(db, path, problems)) return Rejected;
-    if (!o.customer.isEmpty() && !db.lvwCustomers.contains(qor::numberKey(QStringView(o.customer)))) {
+    if (!o.customer.isEmpty() && !db.customers().contains(qor::numberKey(QStringView(o.customer)))) {
         err(QStringLiteral("There is no customer number %1 in \"%2\".").arg(o.customer, shown(path)));
         return NotFound;
     }
@@ -315,7 +315,7 @@ int envelopes(const QStringList &args)
     QStringList problems;
     if (!load(db, a.file, problems)) return Rejected;
     bool periodFound = false;
-    db.lvwPeriods.forEach([&](QStringView, QStringView text) {
+    db.periods().forEach([&](QStringView, QStringView text) {
         const auto p = qor::PeriodView::parse(text);
         if (p && p->name == a.period) periodFound = true;
         return !periodFound;
@@ -334,19 +334,19 @@ int envelopes(const QStringList &args)
         yText = QStringLiteral("12");
     }
     qor::pages::EnvelopeInput in;
-    for (int i = 0; i < 4; ++i) in.company[size_t(i)] = db.company[size_t(i)];
+    for (int i = 0; i < 4; ++i) in.company[size_t(i)] = db.company()[size_t(i)];
     in.x = qor::pages::marginCentimetres(xText);
     in.y = qor::pages::marginCentimetres(yText);
     // The customers of the period in the order of the print tree; those who
     // owe stand ticked.
     QList<qor::pages::Page> pages;
-    db.lvwInvoiceRecords.forEach([&](QStringView, QStringView text) {
+    db.invoiceRecords().forEach([&](QStringView, QStringView text) {
         const auto r = qor::InvoiceRecordView::parse(text);
         if (!r || r->period != a.period) return true;
         if (!a.all && qor::Money::fromStoredText(r->balance).value_or(qor::Money()).isZero()) return true;
         const QString key = qor::numberKey(r->cid);
-        if (!db.lvwCustomers.contains(key)) return true;
-        const auto c = qor::CustomerView::parse(db.lvwCustomers.textOf(key));
+        if (!db.customers().contains(key)) return true;
+        const auto c = qor::CustomerView::parse(db.customers().textOf(key));
         if (!c) return true;
         in.firstName = c->firstName.toString();
         in.lastName = c->lastName.toString();
@@ -461,7 +461,7 @@ int customers(const QStringList &args)
     qor::Database db;
     QStringList problems;
     if (!load(db, a.file, problems)) return Rejected;
-    if (db.lvwCustomers.count() == 0) {
+    if (db.customers().count() == 0) {
         err(QStringLiteral("There are no customers to print in \"%1\"; no file was written.").arg(shown(a.file)));
         return NothingToPrint;
     }
@@ -479,7 +479,7 @@ int customers(const QStringList &args)
     o.fontName = s::value(S, QStringLiteral("PrintFontName"));
     o.fontStyleSize = s::value(S, QStringLiteral("PrintFontStyleSize"));
     // Measured as the PDF draws: a twip a unit, no device of its own.
-    const QList<qor::pages::Page> pages = qor::pages::composeCustomerList(db.lvwCustomers, o);
+    const QList<qor::pages::Page> pages = qor::pages::composeCustomerList(db.customers(), o);
     const int rc = writePages(pages, a.out, qor::pages::defaultPaper(), QStringLiteral("customers"));
     if (rc == Ok) QTextStream(stdout) << pages.size() << " pages\n";
     return rc;

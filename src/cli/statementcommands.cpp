@@ -61,7 +61,7 @@ int statementsCommand(const QStringList &args, const LoadFile &load)
 
     Database db;
     if (!load(db, file)) return Rejected;
-    if (!cid.isEmpty() && !db.lvwCustomers.contains(numberKey(QStringView(cid)))) {
+    if (!cid.isEmpty() && !db.customers().contains(numberKey(QStringView(cid)))) {
         err(QStringLiteral("There is no customer %1 in the file.").arg(cid));
         return NotFound;
     }

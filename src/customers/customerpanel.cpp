@@ -7,7 +7,6 @@
 #include "billing/invoicetrees.h"
 #include "database/collation.h"
 #include "database/database.h"
-#include "database/edits.h"
 #include "database/entryrules.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
@@ -81,7 +80,7 @@ CustomerPanel::CustomerPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *pare
     connect(m_cmdSearch, &QAbstractButton::clicked, this, &CustomerPanel::cmdSearchClick);
     // The list print's options window, modal over the main window.
     connect(m_cmdPrint, &QAbstractButton::clicked, this, [this] {
-        FrmPrintCustomers options(this->ctx.db().lvwCustomers, this->ctx.mainWindow());
+        FrmPrintCustomers options(this->ctx.db().customers(), this->ctx.mainWindow());
         options.exec();
     });
     connect(m_txtSearch, &QLineEdit::textChanged, this, &CustomerPanel::txtSearchChange);
@@ -256,7 +255,7 @@ void CustomerPanel::refreshCustomerList()
     const bool held = m_holdFields;
     m_holdFields = true;
     std::vector<VisibleRow> rows;
-    const KeyedList &table = ctx.db().lvwCustomers;
+    const KeyedList &table = ctx.db().customers();
     rows.reserve(size_t(table.count()));
     table.forEach([&rows](QStringView key, QStringView text) {
         const auto row = CustomerView::parse(text);
@@ -386,7 +385,7 @@ QTreeWidgetItem *CustomerPanel::insertVisibleRow(const QString &key, const QStri
         if (compareRowText(m_list->topLevelItem(mid)->text(0), name) < 0) lo = mid + 1;
         else hi = mid;
     }
-    const KeyedList &table = ctx.db().lvwCustomers;
+    const KeyedList &table = ctx.db().customers();
     int tablePos = -1;  // looked up only when a row of equal text is there
     while (lo < rowCount()) {
         const QTreeWidgetItem *it = m_list->topLevelItem(lo);
@@ -448,7 +447,7 @@ bool CustomerPanel::addCustomer(QString &key)
     const QString name = displayName();
     if (!entryStorable()) return false;
     if (!duplicateCheck(name, QString())) return false;
-    key = edits::addCustomer(ctx.db(), entryRow(), key);
+    key = ctx.db().addCustomer(entryRow(), key).key;
     if (m_list) {
         QTreeWidgetItem *item = insertVisibleRow(key, name);
         selectRow(item);
@@ -490,7 +489,7 @@ void CustomerPanel::applyCustomerEdit()
                                          QStringLiteral("A customer needs at least a first name."));
         return;
     }
-    if (key.isEmpty() || !db.lvwCustomers.contains(key)) {
+    if (key.isEmpty() || !db.customers().contains(key)) {
         // Nothing stands under edit (typing into an empty panel): keep what was
         // typed as a new customer instead of throwing it away.
         QString newKey;
@@ -507,7 +506,7 @@ void CustomerPanel::applyCustomerEdit()
             break;
         }
     }
-    edits::replaceCustomer(db, key, entered);
+    db.replaceCustomer(key, entered);
     selectRow(insertVisibleRow(key, entered.displayName));
     m_holdFields = false;
     m_list->setFocus(Qt::OtherFocusReason);
@@ -548,7 +547,7 @@ void CustomerPanel::showCustomerDetails()
     QTreeWidgetItem *row = selectedRow();
     if (!row) return;
     const QString key = row->data(0, Qt::UserRole).toString();
-    const KeyedList &table = ctx.db().lvwCustomers;
+    const KeyedList &table = ctx.db().customers();
     if (!table.contains(key)) return;
     const auto customer = CustomerRow::parse(table.textOf(key));
     if (!customer) return;
@@ -578,13 +577,13 @@ void CustomerPanel::deleteCustomer()
     int position = m_list->indexOfTopLevelItem(row) + 1;
     QString key = row->data(0, Qt::UserRole).toString();
     Database &db = ctx.db();
-    if (!db.lvwCustomers.contains(key)) return;
+    if (!db.customers().contains(key)) return;
 
     const QScopedValueRollback hold(m_holdFields, true);
     FrmChecking &checking = ctx.showCheckingWindow();
-    const edits::Removal removal =
+    const EditOutcome removed =
         billing::removeCustomer(m_trees, key, [&checking](float percent) { checking.setProgress(percent); });
-    checking.showOutcome(edits::wordOf(removal));
+    checking.showOutcome(wordOf(removed.removal));
     refreshCustomerList();
     checking.enableOK();
 

@@ -74,11 +74,7 @@ void Database::tableEdited(Table table)
 void Database::takeContentOf(Database &other)
 {
     clear();
-    lvwCustomers.swap(other.lvwCustomers);
-    lvwPeriods.swap(other.lvwPeriods);
-    lvwPAndS.swap(other.lvwPAndS);
-    lvwInvoiceRecords.swap(other.lvwInvoiceRecords);
-    company.swap(other.company);
+    m_t.swap(other.m_t);
     m_afterRead = std::move(other.m_afterRead);
     other.m_afterRead = {};
     m_keepCopyOf += other.m_keepCopyOf;
@@ -88,10 +84,24 @@ void Database::takeContentOf(Database &other)
 void Database::clear()
 {
     m_afterRead = {};
-    lvwCustomers.clear();
-    lvwPeriods.clear();
-    lvwPAndS.clear();
-    lvwInvoiceRecords.clear();
+    m_t.clear();
+}
+
+void Tables::swap(Tables &other) noexcept
+{
+    customers.swap(other.customers);
+    periods.swap(other.periods);
+    items.swap(other.items);
+    invoiceRecords.swap(other.invoiceRecords);
+    company.swap(other.company);
+}
+
+void Tables::clear()
+{
+    customers.clear();
+    periods.clear();
+    items.clear();
+    invoiceRecords.clear();
     for (QString &c : company) c.clear();
 }
 
@@ -110,13 +120,13 @@ QString Database::customerNameByCid(const QString &cid)
 {
     const QString number = detail::recordNumber(cid, true);
     const QString key = number + u'k';
-    if (lvwCustomers.contains(key)) return customer::displayNameOf(lvwCustomers.textOf(key)).toString();
+    if (m_t.customers.contains(key)) return customer::displayNameOf(m_t.customers.textOf(key)).toString();
     // A placeholder without a usable number would be dropped by the next
     // load and made again: there is no spot to hold.
     if (!detail::usableNumber(number)) return QString();
     // The records point to a customer who has gone: hold the spot.
-    lvwCustomers.add(key, customer::placeholder().text());
-    if (onPlaceholderCreated) onPlaceholderCreated();
+    m_t.customers.add(key, customer::placeholder().text());
+    emit placeholderCreated(number);
     return QString();
 }
 
@@ -131,7 +141,7 @@ QStringList Database::fillInvoiceRecordNames()
 {
     detail::AfterRead after = std::move(m_afterRead);
     m_afterRead = {};
-    const int n = lvwInvoiceRecords.count();
+    const int n = m_t.invoiceRecords.count();
     // What the read found still holds if nothing has touched the records since.
     const bool fromRead = after.valid && after.records == n;
 
@@ -143,7 +153,7 @@ QStringList Database::fillInvoiceRecordNames()
         unnamed = std::move(after.unnamedRows);
     } else {
         for (int i = 1; i <= n; ++i)
-            if (record::isUnnamed(lvwInvoiceRecords.textView(i))) unnamed.push_back(i);
+            if (record::isUnnamed(m_t.invoiceRecords.textView(i))) unnamed.push_back(i);
     }
 
     // Names by customer key without its final "k" (record CID + "k" = key),
@@ -152,8 +162,8 @@ QStringList Database::fillInvoiceRecordNames()
     // kept in a deque, so a look-up costs no allocation per record.
     QHash<QStringView, QString> names;
     if (!unnamed.empty()) {
-        names.reserve(lvwCustomers.count());
-        lvwCustomers.forEach([&](QStringView key, QStringView text) {
+        names.reserve(m_t.customers.count());
+        m_t.customers.forEach([&](QStringView key, QStringView text) {
             if (key.endsWith(u'k')) {
                 QStringView name = customer::displayNameOf(text);
                 if (name.startsWith(ArchiveMark)) name = name.mid(ArchiveMark.size());
@@ -171,7 +181,7 @@ QStringList Database::fillInvoiceRecordNames()
         itemProblemCount = after.itemProblemCount;
     } else {
         QSet<QStringView> items;
-        lvwPAndS.forEach([&](QStringView key, QStringView) {
+        m_t.items.forEach([&](QStringView key, QStringView) {
             if (!key.isEmpty()) {
                 owned.push_back(key.chopped(1).toString());
                 items.insert(owned.back());
@@ -179,7 +189,7 @@ QStringList Database::fillInvoiceRecordNames()
             return true;
         });
         for (int i = 1; i <= n; ++i) {
-            const auto rec = InvoiceRecordView::parse(lvwInvoiceRecords.textView(i));
+            const auto rec = InvoiceRecordView::parse(m_t.invoiceRecords.textView(i));
             if (!rec || rec->items.isEmpty()) continue;
             rec->forEachEntry([&](ItemEntry e, QStringView entry) {
                 if (!entry.isEmpty() && !items.contains(e.number) && itemProblemCount++ < detail::MaxItemProblems)
@@ -198,7 +208,7 @@ QStringList Database::fillInvoiceRecordNames()
     std::vector<Missing> missing;
     QHash<QString, size_t> missingIndex;
     for (int i : unnamed) {
-        const QStringView text = lvwInvoiceRecords.textView(i);
+        const QStringView text = m_t.invoiceRecords.textView(i);
         const auto rec = InvoiceRecordView::parse(text);
         if (!rec) continue;
         const QString c = detail::recordNumber(rec->cid, true);
@@ -209,21 +219,21 @@ QStringList Database::fillInvoiceRecordNames()
             missing.push_back({c, i});
         } else {
             Missing &m = missing[*it];
-            if (compareRowText(text, lvwInvoiceRecords.textView(m.first)) < 0) m.first = i;
+            if (compareRowText(text, m_t.invoiceRecords.textView(m.first)) < 0) m.first = i;
         }
     }
     std::vector<size_t> order(missing.size());
     for (size_t i = 0; i < order.size(); ++i) order[i] = i;
     std::sort(order.begin(), order.end(), [&](size_t a, size_t b) {
-        return compareRowText(lvwInvoiceRecords.textView(missing[a].first),
-                              lvwInvoiceRecords.textView(missing[b].first)) < 0;
+        return compareRowText(m_t.invoiceRecords.textView(missing[a].first),
+                              m_t.invoiceRecords.textView(missing[b].first)) < 0;
     });
     QStringList problems;
     for (size_t idx : order) {
         const Missing &m = missing[idx];
         problems << QStringLiteral("Bill period \"%1\" has a record of customer number %2, who is not in the "
                                    "database: a placeholder customer \"Customer, Deleted\" was created.")
-                        .arg(InvoiceRecordView::parse(lvwInvoiceRecords.textView(m.first))->period, m.cid);
+                        .arg(InvoiceRecordView::parse(m_t.invoiceRecords.textView(m.first))->period, m.cid);
         customerNameByCid(m.cid);
         owned.push_back(m.cid);
         names.insert(owned.back(), QStringLiteral("Customer, Deleted"));
@@ -235,25 +245,25 @@ QStringList Database::fillInvoiceRecordNames()
 
     // The five-field rows get their name.
     for (int i : unnamed) {
-        auto rec = InvoiceRecordView::parse(lvwInvoiceRecords.textView(i));
+        auto rec = InvoiceRecordView::parse(m_t.invoiceRecords.textView(i));
         if (!rec || rec->named) continue;
         // The record that asked for the placeholder gets its name as well, so
         // the table is the one the next load of the saved file gives.
         const QString name = names.value(detail::recordNumber(rec->cid, true));
-        if (lvwInvoiceRecords.textView(i).size() > (qsizetype(1) << 20)) {
+        if (m_t.invoiceRecords.textView(i).size() > (qsizetype(1) << 20)) {
             // A huge record (a note of many megabytes) gets its name in place
             // rather than being built a second time beside itself.
-            QString own = lvwInvoiceRecords.text(i);
-            lvwInvoiceRecords.setText(i, QString());
+            QString own = m_t.invoiceRecords.text(i);
+            m_t.invoiceRecords.setText(i, QString());
             record::nameInPlace(own, name);
-            lvwInvoiceRecords.setText(i, std::move(own));
+            m_t.invoiceRecords.setText(i, std::move(own));
             continue;
         }
         rec->named = true;
         rec->customerName = name;
-        lvwInvoiceRecords.setText(i, rec->text());
+        m_t.invoiceRecords.setText(i, rec->text());
     }
-    lvwInvoiceRecords.resort();
+    m_t.invoiceRecords.resort();
     return problems;
 }
 
@@ -279,7 +289,7 @@ bool anyRecord(const KeyedList &records, const std::function<void(float)> &progr
 bool Database::customerIsBilled(const QString &cid, const std::function<void(float)> &progress) const
 {
     const QString plain = plainNumber(cid);
-    return anyRecord(lvwInvoiceRecords, progress, [&](QStringView text) {
+    return anyRecord(m_t.invoiceRecords, progress, [&](QStringView text) {
         QStringView cid;
         return InvoiceRecordView::cidOf(text, cid) && cid == plain;
     });
@@ -288,7 +298,7 @@ bool Database::customerIsBilled(const QString &cid, const std::function<void(flo
 bool Database::productIsBilled(const QString &psid, const std::function<void(float)> &progress) const
 {
     const QString plain = plainNumber(psid);
-    return anyRecord(lvwInvoiceRecords, progress, [&](QStringView text) {
+    return anyRecord(m_t.invoiceRecords, progress, [&](QStringView text) {
         QStringView items;
         if (!InvoiceRecordView::itemsOf(text, items)) return false;
         bool billed = false;
@@ -297,29 +307,208 @@ bool Database::productIsBilled(const QString &psid, const std::function<void(flo
     });
 }
 
-QString Database::deleteOrArchiveCustomer(KeyedList &customers, const QString &key, bool found)
+// ---------------------------------------------------------------- changes
+
+QString wordOf(Removal r)
 {
-    if (!found) {
-        customers.remove(key);
-        return QStringLiteral("deleted");
+    switch (r) {
+    case Removal::Deleted: return QStringLiteral("delete");
+    case Removal::Archived: return QStringLiteral("archive");
+    case Removal::NotThere: break;
     }
-    const QString text = customer::archivedText(customers.textOf(key));
-    customers.remove(key);
-    // Removing and adding again moves the row behind every current customer.
-    customers.add(key, text);
-    return QStringLiteral("archived");
+    return {};
 }
 
-QString Database::deleteOrArchiveProduct(KeyedList &products, const QString &key, bool found)
+namespace {
+EditOutcome done(const QString &key)
 {
+    EditOutcome r;
+    r.ok = true;
+    r.key = key;
+    return r;
+}
+
+EditOutcome refused(const QString &why)
+{
+    EditOutcome r;
+    r.message = why;
+    return r;
+}
+
+QString withoutMark(QString name)
+{
+    if (name.startsWith(ArchiveMark)) name.remove(0, ArchiveMark.size());
+    return name;
+}
+}  // namespace
+
+EditOutcome Database::addCustomer(const CustomerRow &row, const QString &key)
+{
+    const QString k = key.isEmpty() ? numberKey(nextKeyNumber(m_t.customers) + 1) : key;
+    if (m_t.customers.contains(k)) return refused(QStringLiteral("Customer number %1 is taken.").arg(plainNumber(k)));
+    m_t.customers.add(k, row.text());
+    tableEdited(Table::Customers);
+    return done(k);
+}
+
+EditOutcome Database::replaceCustomer(const QString &key, const CustomerRow &row)
+{
+    if (!m_t.customers.contains(key))
+        return refused(QStringLiteral("There is no customer number %1.").arg(plainNumber(key)));
+    // Removing and adding again puts the row at its sorted place.
+    m_t.customers.remove(key);
+    m_t.customers.add(key, row.text());
+    tableEdited(Table::Customers);
+    return done(key);
+}
+
+EditOutcome Database::removeRow(Table table, const QString &key, bool found)
+{
+    KeyedList &rows = table == Table::Customers ? m_t.customers : m_t.items;
+    EditOutcome r = done(key);
     if (!found) {
-        products.remove(key);
-        return QStringLiteral("deleted");
+        rows.remove(key);
+        r.removal = Removal::Deleted;
+    } else {
+        const QString text = table == Table::Customers ? customer::archivedText(rows.textOf(key))
+                                                       : item::archivedText(rows.textOf(key));
+        rows.remove(key);
+        // Removing and adding again moves the row behind every current one.
+        rows.add(key, text);
+        r.removal = Removal::Archived;
     }
-    const QString text = item::archivedText(products.textOf(key));
-    products.remove(key);
-    products.add(key, text);
-    return QStringLiteral("archived");
+    tableEdited(table);
+    return r;
+}
+
+EditOutcome Database::removeCustomer(const QString &key, const Progress &progress, bool inUse)
+{
+    if (!m_t.customers.contains(key)) return refused(QStringLiteral("There is no customer number %1.").arg(plainNumber(key)));
+    return removeRow(Table::Customers, key, customerIsBilled(plainNumber(key), progress) || inUse);
+}
+
+EditOutcome Database::addItem(const ItemRow &row)
+{
+    const QString key = numberKey(nextKeyNumber(m_t.items) + 1);
+    m_t.items.add(key, row.text());
+    tableEdited(Table::Items);
+    return done(key);
+}
+
+EditOutcome Database::removeItem(const QString &key, const Progress &progress, bool inUse)
+{
+    if (!m_t.items.contains(key)) return refused(QStringLiteral("There is no item number %1.").arg(plainNumber(key)));
+    return removeRow(Table::Items, key, productIsBilled(plainNumber(key), progress) || inUse);
+}
+
+EditOutcome Database::addPeriod(const PeriodRow &period, const std::vector<InvoiceRecordRow> &records)
+{
+    const QString key = period::keyFor(period.name);
+    if (period.name.isEmpty() || m_t.periods.contains(key) || m_t.periods.contains(period.name))
+        return refused(QStringLiteral("The bill period \"%1\" is already in the database.").arg(period.name));
+    m_t.periods.add(period.name, period.text());
+    int added = 0;
+    for (const InvoiceRecordRow &r : records) {
+        const QString k = record::keyFor(period.name, r.cid);
+        if (m_t.invoiceRecords.contains(k)) continue;  // a customer is billed once in a period
+        m_t.invoiceRecords.add(k, r.text());
+        ++added;
+    }
+    EditOutcome r = done(period.name);
+    r.rows = added;
+    // The records first: the lists of periods show the latest period, whose
+    // records must be in by then.
+    emit tableChanged(Table::InvoiceRecords);
+    tableEdited(Table::Periods);
+    return r;
+}
+
+EditOutcome Database::logPayment(const QString &period, const QString &cid, const QString &balance,
+                                 const QString &note)
+{
+    const QString key = record::keyFor(period, cid);
+    if (!m_t.invoiceRecords.contains(key))
+        return refused(QStringLiteral("Bill period \"%1\" has no record of customer number %2.").arg(period, cid));
+    const auto old = InvoiceRecordRow::parse(m_t.invoiceRecords.textOf(key));
+    InvoiceRecordRow r;
+    r.period = period;
+    r.customerName = withoutMark(customerNameByCid(cid));
+    r.cid = cid;
+    r.balance = balance;
+    r.items = old ? old->items : QString();
+    r.note = note;
+    // The name is the customer's present one. When it has changed since the
+    // record was written, the row moves to where its new text sorts: the
+    // walks over a period's records rely on the table's order.
+    if (old && old->customerName != r.customerName) {
+        m_t.invoiceRecords.remove(key);
+        m_t.invoiceRecords.add(key, r.text());
+    } else {
+        m_t.invoiceRecords.setTextOf(key, r.text());
+    }
+    emit recordChanged(period, cid);
+    setChanged(true);
+    return done(key);
+}
+
+void Database::setCompanyField(int index, const QString &text)
+{
+    m_t.company[size_t(index)] = text;
+    emit companyFieldChanged(index);
+    setChanged(true);
+}
+
+std::unique_ptr<Database> Database::carriedOver() const
+{
+    auto next = std::make_unique<Database>();
+    Tables t;
+    auto copy = [](const KeyedList &from, KeyedList &to) {
+        to.reserve(from.count());
+        from.forEach([&to](QStringView key, QStringView text) {
+            to.append(key.toString(), text.toString());
+            return true;
+        });
+    };
+    copy(m_t.customers, t.customers);
+    copy(m_t.items, t.items);
+    t.company = m_t.company;
+    next->load(std::move(t));
+    return next;
+}
+
+void Database::closeBooks()
+{
+    // Views emptied before a reload may empty the company fields with them:
+    // these carry over.
+    const auto company = m_t.company;
+    emit aboutToReload();
+    m_afterRead = {};
+    m_t.periods.clear();
+    m_t.invoiceRecords.clear();
+    m_t.company = company;
+}
+
+void Database::load(Tables &&tables)
+{
+    emit aboutToReload();
+    clear();
+    m_t.swap(tables);
+    m_t.customers.resort();
+    m_t.periods.resort();
+    m_t.items.resort();
+    m_t.invoiceRecords.resort();
+    emit reloaded();
+}
+
+Tables Database::release()
+{
+    // Out first: views emptied by the reload must not empty what leaves.
+    Tables t;
+    t.swap(m_t);
+    emit aboutToReload();
+    clear();
+    emit reloaded();
+    return t;
 }
 
 SaveResult Database::save(const QString &path) { return save(path, SaveOptions{}); }

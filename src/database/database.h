@@ -4,6 +4,7 @@
 #include "filesafety.h"
 #include "keyedlist.h"
 #include "rows.h"
+#include "rowtypes.h"
 #include "versions.h"
 
 #include <QObject>
@@ -73,8 +74,42 @@ struct SaveResult {
     QStringList notes;   // what the user is told once (no versions kept, hard links lost)
 };
 
+// The content of a database as plain tables: what a read or a bulk load fills
+// before the database takes it over whole.
+struct Tables {
+    KeyedList customers;
+    KeyedList periods;
+    KeyedList items;
+    KeyedList invoiceRecords;
+    std::array<QString, CompanyFieldCount> company;
+
+    void swap(Tables &other) noexcept;
+    void clear();
+};
+
+// How a customer or an item left its table.
+enum class Removal {
+    NotThere,  // no row under the key: nothing changed
+    Deleted,   // no record refers to it: the row is gone
+    Archived,  // a record refers to it: the row stays, marked archived
+};
+// "delete" or "archive"; empty for NotThere.
+QString wordOf(Removal r);
+
+// What a change of the database came to. Refused changes leave everything as
+// it was; message then says why.
+struct EditOutcome {
+    bool ok = false;
+    QString key;                          // the row added, replaced or paid
+    Removal removal = Removal::NotThere;  // for a delete-or-archive
+    int rows = 0;                         // records a finalised period holds
+    QString message;
+    explicit operator bool() const { return ok; }
+};
+
 // The tables tell what changed: views subscribe to these signals instead of
-// being refreshed by hand from the window.
+// being refreshed by hand from the window. Every change goes through the
+// operations below, and each one sends its own signal.
 class Database : public QObject {
     Q_OBJECT
 public:
@@ -83,12 +118,50 @@ public:
 
     explicit Database(QObject *parent = nullptr);
 
-    // The four tables.
-    KeyedList lvwCustomers;
-    KeyedList lvwPeriods;
-    KeyedList lvwPAndS;
-    KeyedList lvwInvoiceRecords;
-    std::array<QString, CompanyFieldCount> company;
+    // The four tables and the company fields, to read.
+    const KeyedList &customers() const { return m_t.customers; }
+    const KeyedList &periods() const { return m_t.periods; }
+    const KeyedList &items() const { return m_t.items; }
+    const KeyedList &invoiceRecords() const { return m_t.invoiceRecords; }
+    const std::array<QString, CompanyFieldCount> &company() const { return m_t.company; }
+
+    // Progress of the scan before a delete: 0..100.
+    using Progress = std::function<void(float)>;
+
+    // Adds a customer under key, or under the next free number when key is
+    // empty; the outcome gives the key. Refused when the key is taken.
+    EditOutcome addCustomer(const CustomerRow &row, const QString &key = {});
+    // Replaces the customer under key; the row moves to its sorted place.
+    // Refused when there is no such customer.
+    EditOutcome replaceCustomer(const QString &key, const CustomerRow &row);
+    // Scans the records for the customer (progress as it goes), then deletes
+    // the row, or archives it when a record still refers to it or the caller
+    // knows of a use the records don't show yet (inUse: an open entry bills it).
+    EditOutcome removeCustomer(const QString &key, const Progress &progress = {}, bool inUse = false);
+    // Adds an item under the next free number; the outcome gives the key.
+    EditOutcome addItem(const ItemRow &row);
+    EditOutcome removeItem(const QString &key, const Progress &progress = {}, bool inUse = false);
+    // Finalising: adds the period (under its name) and its records at once.
+    // Refused when the name is empty or taken; a second record of the same
+    // customer is left out. The outcome counts the records added.
+    EditOutcome addPeriod(const PeriodRow &period, const std::vector<InvoiceRecordRow> &records);
+    // Logs a payment on the record of customer cid in period: its balance and
+    // note are replaced, its customer name becomes the present one. Refused
+    // when there is no such record.
+    EditOutcome logPayment(const QString &period, const QString &cid, const QString &balance, const QString &note);
+    // Sets company field index (see CompanyFieldCount).
+    void setCompanyField(int index, const QString &text);
+    // Closing the books: a database that holds what carries over to the next
+    // file (customers, items, company fields), and, once that file is written,
+    // this one drops its periods and records as the start of a reload.
+    std::unique_ptr<Database> carriedOver() const;
+    void closeBooks();
+    // The bulk-load path: the database takes over tables filled row by row in
+    // any order (sorted here), as a reload.
+    void load(Tables &&tables);
+    // The reverse: the tables leave the database, which is left empty (a
+    // tool that works on the bare tables from here on).
+    Tables release();
 
     // ReadDatabase: empties everything, then reads path. A missing file is
     // created empty. A file that can't be accepted leaves every table and
@@ -140,12 +213,9 @@ public:
     // line each (placeholder customers created, records naming a missing item).
     QStringList fillInvoiceRecordNames();
     // CustomerNameByCid: the display name of a customer number; when there is
-    // no such customer a placeholder "Customer, Deleted" is created, the
-    // placeholder hook runs and the empty text is returned.
+    // no such customer a placeholder "Customer, Deleted" is created,
+    // placeholderCreated() is heard and the empty text is returned.
     QString customerNameByCid(const QString &cid);
-    // Called when a placeholder customer was created (the window shows its
-    // one-time message and marks the database changed).
-    std::function<void()> onPlaceholderCreated;
 
     // NextKeyNumber: the highest number among the keys, every "k" removed,
     // archived rows included; 0 for an empty table.
@@ -154,11 +224,6 @@ public:
     // Scans of the invoice records before a delete. progress gets 0..100.
     bool customerIsBilled(const QString &cid, const std::function<void(float)> &progress = {}) const;
     bool productIsBilled(const QString &psid, const std::function<void(float)> &progress = {}) const;
-    // The archive step: archives the row under key when found, else removes it.
-    // Returns "deleted" or "archived".
-    static QString deleteOrArchiveCustomer(KeyedList &customers, const QString &key, bool found);
-    static QString deleteOrArchiveProduct(KeyedList &products, const QString &key, bool found);
-
     void clear();
 
     // The changed state: the tables hold edits the file does not have yet.
@@ -171,9 +236,6 @@ public:
     // Takes over the tables, company fields and what the read learned from
     // other, which is left empty (a file read aside becomes the open books).
     void takeContentOf(Database &other);
-    // After an edit of one table: the views of it follow, then the database
-    // counts as changed.
-    void tableEdited(Table table);
     // Around a read of the whole file: before it, when the file was read as
     // it is, and when everything is in (names of the records filled in).
     void beginReload() { emit aboutToReload(); }
@@ -189,10 +251,22 @@ signals:
     // Everything was read again: views rebuild from the tables.
     void reloaded();
     void tableChanged(qor::Database::Table table);
+    // A payment changed this one record and nothing else: the views of the
+    // period update its node and keep their place.
+    void recordChanged(const QString &period, const QString &cid);
+    void companyFieldChanged(int index);
+    // A record named a customer who is gone: a placeholder was created for cid.
+    void placeholderCreated(const QString &cid);
     void changedStateChanged(bool changed);
     void edited();
 
 private:
+    // After an edit of one table: the views of it follow, then the database
+    // counts as changed.
+    void tableEdited(Table table);
+    EditOutcome removeRow(Table table, const QString &key, bool found);
+
+    Tables m_t;
     bool m_changed = false;
     quint64 m_revision = 0;
     // Files (canonical paths) whose old content must be kept before they are overwritten.

@@ -976,7 +976,7 @@ private:
 
 class Reader {
 public:
-    Reader(QFile &file, Database &db, detail::AfterRead &after) : m_src(file), m_db(db), m_after(after)
+    Reader(QFile &file, Tables &db, detail::AfterRead &after) : m_src(file), m_db(db), m_after(after)
     {
         m_line.reserve(1024);
         m_rec.reserve(4096);
@@ -1015,7 +1015,7 @@ private:
             else if (current("<invoicerecords>")) { sectionFound = true; m_recordsSeen = true; readInvoiceRecords(); }
         }
         m_after.valid = true;
-        m_after.records = m_db.lvwInvoiceRecords.count();
+        m_after.records = m_db.invoiceRecords.count();
         m_after.itemsChecked = !m_itemsLate;
     }
 
@@ -1171,22 +1171,30 @@ private:
     // value written over several lines keeps its breaks; between elements the
     // break means nothing. A blank line inside a record adds just the break,
     // a comment line adds nothing.
+    // One more line of the record, cleaned, after a break when the record
+    // already holds something (start is its size before the line). False for
+    // a comment line: it adds nothing, the record is as it was.
+    bool appendCleaned(const char *b, qsizetype n, qsizetype start)
+    {
+        if (start) m_rec.append('\n');
+        const qsizetype mark = m_rec.size();
+        const bool bang = clean(b, n, m_rec);
+        m_curSpan = {mark, m_rec.size() - mark};
+        if (bang && hasComment(m_rec.constData() + mark, m_curSpan.len)) {
+            m_rec.truncate(start);
+            return false;
+        }
+        return true;
+    }
+
     void recordLine()
     {
         m_cur = &m_rec;
         const char *b;
         qsizetype n;
         while (m_src.next(b, n)) {
-            const qsizetype start = m_rec.size();
-            if (start) m_rec.append('\n');
-            const qsizetype mark = m_rec.size();
-            const bool bang = clean(b, n, m_rec);
-            m_curSpan = {mark, m_rec.size() - mark};
-            if (bang && hasComment(m_rec.constData() + mark, m_curSpan.len)) {
-                m_rec.truncate(start);
-                continue;
-            }
-            if (m_curSpan.len) m_shape.line(m_rec.constData() + mark, m_curSpan.len, m_src.lineNumber());
+            if (!appendCleaned(b, n, m_rec.size())) continue;
+            if (m_curSpan.len) m_shape.line(m_rec.constData() + m_curSpan.at, m_curSpan.len, m_src.lineNumber());
             return;
         }
         m_curSpan = {m_rec.size(), 0};
@@ -1355,7 +1363,7 @@ private:
             Q_UNUSED(end);
             m_nameAt.push_back({m_namePool.size(), nameLen});
             m_namePool += QStringView(row).mid(nameAt, nameLen);
-            if (!addRow(m_db.lvwCustomers, numberKey(number), std::move(row), headerLine,
+            if (!addRow(m_db.customers, numberKey(number), std::move(row), headerLine,
                         [&] { return QStringLiteral("a second customer with the number %1").arg(number); })) {
                 m_nameAt.pop_back();
                 return;
@@ -1378,7 +1386,7 @@ private:
             if (m_rec.isEmpty()) continue;  // nothing but the end of the file
             m_tags.build(m_rec);
             const PeriodRow row{element("bpstart"), element("bpname"), element("bpend"), element("billdue")};
-            if (!addRow(m_db.lvwPeriods, period::keyFor(row.name), row.text(), firstLine,
+            if (!addRow(m_db.periods, period::keyFor(row.name), row.text(), firstLine,
                         [&] { return QStringLiteral("a second bill period named \"%1\"").arg(row.name); }))
                 return;
         }
@@ -1433,7 +1441,7 @@ private:
                 }
                 return d;
             });
-            if (!addRow(m_db.lvwPAndS, numberKey(number), std::move(row), headerLine,
+            if (!addRow(m_db.items, numberKey(number), std::move(row), headerLine,
                         [&] { return QStringLiteral("a second item with the number %1").arg(number); }))
                 return;
             m_items.insert(number, 1);
@@ -1602,21 +1610,14 @@ private:
                     return;
                 }
             }
-            if (start) m_rec.append('\n');
-            const qsizetype mark = m_rec.size();
-            const bool bang = clean(b, n, m_rec);
-            m_curSpan = {mark, m_rec.size() - mark};
-            if (bang && hasComment(m_rec.constData() + mark, m_curSpan.len)) {
-                m_rec.truncate(start);
-                continue;
-            }
+            if (!appendCleaned(b, n, start)) continue;
             if (m_curSpan.len == 0 && r.plain) {
                 // Between whole elements a blank line means nothing.
                 m_rec.truncate(start);
                 continue;
             }
             if (m_curSpan.len) {
-                m_shape.line(m_rec.constData() + mark, m_curSpan.len, m_src.lineNumber());
+                m_shape.line(m_rec.constData() + m_curSpan.at, m_curSpan.len, m_src.lineNumber());
                 r.plain = false;
             }
             return;
@@ -1644,7 +1645,7 @@ private:
             PendingRecord &r = m_batch[i];
             try {
                 // The table copies the key, so its buffer stays here for reuse.
-                m_db.lvwInvoiceRecords.append(std::as_const(r.key), std::move(r.row));
+                m_db.invoiceRecords.append(std::as_const(r.key), std::move(r.row));
             } catch (const KeyedListError &) {
                 const QStringView key(r.key);
                 duplicate = DuplicateKey{r.line, QStringLiteral("a second record of customer %1 in bill period \"%2\"")
@@ -1652,7 +1653,7 @@ private:
                 return false;
             }
             r.row = QString();
-            if (!r.named) m_after.unnamedRows.push_back(m_db.lvwInvoiceRecords.count());
+            if (!r.named) m_after.unnamedRows.push_back(m_db.invoiceRecords.count());
         }
         return true;
     }
@@ -1675,8 +1676,8 @@ private:
             // this, so the table is sized once for the rest of the file instead
             // of growing row by row; a file of smaller records just grows.
             constexpr qint64 RecordBytes = 200;
-            const qint64 estimate = m_db.lvwInvoiceRecords.count() + m_src.bytesLeft() / RecordBytes;
-            m_db.lvwInvoiceRecords.reserve(int(std::min<qint64>(estimate, 1 << 28)));
+            const qint64 estimate = m_db.invoiceRecords.count() + m_src.bytesLeft() / RecordBytes;
+            m_db.invoiceRecords.reserve(int(std::min<qint64>(estimate, 1 << 28)));
         }
         while (!m_src.atEnd()) {
             freshRecord();
@@ -1761,7 +1762,7 @@ private:
                 return d;
             }) - k;
             if (keyLen < key.size()) key.truncate(keyLen);
-            m_db.lvwInvoiceRecords.prefetch(key);
+            m_db.invoiceRecords.prefetch(key);
 
             const qsizetype nameLen = named ? customerName.size() : 0;
             QString row(keyLen - InvoiceRecordRow::KeySeparatorCount + nameLen + balance.len + entryBytes +
@@ -1808,7 +1809,7 @@ private:
 
     LineSource m_src;
     Structure m_shape;
-    Database &m_db;
+    Tables &m_db;
     detail::AfterRead &m_after;
     QByteArray m_line;  // CurrentLine outside records
     QByteArray m_rec;   // record buffer: the record's lines joined directly
@@ -1929,7 +1930,7 @@ ReadResult Database::read(const QString &path, MissingFile missing)
 
         // Read into fresh tables; they replace the current ones only on success,
         // so a rejected file never leaves half-filled tables behind.
-        Database fresh;
+        Tables fresh;
         detail::AfterRead after;
         Reader reader(file, fresh, after);
         reader.run();
@@ -1978,15 +1979,11 @@ ReadResult Database::read(const QString &path, MissingFile missing)
             return rejected(why, line, true);
         }
 
-        lvwCustomers.swap(fresh.lvwCustomers);
-        lvwPeriods.swap(fresh.lvwPeriods);
-        lvwPAndS.swap(fresh.lvwPAndS);
-        lvwInvoiceRecords.swap(fresh.lvwInvoiceRecords);
-        company.swap(fresh.company);
+        m_t.swap(fresh);
         m_afterRead = std::move(after);
-        lvwCustomers.resort();
-        lvwPeriods.resort();
-        lvwPAndS.resort();
+        m_t.customers.resort();
+        m_t.periods.resort();
+        m_t.items.resort();
         // The records are sorted once, by fillInvoiceRecordNames(), which every
         // load runs next: their final text is only known then.
 

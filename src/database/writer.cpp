@@ -353,11 +353,11 @@ void writeInvoiceRecords(Out &o, const KeyedList &records)
 
 void writeAll(Out &o, const Database &db)
 {
-    writeCompanyInfo(o, db.company);
-    writeCustomers(o, db.lvwCustomers);
-    writeBillPeriods(o, db.lvwPeriods);
-    writeProductsAndServices(o, db.lvwPAndS);
-    writeInvoiceRecords(o, db.lvwInvoiceRecords);
+    writeCompanyInfo(o, db.company());
+    writeCustomers(o, db.customers());
+    writeBillPeriods(o, db.periods());
+    writeProductsAndServices(o, db.items());
+    writeInvoiceRecords(o, db.invoiceRecords());
 }
 
 }  // namespace

@@ -36,10 +36,10 @@ const std::array<TableChoice, 4> TableChoices{{
 
 const KeyedList &tableOfChoice(const Database &db, int index) {
     switch (index) {
-    case 1: return db.lvwPeriods;
-    case 2: return db.lvwPAndS;
-    case 3: return db.lvwInvoiceRecords;
-    default: return db.lvwCustomers;
+    case 1: return db.periods();
+    case 2: return db.items();
+    case 3: return db.invoiceRecords();
+    default: return db.customers();
     }
 }
 

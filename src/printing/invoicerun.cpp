@@ -48,7 +48,7 @@ pages::InvoiceOptions storedInvoiceOptions()
 QString billDueOf(const Database &db, const QString &period)
 {
     QString due;
-    db.lvwPeriods.forEach([&](QStringView, QStringView text) {
+    db.periods().forEach([&](QStringView, QStringView text) {
         const auto p = PeriodView::parse(text);
         if (p && p->name == period) {
             due = billing::screenDate(p->billDue.toString());
@@ -69,8 +69,8 @@ pages::InvoiceInput invoiceInputFor(const Database &db, const InvoiceTree &tree,
     const NodeValues &customer = tree.values(customerNode);
     in.balance = customer.balance.value_or(Money());
     const QString key = numberKey(customer.customer);
-    if (db.lvwCustomers.contains(key)) {
-        if (const auto c = CustomerRow::parse(db.lvwCustomers.textOf(key))) {
+    if (db.customers().contains(key)) {
+        if (const auto c = CustomerRow::parse(db.customers().textOf(key))) {
             in.customer[0] = c->displayName;
             for (int i = 0; i < CustomerRow::EntryCount; ++i)
                 in.customer[size_t(i + 1)] = c->entry(i);
@@ -106,6 +106,6 @@ QList<pages::Page> composeInvoiceRun(const Database &db, const InvoiceTree &tree
     return out;
 }
 
-bool companyInfoMissing(const Database &db) { return db.company[0].isEmpty() && db.company[1].isEmpty(); }
+bool companyInfoMissing(const Database &db) { return db.company()[0].isEmpty() && db.company()[1].isEmpty(); }
 
 }  // namespace qor::invoicerun

@@ -95,7 +95,7 @@ InvoiceTree &PrintingPanel::treeModel() const { return m_trees.tree(1); }
 
 void PrintingPanel::refreshBillPeriodList()
 {
-    BillPeriodPanel::fillChooser(m_chooser, ctx.db().lvwPeriods);
+    BillPeriodPanel::fillChooser(m_chooser, ctx.db().periods());
     // Both choosers show the same period: the one on show, when the Bill
     // Periods chooser has chosen it already.
     periodShown(m_trees.chosenIndex());
@@ -118,11 +118,11 @@ pages::EnvelopeInput PrintingPanel::envelopeFor(const QString &customerKey, int 
     const Database &db = ctx.db();
     pages::EnvelopeInput in;
     for (int i = 0; i < 4; ++i)
-        in.company[size_t(i)] = db.company[size_t(i)];
+        in.company[size_t(i)] = db.company()[size_t(i)];
     in.x = x;
     in.y = y;
-    if (db.lvwCustomers.contains(customerKey)) {
-        if (const auto c = CustomerRow::parse(db.lvwCustomers.textOf(customerKey))) {
+    if (db.customers().contains(customerKey)) {
+        if (const auto c = CustomerRow::parse(db.customers().textOf(customerKey))) {
             in.firstName = c->firstName;
             in.lastName = c->lastName;
             in.address = {c->address1, c->address2, c->address3};
@@ -196,7 +196,7 @@ bool PrintingPanel::needCompanyInfoFirst()
 invoicerun::RunValues PrintingPanel::runValues() const
 {
     invoicerun::RunValues run;
-    run.company = ctx.db().company;
+    run.company = ctx.db().company();
     run.billDue = invoicerun::billDueOf(ctx.db(), m_trees.chosenName());
     run.options = invoiceOptions();
     return run;

@@ -4,7 +4,6 @@
 #include "uiservices/frmchecking.h"
 #include "billing/invoicetrees.h"
 #include "database/database.h"
-#include "database/edits.h"
 #include "database/entryrules.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
@@ -95,7 +94,7 @@ void ProductPanel::refreshProductList()
         m_list->setUpdatesEnabled(false);
         m_list->clear();
         QList<QTreeWidgetItem *> rows;
-        ctx.db().lvwPAndS.forEach([&rows](QStringView key, QStringView text) {
+        ctx.db().items().forEach([&rows](QStringView key, QStringView text) {
             const ItemView row = ItemView::parse(text);
             if (row.archived) return true;
             auto *item = new QTreeWidgetItem;
@@ -215,7 +214,7 @@ bool ProductPanel::addProduct()
         return false;
     }
     // Both product lists (this one and the bill period panel's) follow the table.
-    const QString key = edits::addItem(ctx.db(), row);
+    const QString key = ctx.db().addItem(row).key;
     selectKey(key);
     showProductEntry(false);
     return true;
@@ -238,12 +237,12 @@ void ProductPanel::deleteProduct()
     if (!row || !row->isSelected()) return;
     QString key = row->data(0, Qt::UserRole).toString();
     Database &db = ctx.db();
-    if (!db.lvwPAndS.contains(key)) return;
+    if (!db.items().contains(key)) return;
 
     FrmChecking &checking = ctx.showCheckingWindow();
-    const edits::Removal removal =
+    const EditOutcome removed =
         billing::removeItem(m_trees, key, [&checking](float percent) { checking.setProgress(percent); });
-    checking.showOutcome(edits::wordOf(removal));
+    checking.showOutcome(wordOf(removed.removal));
     checking.enableOK();
 }
 

@@ -33,13 +33,12 @@ void CompanyInfoPanel::detailsChanged(int index)
     // fields: the field goes back to what it held.
     if (const QString why = entry::companyProblem(field(index)); !why.isEmpty()) {
         m_isReadingCompanyInfo = true;
-        m_fields[size_t(index)]->setText(ctx.db().company[size_t(index)]);
+        m_fields[size_t(index)]->setText(ctx.db().company()[size_t(index)]);
         m_isReadingCompanyInfo = false;
         DialogService::current().warning(ctx.mainWindow(), AppTitle, why);
         return;
     }
-    ctx.db().company[size_t(index)] = field(index);
-    ctx.db().setChanged(true);
+    ctx.db().setCompanyField(index, field(index));
 }
 
 void CompanyInfoPanel::readCompanyInfo()
@@ -47,7 +46,7 @@ void CompanyInfoPanel::readCompanyInfo()
     static const int order[CompanyFieldCount] = {0, 1, 2, 3, 4, 6, 7, 5, 8};
     m_isReadingCompanyInfo = true;
     for (int i : order) {
-        m_fields[size_t(i)]->setText(ctx.db().company[size_t(i)]);
+        m_fields[size_t(i)]->setText(ctx.db().company()[size_t(i)]);
         m_fields[size_t(i)]->setCursorPosition(0);  // a long value shows its start
     }
     m_isReadingCompanyInfo = false;

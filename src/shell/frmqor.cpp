@@ -143,7 +143,7 @@ FrmQOR::FrmQOR(Session &session, QWidget *parent)
             [this] { cmdOpenHelpClick(); });
     // Not QKeySequence::Quit: some desktops' key themes leave it empty.
     connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), this), &QShortcut::activated, this, &QWidget::close);
-    db().onPlaceholderCreated = [this] { placeholderCreated(); };
+    connect(&db(), &Database::placeholderCreated, this, [this] { placeholderCreated(); });
 
     // Unsaved changes reach the recovery copy within RecoveryDelay of the
     // first change after the last copy: the timer is not restarted by
@@ -187,7 +187,6 @@ FrmQOR::~FrmQOR() {
         delete panel;
         panel = nullptr;
     }
-    db().onPlaceholderCreated = nullptr;
     m_session->openEntry = nullptr;
     m_session->setQuestions(nullptr);
     delete p;

@@ -444,9 +444,9 @@ bool Session::saveAs()
 
 bool Session::hasNothingToLose() const
 {
-    return m_db.lvwCustomers.count() == 0 && m_db.lvwPAndS.count() == 0 && m_db.lvwPeriods.count() == 0 &&
-           m_db.lvwInvoiceRecords.count() == 0 &&
-           std::all_of(m_db.company.begin(), m_db.company.end(), [](const QString &c) { return c.isEmpty(); });
+    return m_db.customers().count() == 0 && m_db.items().count() == 0 && m_db.periods().count() == 0 &&
+           m_db.invoiceRecords().count() == 0 &&
+           std::all_of(m_db.company().begin(), m_db.company().end(), [](const QString &c) { return c.isEmpty(); });
 }
 
 Session::Unsaved Session::settleUnsavedChanges()
@@ -610,18 +610,7 @@ bool Session::closeBooks()
 
     // The new file is written whole before the books turn to it: customers,
     // products and company fields, no periods or records.
-    Database next;
-    m_db.lvwCustomers.forEach([&](QStringView key, QStringView text) {
-        next.lvwCustomers.append(key.toString(), text.toString());
-        return true;
-    });
-    m_db.lvwPAndS.forEach([&](QStringView key, QStringView text) {
-        next.lvwPAndS.append(key.toString(), text.toString());
-        return true;
-    });
-    next.lvwCustomers.resort();
-    next.lvwPAndS.resort();
-    next.company = m_db.company;
+    const std::unique_ptr<Database> next = m_db.carriedOver();
     auto lock = std::make_unique<FileLock>(path);
     if (lock->tryLock() == FileLock::Result::Held) {
         tell(Tone::Critical, QStringLiteral("The new database \"%1\" is in use by %2.")
@@ -630,20 +619,15 @@ bool Session::closeBooks()
     }
     Database::SaveOptions options;
     options.wrap = faultFor(path);
-    const SaveResult written = next.save(path, options);
+    const SaveResult written = next->save(path, options);
     if (!written.ok) {
         tell(Tone::Critical, written.message);
         return false;
     }
 
     // The views start over as after a read, from tables that are what the
-    // new file holds. Emptying the views must not take the company fields
-    // with it.
-    const auto company = m_db.company;
-    m_db.beginReload();
-    m_db.lvwPeriods.clear();
-    m_db.lvwInvoiceRecords.clear();
-    m_db.company = company;
+    // new file holds.
+    m_db.closeBooks();
     becomeFile(path, std::move(lock), false);
     m_stamp = stampOf(path);
     m_db.setChanged(false);

@@ -49,7 +49,7 @@ void setOneFilePerCustomer(bool on)
 RunValues storedRunValues(const Database &db, const QDate &asOf, bool reminder)
 {
     RunValues run;
-    run.company = db.company;
+    run.company = db.company();
     // The layout the invoices print in; a number the forms don't have draws the first.
     const double chosen = regional::val(settings::read(Section, QStringLiteral("PrintPreviewSelected")));
     run.templateNumber = chosen == 1 ? 1 : chosen == 2 ? 2 : 0;
@@ -74,8 +74,8 @@ pages::StatementInput statementInput(const Database &db, const Account &a, const
     in.cid = a.cid;
     in.customer[0] = a.name;
     const QString key = numberKey(QStringView(a.cid));
-    if (db.lvwCustomers.contains(key)) {
-        if (const auto c = CustomerRow::parse(db.lvwCustomers.textOf(key))) {
+    if (db.customers().contains(key)) {
+        if (const auto c = CustomerRow::parse(db.customers().textOf(key))) {
             for (int i = 0; i < CustomerRow::EntryCount; ++i) in.customer[size_t(i + 1)] = c->entry(i);
         }
     }

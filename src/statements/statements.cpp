@@ -87,7 +87,7 @@ Report report(const Database &db, const QDate &asOf, Detail detail, const QStrin
     QHash<QString, PeriodInfo> periods;
     const QString dateForm = regional::dateFormatString();
     int position = 0;
-    db.lvwPeriods.forEach([&](QStringView, QStringView text) {
+    db.periods().forEach([&](QStringView, QStringView text) {
         const auto p = PeriodView::parse(text);
         if (!p) return true;
         PeriodInfo info;
@@ -105,7 +105,7 @@ Report report(const Database &db, const QDate &asOf, Detail detail, const QStrin
     QHash<QString, Gathered> byCid;
     QString lastPeriod;
     const PeriodInfo *period = nullptr;
-    db.lvwInvoiceRecords.forEach([&](QStringView, QStringView text) {
+    db.invoiceRecords().forEach([&](QStringView, QStringView text) {
         const auto r = InvoiceRecordView::parse(text);
         if (!r || r->balance == u"0") return true;
         // An unreadable balance counts as nothing, as everywhere else.
@@ -169,7 +169,7 @@ Report report(const Database &db, const QDate &asOf, Detail detail, const QStrin
         out.accounts.push_back(std::move(a));
     };
 
-    db.lvwCustomers.forEach([&](QStringView key, QStringView text) {
+    db.customers().forEach([&](QStringView key, QStringView text) {
         if (byCid.isEmpty()) return false;
         const auto it = byCid.find(plainNumber(key));
         if (it == byCid.end()) return true;

@@ -6,6 +6,7 @@
 #include "database/database.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
+#include "tablesedit.h"
 
 #include <QLocale>
 #include <QStringList>
@@ -35,20 +36,22 @@ inline void fill(qor::Database &db)
 {
     const char *names[][2] = {{"Ames", "Al"}, {"Bell", "Bo"}, {"Cole", "Cy"}, {"Dunn", "Di"}, {"Egan", "Ed"},
                               {"Fox", "Fay"}};
+    qor::test::TablesEdit tables(db);
     for (int i = 0; i < 6; ++i)
-        db.lvwCustomers.add(qor::numberKey(i + 1),
+        tables.customers.add(qor::numberKey(i + 1),
                             customerRow(QString::fromLatin1(names[i][0]), QString::fromLatin1(names[i][1]), i == 5));
-    db.lvwPAndS.add("7k", itemRow("$5.00", "Midget Widget"));
-    db.lvwPAndS.add("9k", itemRow("$1.50", "Bolt"));
-    db.lvwPAndS.add("10k", itemRow("$0.10", "Washer"));
-    db.lvwPAndS.add("11k", itemRow("$1,200.50", "Setup"));
-    db.lvwPAndS.add("12k", itemRow("$7.00", "Gear", true));
+    tables.items.add("7k", itemRow("$5.00", "Midget Widget"));
+    tables.items.add("9k", itemRow("$1.50", "Bolt"));
+    tables.items.add("10k", itemRow("$0.10", "Washer"));
+    tables.items.add("11k", itemRow("$1,200.50", "Setup"));
+    tables.items.add("12k", itemRow("$7.00", "Gear", true));
+    tables.done();
 }
 
 // The list text of item key k as lvwProducts(1) shows it.
 inline QString listText(const qor::Database &db, const QString &key)
 {
-    return qor::ItemView::parse(db.lvwPAndS.textOf(key)).listText.toString();
+    return qor::ItemView::parse(db.items().textOf(key)).listText.toString();
 }
 
 inline const char *colourName(qor::NodeColour c)

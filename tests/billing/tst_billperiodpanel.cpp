@@ -145,11 +145,11 @@ private slots:
         a.answer = QMessageBox::Cancel;
         click(w.button("cmdAddNewBP"));
         QCOMPARE(a.last().text, billing::text::Finalise.text);
-        QCOMPARE(w.w->db().lvwPeriods.count(), 0);
+        QCOMPARE(w.w->db().periods().count(), 0);
         a.answer = QMessageBox::Ok;
         click(w.button("cmdAddNewBP"));
-        QCOMPARE(w.w->db().lvwPeriods.textOf(u"May 2024"), u"2024/05/01\u0001May 2024\u0001\u00012024/06/15"_s);
-        QCOMPARE(w.w->db().lvwInvoiceRecords.count(), 2);
+        QCOMPARE(w.w->db().periods().textOf(u"May 2024"), u"2024/05/01\u0001May 2024\u0001\u00012024/06/15"_s);
+        QCOMPARE(w.w->db().invoiceRecords().count(), 2);
         QVERIFY(w.w->databaseChanged() && w.w->cmdSave()->isVisible());
         QCOMPARE(state(w), u"&New Bill Period | -&Cancel New | -&Log Full Payment | -Log &Payment && Optional Note"_s);
         QCOMPARE(w.get<QComboBox>("cmbBillPeriod(1)")->currentText(), u"May 2024"_s);
@@ -174,12 +174,12 @@ private slots:
         click(w.button("cmdAddNewBP"));
         QCOMPARE(a.last().title, u"Duplicate Name Found"_s);
         QCOMPARE(a.last().icon, QMessageBox::Warning);
-        QCOMPARE(w.w->db().lvwPeriods.count(), 1);
+        QCOMPARE(w.w->db().periods().count(), 1);
 
         // "&Cancel New" drops what was billed: the chosen period shows again.
         click(w.button("cmdCancelNewBP"));
         QCOMPARE(w.tree0().text(w.tree0().root()), u"May 2024"_s);
-        QCOMPARE(w.w->db().lvwInvoiceRecords.count(), 2);
+        QCOMPARE(w.w->db().invoiceRecords().count(), 2);
     }
 
     void menusAndDoubleClicks()

@@ -6,6 +6,7 @@
 #include "database/regional.h"
 #include "database/rowtypes.h"
 #include "settings/settingsstore.h"
+#include "tablesedit.h"
 
 #include <QRandomGenerator>
 
@@ -47,14 +48,16 @@ Run cli(const QStringList &args, const QString &locale = QStringLiteral("en_US")
 QByteArray sample()
 {
     Database db;
-    db.company[0] = QStringLiteral("Acme & Sons");
-    db.lvwCustomers.add("1k", fields({"Ames, Al", "Al", "Ames", "", "", "", "", "", ""}));
-    db.lvwCustomers.add("2k", fields({"zzzz\u00BBBell, Bo", "Bo", "Bell", "", "", "", "", "", "note"}));
-    db.lvwPeriods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
-    db.lvwPAndS.add("5k", QStringLiteral("000000005.00$5.00 - Five"));
-    db.lvwPAndS.add("6k", QStringLiteral("000000006.00zzzz\u00BB$6.00 - Six"));
-    db.lvwInvoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "5", "5\u00026x2", ""}));
-    db.lvwInvoiceRecords.add(fields({"May", "8", ""}), fields({"May", "", "8", "0", "5\u00029", "gone"}));
+    qor::test::TablesEdit tables(db);
+    tables.company[0] = QStringLiteral("Acme & Sons");
+    tables.customers.add("1k", fields({"Ames, Al", "Al", "Ames", "", "", "", "", "", ""}));
+    tables.customers.add("2k", fields({"zzzz\u00BBBell, Bo", "Bo", "Bell", "", "", "", "", "", "note"}));
+    tables.periods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
+    tables.items.add("5k", QStringLiteral("000000005.00$5.00 - Five"));
+    tables.items.add("6k", QStringLiteral("000000006.00zzzz\u00BB$6.00 - Six"));
+    tables.invoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "5", "5\u00026x2", ""}));
+    tables.invoiceRecords.add(fields({"May", "8", ""}), fields({"May", "", "8", "0", "5\u00029", "gone"}));
+    tables.done();
     return db.serialize();
 }
 
@@ -121,11 +124,13 @@ private slots:
         // What check says of money, changing nothing: a price that holds no
         // amount, a balance (in exponent form) above what its items bill.
         Database odd;
-        odd.lvwCustomers.add("1k", fields({"Ames, Al", "Al", "Ames", "", "", "", "", "", ""}));
-        odd.lvwPeriods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "", "2024/06/15"}));
-        odd.lvwPAndS.add("5k", QStringLiteral("000000000.00call us - Advice"));
-        odd.lvwPAndS.add("6k", QStringLiteral("000000006.00$6.00 - Six"));
-        odd.lvwInvoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "1.5E+03", "5\u00026x2", ""}));
+        qor::test::TablesEdit tables(odd);
+        tables.customers.add("1k", fields({"Ames, Al", "Al", "Ames", "", "", "", "", "", ""}));
+        tables.periods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "", "2024/06/15"}));
+        tables.items.add("5k", QStringLiteral("000000000.00call us - Advice"));
+        tables.items.add("6k", QStringLiteral("000000006.00$6.00 - Six"));
+        tables.invoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "1.5E+03", "5\u00026x2", ""}));
+        tables.done();
         const QString oddFile = dir.filePath(QStringLiteral("odd.xml"));
         QVERIFY(writeFile(oddFile, odd.serialize()));
         const Run o = cli({"check", oddFile});
@@ -177,13 +182,15 @@ private slots:
     void pagesAsPdf()
     {
         Database db;
-        db.company[0] = QStringLiteral("Acme & Sons");
-        db.lvwCustomers.add("1k", fields({"Ames, Al", "Al", "Ames", "1 Elm St", "", "Townsville", "", "", ""}));
-        db.lvwCustomers.add("2k", fields({"zzzz\u00BBBell, Bo", "Bo", "Bell", "", "", "", "", "", ""}));
-        db.lvwCustomers.add("3k", fields({"Cole, Cy", "Cy", "Cole", "", "", "", "", "", ""}));
-        db.lvwPeriods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
-        db.lvwInvoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "5", "", ""}));
-        db.lvwInvoiceRecords.add(fields({"May", "3", ""}), fields({"May", "Cole, Cy", "3", "0", "", ""}));
+        qor::test::TablesEdit tables(db);
+        tables.company[0] = QStringLiteral("Acme & Sons");
+        tables.customers.add("1k", fields({"Ames, Al", "Al", "Ames", "1 Elm St", "", "Townsville", "", "", ""}));
+        tables.customers.add("2k", fields({"zzzz\u00BBBell, Bo", "Bo", "Bell", "", "", "", "", "", ""}));
+        tables.customers.add("3k", fields({"Cole, Cy", "Cy", "Cole", "", "", "", "", "", ""}));
+        tables.periods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
+        tables.invoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "5", "", ""}));
+        tables.invoiceRecords.add(fields({"May", "3", ""}), fields({"May", "Cole, Cy", "3", "0", "", ""}));
+        tables.done();
         const QString file = dir.filePath("pages.xml");
         QFile f(file);
         QVERIFY(f.open(QIODevice::WriteOnly));
@@ -227,7 +234,9 @@ private slots:
 
         // Nothing to print: no file, a word on standard error, exit status 5.
         Database none;
-        none.lvwPeriods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
+        qor::test::TablesEdit noRecords(none);
+        noRecords.periods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
+        noRecords.done();
         const QString empty = dir.filePath("empty.xml"), nothing = dir.filePath("nothing.pdf");
         QVERIFY(writeFile(empty, none.serialize()));
         for (const QStringList &args : {QStringList{"customers", empty, "-o", nothing},
@@ -249,17 +258,19 @@ private slots:
     void invoicesAsPdf()
     {
         Database db;
-        db.company[0] = QStringLiteral("Acme & Sons");
-        db.company[1] = QStringLiteral("9 Mill Road");
-        db.lvwCustomers.add("1k", fields({"Ames, Al", "Al", "Ames", "1 Elm St", "", "Townsville", "", "", ""}));
-        db.lvwCustomers.add("3k", fields({"Cole, Cy", "Cy", "Cole", "", "", "", "", "", ""}));
-        db.lvwCustomers.add("4k", fields({"Dunn, Di", "Di", "Dunn", "", "", "", "", "", ""}));
-        db.lvwPeriods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
-        db.lvwPAndS.add("5k", QStringLiteral("000000005.00$5.00 - Five"));
-        db.lvwPAndS.add("6k", QStringLiteral("000000006.00$6.00 - Six"));
-        db.lvwInvoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "17", "5\u00026x2", ""}));
-        db.lvwInvoiceRecords.add(fields({"May", "3", ""}), fields({"May", "Cole, Cy", "3", "0", "5", ""}));
-        db.lvwInvoiceRecords.add(fields({"May", "4", ""}), fields({"May", "Dunn, Di", "4", "6", "6", ""}));
+        qor::test::TablesEdit tables(db);
+        tables.company[0] = QStringLiteral("Acme & Sons");
+        tables.company[1] = QStringLiteral("9 Mill Road");
+        tables.customers.add("1k", fields({"Ames, Al", "Al", "Ames", "1 Elm St", "", "Townsville", "", "", ""}));
+        tables.customers.add("3k", fields({"Cole, Cy", "Cy", "Cole", "", "", "", "", "", ""}));
+        tables.customers.add("4k", fields({"Dunn, Di", "Di", "Dunn", "", "", "", "", "", ""}));
+        tables.periods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
+        tables.items.add("5k", QStringLiteral("000000005.00$5.00 - Five"));
+        tables.items.add("6k", QStringLiteral("000000006.00$6.00 - Six"));
+        tables.invoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "17", "5\u00026x2", ""}));
+        tables.invoiceRecords.add(fields({"May", "3", ""}), fields({"May", "Cole, Cy", "3", "0", "5", ""}));
+        tables.invoiceRecords.add(fields({"May", "4", ""}), fields({"May", "Dunn, Di", "4", "6", "6", ""}));
+        tables.done();
         const QString file = dir.filePath("invoices.xml");
         QFile f(file);
         QVERIFY(f.open(QIODevice::WriteOnly));
@@ -346,7 +357,8 @@ private slots:
     {
         QRandomGenerator rng(20240517);
         Database db;
-        db.lvwPeriods.add(QStringLiteral("P") + FieldSep, fields({"2024/05/01", "P", "2024/05/31", "2024/06/15"}));
+        qor::test::TablesEdit tables(db);
+        tables.periods.add(QStringLiteral("P") + FieldSep, fields({"2024/05/01", "P", "2024/05/31", "2024/06/15"}));
         // Prices typed under several language settings; names with " - ", "(x" and digits.
         const char *const forms[] = {"en_US", "de_DE", "fr_FR", "de_CH", "en_GB", "C"};
         const char *const names[] = {"Hedge trim - large", "Filters (x2)", "Bag 12", "Lawn (x", "Pack - 3 (x10)"};
@@ -354,7 +366,7 @@ private slots:
         for (int n = 1; n <= 60; ++n) {
             price[size_t(n)] = 1 + rng.bounded(n % 7 == 0 ? 99999999 : 500000);
             const QString text = Money::fromCents(price[size_t(n)]).toCurrencyText(QLocale(forms[n % 6]));
-            db.lvwPAndS.add(numberKey(n), regional::sortPrice(text) + text + " - " + names[n % 5] + QString::number(n));
+            tables.items.add(numberKey(n), regional::sortPrice(text) + text + " - " + names[n % 5] + QString::number(n));
         }
         QHash<QString, std::pair<qint64, qint64>> truth;  // customer: billed, balance
         qint64 allBilled = 0;
@@ -370,11 +382,12 @@ private slots:
             const qint64 balance = cid % 3 == 0 ? 0 : cid % 3 == 1 ? billed : 1 + qint64(rng.bounded(quint64(billed)));
             truth.insert(c, {billed, balance});
             allBilled += billed;
-            db.lvwCustomers.add(numberKey(cid), QStringList{"Zed, C" + c, "C" + c, "Zed", "", "", "", "", "", ""}.join(FieldSep));
-            db.lvwInvoiceRecords.add(QStringList{"P", c, ""}.join(FieldSep),
+            tables.customers.add(numberKey(cid), QStringList{"Zed, C" + c, "C" + c, "Zed", "", "", "", "", "", ""}.join(FieldSep));
+            tables.invoiceRecords.add(QStringList{"P", c, ""}.join(FieldSep),
                                      QStringList{"P", "Zed, C" + c, c, Money::fromCents(balance).toStoredText(),
                                                  ItemEntry::join(entries), ""}.join(FieldSep));
         }
+        tables.done();
         const QString file = dir.filePath(QStringLiteral("property.xml"));
         QVERIFY(db.save(file).ok);
         QTemporaryDir config;
@@ -427,24 +440,26 @@ private slots:
     void periodsAndOwing()
     {
         Database db;
-        db.lvwCustomers.add("1k", fields({"Ames, Al", "Al", "Ames", "", "", "", "", "", ""}));
-        db.lvwCustomers.add("2k", fields({"zzzz\u00BBBell, Bo", "Bo", "Bell", "", "", "", "", "", ""}));
-        db.lvwCustomers.add("3k", fields({"Cole, Cy", "Cy", "Cole", "", "", "", "", "", ""}));
-        db.lvwPAndS.add("5k", QStringLiteral("000000000.10$0.10 - Dime"));
-        db.lvwPAndS.add("6k", QStringLiteral("000001200.50zzzz\u00BB$1,200.50 - Setup"));
-        db.lvwPeriods.add(QStringLiteral("Jan") + FieldSep, fields({"2024/01/01", "Jan", "2024/01/31", "2024/02/15"}));
-        db.lvwPeriods.add(QStringLiteral("Feb") + FieldSep, fields({"2024/02/01", "Feb", "", "2024/03/15"}));
+        qor::test::TablesEdit tables(db);
+        tables.customers.add("1k", fields({"Ames, Al", "Al", "Ames", "", "", "", "", "", ""}));
+        tables.customers.add("2k", fields({"zzzz\u00BBBell, Bo", "Bo", "Bell", "", "", "", "", "", ""}));
+        tables.customers.add("3k", fields({"Cole, Cy", "Cy", "Cole", "", "", "", "", "", ""}));
+        tables.items.add("5k", QStringLiteral("000000000.10$0.10 - Dime"));
+        tables.items.add("6k", QStringLiteral("000001200.50zzzz\u00BB$1,200.50 - Setup"));
+        tables.periods.add(QStringLiteral("Jan") + FieldSep, fields({"2024/01/01", "Jan", "2024/01/31", "2024/02/15"}));
+        tables.periods.add(QStringLiteral("Feb") + FieldSep, fields({"2024/02/01", "Feb", "", "2024/03/15"}));
         // A thousand records of a dime each in January: a float sum drifts, cents don't.
         for (int cid = 10; cid < 1010; ++cid) {
             const QString c = QString::number(cid);
-            db.lvwCustomers.add(c + "k", fields({"Zed", "Zed", "", "", "", "", "", "", ""}));
-            db.lvwInvoiceRecords.add(QStringLiteral("Jan") + FieldSep + c + FieldSep,
+            tables.customers.add(c + "k", fields({"Zed", "Zed", "", "", "", "", "", "", ""}));
+            tables.invoiceRecords.add(QStringLiteral("Jan") + FieldSep + c + FieldSep,
                                      QStringLiteral("Jan") + FieldSep + "Zed" + FieldSep + c + FieldSep + "0.1" + FieldSep + "5" + FieldSep);
         }
-        db.lvwInvoiceRecords.add(fields({"Feb", "1", ""}), fields({"Feb", "Ames, Al", "1", "2401", "6x2", ""}));
-        db.lvwInvoiceRecords.add(fields({"Feb", "2", ""}), fields({"Feb", "Bell, Bo", "2", "-4.25", "5x3", ""}));
-        db.lvwInvoiceRecords.add(fields({"Feb", "3", ""}), fields({"Feb", "Cole, Cy", "3", "0", "5\u00026", "paid"}));
-        db.lvwInvoiceRecords.add(fields({"Jan", "1", ""}), fields({"Jan", "Ames, Al", "1", "16.5", "5", ""}));
+        tables.invoiceRecords.add(fields({"Feb", "1", ""}), fields({"Feb", "Ames, Al", "1", "2401", "6x2", ""}));
+        tables.invoiceRecords.add(fields({"Feb", "2", ""}), fields({"Feb", "Bell, Bo", "2", "-4.25", "5x3", ""}));
+        tables.invoiceRecords.add(fields({"Feb", "3", ""}), fields({"Feb", "Cole, Cy", "3", "0", "5\u00026", "paid"}));
+        tables.invoiceRecords.add(fields({"Jan", "1", ""}), fields({"Jan", "Ames, Al", "1", "16.5", "5", ""}));
+        tables.done();
         const QString file = dir.filePath(QStringLiteral("statements.xml"));
         QVERIFY(db.save(file).ok);
 
@@ -491,12 +506,14 @@ private slots:
         QVERIFY(p.exitCode == 2 && p.err.contains(QDir::toNativeSeparators(pipe)));
 
         Database db;
-        db.lvwCustomers.add("1k", fields({"Lee, Al", "Al", "Lee", "", "", "", "", "", ""}));
-        db.lvwCustomers.add("2k", fields({"Lee, Al", "Al", "Lee", "", "", "", "", "", ""}));
-        db.lvwCustomers.add("3k", fields({"A/B %2 Co", "A/B %2 Co", "", "", "", "", "", "", ""}));
-        db.lvwPeriods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "", ""}));
+        qor::test::TablesEdit tables(db);
+        tables.customers.add("1k", fields({"Lee, Al", "Al", "Lee", "", "", "", "", "", ""}));
+        tables.customers.add("2k", fields({"Lee, Al", "Al", "Lee", "", "", "", "", "", ""}));
+        tables.customers.add("3k", fields({"A/B %2 Co", "A/B %2 Co", "", "", "", "", "", "", ""}));
+        tables.periods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "", ""}));
         for (const char *c : {"1", "2", "3"})
-            db.lvwInvoiceRecords.add(fields({"May", c, ""}), fields({"May", "", c, "5", "", ""}));
+            tables.invoiceRecords.add(fields({"May", c, ""}), fields({"May", "", c, "5", "", ""}));
+        tables.done();
         const QString file = dir.filePath(QStringLiteral("%2 pay1roll.xml"));
         QVERIFY(db.save(file).ok);
         const QString each = dir.filePath(QStringLiteral("each2"));
@@ -528,25 +545,27 @@ private slots:
     {
         Database db;
         QRandomGenerator rng(20240630);
-        db.company[0] = QStringLiteral("Acme & Sons");
-        db.lvwPAndS.add("5k", QStringLiteral("000000005.00$5.00 - Five"));
+        qor::test::TablesEdit tables(db);
+        tables.company[0] = QStringLiteral("Acme & Sons");
+        tables.items.add("5k", QStringLiteral("000000005.00$5.00 - Five"));
         for (int i = 0; i < 8; ++i) {
             const QString p = QStringLiteral("P%1").arg(i);
             const QString due = QDate(2024, 6, 30).addDays(30 - 20 * i).toString(QStringLiteral("yyyy/MM/dd"));
-            db.lvwPeriods.add(p + FieldSep, joined({QString(), p, QString(), due}));
+            tables.periods.add(p + FieldSep, joined({QString(), p, QString(), due}));
         }
         for (int cid = 1; cid <= 40; ++cid) {
             const QString c = QString::number(cid), name = QStringLiteral("Name%1").arg(cid);
-            db.lvwCustomers.add(c + "k", joined({cid % 7 ? name : u"zzzz\u00BB"_qs + name, name, QString(), QString(),
+            tables.customers.add(c + "k", joined({cid % 7 ? name : u"zzzz\u00BB"_qs + name, name, QString(), QString(),
                                                  QString(), QString(), QString(), QString(), QString()}));
             for (int i = 0; i < 8 && cid % 10; ++i) {  // every tenth never billed
                 if (rng.bounded(3) == 0) continue;
                 const qint64 cents = rng.bounded(5) == 0 ? 0 : qint64(rng.bounded(40000)) - 8000;
                 const QString p = QStringLiteral("P%1").arg(i);
-                db.lvwInvoiceRecords.add(p + FieldSep + c + FieldSep,
+                tables.invoiceRecords.add(p + FieldSep + c + FieldSep,
                                          joined({p, name, c, Money::fromCents(cents).toStoredText(), "5x3", QString()}));
             }
         }
+        tables.done();
         const QString file = dir.filePath(QStringLiteral("random.xml"));
         QVERIFY(db.save(file).ok);
 

@@ -26,7 +26,7 @@ class TstCarefulUser : public QObject {
     QAbstractButton *btn(const char *name) { return cp()->control<QAbstractButton>(name); }
     QWidget *field(int i) { return cp()->controlWidget(QStringLiteral("txtField(%1)").arg(i)); }
     QTreeWidget *list() { return cp()->list(); }
-    KeyedList &table() { return m_w->db().lvwCustomers; }
+    const KeyedList &table() { return m_w->db().customers(); }
     QString buttons() { return buttonPair(btn("cmdAddNew"), btn("cmdUndo")); }
     CustomerRow stored(const char *key) { return CustomerRow::parse(table().textOf(QString::fromLatin1(key))).value_or(CustomerRow{}); }
 
@@ -152,10 +152,10 @@ private slots:
         QCOMPARE(items->currentItem()->text(0).contains("Jam"), true);
         items->clearSelection();
         click(del);
-        QCOMPARE(m_w->db().lvwPAndS.count(), 3);
+        QCOMPARE(m_w->db().items().count(), 3);
         items->currentItem()->setSelected(true);
         click(del);
-        QCOMPARE(m_w->db().lvwPAndS.count(), 2);
+        QCOMPARE(m_w->db().items().count(), 2);
     }
 
     // Alt+letter switches panels and takes the focus to the panel's tab; Tab

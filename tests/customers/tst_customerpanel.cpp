@@ -1,6 +1,7 @@
 // The Customers panel driven through its controls inside the main window.
 #include "panelharness.h"
 
+#include "tablesedit.h"
 #include "customers/customerpanel.h"
 #include "database/database.h"
 #include "database/rowtypes.h"
@@ -18,7 +19,7 @@ class TstCustomerPanel : public QObject {
     QAbstractButton *btn(const char *name) { return cp()->control<QAbstractButton>(name); }
     QWidget *field(int i) { return cp()->controlWidget(QStringLiteral("txtField(%1)").arg(i)); }
     QTreeWidget *list() { return cp()->list(); }
-    KeyedList &table() { return m_w->db().lvwCustomers; }
+    const KeyedList &table() { return m_w->db().customers(); }
     QString buttons() { return buttonPair(btn("cmdAddNew"), btn("cmdUndo")); }
     // The list shows exactly the table's current rows, in order, under their keys.
     void checkListMatchesTable() {
@@ -271,26 +272,32 @@ private slots:
         for (int i = 1; i <= 40; ++i) start.append({i, "F", QStringLiteral("L%1").arg(i, 3, 10, QLatin1Char('0'))});
         open(start);
         auto row = [](const QString &last) { return CustomerRow{last + ", F", "F", last, "", "", "", "", "", ""}.text(); };
-        table().remove(u"1k");  // removed, added, broken, archived, renamed, traded places
-        table().add("41k", row("L020a"));
-        table().add("43k", "Broken" + QString(FieldSep));
-        const QString archived = ArchiveMark + table().textOf(u"7k");
-        table().remove(u"7k");
-        table().add("7k", archived);
-        table().setTextOf(u"9k", row("L009b"));
-        const QString a = table().textOf(u"2k"), b = table().textOf(u"3k");
-        table().remove(u"2k");
-        table().remove(u"3k");
-        table().add("2k", b);
-        table().add("3k", a);
+        test::TablesEdit changed(m_w->db());
+        changed.customers.remove(u"1k");  // removed, added, broken, archived, renamed, traded places
+        changed.customers.add("41k", row("L020a"));
+        changed.customers.add("43k", "Broken" + QString(FieldSep));
+        const QString archived = ArchiveMark + changed.customers.textOf(u"7k");
+        changed.customers.remove(u"7k");
+        changed.customers.add("7k", archived);
+        changed.customers.setTextOf(u"9k", row("L009b"));
+        const QString a = changed.customers.textOf(u"2k"), b = changed.customers.textOf(u"3k");
+        changed.customers.remove(u"2k");
+        changed.customers.remove(u"3k");
+        changed.customers.add("2k", b);
+        changed.customers.add("3k", a);
+        changed.done();
         cp()->refreshCustomerList();
         checkListMatchesTable();
         QCOMPARE(cp()->rowCount(), 39);
-        for (int i = 100; i < 500; ++i) table().add(QStringLiteral("%1k").arg(i), row(QStringLiteral("K%1").arg(i)));
-        for (int i = 10; i < 30; ++i) table().remove(QStringLiteral("%1k").arg(i));
+        test::TablesEdit more(m_w->db());
+        for (int i = 100; i < 500; ++i) more.customers.add(QStringLiteral("%1k").arg(i), row(QStringLiteral("K%1").arg(i)));
+        for (int i = 10; i < 30; ++i) more.customers.remove(QStringLiteral("%1k").arg(i));
+        more.done();
         cp()->refreshCustomerList();
         checkListMatchesTable();
-        table().clear();
+        test::TablesEdit emptied(m_w->db());
+        emptied.customers.clear();
+        emptied.done();
         cp()->refreshCustomerList();
         QCOMPARE(cp()->rowCount(), 0);
     }

@@ -90,9 +90,9 @@ inline QString fields(std::initializer_list<const char *> parts)
 
 inline bool tablesEmpty(const qor::Database &db)
 {
-    for (const QString &c : db.company)
+    for (const QString &c : db.company())
         if (!c.isEmpty()) return false;
-    return db.lvwCustomers.count() + db.lvwPeriods.count() + db.lvwPAndS.count() + db.lvwInvoiceRecords.count() == 0;
+    return db.customers().count() + db.periods().count() + db.items().count() + db.invoiceRecords().count() == 0;
 }
 
 // Reads bytes as the program does at start: the file, then the record names.

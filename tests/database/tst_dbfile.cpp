@@ -4,6 +4,7 @@
 #include "dbfiletest.h"
 #include "database/filesafety.h"
 #include "database/versions.h"
+#include "tablesedit.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -27,11 +28,13 @@ namespace {
 // Something in every table and a company field, to see a refused read empty them.
 void preload(Database &db)
 {
-    db.company[0] = QStringLiteral("Before");
-    db.lvwCustomers.add("1k", fields({"A", "A", "", "", "", "", "", "", ""}));
-    db.lvwPeriods.add("P", fields({"2020/01/01", "P", "", ""}));
-    db.lvwPAndS.add("1k", QStringLiteral("000000001.00$1.00 - X"));
-    db.lvwInvoiceRecords.add("P|1|", fields({"P", "A", "1", "0", "1", ""}));
+    qor::test::TablesEdit tables(db);
+    tables.company[0] = QStringLiteral("Before");
+    tables.customers.add("1k", fields({"A", "A", "", "", "", "", "", "", ""}));
+    tables.periods.add("P", fields({"2020/01/01", "P", "", ""}));
+    tables.items.add("1k", QStringLiteral("000000001.00$1.00 - X"));
+    tables.invoiceRecords.add("P|1|", fields({"P", "A", "1", "0", "1", ""}));
+    tables.done();
 }
 
 QByteArray customerFile(const QByteArray &cidA, const QByteArray &cidB)
@@ -121,7 +124,7 @@ private slots:
         QCOMPARE(db.read(dir.filePath(QStringLiteral("no/such/folder/QOR.xml"))).status, ReadResult::Status::Rejected);
         // A form feed is text; an empty file is an empty database with nothing to keep.
         QVERIFY(load(db, dir, "<CompanyInfo>\r\n<CompanyName>A\fB</CompanyName>\r\n</CompanyInfo>\r\n").result.ok());
-        QCOMPARE(db.company[0], QStringLiteral("A\fB"));
+        QCOMPARE(db.company()[0], QStringLiteral("A\fB"));
         const Loaded empty = load(db, dir, QByteArray());
         QVERIFY(empty.result.status == ReadResult::Status::Read && !empty.result.keepsCopyOnSave);
         QVERIFY(tablesEmpty(db));
@@ -134,7 +137,7 @@ private slots:
         QVERIFY(writeFile(path, old));
         Database db;
         QCOMPARE(db.read(path).status, ReadResult::Status::Rejected);
-        db.company[0] = QStringLiteral("New content");
+        db.setCompanyField(0, QStringLiteral("New content"));
         // Saving elsewhere keeps nothing and leaves the mark on the unreadable file.
         QVERIFY(db.save(dir.filePath(QStringLiteral("other.xml"))).keptCopy.isEmpty());
         SaveResult s = db.save(path);
@@ -173,7 +176,9 @@ private slots:
     void failedSaveLeavesOldFile()
     {
         Database db;
-        db.lvwCustomers.add("1k", fields({"A", "A", "", "", "", "", "", ""}) + FieldSep + QString(300000, u'n'));
+        qor::test::TablesEdit tables(db);
+        tables.customers.add("1k", fields({"A", "A", "", "", "", "", "", ""}) + FieldSep + QString(300000, u'n'));
+        tables.done();
         QTemporaryDir own;
         const QString path = own.filePath(QStringLiteral("QOR.xml"));
         const QByteArray old = customerFile("1", "2");
@@ -216,9 +221,11 @@ private slots:
     {
         // Bigger than the writer's blocks, so a failure can come in any of several writes.
         Database db;
+        qor::test::TablesEdit tables(db);
         for (int c = 1; c <= 3000; ++c)
-            db.lvwCustomers.add(QString::number(c) + u'k',
+            tables.customers.add(QString::number(c) + u'k',
                                 fields({"N", "N", "", "", "", "", "", "", ""}) + QString(8000, QChar(u'a' + c % 26)));
+        tables.done();
         const QByteArray content = db.serialize();
         QVERIFY(content.size() > (qint64(16) << 20));
         QTemporaryDir own;
@@ -299,7 +306,9 @@ private slots:
             return f.open(QIODevice::ReadWrite) && f.setFileTime(t, QFileDevice::FileModificationTime);
         };
         Database db;
-        db.lvwCustomers.add("1k", fields({"A", "A", "", "", "", "", "", "", ""}));
+        qor::test::TablesEdit tables(db);
+        tables.customers.add("1k", fields({"A", "A", "", "", "", "", "", "", ""}));
+        tables.done();
         Database::SaveOptions keep;
         keep.versions = versions::Policy{};
         QStringList inodes;
@@ -308,7 +317,7 @@ private slots:
             QVERIFY(setTime(stamp));
             struct stat before {};
             QCOMPARE(::stat(QFile::encodeName(path).constData(), &before), 0);
-            db.company[0] = QString::number(i);
+            db.setCompanyField(0, QString::number(i));
             const SaveResult r = db.save(path, keep);
             QVERIFY2(r.ok && r.notes.isEmpty(), qPrintable(r.message + r.notes.join(u' ')));
             const QString name = i == 0 ? QStringLiteral("shop-20240131-093000.xml")
@@ -387,7 +396,7 @@ private slots:
         const mode_t mask = ::umask(0);
         const QString fresh = own.filePath(QStringLiteral("new.xml"));
         Database db;
-        db.company[0] = QStringLiteral("Acme");
+        db.setCompanyField(0, QStringLiteral("Acme"));
         const bool saved = db.save(fresh).ok;
         const QString copy = own.filePath(QStringLiteral("copy"));
         const QString verified = files::writeVerified(copy, "bytes");
@@ -419,7 +428,7 @@ private slots:
             QVERIFY2(errno == ENOTSUP || errno == EOPNOTSUPP, std::strerror(errno));
             qWarning("no ACLs on this file system: keeping them is not tried");
         } else {
-            db.company[0] = QStringLiteral("Changed");
+            db.setCompanyField(0, QStringLiteral("Changed"));
             QVERIFY(db.save(fresh).ok);
             char back[256];
             const ssize_t n = ::getxattr(name.constData(), "system.posix_acl_access", back, sizeof back);
@@ -476,7 +485,7 @@ private slots:
     {
         Database db;
         int shown = 0;
-        db.onPlaceholderCreated = [&shown] { ++shown; };
+        QObject::connect(&db, &Database::placeholderCreated, [&shown] { ++shown; });
         const Loaded l = load(db, dir, crlf({
             "<Customers>", "<Customer CID=\"3\">", "<FName>Cy</FName>", "<LName>Three</LName>", "<Current>No</Current>",
             "</Customer>", "</Customers>", "<InvoiceRecords>", "<InvoiceRecord>", "<BP>B</BP>", "<CID>9</CID>",
@@ -488,17 +497,17 @@ private slots:
         QCOMPARE(shown, 1);
         QCOMPARE(l.problems.size(), 1);
         QVERIFY2(l.problems[0].contains(QLatin1String("customer number 9")), qPrintable(l.problems[0]));
-        QCOMPARE(rows(db.lvwCustomers), (QStringList{"9k = Customer, Deleted|Deleted|Customer||||||",
+        QCOMPARE(rows(db.customers()), (QStringList{"9k = Customer, Deleted|Deleted|Customer||||||",
                                                      "3k = zzzz\u00BBThree, Cy|Cy|Three||||||"}));
         // Every record of the missing customer gets the placeholder's name, as
         // the next load of the saved file gives it. An archived customer's name shows plain.
-        QCOMPARE(rows(db.lvwInvoiceRecords), (QStringList{"A|9| = A|Customer, Deleted|9||1|",
+        QCOMPARE(rows(db.invoiceRecords()), (QStringList{"A|9| = A|Customer, Deleted|9||1|",
                                                           "A|3| = A|Three, Cy|3||1|",
                                                           "B|9| = B|Customer, Deleted|9||1|"}));
         QCOMPARE(db.customerNameByCid(QStringLiteral("3")), QStringLiteral("zzzz\u00BBThree, Cy"));
         QCOMPARE(db.customerNameByCid(QStringLiteral("40")), QString());
         QCOMPARE(shown, 2);
-        QVERIFY(db.lvwCustomers.contains(u"40k"));
+        QVERIFY(db.customers().contains(u"40k"));
         QVERIFY(db.serialize().contains(crlf({"\t\t<Customer CID=\"9\">", "\t\t\t<FName>Deleted</FName>",
                                               "\t\t\t<LName>Customer</LName>", "\t\t\t<Current>Yes</Current>"})));
     }
@@ -508,21 +517,22 @@ private slots:
         // Enough rows to cross the reader's blocks, a note longer than a block,
         // and a record of thousands of entries that name a missing item.
         Database db;
+        qor::test::TablesEdit tables(db);
         for (int c = 1; c <= 500; ++c) {
             const QString last = QStringLiteral("Last%1").arg(c);
-            db.lvwCustomers.append(QString::number(c) + u'k',
+            tables.customers.append(QString::number(c) + u'k',
                                    joined({last + ", First", "First", last, "Street & Co", "", "", "", "", ""}));
         }
-        db.lvwCustomers.add("9999k", fields({"Long", "Long", "", "", "", "", "", ""}) + FieldSep + QString(9 << 20, u'x'));
-        db.lvwPAndS.add("1k", QStringLiteral("000000005.00$5.00 - Five"));
+        tables.customers.add("9999k", fields({"Long", "Long", "", "", "", "", "", ""}) + FieldSep + QString(9 << 20, u'x'));
+        tables.items.add("1k", QStringLiteral("000000005.00$5.00 - Five"));
         for (int p = 0; p < 130; ++p)
             for (int c = 1; c <= 500; ++c)
-                db.lvwInvoiceRecords.append(QStringLiteral("P%1").arg(p) + FieldSep + QString::number(c) + FieldSep,
+                tables.invoiceRecords.append(QStringLiteral("P%1").arg(p) + FieldSep + QString::number(c) + FieldSep,
                                             QStringLiteral("P%1").arg(p) + FieldSep + FieldSep + QString::number(c) +
                                                 fields({"", "1.5", "1\u00021x2", "n\u00E9"}));
-        db.lvwInvoiceRecords.append(fields({"Q", "1", ""}),
+        tables.invoiceRecords.append(fields({"Q", "1", ""}),
                                     fields({"Q", "", "1", "0", ""}) + QStringList(5000, "2x3").join(ItemSep) + FieldSep);
-        db.lvwCustomers.resort();
+        tables.done();
         db.fillInvoiceRecordNames();
         const QByteArray bytes = db.serialize();
         QVERIFY(bytes.size() > 16 << 20);
@@ -533,7 +543,7 @@ private slots:
             Database back;
             const Loaded l = load(back, dir, variant);
             QVERIFY(l.result.ok());
-            QCOMPARE(back.lvwInvoiceRecords.count(), 130 * 500 + 1);
+            QCOMPARE(back.invoiceRecords().count(), 130 * 500 + 1);
             // Past a thousand, the records naming a missing item are summed up.
             QCOMPARE(l.problems.size(), 1000 + 1);
             QVERIFY(l.problems.last().contains(QLatin1String("4000 more")));
@@ -541,21 +551,23 @@ private slots:
         }
     }
 
-    void scansAndArchive()
+    void scans()
     {
         Database db;
-        QCOMPARE(Database::nextKeyNumber(db.lvwCustomers), 0);
-        db.lvwCustomers.add("2k", fields({"Bee, B", "B", "Bee", "", "", "", "", "", ""}));
-        db.lvwCustomers.add("10k", fields({"Ace, A", "A", "Ace", "", "", "", "", "", ""}));
-        db.lvwCustomers.add("7k", fields({"Cee, C", "C", "Cee", "", "", "", "", "", ""}));
-        db.lvwPAndS.add("12k", QStringLiteral("000000005.00$5.00 - Twelve"));
-        db.lvwPAndS.add("1k", QStringLiteral("000000040.00$40.00 - One"));
-        db.lvwPAndS.add("3k", QStringLiteral("000000001.00$1.00 - Three"));
-        db.lvwInvoiceRecords.add("May|70|", fields({"May", "X", "70", "0", "3", ""}));
-        db.lvwInvoiceRecords.add("May|10|", fields({"May", "Ace, A", "10", "0", "12x3", ""}));
-        db.lvwInvoiceRecords.add("Jun|10|", fields({"Jun", "Ace, A", "10", "0", "3\u000212x2", ""}));
-        QCOMPARE(Database::nextKeyNumber(db.lvwCustomers), 10);
-        QCOMPARE(Database::nextKeyNumber(db.lvwPAndS), 12);
+        QCOMPARE(Database::nextKeyNumber(db.customers()), 0);
+        qor::test::TablesEdit tables(db);
+        tables.customers.add("2k", fields({"Bee, B", "B", "Bee", "", "", "", "", "", ""}));
+        tables.customers.add("10k", fields({"Ace, A", "A", "Ace", "", "", "", "", "", ""}));
+        tables.customers.add("7k", fields({"Cee, C", "C", "Cee", "", "", "", "", "", ""}));
+        tables.items.add("12k", QStringLiteral("000000005.00$5.00 - Twelve"));
+        tables.items.add("1k", QStringLiteral("000000040.00$40.00 - One"));
+        tables.items.add("3k", QStringLiteral("000000001.00$1.00 - Three"));
+        tables.invoiceRecords.add("May|70|", fields({"May", "X", "70", "0", "3", ""}));
+        tables.invoiceRecords.add("May|10|", fields({"May", "Ace, A", "10", "0", "12x3", ""}));
+        tables.invoiceRecords.add("Jun|10|", fields({"Jun", "Ace, A", "10", "0", "3\u000212x2", ""}));
+        QCOMPARE(Database::nextKeyNumber(tables.customers), 10);
+        tables.done();
+        QCOMPARE(Database::nextKeyNumber(db.items()), 12);
 
         std::vector<float> steps;
         auto progress = [&steps](float p) { steps.push_back(p); };
@@ -570,21 +582,6 @@ private slots:
         QVERIFY(db.productIsBilled(QStringLiteral("3")));
         QVERIFY(!db.productIsBilled(QStringLiteral("1k")));  // 12 is not 1
         QVERIFY(!Database().productIsBilled(QStringLiteral("1k")));
-
-        // Never billed: removed. Billed: archived, and moved behind the others.
-        QCOMPARE(Database::deleteOrArchiveCustomer(db.lvwCustomers, QStringLiteral("7k"), false), QStringLiteral("deleted"));
-        QVERIFY(!db.lvwCustomers.contains(u"7k"));
-        QCOMPARE(Database::deleteOrArchiveCustomer(db.lvwCustomers, QStringLiteral("10k"), true),
-                 QStringLiteral("archived"));
-        QCOMPARE(db.lvwCustomers.key(db.lvwCustomers.count()), QStringLiteral("10k"));
-        QCOMPARE(db.lvwCustomers.textOf(u"10k"), fields({"zzzz\u00BBAce, A", "A", "Ace", "", "", "", "", "", ""}));
-        QCOMPARE(Database::nextKeyNumber(db.lvwCustomers), 10);  // the archived row still counts
-        // An archived item keeps its place among the prices.
-        QCOMPARE(Database::deleteOrArchiveProduct(db.lvwPAndS, QStringLiteral("12k"), true), QStringLiteral("archived"));
-        QCOMPARE(db.lvwPAndS.textOf(u"12k"), QStringLiteral("000000005.00zzzz\u00BB$5.00 - Twelve"));
-        QCOMPARE(db.lvwPAndS.indexOf(u"12k"), 2);
-        QCOMPARE(Database::deleteOrArchiveProduct(db.lvwPAndS, QStringLiteral("1k"), false), QStringLiteral("deleted"));
-        QCOMPARE(db.lvwPAndS.count(), 2);
     }
 };
 

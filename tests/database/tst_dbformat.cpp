@@ -5,6 +5,7 @@
 #include "dbfiletest.h"
 
 #include "database/codec.h"
+#include "tablesedit.h"
 
 using namespace qor;
 using namespace dbtest;
@@ -16,16 +17,18 @@ namespace {
 // " - ", entries with quantities, characters the code page lacks, markup.
 void fill(Database &db)
 {
-    db.company = {"A&B", "1 Main St", "", "", "555-1234", "Slogan \u20AC", "General", "Pay Me", "THANKS"};
-    db.lvwCustomers.add("3k", fields({"Lee & Co, Ann", "Ann", "Lee & Co", "1 Main St", "", "", "", "", ""}));
-    db.lvwCustomers.add("4k", fields({"Bo", "Bo", "", "", "", "", "", "", "1<2 \u263A\nsecond\r\nthird\rfourth\a\tend"}));
-    db.lvwCustomers.add("5k", fields({"zzzz\u00BBOld, Al", "Al", "Old", "", "", "", "a@b.c", "555", ""}));
-    db.lvwPeriods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
-    db.lvwPAndS.add("5k", QStringLiteral("000000005.00$5.00 - Midget - Widget"));
-    db.lvwPAndS.add("7k", QStringLiteral("000000000.00$0.00 - Free"));
-    db.lvwPAndS.add("8k", QStringLiteral("000000040.00zzzz\u00BB$40.00 - Gone \U0001F600"));
-    db.lvwInvoiceRecords.add(fields({"May", "3", ""}), fields({"May", "Lee & Co, Ann", "3", "12.5", "5\u00027x2", ""}));
-    db.lvwInvoiceRecords.add(fields({"May", "4", ""}), fields({"May", "Bo", "4", "0", "12x3", "Thanks 'so' \"much\" >"}));
+    qor::test::TablesEdit tables(db);
+    tables.company = {"A&B", "1 Main St", "", "", "555-1234", "Slogan \u20AC", "General", "Pay Me", "THANKS"};
+    tables.customers.add("3k", fields({"Lee & Co, Ann", "Ann", "Lee & Co", "1 Main St", "", "", "", "", ""}));
+    tables.customers.add("4k", fields({"Bo", "Bo", "", "", "", "", "", "", "1<2 \u263A\nsecond\r\nthird\rfourth\a\tend"}));
+    tables.customers.add("5k", fields({"zzzz\u00BBOld, Al", "Al", "Old", "", "", "", "a@b.c", "555", ""}));
+    tables.periods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
+    tables.items.add("5k", QStringLiteral("000000005.00$5.00 - Midget - Widget"));
+    tables.items.add("7k", QStringLiteral("000000000.00$0.00 - Free"));
+    tables.items.add("8k", QStringLiteral("000000040.00zzzz\u00BB$40.00 - Gone \U0001F600"));
+    tables.invoiceRecords.add(fields({"May", "3", ""}), fields({"May", "Lee & Co, Ann", "3", "12.5", "5\u00027x2", ""}));
+    tables.invoiceRecords.add(fields({"May", "4", ""}), fields({"May", "Bo", "4", "0", "12x3", "Thanks 'so' \"much\" >"}));
+    tables.done();
 }
 
 const QByteArray Expected = crlf({
@@ -93,11 +96,11 @@ private slots:
         QVERIFY(l.problems.size() == 1 && l.problems[0].contains(QLatin1String("item number 12,")));
         // Every row comes back exactly, the sort prices rebuilt from the price
         // text, the note with its line breaks, CRs and tabs.
-        QCOMPARE(rows(db.lvwCustomers), rows(original.lvwCustomers));
-        QCOMPARE(rows(db.lvwPeriods), rows(original.lvwPeriods));
-        QCOMPARE(rows(db.lvwPAndS), rows(original.lvwPAndS));
-        QCOMPARE(rows(db.lvwInvoiceRecords), rows(original.lvwInvoiceRecords));
-        QVERIFY(db.company == original.company);
+        QCOMPARE(rows(db.customers()), rows(original.customers()));
+        QCOMPARE(rows(db.periods()), rows(original.periods()));
+        QCOMPARE(rows(db.items()), rows(original.items()));
+        QCOMPARE(rows(db.invoiceRecords()), rows(original.invoiceRecords()));
+        QVERIFY(db.company() == original.company());
         // From here on the file is stable: read and saved, it is byte for byte itself.
         const QByteArray once = db.serialize();
         Database again;
@@ -123,17 +126,19 @@ private slots:
         QCOMPARE(codec::encode(u"\u0100\u263A\U0001F600\u0080 x"), QByteArray("&#256;&#9786;&#128512;&#128; x"));
 
         Database db;
-        db.company[0] = decoded;
-        db.company[1] = QStringLiteral("\u0100 &#8364; \U0001F600");
-        db.lvwCustomers.add("1k", fields({"\u017D\u00E9, \u4E2D", "\u4E2D", "\u017D\u00E9", "", "", "", "", "", ""}));
+        qor::test::TablesEdit tables(db);
+        tables.company[0] = decoded;
+        tables.company[1] = QStringLiteral("\u0100 &#8364; \U0001F600");
+        tables.customers.add("1k", fields({"\u017D\u00E9, \u4E2D", "\u4E2D", "\u017D\u00E9", "", "", "", "", "", ""}));
+        tables.done();
         const QByteArray bytes = db.serialize();
         QVERIFY(bytes.contains("<CompanyName>" + high + "</CompanyName>"));
         QVERIFY(bytes.contains("<CompanyAdd1>&#256; &amp;#8364; &#128512;</CompanyAdd1>"));
         QVERIFY(bytes.contains("<FName>&#20013;</FName>\r\n\t\t\t<LName>\x8E\xE9</LName>"));
         Database back;
         QVERIFY(load(back, dir, bytes).result.ok());
-        QVERIFY(back.company == db.company);
-        QCOMPARE(rows(back.lvwCustomers), rows(db.lvwCustomers));
+        QVERIFY(back.company() == db.company());
+        QCOMPARE(rows(back.customers()), rows(db.customers()));
 
         // Entities and references as the reader meets them.
         load(db, dir, crlf({
@@ -142,24 +147,26 @@ private slots:
             "<CompanyAdd3>&#x1F600;=&#128512; &#xE9;&#233;</CompanyAdd3>",
             "<CompanyPhone>&nbsp; &#; &#xZZ; &#1; &#2; &#99999999; &amp</CompanyPhone>",
             "<InvoiceClosing>\x80\x8a\xe9\x81</InvoiceClosing>", "</CompanyInfo>"}));
-        QCOMPARE(db.company[0], QStringLiteral("A & B <x> 'q' \"d\""));
-        QCOMPARE(db.company[1], QStringLiteral("&lt; and &amp;"));
-        QCOMPARE(db.company[2], QStringLiteral("&#8364; is not \u20AC"));
-        QCOMPARE(db.company[3], QStringLiteral("\U0001F600=\U0001F600 \u00E9\u00E9"));
+        QCOMPARE(db.company()[0], QStringLiteral("A & B <x> 'q' \"d\""));
+        QCOMPARE(db.company()[1], QStringLiteral("&lt; and &amp;"));
+        QCOMPARE(db.company()[2], QStringLiteral("&#8364; is not \u20AC"));
+        QCOMPARE(db.company()[3], QStringLiteral("\U0001F600=\U0001F600 \u00E9\u00E9"));
         // What isn't a reference to a usable character stays as it stands.
-        QCOMPARE(db.company[4], QStringLiteral("&nbsp; &#; &#xZZ; &#1; &#2; &#99999999; &amp"));
-        QCOMPARE(db.company[8], QStringLiteral("\u20AC\u0160\u00E9\u0081"));
+        QCOMPARE(db.company()[4], QStringLiteral("&nbsp; &#; &#xZZ; &#1; &#2; &#99999999; &amp"));
+        QCOMPARE(db.company()[8], QStringLiteral("\u20AC\u0160\u00E9\u0081"));
     }
 
     void oddRowsDoNotBreakTheWriter()
     {
         // Rows the program never makes still give a well-formed file that reads back.
         Database db;
-        db.lvwCustomers.add("9k", QStringLiteral("Short"));
-        db.lvwPAndS.add("2k", QStringLiteral("tiny"));
-        db.lvwPAndS.add("3k", QStringLiteral("000000001.00$1.00"));
-        db.lvwInvoiceRecords.add("x", QStringLiteral("NoFields"));
-        db.lvwPeriods.add("p", QString());
+        qor::test::TablesEdit tables(db);
+        tables.customers.add("9k", QStringLiteral("Short"));
+        tables.items.add("2k", QStringLiteral("tiny"));
+        tables.items.add("3k", QStringLiteral("000000001.00$1.00"));
+        tables.invoiceRecords.add("x", QStringLiteral("NoFields"));
+        tables.periods.add("p", QString());
+        tables.done();
         const QByteArray bytes = db.serialize();
         QVERIFY(bytes.startsWith("<QOR-DB>\r\n") && bytes.endsWith("</QOR-DB>\r\n"));
         for (const char *part : {"\t\t<Customer CID=\"9\">\r\n\t\t\t<Current>Yes</Current>\r\n",
@@ -170,7 +177,7 @@ private slots:
         QVERIFY(load(back, dir, bytes).result.ok());
         // The record without a CID gets no placeholder: one without a number
         // would be dropped by every load and made again.
-        QCOMPARE(rows(back.lvwCustomers), QStringList{"9k = ||||||||"});
+        QCOMPARE(rows(back.customers()), QStringList{"9k = ||||||||"});
     }
 
     void tagsInAnyCaseSectionsInAnyOrder()
@@ -190,13 +197,13 @@ private slots:
             "</qor-db>"}));
         QCOMPARE(l.result.status, ReadResult::Status::Read);
         // A second section adds to the first; a second CompanyInfo replaces every company field.
-        QCOMPARE(rows(db.lvwCustomers), (QStringList{"2k = Bo, ||Bo||||||", "7k = Lee, Ann|Ann|Lee|1 Main|||||"}));
-        QCOMPARE(rows(db.lvwPeriods), QStringList{"May| = 2024/05/01|May|2024/05/31|2024/06/15"});
-        QCOMPARE(rows(db.lvwPAndS), QStringList{"5k = 000000005.00$5.00 - Widget"});
+        QCOMPARE(rows(db.customers()), (QStringList{"2k = Bo, ||Bo||||||", "7k = Lee, Ann|Ann|Lee|1 Main|||||"}));
+        QCOMPARE(rows(db.periods()), QStringList{"May| = 2024/05/01|May|2024/05/31|2024/06/15"});
+        QCOMPARE(rows(db.items()), QStringList{"5k = 000000005.00$5.00 - Widget"});
         // The record's customer and item came later in the file and are still found.
-        QCOMPARE(rows(db.lvwInvoiceRecords), QStringList{"May|7| = May|Lee, Ann|7|5|5|"});
+        QCOMPARE(rows(db.invoiceRecords()), QStringList{"May|7| = May|Lee, Ann|7|5|5|"});
         QVERIFY2(l.problems.isEmpty(), qPrintable(l.problems.join('\n')));
-        QVERIFY(db.company == (std::array<QString, 9>{"Acme", "", "", "", "", "Fast"}));
+        QVERIFY(db.company() == (std::array<QString, 9>{"Acme", "", "", "", "", "Fast"}));
     }
 
     void commentsBlankLinesIndentationAndNotes()
@@ -211,7 +218,7 @@ private slots:
         // The commented line is gone with its FName; blanks inside an element
         // stay, tabs anywhere go; the lines of a note keep their breaks, and
         // lose the indentation at their ends.
-        QCOMPARE(rows(db.lvwCustomers),
+        QCOMPARE(rows(db.customers()),
                  (QStringList{"1k =   Diaz  , ||  Diaz  |||||555|", "2k = Cy|Cy|||||||first line\nsecond line\nthird"}));
     }
 
@@ -227,34 +234,36 @@ private slots:
             QStringLiteral("</CompanyInfo>\r\n<Customers>"), QStringLiteral(" \r "),
         };
         Database db;
+        qor::test::TablesEdit tables(db);
         int cid = 0;
         for (const QString &t : tricky) {
             ++cid;
             const bool archived = cid % 2 == 0;
             const QString name = (archived ? ArchiveMark : QString()) + t + QStringLiteral(", N");
-            db.lvwCustomers.add(QString::number(cid) + u'k',
+            tables.customers.add(QString::number(cid) + u'k',
                                 joined({name, QStringLiteral("N"), t, t, {}, {}, {}, {}, t}));
         }
-        db.company[0] = tricky[3];
-        db.company[8] = tricky[0];
-        db.lvwPeriods.add(tricky[1] + FieldSep, joined({QStringLiteral("2024/01/01"), tricky[1], tricky[2], {}}));
-        db.lvwPAndS.add("1k", QStringLiteral("000000001.00$1.00 - ") + tricky[6]);
-        db.lvwInvoiceRecords.add(fields({"P", "1", ""}), joined({QStringLiteral("P"), tricky[0] + QStringLiteral(", N"), QStringLiteral("1"),
+        tables.company[0] = tricky[3];
+        tables.company[8] = tricky[0];
+        tables.periods.add(tricky[1] + FieldSep, joined({QStringLiteral("2024/01/01"), tricky[1], tricky[2], {}}));
+        tables.items.add("1k", QStringLiteral("000000001.00$1.00 - ") + tricky[6]);
+        tables.invoiceRecords.add(fields({"P", "1", ""}), joined({QStringLiteral("P"), tricky[0] + QStringLiteral(", N"), QStringLiteral("1"),
                                                                       QStringLiteral("0"), QStringLiteral("1"), tricky[5]}));
+        tables.done();
         Database back;
         const Loaded l = load(back, dir, db.serialize());
         QVERIFY(l.result.ok());
-        QCOMPARE(rows(back.lvwCustomers), rows(db.lvwCustomers));
-        QCOMPARE(rows(back.lvwPeriods), rows(db.lvwPeriods));
-        QCOMPARE(rows(back.lvwPAndS), rows(db.lvwPAndS));
-        QCOMPARE(rows(back.lvwInvoiceRecords), rows(db.lvwInvoiceRecords));
-        QVERIFY(back.company == db.company);
+        QCOMPARE(rows(back.customers()), rows(db.customers()));
+        QCOMPARE(rows(back.periods()), rows(db.periods()));
+        QCOMPARE(rows(back.items()), rows(db.items()));
+        QCOMPARE(rows(back.invoiceRecords()), rows(db.invoiceRecords()));
+        QVERIFY(back.company() == db.company());
 
         // Old files escape the same way: an escaped tag is text, a bare one structure.
         load(back, dir, crlf({"<Customers>", "<Customer CID=\"1\">", "<FName>A</FName>", "<Notes>x", "&lt;/Customers&gt;",
                               "</Notes>", "</Customer>", "<Customer CID=\"2\">", "<FName>B &lt;!-- c</FName>",
                               "<Current>No</Current>", "</Customer>", "</Customers>"}));
-        QCOMPARE(rows(back.lvwCustomers), (QStringList{"1k = A|A|||||||x\n</Customers>\n",
+        QCOMPARE(rows(back.customers()), (QStringList{"1k = A|A|||||||x\n</Customers>\n",
                                                        "2k = zzzz\u00BBB <!-- c|B <!-- c|||||||"}));
     }
 
@@ -266,8 +275,8 @@ private slots:
         QVERIFY(load(db, dir, "<CompanyInfo>\r\n<CompanyName>a\x0b" "b\x1b" "c\x7f\x01\x02" "d</CompanyName>\r\n"
                               "<CompanyAdd1>&#9;&#13;&#10;&#0;&#1;</CompanyAdd1>\r\n</CompanyInfo>\r\n")
                     .result.ok());
-        QCOMPARE(db.company[0], QStringLiteral("a\vb\x1b" "c\x7f" "d"));
-        QCOMPARE(db.company[1], QString(QStringLiteral("\t\r\n") + QChar(0) + QStringLiteral("&#1;")));
+        QCOMPARE(db.company()[0], QStringLiteral("a\vb\x1b" "c\x7f" "d"));
+        QCOMPARE(db.company()[1], QString(QStringLiteral("\t\r\n") + QChar(0) + QStringLiteral("&#1;")));
         const QByteArray saved = db.serialize();
         QVERIFY(saved.contains("<CompanyName>a&#11;b&#27;c&#127;d</CompanyName>"));
         QVERIFY(saved.contains("<CompanyAdd1>&#9;&#13;\r\n&#0;&amp;#1;</CompanyAdd1>"));
@@ -275,12 +284,12 @@ private slots:
         QVERIFY(load(db, dir, "<Customers>\r\n<Customer CID=\"1\">\r\n<FName>A\x1c/FName>\x0f</FName>\r\n"
                               "\x1c/Customer>\r\n<LName>L</LName>\r\n</Customer>\r\n</Customers>\r\n")
                     .result.ok());
-        QCOMPARE(rows(db.lvwCustomers), QStringList{"1k = L, A\x1c/FName>\x0f|A\x1c/FName>\x0f|L||||||"});
+        QCOMPARE(rows(db.customers()), QStringList{"1k = L, A\x1c/FName>\x0f|A\x1c/FName>\x0f|L||||||"});
         // Any mix of tabs and blanks before or after a tag is indentation.
         QVERIFY(load(db, dir, "<QOR-DB>\r\n\t <BillPeriods>\r\n \t<BillPeriod>\t \r\n\t \t<BPName>May</BPName> \t\r\n"
                               " </BillPeriod>\t\r\n\t </BillPeriods> \r\n</QOR-DB>")
                     .result.ok());
-        QCOMPARE(rows(db.lvwPeriods), QStringList{"May| = |May||"});
+        QCOMPARE(rows(db.periods()), QStringList{"May| = |May||"});
         // A file of nothing but NUL bytes is refused at its first block, not read to its end.
         const QString nul = dir.filePath(QStringLiteral("nul.xml"));
         {
@@ -311,9 +320,9 @@ private slots:
         const Loaded l = load(db, dir, crlf(lines));
         QVERIFY(l.result.ok());
         QCOMPARE(l.problems.size(), 1);  // the placeholder of 7a, told once
-        QCOMPARE(rows(db.lvwCustomers), (QStringList{"7ak = Customer, Deleted|Deleted|Customer||||||",
+        QCOMPARE(rows(db.customers()), (QStringList{"7ak = Customer, Deleted|Deleted|Customer||||||",
                                                      "5k = Five|Five|||||||"}));
-        QCOMPARE(rows(db.lvwInvoiceRecords),
+        QCOMPARE(rows(db.invoiceRecords()),
                  (QStringList{"P1|5k| = P1|Five|5k||1++2x2|", "P2| 5| = P2|Five| 5||1++2x2|",
                               "P3|5K| = P3|Five|5K||1++2x2|", "P4|7A| = P4|Customer, Deleted|7A||1++2x2|",
                               "P5|7a| = P5|Customer, Deleted|7a||1++2x2|", "P6|| = P6||||1++2x2|",
@@ -323,8 +332,8 @@ private slots:
         Database again;
         const Loaded l2 = load(again, dir, saved);
         QVERIFY(l2.result.ok() && l2.problems.isEmpty());
-        QCOMPARE(rows(again.lvwCustomers), rows(db.lvwCustomers));
-        QCOMPARE(rows(again.lvwInvoiceRecords), rows(db.lvwInvoiceRecords));
+        QCOMPARE(rows(again.customers()), rows(db.customers()));
+        QCOMPARE(rows(again.invoiceRecords()), rows(db.invoiceRecords()));
         QVERIFY(again.serialize() == saved);
     }
 
@@ -349,13 +358,13 @@ private slots:
         QVERIFY(l.result.ok());
         // Customers by display name, archived last; items by sort price; periods
         // by start date; records by period, then name.
-        QCOMPARE(rows(db.lvwCustomers), (QStringList{"4k = Dee|Dee|||||||", "1k = One, A|A|One||||||",
+        QCOMPARE(rows(db.customers()), (QStringList{"4k = Dee|Dee|||||||", "1k = One, A|A|One||||||",
                                                      "3k = Three, C|C|Three||||||", "2k = zzzz\u00BBTwo, B|B|Two||||||"}));
-        QCOMPARE(rows(db.lvwPAndS), (QStringList{"2k = 000000001.00$1.00 - ", "1k = 000000002.50zzzz\u00BB$2.50 - Old",
+        QCOMPARE(rows(db.items()), (QStringList{"2k = 000000001.00$1.00 - ", "1k = 000000002.50zzzz\u00BB$2.50 - Old",
                                                  "4k = 000000040.00$40.00 - ", "3k = 000001234.00$1,234.00 - Huge"}));
-        QCOMPARE(rows(db.lvwPeriods), (QStringList{"Earlier| = 2023/12/01|Earlier||", "Later| = 2024/02/01|Later||"}));
+        QCOMPARE(rows(db.periods()), (QStringList{"Earlier| = 2023/12/01|Earlier||", "Later| = 2024/02/01|Later||"}));
         // The archive mark never reaches a record's name; a missing note or balance is an empty field.
-        QCOMPARE(rows(db.lvwInvoiceRecords), (QStringList{"Apr|2| = Apr|Two, B|2||1|", "May|1| = May|One, A|1||1|",
+        QCOMPARE(rows(db.invoiceRecords()), (QStringList{"Apr|2| = Apr|Two, B|2||1|", "May|1| = May|One, A|1||1|",
                                                           "May|2| = May|Two, B|2|3|2|Thanks"}));
     }
 
@@ -387,8 +396,8 @@ private slots:
             Database a, b;
             QVERIFY(load(a, dir, crlf(plain)).result.ok());
             QVERIFY(load(b, dir, crlf(general)).result.ok());
-            QCOMPARE(rows(a.lvwInvoiceRecords), rows(b.lvwInvoiceRecords));
-            got << rows(a.lvwInvoiceRecords);
+            QCOMPARE(rows(a.invoiceRecords()), rows(b.invoiceRecords()));
+            got << rows(a.invoiceRecords());
         }
         // The first tag counts. Entries are taken by number from 1, in the
         // writer's exact spelling; a gap ends the list, an empty entry keeps its
@@ -410,8 +419,8 @@ private slots:
             "</Customer>", "</Customers>", "<ProductsAndServices>", "<PS PSID=\"x\">", "<Item>Bad</Item>", "</PS>",
             "<PS PSID=\"3\">", "<Item>Good</Item>", "<ItemPrice>$1.00</ItemPrice>", "</PS>", "</ProductsAndServices>"}));
         QVERIFY(l.result.ok() && l.problems.isEmpty());
-        QCOMPARE(rows(db.lvwCustomers), QStringList{"12k = Twelve|Twelve|||||||"});
-        QCOMPARE(rows(db.lvwPAndS), QStringList{"3k = 000000001.00$1.00 - Good"});
+        QCOMPARE(rows(db.customers()), QStringList{"12k = Twelve|Twelve|||||||"});
+        QCOMPARE(rows(db.items()), QStringList{"3k = 000000001.00$1.00 - Good"});
     }
 
     void lineEndsAndCutOffFiles()
@@ -424,8 +433,8 @@ private slots:
             "\t\t\t<PSID Number=\"1\">5</PSID>", "\t\t</InvoiceRecord>", "\t</InvoiceRecords>", "</QOR-DB>"});
         Database reference;
         load(reference, dir, full);
-        QCOMPARE(rows(reference.lvwCustomers), QStringList{"1k = Ann|Ann|||||||a\nb"});
-        QCOMPARE(rows(reference.lvwInvoiceRecords), QStringList{"May|1| = May|Ann|1||5|"});
+        QCOMPARE(rows(reference.customers()), QStringList{"1k = Ann|Ann|||||||a\nb"});
+        QCOMPARE(rows(reference.invoiceRecords()), QStringList{"May|1| = May|Ann|1||5|"});
         // LF alone, CR alone, a mix, and no line end at the end read the same
         // and are saved with CR LF.
         QByteArray lf = full, cr = full, mixed = full;
@@ -514,7 +523,7 @@ private slots:
                                              "<Customer CID=\"3\">", "<Notes>", "two", "</Notes>", "</Customer>",
                                              "</Customers>", "<!-- after -->"}));
         QVERIFY2(l.result.ok(), qPrintable(l.result.message));
-        QCOMPARE(rows(db.lvwCustomers), QStringList{"3k = ||||||||\ntwo\n"});
+        QCOMPARE(rows(db.customers()), QStringList{"3k = ||||||||\ntwo\n"});
         // A file of blanks and comments is an empty database.
         QVERIFY(load(db, dir, crlf({"", "  ", "<!-- nothing -->"})).result.ok());
         // An unrelated XML file, a root without sections, text after the root: refused.

@@ -7,6 +7,7 @@
 
 #include "database/entryrules.h"
 #include "database/regional.h"
+#include "tablesedit.h"
 
 #include <QRandomGenerator>
 
@@ -82,9 +83,10 @@ private slots:
         int refusedCustomers = 0, refusedItems = 0, stored = 0;
         for (int round = 0; round < 150; ++round) {
             Database db;
-            for (QString &c : db.company) c = t.text();
+            qor::test::TablesEdit tables(db);
+            for (QString &c : tables.company) c = t.text();
             // Company fields aren't packed into rows: only the separators can't be held.
-            for (QString &c : db.company) c.remove(FieldSep).remove(ItemSep);
+            for (QString &c : tables.company) c.remove(FieldSep).remove(ItemSep);
 
             QStringList names;  // by customer number - 1
             for (int c = 1; c <= 6; ++c) {
@@ -101,13 +103,13 @@ private slots:
                 QString name = typed[1].isEmpty() ? typed[0] : typed[1] + QStringLiteral(", ") + typed[0];
                 if (t.bounded(3) == 0) name.prepend(ArchiveMark);
                 names << withoutMark(name);
-                db.lvwCustomers.add(QString::number(c) + u'k', joined(QStringList{name} + typed));
+                tables.customers.add(QString::number(c) + u'k', joined(QStringList{name} + typed));
             }
             for (int p = 0; p < 3; ++p) {
                 QStringList f{t.text(), t.text(), t.text(), t.text()};
                 for (QString &x : f) x.remove(FieldSep).remove(ItemSep);
                 f[1] += QString::number(p);  // names are keys: unique
-                db.lvwPeriods.add(f[1] + FieldSep, joined(f));
+                tables.periods.add(f[1] + FieldSep, joined(f));
             }
             for (int i = 1; i <= 5; ++i) {
                 QString price = t.text(3), name = t.text();
@@ -121,7 +123,7 @@ private slots:
                     QVERIFY(entry::productProblem(price, name).isEmpty());
                 }
                 const QString mark = t.bounded(3) == 0 ? ArchiveMark : QString();
-                db.lvwPAndS.add(QString::number(i) + u'k',
+                tables.items.add(QString::number(i) + u'k',
                                 regional::sortPrice(price) + mark + price + QStringLiteral(" - ") + name);
             }
             for (int r = 0; r < 6; ++r) {
@@ -133,18 +135,19 @@ private slots:
                 f[3].remove(FieldSep).remove(ItemSep);
                 f[5].remove(FieldSep).remove(ItemSep);
                 if (f[4].isEmpty()) f[4] = QStringLiteral("1");  // a record has items
-                db.lvwInvoiceRecords.add(bp + FieldSep + f[2] + FieldSep, joined(f));
+                tables.invoiceRecords.add(bp + FieldSep + f[2] + FieldSep, joined(f));
             }
+            tables.done();
 
             const QByteArray saved = db.serialize();
             Database back;
             const Loaded l = load(back, dir, saved);
             QVERIFY2(l.result.ok(), qPrintable(l.result.message));
-            QCOMPARE(rows(back.lvwCustomers), rows(db.lvwCustomers));
-            QCOMPARE(rows(back.lvwPeriods), rows(db.lvwPeriods));
-            QCOMPARE(rows(back.lvwPAndS), rows(db.lvwPAndS));
-            QCOMPARE(rows(back.lvwInvoiceRecords), rows(db.lvwInvoiceRecords));
-            for (int c = 0; c < CompanyFieldCount; ++c) QCOMPARE(back.company[size_t(c)], db.company[size_t(c)]);
+            QCOMPARE(rows(back.customers()), rows(db.customers()));
+            QCOMPARE(rows(back.periods()), rows(db.periods()));
+            QCOMPARE(rows(back.items()), rows(db.items()));
+            QCOMPARE(rows(back.invoiceRecords()), rows(db.invoiceRecords()));
+            for (int c = 0; c < CompanyFieldCount; ++c) QCOMPARE(back.company()[size_t(c)], db.company()[size_t(c)]);
             QVERIFY(back.serialize() == saved);
             ++stored;
         }

@@ -2,7 +2,7 @@
 // delete (whole numbers, progress), the row removed or archived, keys, and
 // what the database tells its views.
 #include "database/database.h"
-#include "database/edits.h"
+#include "tablesedit.h"
 #include "database/rowtypes.h"
 
 #include <QSignalSpy>
@@ -28,9 +28,10 @@ CustomerRow customerNamed(const QString &last)
 void fill(Database &db)
 {
     const char *lasts[] = {"Adams", "Baker", "Cole", "Dunn", "Egan", "Ford", "Gray", "Hale", "Irwin", "Jones", "King", "Lane"};
-    for (int i = 1; i <= 12; ++i) db.lvwCustomers.add(numberKey(i), customerNamed(QString::fromLatin1(lasts[i - 1])).text());
+    for (int i = 1; i <= 12; ++i) db.addCustomer(customerNamed(QString::fromLatin1(lasts[i - 1])), numberKey(i));
+    test::TablesEdit tables(db);
     for (auto [psid, price] : {std::pair{1, 1}, std::pair{3, 3}, std::pair{7, 5}, std::pair{12, 9}})
-        db.lvwPAndS.add(numberKey(psid), item::make(QStringLiteral("00000000%1.00").arg(price), QStringLiteral("$%1.00").arg(price),
+        tables.items.add(numberKey(psid), item::make(QStringLiteral("00000000%1.00").arg(price), QStringLiteral("$%1.00").arg(price),
                                                     QStringLiteral("Item%1").arg(psid)).text());
     const std::tuple<const char *, const char *, int, QString> records[] = {
         {"P1", "Baker, Pat", 2, ItemEntry::join({"7", ItemEntry::make("12", 3)})}, {"P1", "Egan, Pat", 5, "7x2"},
@@ -42,7 +43,7 @@ void fill(Database &db)
         r.cid = QString::number(cid);
         r.balance = cid == 2 ? QStringLiteral("4.5") : QStringLiteral("0");
         r.items = items;
-        db.lvwInvoiceRecords.add(record::keyFor(r.period, r.cid), r.text());
+        tables.invoiceRecords.add(record::keyFor(r.period, r.cid), r.text());
     }
 }
 
@@ -55,32 +56,35 @@ private slots:
     {
         // Customer: the CID field exactly, paid records too. Item: the number
         // before any "x" (1 is no prefix of 12, 3 in 12x3 is a quantity, 2 a customer).
-        const std::pair<const char *, edits::Removal> customers[] = {
-            {"12k", edits::Removal::Archived}, {"1k", edits::Removal::Deleted}, {"7k", edits::Removal::Deleted},
-            {"99k", edits::Removal::NotThere}};
-        const std::pair<const char *, edits::Removal> items[] = {
-            {"12k", edits::Removal::Archived}, {"7k", edits::Removal::Archived}, {"1k", edits::Removal::Deleted},
-            {"3k", edits::Removal::Deleted}, {"2k", edits::Removal::NotThere}};
+        const std::pair<const char *, Removal> customers[] = {
+            {"12k", Removal::Archived}, {"1k", Removal::Deleted}, {"7k", Removal::Deleted},
+            {"99k", Removal::NotThere}};
+        const std::pair<const char *, Removal> items[] = {
+            {"12k", Removal::Archived}, {"7k", Removal::Archived}, {"1k", Removal::Deleted},
+            {"3k", Removal::Deleted}, {"2k", Removal::NotThere}};
         for (auto [key, outcome] : customers) {
             Database db;
             fill(db);
-            QCOMPARE(edits::removeCustomer(db, QString::fromLatin1(key)), outcome);
-            QCOMPARE(db.lvwCustomers.count(), outcome == edits::Removal::Deleted ? 11 : 12);
+            QCOMPARE(db.removeCustomer(QString::fromLatin1(key)).removal, outcome);
+            QCOMPARE(db.customers().count(), outcome == Removal::Deleted ? 11 : 12);
         }
         for (auto [key, outcome] : items) {
             Database db;
             fill(db);
-            QCOMPARE(edits::removeItem(db, QString::fromLatin1(key)), outcome);
-            QCOMPARE(db.lvwPAndS.count(), outcome == edits::Removal::Deleted ? 3 : 4);
+            QCOMPARE(db.removeItem(QString::fromLatin1(key)).removal, outcome);
+            QCOMPARE(db.items().count(), outcome == Removal::Deleted ? 3 : 4);
         }
         // A record without an item list is passed over.
         Database shortRecord;
-        shortRecord.lvwPAndS.add("1k", "000000001.00$1.00 - Pen");
-        shortRecord.lvwInvoiceRecords.add("P1\u00011\u0001", QStringList({"P1", "A", "1", "0"}).join(FieldSep));
-        QCOMPARE(edits::removeItem(shortRecord, "1k"), edits::Removal::Deleted);
-        QCOMPARE(edits::wordOf(edits::Removal::Archived), "archive");
-        QCOMPARE(edits::wordOf(edits::Removal::Deleted), "delete");
-        QVERIFY(edits::wordOf(edits::Removal::NotThere).isEmpty());
+        {
+            test::TablesEdit t(shortRecord);
+            t.items.add("1k", "000000001.00$1.00 - Pen");
+            t.invoiceRecords.add("P1\u00011\u0001", QStringList({"P1", "A", "1", "0"}).join(FieldSep));
+        }
+        QCOMPARE(shortRecord.removeItem("1k").removal, Removal::Deleted);
+        QCOMPARE(wordOf(Removal::Archived), "archive");
+        QCOMPARE(wordOf(Removal::Deleted), "delete");
+        QVERIFY(wordOf(Removal::NotThere).isEmpty());
     }
 
     void progressStopsAtTheFirstRecordFound()
@@ -89,10 +93,10 @@ private slots:
         fill(db);
         QList<int> steps;
         auto record = [&steps](float p) { steps << qRound(p); };
-        QCOMPARE(edits::removeCustomer(db, "5k", record), edits::Removal::Archived);  // found at 2 of 4
+        QCOMPARE(db.removeCustomer("5k", record).removal, Removal::Archived);  // found at 2 of 4
         QCOMPARE(steps, QList<int>({25, 50}));
         steps.clear();
-        QCOMPARE(edits::removeCustomer(db, "3k", record), edits::Removal::Deleted);
+        QCOMPARE(db.removeCustomer("3k", record).removal, Removal::Deleted);
         QCOMPARE(steps, QList<int>({25, 50, 75, 100}));
     }
 
@@ -101,35 +105,45 @@ private slots:
         Database db;
         fill(db);
         // A customer moves behind all current ones, and its number stays taken.
-        for (const char *key : {"2k", "12k"}) QCOMPARE(edits::removeCustomer(db, key), edits::Removal::Archived);
-        QCOMPARE(db.lvwCustomers.indexOf(u"2k"), 11);
-        QCOMPARE(db.lvwCustomers.textOf(u"2k"), ArchiveMark + customerNamed("Baker").text());
-        QVERIFY(!customer::isArchived(db.lvwCustomers.text(10)));
-        QCOMPARE(edits::addCustomer(db, customerNamed("Zane")), "13k");
-        QCOMPARE(edits::removeCustomer(db, "13k"), edits::Removal::Deleted);  // a removed highest number is free again
-        QCOMPARE(Database::nextKeyNumber(db.lvwCustomers), 12);
+        for (const char *key : {"2k", "12k"}) QCOMPARE(db.removeCustomer(key).removal, Removal::Archived);
+        QCOMPARE(db.customers().indexOf(u"2k"), 11);
+        QCOMPARE(db.customers().textOf(u"2k"), ArchiveMark + customerNamed("Baker").text());
+        QVERIFY(!customer::isArchived(db.customers().text(10)));
+        QCOMPARE(db.addCustomer(customerNamed("Zane")).key, "13k");
+        QCOMPARE(db.removeCustomer("13k").removal, Removal::Deleted);  // a removed highest number is free again
+        QCOMPARE(Database::nextKeyNumber(db.customers()), 12);
         // An item keeps its place by price, the mark after the sort price.
-        QCOMPARE(edits::removeItem(db, "7k"), edits::Removal::Archived);
-        QCOMPARE(db.lvwPAndS.textOf(u"7k"), QStringLiteral("000000005.00") + ArchiveMark + "$5.00 - Item7");
-        QCOMPARE(db.lvwPAndS.indexOf(u"7k"), 3);
+        QCOMPARE(db.removeItem("7k").removal, Removal::Archived);
+        QCOMPARE(db.items().textOf(u"7k"), QStringLiteral("000000005.00") + ArchiveMark + "$5.00 - Item7");
+        QCOMPARE(db.items().indexOf(u"7k"), 3);
     }
 
     void addsAndEditsTellTheViews()
     {
         Database db;
         fill(db);
+        db.setChanged(false);
         QSignalSpy tables(&db, &Database::tableChanged);
         QSignalSpy state(&db, &Database::changedStateChanged);
 
-        QCOMPARE(edits::addCustomer(db, customerNamed("Abbot"), "40k"), "40k");  // a key given is kept
-        QCOMPARE(db.lvwCustomers.indexOf(u"40k"), 1);
-        QCOMPARE(edits::addItem(db, item::make("000000002.00", "$2.00", "Pen")), "13k");
-        QCOMPARE(db.lvwPAndS.indexOf(u"13k"), 2);
+        QCOMPARE(db.addCustomer(customerNamed("Abbot"), "40k").key, "40k");  // a key given is kept
+        QVERIFY(!db.addCustomer(customerNamed("Again"), "40k"));
+        QCOMPARE(db.customers().indexOf(u"40k"), 1);
+        QCOMPARE(db.addItem(item::make("000000002.00", "$2.00", "Pen")).key, "13k");
+        QCOMPARE(db.items().indexOf(u"13k"), 2);
         // An edit moves the row to its sorted place under the same key.
-        QVERIFY(edits::replaceCustomer(db, "40k", customerNamed("Zed")));
-        QCOMPARE(db.lvwCustomers.indexOf(u"40k"), 13);
-        QVERIFY(!edits::replaceCustomer(db, "41k", customerNamed("Nobody")));
-        QCOMPARE(edits::removeItem(db, "41k"), edits::Removal::NotThere);
+        QVERIFY(db.replaceCustomer("40k", customerNamed("Zed")));
+        QCOMPARE(db.customers().indexOf(u"40k"), 13);
+        QVERIFY(!db.replaceCustomer("41k", customerNamed("Nobody")));
+        QCOMPARE(db.removeItem("41k").removal, Removal::NotThere);
+        // A payment tells its one record, and no table.
+        QSignalSpy record(&db, &Database::recordChanged);
+        QVERIFY(db.logPayment("P1", "5", "1.5", "chk"));
+        QVERIFY(!db.logPayment("P2", "5", "0", {}));
+        QCOMPARE(record.size(), 1);
+        QCOMPARE(record.at(0), (QVariantList{"P1", "5"}));
+        QCOMPARE(db.invoiceRecords().textOf(record::keyFor("P1", "5")),
+                 QStringList({"P1", "Egan, Pat", "5", "1.5", "7x2", "chk"}).join(FieldSep));
 
         QCOMPARE(tables.size(), 3);
         QCOMPARE(tables.at(0).at(0).value<Table>(), Table::Customers);

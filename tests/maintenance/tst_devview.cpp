@@ -9,6 +9,7 @@
 #include "uiservices/twips.h"
 
 #include "shell/panel.h"
+#include "tablesedit.h"
 
 #include <QClipboard>
 #include <QDesktopServices>
@@ -144,7 +145,9 @@ private slots:
         QVERIFY(v->text2().startsWith(u"BPName | "_s));
 
         v->optLVWChoice(0)->click();
-        w->db().lvwCustomers.add(u"7k"_s, u"Aardvark, Al"_s);
+        qor::test::TablesEdit tables(w->db());
+        tables.customers.add(u"7k"_s, u"Aardvark, Al"_s);
+        tables.done();
         QCOMPARE(lines(v->text1()).size(), 1);  // a snapshot
         v->optLVWChoice(0)->click();            // already on: no click
         QCOMPARE(lines(v->text1()).size(), 1);
@@ -152,7 +155,9 @@ private slots:
         v->optLVWChoice(0)->click();
         QCOMPARE(lines(v->text1()), (QStringList{u"Aardvark, Al ...key=7k"_s, lines(v->text1()).value(1)}));
         QCOMPARE(lines(v->text1()).size(), 2);
-        w->db().lvwCustomers.remove(u"7k"_s);
+        qor::test::TablesEdit gone(w->db());
+        gone.customers.remove(u"7k"_s);
+        gone.done();
         discard(w);
     }
 

@@ -164,7 +164,7 @@ private slots:
             return pages::PrintOutcome{status, {}, status == pages::PrintStatus::Failed ? u"Out of paper."_s : QString()};
         };
         auto *button = panel->findChild<QAbstractButton *>(u"cmdPrintSelectedInvoices"_s);
-        w->db().company[0].clear();
+        w->db().setCompanyField(0, QString());
         auto asking = std::make_unique<Answerer>();
 
         // Closed with its close box counts as Yes: to Company Info, nothing printed.
@@ -194,7 +194,7 @@ private slots:
 
         // An address without a name: not asked either.
         settings::write(u"Messages"_s, u"DontShowNeedToFillCompanyInfo"_s, QString());
-        w->db().company[1] = u"1 Main St"_s;
+        w->db().setCompanyField(1, u"1 Main St"_s);
         click(button);
         QCOMPARE(jobs, 9);
         QCOMPARE(asking->dialogs.seen.size(), 2);

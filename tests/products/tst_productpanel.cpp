@@ -18,7 +18,7 @@ class TstProductPanel : public QObject {
     QLineEdit *price() { return m_w->productPanel()->control<QLineEdit>("txtPrice"); }
     QLineEdit *name() { return m_w->productPanel()->control<QLineEdit>("txtProductOrServiceName"); }
     QTreeWidget *list() { return m_w->productPanel()->list(); }
-    KeyedList &table() { return m_w->db().lvwPAndS; }
+    const KeyedList &table() { return m_w->db().items(); }
     QString buttons() { return buttonPair(btn("cmdAddNewItem"), btn("cmdCancelNewItem")); }
     void open(const QList<DbItem> &items, const QList<DbRecord> &records = {}) {
         discard(m_w);

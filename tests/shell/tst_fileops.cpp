@@ -210,8 +210,8 @@ private slots:
                  qPrintable(copies[0]));
         // The copy is a database with the change in it.
         const auto kept = readBack(at(copies[0]));
-        QCOMPARE(kept->lvwCustomers.count(), 4);
-        QCOMPARE(kept->lvwInvoiceRecords.count(), 2);
+        QCOMPARE(kept->customers().count(), 4);
+        QCOMPARE(kept->invoiceRecords().count(), 2);
         const QLabel *line = w->optionsPanel()->recoveryCopyLine();
         QVERIFY(line->isVisible());
         QVERIFY(line->toolTip().endsWith(copies[0]));
@@ -293,12 +293,12 @@ private slots:
         QCOMPARE(w->customerPanel()->rowCount(), 2);
         QCOMPARE(company(0)->text(), u"Test Co"_s);
         const auto year2 = readBack(at(u"Year2.xml"_s));
-        QCOMPARE(year2->lvwCustomers.count(), 3);  // the archived one too, with its number
-        QVERIFY(year2->lvwCustomers.contains(u"3k"));
-        QCOMPARE(year2->lvwPAndS.count(), 2);
-        QCOMPARE(year2->lvwPeriods.count(), 0);
-        QCOMPARE(year2->lvwInvoiceRecords.count(), 0);
-        QCOMPARE(year2->company[0], u"Test Co"_s);
+        QCOMPARE(year2->customers().count(), 3);  // the archived one too, with its number
+        QVERIFY(year2->customers().contains(u"3k"));
+        QCOMPARE(year2->items().count(), 2);
+        QCOMPARE(year2->periods().count(), 0);
+        QCOMPARE(year2->invoiceRecords().count(), 0);
+        QCOMPARE(year2->company()[0], u"Test Co"_s);
 
         // With pending changes: they reach the old file first, and the new one.
         addCustomer(u"Dora"_s);
@@ -306,15 +306,15 @@ private slots:
         click(closeBooks);
         const auto year2After = readBack(at(u"Year2.xml"_s));
         const auto year3 = readBack(at(u"Year3.xml"_s));
-        QCOMPARE(year2After->lvwCustomers.count(), 4);
-        QCOMPARE(year3->lvwCustomers.count(), 4);
+        QCOMPARE(year2After->customers().count(), 4);
+        QCOMPARE(year3->customers().count(), 4);
         QVERIFY(!w->databaseChanged());
 
         // The first file stays as it was and opens again with its records.
         answers->nextFileNames = {sb.db};
         pathButton(1);
         QCOMPARE(sb.fileBytes(), original);
-        QCOMPARE(w->db().lvwInvoiceRecords.count(), 2);
+        QCOMPARE(w->db().invoiceRecords().count(), 2);
         QCOMPARE(w->printingPanel()->chooser()->count(), 1);
         QVERIFY(recoveryCopies().isEmpty());
     }
@@ -339,7 +339,7 @@ private slots:
         QVERIFY(!button(u"cmdCloseBooks"_s)->isEnabled());
         company(1)->setText(u"a\u0001b"_s);
         QCOMPARE(company(1)->text(), before);
-        QCOMPARE(w->db().company[1], before);
+        QCOMPARE(w->db().company()[1], before);
         QVERIFY(answers->last().message.text.contains(u"U+0001"_s));
         QVERIFY(QFile::remove(FileLock::lockPathOf(sb.db)));
     }
@@ -357,7 +357,7 @@ private slots:
         click(w->optionsPanel()->restoreVersionButton());
         QVERIFY(w->databaseChanged());
         QCOMPARE(company(0)->text(), u"Test Co"_s);
-        QCOMPARE(readBack(sb.db)->company[0], u"Second"_s);  // saved only when the user saves
+        QCOMPARE(readBack(sb.db)->company()[0], u"Second"_s);  // saved only when the user saves
     }
 
     void abandonAfterAddingACustomer() {
@@ -398,7 +398,7 @@ private slots:
         pathButton(3);
         QVERIFY(seen);
         QCOMPARE(settings::databasePath(), at(u"Typed.xml"_s));
-        QCOMPARE(readBack(at(u"Typed.xml"_s))->lvwCustomers.count(), 3);
+        QCOMPARE(readBack(at(u"Typed.xml"_s))->customers().count(), 3);
 
         // Open through it: the dialog starts in the folder of the last open.
         seen = false;

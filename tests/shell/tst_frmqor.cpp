@@ -301,7 +301,7 @@ private slots:
         QCOMPARE(a.seen().size(), 1);
         QVERIFY2(a.last().text.contains(u"QOR.xml"_s), qPrintable(a.last().text));
         QCOMPARE(w->customerPanel()->rowCount(), 0);
-        QCOMPARE(w->db().lvwCustomers.count(), 0);
+        QCOMPARE(w->db().customers().count(), 0);
         QCOMPARE(company(*w, 0)->text(), QString());
         QCOMPARE(sb.fileBytes(), original);
         discard(w);

@@ -15,6 +15,7 @@
 #include "shell/roster.h"
 #include "settings/settingsstore.h"
 #include "uiservices/twips.h"
+#include "tablesedit.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -421,8 +422,12 @@ private slots:
     void companyFieldsAreData()
     {
         CompanyInfoPanel p(ctx);
-        for (int i = 0; i < CompanyFieldCount; ++i)
-            ctx.database.company[size_t(i)] = u"value %1"_s.arg(i);
+        {
+            qor::test::TablesEdit t(ctx.database);
+            for (int i = 0; i < CompanyFieldCount; ++i) t.company[size_t(i)] = u"value %1"_s.arg(i);
+        }
+        ctx.database.setChanged(false);
+        ctx.changeCalls = 0;
         p.readCompanyInfo();  // filling from the database is no change
         QVERIFY(ctx.changeCalls == 0 && !p.isReadingCompanyInfo());
         for (int i = 0; i < CompanyFieldCount; ++i)
@@ -431,14 +436,14 @@ private slots:
         QCOMPARE(three->cursorPosition(), 0);  // a value longer than the field shows its start
         QTest::keyClick(three, Qt::Key_End);
         QTest::keyClicks(three, "X");
-        QVERIFY(ctx.database.company[3] == u"value 3X" && ctx.database.isChanged());
+        QVERIFY(ctx.database.company()[3] == u"value 3X" && ctx.database.isChanged());
 
         // Clearing counts as a change where a field had text, not where all were empty.
         ctx.database.setChanged(false);
         p.clearCompanyInfo();
         QVERIFY(ctx.database.isChanged());
         for (int i = 0; i < CompanyFieldCount; ++i)
-            QVERIFY(p.field(i).isEmpty() && ctx.database.company[size_t(i)].isEmpty());
+            QVERIFY(p.field(i).isEmpty() && ctx.database.company()[size_t(i)].isEmpty());
         ctx.database.setChanged(false);
         p.clearCompanyInfo();
         QVERIFY(!ctx.database.isChanged());
@@ -457,11 +462,14 @@ private slots:
         QCOMPARE(bills.control<QLineEdit>(u"txtBillPeriod"_s)->text(), QString());
 
         // Table order; a row without exactly three separators is left out.
-        KeyedList &periods = ctx.database.lvwPeriods;
-        periods.add(u"1k"_s, QStringList({"2024/01/31", "January 2024", "2024/01/01", "2024/02/15"}).join(FieldSep));
-        periods.add(u"2k"_s, QStringList({"2024/02/29", "February 2024", "2024/02/01", "2024/03/15"}).join(FieldSep));
-        periods.add(u"3k"_s, QStringList({"2024/02/30", "broken", "2024/02/01"}).join(FieldSep));
-        periods.add(u"4k"_s, QStringList({"2024/03/31", "March 2024", "2024/03/01", "2024/04/15"}).join(FieldSep));
+        qor::test::TablesEdit periods(ctx.database);
+        periods.periods.add(u"1k"_s, QStringList({"2024/01/31", "January 2024", "2024/01/01", "2024/02/15"}).join(FieldSep));
+        periods.periods.add(u"2k"_s, QStringList({"2024/02/29", "February 2024", "2024/02/01", "2024/03/15"}).join(FieldSep));
+        periods.periods.add(u"3k"_s, QStringList({"2024/02/30", "broken", "2024/02/01"}).join(FieldSep));
+        periods.periods.add(u"4k"_s, QStringList({"2024/03/31", "March 2024", "2024/03/01", "2024/04/15"}).join(FieldSep));
+        periods.done();
+        oneChanged.clear();
+        twoChanged.clear();
         for (int twice = 0; twice < 2; ++twice) {  // a refresh starts from nothing
             bills.refreshBillPeriodList();
             printing.refreshBillPeriodList();
@@ -503,10 +511,11 @@ private slots:
 
         // The product list leaves archived rows out and makes the first current.
         QTreeWidget *list = p.productList();
-        KeyedList &items = ctx.database.lvwPAndS;
-        items.add(u"1k"_s, u"000000012.50"_s + QStringList({"$12.50 - Mowing", "Mowing", "12.50"}).join(FieldSep));
-        items.add(u"2k"_s, u"000000003.00"_s + ArchiveMark + u"$3.00 - Old"_s);
-        items.add(u"3k"_s, u"000000001.00$1.00 - Stamp"_s);
+        qor::test::TablesEdit items(ctx.database);
+        items.items.add(u"1k"_s, u"000000012.50"_s + QStringList({"$12.50 - Mowing", "Mowing", "12.50"}).join(FieldSep));
+        items.items.add(u"2k"_s, u"000000003.00"_s + ArchiveMark + u"$3.00 - Old"_s);
+        items.items.add(u"3k"_s, u"000000001.00$1.00 - Stamp"_s);
+        items.done();
         for (int twice = 0; twice < 2; ++twice) {  // rebuilt from nothing
             p.refreshProductList();
             QCOMPARE(list->topLevelItemCount(), 2);

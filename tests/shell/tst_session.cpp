@@ -70,8 +70,7 @@ private slots:
     {
         CustomerRow c;
         c.firstName = c.displayName = first;
-        session.db().lvwCustomers.add(numberKey(number), c.text());
-        session.db().setChanged(true);
+        session.db().addCustomer(c, numberKey(number));
     }
     // A loaded session whose books hold one unsaved customer.
     std::unique_ptr<Session> changedSession(SessionQuestions &questions, const QString &first = u"Ann"_s)
@@ -111,7 +110,7 @@ private slots:
             expected << u"reloaded"_s;
             QVERIFY2(heard == expected, c.name);
             QCOMPARE(db.isChanged(), !c.fileRead);
-            QCOMPARE(db.lvwCustomers.count(), c.customers);
+            QCOMPARE(db.customers().count(), c.customers);
             QCOMPARE(dialogs.seen.size(), c.told ? 1 : 0);
             if (c.told) {
                 QCOMPARE(dialogs.last().tone, Tone::Warning);
@@ -131,8 +130,7 @@ private slots:
         CustomerRow ann;
         ann.firstName = u"Ann"_s;
         ann.displayName = ann.firstName;
-        session.db().lvwCustomers.add(numberKey(1), ann.text());
-        session.db().setChanged(true);
+        session.db().addCustomer(ann, numberKey(1));
 
         QFile::remove(path());
         QVERIFY(QDir().mkdir(path()));  // a folder under the file's name: nothing may replace it
@@ -147,7 +145,7 @@ private slots:
         QCOMPARE(dialogs.seen.size(), 1);
         Session again;
         again.load();
-        QCOMPARE(again.db().lvwCustomers.textOf(u"1k"), ann.text());
+        QCOMPARE(again.db().customers().textOf(u"1k"), ann.text());
     }
 
     // A step that can't complete leaves the path, the settings and the books
@@ -177,7 +175,7 @@ private slots:
         QVERIFY(!dialogs.seen.isEmpty());
         QCOMPARE(session->path(), path());
         QCOMPARE(settings::databasePath(), path());
-        QCOMPARE(session->db().lvwCustomers.count(), 1);
+        QCOMPARE(session->db().customers().count(), 1);
         QCOMPARE(session->db().isChanged(), button != 4);  // closing the books saved the old file first
         QVERIFY(!QFileInfo::exists(at(u"blocker/New.xml"_s)));
     }
@@ -332,14 +330,14 @@ private slots:
         auto session = changedSession(dialogs, u"First"_s);
         QVERIFY(session->save());
         const QByteArray first = dbtest::readFile(path());
-        session->db().company[0] = u"Second"_s;
+        session->db().setCompanyField(0, u"Second"_s);
         QVERIFY(session->save());
         const QList<Session::EarlierCopy> copies = session->earlierCopies();
         QCOMPARE(copies.size(), 2);  // the empty file of the first start, then the first save
         QCOMPARE(dbtest::readFile(copies[0].path), first);
         QVERIFY(session->restoreCopy(copies[0].path));
         QVERIFY(session->db().isChanged());
-        QCOMPARE(session->db().company[0], QString());
+        QCOMPARE(session->db().company()[0], QString());
         session.reset();
         QVERIFY(dbtest::writeFile(path(), "<QOR-DB>\r\n<Customers>\r\n"));
         dialogs.nextAnswers = {Answer::Open};

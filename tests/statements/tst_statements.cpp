@@ -11,6 +11,7 @@
 #include "settings/settingsstore.h"
 #include "statements/statementsmodel.h"
 #include "uiservices/dialogservice.h"
+#include "tablesedit.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -35,24 +36,32 @@ struct Books {
     Database db;
     Books()
     {
-        db.company[0] = u"Acme & Co"_s;
-        db.company[8] = u"THANK YOU!"_s;
-        db.lvwPAndS.add(u"1k"_s, item::make(u"000000010.00"_s, u"$10.00"_s, u"Ten"_s).text());
+        qor::test::TablesEdit tables(db);
+        tables.company[0] = u"Acme & Co"_s;
+        tables.company[8] = u"THANK YOU!"_s;
+        tables.items.add(u"1k"_s, item::make(u"000000010.00"_s, u"$10.00"_s, u"Ten"_s).text());
+        tables.done();
     }
     void customer(int cid, const QString &first, const QString &last, bool archived = false)
     {
         const QString name = customer::displayNameFor(first, last);
-        db.lvwCustomers.add(numberKey(qint64(cid)), CustomerRow{archived ? ArchiveMark + name : name, first, last,
+        qor::test::TablesEdit tables(db);
+        tables.customers.add(numberKey(qint64(cid)), CustomerRow{archived ? ArchiveMark + name : name, first, last,
                                                                 u"1 Elm St"_s, {}, {}, {}, {}, {}}.text());
+        tables.done();
     }
     void period(const QString &name, const QString &due, const QString &end = {})
     {
-        db.lvwPeriods.add(period::keyFor(name), PeriodRow{{}, name, end, due}.text());
+        qor::test::TablesEdit tables(db);
+        tables.periods.add(period::keyFor(name), PeriodRow{{}, name, end, due}.text());
+        tables.done();
     }
     void record(const QString &period, int cid, const QString &balance, const QString &items = u"1x3"_s)
     {
         const QString c = QString::number(cid);
-        db.lvwInvoiceRecords.add(record::keyFor(period, c), InvoiceRecordRow{period, {}, c, balance, items, {}}.text());
+        qor::test::TablesEdit tables(db);
+        tables.invoiceRecords.add(record::keyFor(period, c), InvoiceRecordRow{period, {}, c, balance, items, {}}.text());
+        tables.done();
     }
 };
 
