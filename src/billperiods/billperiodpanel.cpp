@@ -504,7 +504,7 @@ void BillPeriodPanel::cmdAdjustBalanceClick()
     // present one and starts from it, and from the present note.
     const Money present = v.balance.value_or(Money());
     const auto row = InvoiceRecordRow::parse(
-        ctx.db().lvwInvoiceRecords.textOf(record::keyFor(m_trees.chosenName(), v.customer)));
+        ctx.db().invoiceRecords().textOf(record::keyFor(m_trees.chosenName(), v.customer)));
     const QString presentNote = row ? row->note : QString();
     const QString presentText = present.toCurrencyText();
     DialogService &dialogs = DialogService::current();

@@ -102,7 +102,7 @@ int emailCommand(const QStringList &args, const LoadFile &load)
     if (!parse(args, a)) return Usage;
     Database db;
     if (!load(db, a.file)) return Rejected;
-    if (!a.cid.isEmpty() && !db.lvwCustomers.contains(numberKey(QStringView(a.cid)))) {
+    if (!a.cid.isEmpty() && !db.customers().contains(numberKey(QStringView(a.cid)))) {
         err(QStringLiteral("There is no customer %1 in \"%2\".").arg(a.cid, shown(a.file)));
         return NotFound;
     }

@@ -67,7 +67,7 @@ int periodTree(const Database &db, const QString &file, const QString &period, c
                InvoiceTree &tree)
 {
     bool periodFound = false;
-    db.lvwPeriods.forEach([&](QStringView, QStringView text) {
+    db.periods().forEach([&](QStringView, QStringView text) {
         const auto p = PeriodView::parse(text);
         if (p && p->name == period) periodFound = true;
         return !periodFound;

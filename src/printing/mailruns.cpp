@@ -44,8 +44,8 @@ mail::MailCustomer customerOf(const Database &db, const QString &cid)
     mail::MailCustomer c;
     c.number = cid;
     const QString key = numberKey(QStringView(cid));
-    if (!db.lvwCustomers.contains(key)) return c;
-    if (const auto row = CustomerRow::parse(db.lvwCustomers.textOf(key))) {
+    if (!db.customers().contains(key)) return c;
+    if (const auto row = CustomerRow::parse(db.customers().textOf(key))) {
         c.name = customer::displayNameFor(row->firstName, row->lastName);
         c.addresses = row->email;
     }

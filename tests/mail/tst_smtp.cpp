@@ -3,6 +3,7 @@
 // parses it; refusals before any password; a refused recipient; a dropped
 // connection; the settings window's test message and the run window.
 #include "smtpfixture.h"
+#include "tablesedit.h"
 
 #include "../database/dbfiletest.h"
 #include "database/database.h"
@@ -266,15 +267,18 @@ private slots:
         saveAccount(account(port, Security::StartTls));
         settings::write(u"EMail"_s, u"CAFile"_s, smtp.caFile());
         Database db;
-        db.company[0] = u"Acme"_s;
+        {
+        test::TablesEdit tables(db);
+        tables.company[0] = u"Acme"_s;
         for (const char *c : {"1", "2"}) {
             const bool mail = *c == '1';
-            db.lvwCustomers.add(c + u"k"_s, dbtest::fields({mail ? "Oak, Ann" : "Bell, Bo", mail ? "Ann" : "Bo",
+            tables.customers.add(c + u"k"_s, dbtest::fields({mail ? "Oak, Ann" : "Bell, Bo", mail ? "Ann" : "Bo",
                                                             mail ? "Oak" : "Bell", "", "", "", mail ? "ann@example.org" : "", "", ""}));
-            db.lvwInvoiceRecords.add(dbtest::fields({"May", c, ""}), dbtest::fields({"May", "", c, "12.34", "5x3", ""}));
+            tables.invoiceRecords.add(dbtest::fields({"May", c, ""}), dbtest::fields({"May", "", c, "12.34", "5x3", ""}));
         }
-        db.lvwPeriods.add(u"May"_s + FieldSep, dbtest::fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
-        db.lvwPAndS.add("5k", u"000000005.00$5.00 - Five"_s);
+        tables.periods.add(u"May"_s + FieldSep, dbtest::fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
+        tables.items.add("5k", u"000000005.00$5.00 - Five"_s);
+        }
         const QString file = home.filePath(u"shop.xml"_s), outbox = home.filePath(u"outbox"_s);
         QVERIFY(db.save(file).ok);
         const QString cli = QStringLiteral(QORVANE_CLI_PATH);
