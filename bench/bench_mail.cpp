@@ -66,7 +66,7 @@ int main(int argc, char **argv)
     InvoiceTree tree(1);
     billing::rebuildInvoiceTree(tree, db, period);
     invoicerun::RunValues values;
-    values.company = db.company;
+    values.company = db.company();
     values.billDue = invoicerun::billDueOf(db, period);
     values.options = invoicerun::storedInvoiceOptions();
     tree.forEachNode([&](int node) {

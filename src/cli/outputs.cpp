@@ -98,7 +98,7 @@ int periodTree(const Database &db, const QString &file, const QString &period, c
 
 int invoiceRunValues(const Database &db, const QString &period, int templateNumber, invoicerun::RunValues &run)
 {
-    run.company = db.company;
+    run.company = db.company();
     run.billDue = invoicerun::billDueOf(db, period);
     run.options = invoicerun::storedInvoiceOptions();
     if (templateNumber >= 0) run.options.templateNumber = templateNumber;
