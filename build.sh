@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # One entry point for a fresh Debian 12 machine (run as root, or with sudo
 # available): installs the missing Debian packages, configures and builds.
 #   ./build.sh run    build, then start Qorvane

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include <QList>
 // Draws the program's images. Run once after a change of design:
 //   qor-make-assets <assets folder>
@@ -25,14 +26,16 @@ using Pictogram = std::function<void(QPainter &, const QColor &)>;
 // the word.
 constexpr qreal BoxW = 32, BoxH = 28;
 
-QPen linePen(const QColor &c, qreal w = 1.6) {
+QPen linePen(const QColor &c, qreal w = 1.6)
+{
     QPen pen(c, w);
     pen.setCapStyle(Qt::RoundCap);
     pen.setJoinStyle(Qt::RoundJoin);
     return pen;
 }
 
-void drawPeople(QPainter &p, const QColor &c) {
+void drawPeople(QPainter &p, const QColor &c)
+{
     // Two people, the one in front a little larger.
     QColor back = c;
     back.setAlpha(150);
@@ -58,7 +61,8 @@ void drawPeople(QPainter &p, const QColor &c) {
     p.drawPath(shoulders);
 }
 
-void drawBox(QPainter &p, const QColor &c) {
+void drawBox(QPainter &p, const QColor &c)
+{
     // A parcel seen from above and to the side, with its tape.
     const QPointF top[] = {{16, 2}, {29, 8}, {16, 14}, {3, 8}};
     const QPointF left[] = {{3, 8}, {16, 14}, {16, 27}, {3, 21}};
@@ -81,7 +85,8 @@ void drawBox(QPainter &p, const QColor &c) {
     p.drawLine(QPointF(9.5, 5), QPointF(22.5, 11));
 }
 
-void drawCalendar(QPainter &p, const QColor &c) {
+void drawCalendar(QPainter &p, const QColor &c)
+{
     const QRectF page(3, 4.5, 26, 22.5);
     p.setPen(linePen(c, 1.5));
     p.setBrush(Qt::white);
@@ -107,7 +112,8 @@ void drawCalendar(QPainter &p, const QColor &c) {
         }
 }
 
-void drawPrinter(QPainter &p, const QColor &c) {
+void drawPrinter(QPainter &p, const QColor &c)
+{
     p.setPen(linePen(c, 1.5));
     // Paper going in at the back.
     p.setBrush(Qt::white);
@@ -128,7 +134,8 @@ void drawPrinter(QPainter &p, const QColor &c) {
     p.drawLine(QPointF(11, 23.5), QPointF(18, 23.5));
 }
 
-void gearPath(QPainterPath &path, QPointF centre, qreal outer, qreal inner, int teeth) {
+void gearPath(QPainterPath &path, QPointF centre, qreal outer, qreal inner, int teeth)
+{
     const int steps = teeth * 4;
     for (int i = 0; i < steps; ++i) {
         const qreal angle = 2 * M_PI * i / steps;
@@ -142,7 +149,8 @@ void gearPath(QPainterPath &path, QPointF centre, qreal outer, qreal inner, int 
     path.closeSubpath();
 }
 
-void drawGear(QPainter &p, const QColor &c, QPointF centre, qreal outer, int teeth) {
+void drawGear(QPainter &p, const QColor &c, QPointF centre, qreal outer, int teeth)
+{
     QPainterPath g;
     gearPath(g, centre, outer, outer * 0.74, teeth);
     QPainterPath hole;
@@ -150,7 +158,8 @@ void drawGear(QPainter &p, const QColor &c, QPointF centre, qreal outer, int tee
     p.drawPath(g.subtracted(hole));
 }
 
-void drawPageWithGear(QPainter &p, const QColor &c) {
+void drawPageWithGear(QPainter &p, const QColor &c)
+{
     // A page with a folded corner and lines, and a gear on its lower right.
     QPainterPath page;
     page.moveTo(4, 2);
@@ -170,7 +179,8 @@ void drawPageWithGear(QPainter &p, const QColor &c) {
     drawGear(p, c, QPointF(22.5, 20.5), 7.6, 8);
 }
 
-void drawSliders(QPainter &p, const QColor &c) {
+void drawSliders(QPainter &p, const QColor &c)
+{
     // Three tracks with their knobs at different places.
     const qreal ys[] = {6, 15, 24};
     const qreal knobs[] = {20, 10, 23};
@@ -183,7 +193,8 @@ void drawSliders(QPainter &p, const QColor &c) {
     }
 }
 
-void drawBuilding(QPainter &p, const QColor &c) {
+void drawBuilding(QPainter &p, const QColor &c)
+{
     // An office block with a lower wing, windows and a door.
     p.setPen(Qt::NoPen);
     p.setBrush(c);
@@ -208,7 +219,8 @@ struct Tab {
     Pictogram draw;
 };
 
-QFont tabFont() {
+QFont tabFont()
+{
     QFont f(QStringLiteral("Liberation Sans"));
     f.setPixelSize(12);
     f.setBold(true);
@@ -216,7 +228,8 @@ QFont tabFont() {
     return f;
 }
 
-QImage tabFace(const Tab &tab, const QColor &colour) {
+QImage tabFace(const Tab &tab, const QColor &colour)
+{
     QImage img(95, 51, QImage::Format_RGB32);
     img.fill(Qt::white);
     QPainter p(&img);
@@ -246,7 +259,8 @@ QImage tabFace(const Tab &tab, const QColor &colour) {
     return img;
 }
 
-QImage markOnGround(const QColor &ground, bool check) {
+QImage markOnGround(const QColor &ground, bool check)
+{
     QImage img(24, 24, QImage::Format_RGB32);
     img.fill(ground);
     QPainter p(&img);
@@ -267,7 +281,8 @@ QImage markOnGround(const QColor &ground, bool check) {
     return img;
 }
 
-QImage questionMark(const QColor &blue) {
+QImage questionMark(const QColor &blue)
+{
     // The ground is white, the key colour taken from the top left pixel, so it
     // is transparent on the button; the glyph inside the disc is a white that
     // differs from the key by one step so it stays opaque.
@@ -289,7 +304,8 @@ QImage questionMark(const QColor &blue) {
     return img;
 }
 
-QImage printerSmall() {
+QImage printerSmall()
+{
     QImage img(18, 18, QImage::Format_ARGB32);
     img.fill(Qt::transparent);
     QPainter p(&img);
@@ -312,7 +328,8 @@ QImage printerSmall() {
     return img;
 }
 
-QImage magnifier() {
+QImage magnifier()
+{
     QImage img(19, 18, QImage::Format_ARGB32);
     img.fill(Qt::transparent);
     QPainter p(&img);
@@ -330,7 +347,8 @@ QImage magnifier() {
     return img;
 }
 
-QImage logo(int w, int h) {
+QImage logo(int w, int h)
+{
     // A "Q" in a dark blue tile with a green tail: the program's mark.
     QImage img(w, h, QImage::Format_ARGB32);
     img.fill(Qt::transparent);
@@ -357,7 +375,8 @@ QImage logo(int w, int h) {
     return img;
 }
 
-QImage appIcon(int size = 32) {
+QImage appIcon(int size = 32)
+{
     // The "Q" alone on a square tile, for window captions and the task bar;
     // drawn on a 32-pixel grid and scaled for the desktop's larger sizes.
     QImage img(size, size, QImage::Format_ARGB32);
@@ -378,7 +397,8 @@ QImage appIcon(int size = 32) {
     return img;
 }
 
-bool save(const QImage &img, const QString &dir, const QString &name, QTextStream &err) {
+bool save(const QImage &img, const QString &dir, const QString &name, QTextStream &err)
+{
     const QString path = QDir(dir).filePath(name);
     if (!img.save(path, "PNG")) {
         err << "cannot write " << path << "\n";
@@ -390,7 +410,8 @@ bool save(const QImage &img, const QString &dir, const QString &name, QTextStrea
 // The PAID stamp laid over a paid customer's invoice: grey ink at a slant,
 // the word between two rules, worn like a rubber stamp, transparent around
 // it so the lines under it stay readable. A palette image, 387 by 244.
-QImage paidStamp() {
+QImage paidStamp()
+{
     const int W = 387, H = 244;
     QImage img(W, H, QImage::Format_ARGB32_Premultiplied);
     img.fill(Qt::transparent);
@@ -459,7 +480,8 @@ QImage paidStamp() {
 
 }  // namespace
 
-int main(int argc, char **argv) {
+int main(int argc, char **argv)
+{
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     QTextStream err(stderr);
@@ -472,9 +494,12 @@ int main(int argc, char **argv) {
     const QString out = dir + QStringLiteral("/images");
 
     const Tab tabs[] = {
-        {"Customers", 0, drawPeople},        {"Products", 0, drawBox},
-        {"Bill Periods", 0, drawCalendar},   {"Printing", 3, drawPrinter},
-        {"Print Options", 8, drawPageWithGear}, {"Options", 0, drawSliders},
+        {"Customers", 0, drawPeople},
+        {"Products", 0, drawBox},
+        {"Bill Periods", 0, drawCalendar},
+        {"Printing", 3, drawPrinter},
+        {"Print Options", 8, drawPageWithGear},
+        {"Options", 0, drawSliders},
         {"Company Info", 8, drawBuilding},
     };
     bool ok = true;

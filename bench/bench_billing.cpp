@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // bench_billing: the billing engine on the large benchmark database — both
 // trees of a period, a new period's tree, billing a product to every marked
 // customer, a payment, finalising a period — each with the two trees shown in
@@ -15,9 +16,9 @@
 #include "database/rowtypes.h"
 
 #include <QApplication>
-#include <QTreeView>
 #include <QElapsedTimer>
 #include <QLocale>
+#include <QTreeView>
 
 #include <cstdio>
 #include <ctime>
@@ -123,13 +124,17 @@ int main(int argc, char **argv)
     for (const QString &period : {periods.last(), periods.first()}) {
         const double ms = bestOf(runs, {}, [&] { billing::rebuildInvoiceTrees(tree0, tree1, db, period); });
         verdict(ms < 100, QStringLiteral("choose period \"%1\" (both trees: %2 customers, %3 nodes each) %4 ms")
-                              .arg(period).arg(customerNodes(tree0)).arg(tree1.nodeCount()).arg(ms, 0, 'f', 1));
+                              .arg(period)
+                              .arg(customerNodes(tree0))
+                              .arg(tree1.nodeCount())
+                              .arg(ms, 0, 'f', 1));
     }
 
     // "&New Bill Period": every current customer, marked.
     const double newMs = bestOf(runs, {}, [&] { billing::resetNewPeriodTree(tree0, db); });
     verdict(newMs < 100, QStringLiteral("new bill period tree (%1 customers) %2 ms")
-                             .arg(customerNodes(tree0)).arg(newMs, 0, 'f', 1));
+                             .arg(customerNodes(tree0))
+                             .arg(newMs, 0, 'f', 1));
 
     // Products to bill: the first three current ones.
     QList<std::pair<QString, QString>> products;
@@ -142,9 +147,8 @@ int main(int argc, char **argv)
     // One double-click on a product with every customer marked: the first
     // billing adds a node under each, the second raises each quantity.
     billing::BillOutcome outcome;
-    const double billMs = bestOf(runs, [&] { billing::resetNewPeriodTree(tree0, db); }, [&] {
-        outcome = billing::billProductToMarked(tree0, products[0].first, products[0].second);
-    });
+    const double billMs = bestOf(
+        runs, [&] { billing::resetNewPeriodTree(tree0, db); }, [&] { outcome = billing::billProductToMarked(tree0, products[0].first, products[0].second); });
     verdict(billMs < 100, QStringLiteral("bill a product to %1 marked customers %2 ms").arg(outcome.added).arg(billMs, 0, 'f', 1));
     const double raiseMs = bestOf(runs, {}, [&] {
         outcome = billing::billProductToMarked(tree0, products[0].first, products[0].second);
@@ -155,16 +159,16 @@ int main(int argc, char **argv)
     int periodNumber = 0;
     int added = 0;
     const int before = db.invoiceRecords().count();
-    const double finMs = bestOf(runs, [&] {
+    const double finMs = bestOf(
+        runs, [&] {
         billing::resetNewPeriodTree(tree0, db);
-        for (const auto &[key, text] : products) billing::billProductToMarked(tree0, key, text);
-    }, [&] {
-        added = billing::finaliseBillPeriod(db, tree0, QStringLiteral("Bench period %1").arg(++periodNumber),
-                                            QStringLiteral("1/1/2030"), QStringLiteral("1/31/2030"),
-                                            QStringLiteral("2/15/2030"));
-    });
+        for (const auto &[key, text] : products) billing::billProductToMarked(tree0, key, text); }, [&] { added = billing::finaliseBillPeriod(db, tree0, QStringLiteral("Bench period %1").arg(++periodNumber),
+                                                                 QStringLiteral("1/1/2030"), QStringLiteral("1/31/2030"),
+                                                                 QStringLiteral("2/15/2030")); });
     verdict(finMs < 300 && added > 0, QStringLiteral("finalise %1 customers x 3 items into %2 records %3 ms")
-                                          .arg(added).arg(before).arg(finMs, 0, 'f', 1));
+                                          .arg(added)
+                                          .arg(before)
+                                          .arg(finMs, 0, 'f', 1));
 
     // A payment on the latest period: the record rewritten, tree 1 rebuilt.
     const QString latest = periods.last();
@@ -177,7 +181,8 @@ int main(int argc, char **argv)
         logged &= billing::logPayment(tree0, tree1, db, node, Money::fromCents(1250), QStringLiteral("check 1"), latest);
     });
     verdict(payMs < 100 && logged, QStringLiteral("log a payment (tree 1 of %1 nodes rebuilt) %2 ms")
-                                       .arg(tree1.nodeCount()).arg(payMs, 0, 'f', 1));
+                                       .arg(tree1.nodeCount())
+                                       .arg(payMs, 0, 'f', 1));
 
     std::printf("bench_billing: %d check(s) failed\n", g_failures);
     return g_failures == 0 ? 0 : 1;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // bench_db: how fast the database engine loads and saves a realistic file, and
 // how much memory a load takes, next to a general XML parser and a plain file
 // copy. Prints a table and PASS/FAIL lines; it is not a test.
@@ -28,31 +29,32 @@
 
 #include <pugixml.hpp>
 
-#include <algorithm>
-#include <array>
-#include <chrono>
-#include <cerrno>
-#include <cinttypes>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
-#include <filesystem>
-#include <map>
-#include <random>
-#include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cinttypes>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <random>
+#include <string>
 #include <vector>
 
 namespace {
 
 using namespace qor::bench;
 using Clock = std::chrono::steady_clock;
-double msSince(Clock::time_point t0) {
+double msSince(Clock::time_point t0)
+{
     return std::chrono::duration<double, std::milli>(Clock::now() - t0).count();
 }
 
@@ -60,7 +62,8 @@ double msSince(Clock::time_point t0) {
 // Child side. Each mode prints "name=value" lines on stdout and ends with
 // _exit so that tearing down a million rows is not part of anyone's figure.
 
-long vmHwmKb() {
+long vmHwmKb()
+{
     QFile f(QStringLiteral("/proc/self/status"));
     if (!f.open(QIODevice::ReadOnly)) return -1;
     for (const QByteArray &line : f.readAll().split('\n'))
@@ -68,14 +71,16 @@ long vmHwmKb() {
     return -1;
 }
 
-[[noreturn]] void childExit(int code) {
+[[noreturn]] void childExit(int code)
+{
     std::printf("hwm_kb=%ld\n", vmHwmKb());
     std::fflush(stdout);
     _exit(code);
 }
 
 // Loads the way the window does at start: read, then the names of the records.
-bool loadDb(qor::Database &db, const QString &path, double *ms) {
+bool loadDb(qor::Database &db, const QString &path, double *ms)
+{
     const auto t0 = Clock::now();
     const qor::ReadResult r = db.read(path);
     const double readMs = msSince(t0);
@@ -93,7 +98,8 @@ bool loadDb(qor::Database &db, const QString &path, double *ms) {
     return true;
 }
 
-int childMain(const QStringList &args) {
+int childMain(const QStringList &args)
+{
     const QString mode = args.value(0);
     if (mode == QLatin1String("generate")) {
         DbParams p;
@@ -215,12 +221,14 @@ int childMain(const QStringList &args) {
 struct ChildRun {
     bool ok = false;
     std::map<QString, QString> values;
-    long maxrssKb = 0;   // ru_maxrss from wait4; includes the parent's size at fork
-    double num(const char *name) const {
+    long maxrssKb = 0;  // ru_maxrss from wait4; includes the parent's size at fork
+    double num(const char *name) const
+    {
         auto it = values.find(QString::fromLatin1(name));
         return it == values.end() ? -1 : it->second.toDouble();
     }
-    QString text(const char *name) const {
+    QString text(const char *name) const
+    {
         auto it = values.find(QString::fromLatin1(name));
         return it == values.end() ? QString() : it->second;
     }
@@ -229,7 +237,8 @@ struct ChildRun {
 QString g_self;
 QString g_locale;
 
-ChildRun runChild(const QStringList &args) {
+ChildRun runChild(const QStringList &args)
+{
     ChildRun run;
     int fds[2];
     if (pipe(fds) != 0) return run;
@@ -277,14 +286,16 @@ ChildRun runChild(const QStringList &args) {
 }
 
 // Reads the file through once so that every measurement finds it in the page cache.
-void warmCache(const QString &path) {
+void warmCache(const QString &path)
+{
     QFile f(path);
     if (!f.open(QIODevice::ReadOnly)) return;
     QByteArray buf(1 << 20, Qt::Uninitialized);
     while (f.read(buf.data(), buf.size()) > 0) {}
 }
 
-bool sameFileContent(const QString &a, const QString &b) {
+bool sameFileContent(const QString &a, const QString &b)
+{
     QFile fa(a), fb(b);
     if (!fa.open(QIODevice::ReadOnly) || !fb.open(QIODevice::ReadOnly) || fa.size() != fb.size()) return false;
     QByteArray ba(1 << 20, Qt::Uninitialized), bb(1 << 20, Qt::Uninitialized);
@@ -296,7 +307,8 @@ bool sameFileContent(const QString &a, const QString &b) {
     }
 }
 
-bool fsyncFile(const QString &path) {
+bool fsyncFile(const QString &path)
+{
     const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY);
     if (fd < 0) return false;
     const bool ok = ::fsync(fd) == 0;
@@ -306,7 +318,8 @@ bool fsyncFile(const QString &path) {
 
 // Runs the system's cp as its own process; with sync, the copy is then flushed
 // to disk, which is what a save that syncs before renaming pays for.
-double timeCp(const QString &from, const QString &to, bool sync) {
+double timeCp(const QString &from, const QString &to, bool sync)
+{
     QFile::remove(to);
     ::sync();  // start from clean dirty-page state so one run doesn't pay for the last
     const auto t0 = Clock::now();
@@ -325,7 +338,8 @@ double timeCp(const QString &from, const QString &to, bool sync) {
     return ms;
 }
 
-double timeCopyFile(const QString &from, const QString &to) {
+double timeCopyFile(const QString &from, const QString &to)
+{
     QFile::remove(to);
     ::sync();
     const auto t0 = Clock::now();
@@ -350,7 +364,8 @@ struct Figures {
 };
 
 // Generates the database of p into dir unless a file with the same stamp is there.
-QString ensureDatabase(const QString &dir, const DbParams &p) {
+QString ensureDatabase(const QString &dir, const DbParams &p)
+{
     const QString path = dir + QStringLiteral("/%1.xml").arg(p.label);
     if (stampMatches(path, p)) {
         std::printf("  reusing %s (stamp matches)\n", qPrintable(path));
@@ -369,7 +384,9 @@ QString ensureDatabase(const QString &dir, const DbParams &p) {
     return path;
 }
 
-template <class F> double bestOf(int runs, F f) {
+template <class F>
+double bestOf(int runs, F f)
+{
     double best = -1;
     for (int i = 0; i < runs; ++i) {
         const double v = f();
@@ -378,7 +395,8 @@ template <class F> double bestOf(int runs, F f) {
     return best;
 }
 
-Figures measure(const QString &path, const DbParams &p, int runs, int adds) {
+Figures measure(const QString &path, const DbParams &p, int runs, int adds)
+{
     Figures fig;
     fig.label = p.label;
     fig.expectedRecords = p.records;
@@ -453,18 +471,21 @@ Figures measure(const QString &path, const DbParams &p, int runs, int adds) {
 QString ms(double v) { return v < 0 ? QStringLiteral("n/a") : QString::number(v, 'f', v < 100 ? 1 : 0) + QStringLiteral(" ms"); }
 QString mb(long kb) { return kb < 0 ? QStringLiteral("n/a") : QString::number(kb / 1024.0, 'f', 1) + QStringLiteral(" MiB"); }
 
-QByteArray loadAverage() {
+QByteArray loadAverage()
+{
     QFile f(QStringLiteral("/proc/loadavg"));
     return f.open(QIODevice::ReadOnly) ? f.readAll().trimmed() : QByteArray("n/a");
 }
 
 int g_failures = 0;
-void verdict(bool pass, const QString &what) {
+void verdict(bool pass, const QString &what)
+{
     if (!pass) ++g_failures;
     std::printf("%s  %s\n", pass ? "PASS" : "FAIL", qPrintable(what));
 }
 
-void report(const Figures &f) {
+void report(const Figures &f)
+{
     std::printf("\n== %s database: %.1f MB = %.1f MiB (%lld bytes), %d invoice records ==\n", qPrintable(f.label),
                 f.bytes / 1e6, f.bytes / 1048576.0, qlonglong(f.bytes), f.records);
     std::printf("  %-40s %12s %14s %14s\n", "measurement", "best time", "peak RSS", "ru_maxrss");
@@ -503,7 +524,8 @@ void report(const Figures &f) {
 
 }  // namespace
 
-int main(int argc, char **argv) {
+int main(int argc, char **argv)
+{
     QStringList args;
     for (int i = 1; i < argc; ++i) args << QString::fromLocal8Bit(argv[i]);
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // bench_devview: the developer view with a large database in memory — how long
 // each option takes to fill in (the snapshot, the model reset and the first
 // paint of the rows). Prints figures and PASS/FAIL against one second; it is
@@ -27,7 +28,8 @@ namespace {
 
 constexpr double TargetMs = 1000.0;
 
-long peakRssKiB() {
+long peakRssKiB()
+{
     FILE *f = std::fopen("/proc/self/status", "r");
     if (!f) return -1;
     char line[256];
@@ -40,7 +42,8 @@ long peakRssKiB() {
 
 }  // namespace
 
-int main(int argc, char *argv[]) {
+int main(int argc, char *argv[])
+{
     int records = 1000000;
     int runs = 3;
     for (int i = 1; i + 1 < argc; ++i) {

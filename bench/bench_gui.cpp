@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // bench_gui: how the main window responds with a large database loaded —
 // rebuilding every list, switching panels, adding and deleting a customer.
 // Prints figures and PASS/FAIL lines against 100 ms; it is not a test.
@@ -8,45 +9,45 @@
 // parameters is reused, otherwise it is generated first.
 #include "dbgen.h"
 
-#include "billperiods/billperiodpanel.h"
 #include "billing/invoicetree.h"
+#include "billperiods/billperiodpanel.h"
 #include "billperiods/invoicetreeview.h"
 #include "customers/customerpanel.h"
-#include "printing/frmstatements.h"
-#include "printing/printingpanel.h"
-#include "statements/statementsmodel.h"
-#include "uiservices/dialogservice.h"
 #include "database/database.h"
 #include "database/rowtypes.h"
-#include "shell/frmqor.h"
+#include "printing/frmstatements.h"
+#include "printing/printingpanel.h"
 #include "settings/settingsstore.h"
+#include "shell/frmqor.h"
+#include "statements/statementsmodel.h"
+#include "uiservices/dialogservice.h"
 
 #include <QAbstractButton>
-#include <QComboBox>
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QLocale>
 #include <QMessageBox>
 #include <QPlainTextEdit>
-#include <QTemporaryDir>
-#include <QHeaderView>
 #include <QPointer>
 #include <QTableView>
+#include <QTemporaryDir>
 #include <QTextEdit>
 #include <QTimer>
 #include <QTreeWidget>
 
+#include <unistd.h>
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <functional>
-#include <unistd.h>
 
 using namespace qor;
 using namespace qor::bench;
@@ -57,14 +58,16 @@ constexpr double TargetMs = 100.0;
 int g_failures = 0;
 int g_unexpectedDialogs = 0;
 
-void verdict(bool pass, const QString &what) {
+void verdict(bool pass, const QString &what)
+{
     if (!pass) ++g_failures;
     std::printf("%s  %s\n", pass ? "PASS" : "FAIL", qPrintable(what));
     std::fflush(stdout);
 }
 
 // Time of one call plus the events it posted (layout, repaint), in ms.
-double timeIt(const std::function<void()> &f) {
+double timeIt(const std::function<void()> &f)
+{
     QElapsedTimer t;
     t.start();
     f();
@@ -72,7 +75,8 @@ double timeIt(const std::function<void()> &f) {
     return t.nsecsElapsed() / 1e6;
 }
 
-double bestOf(int runs, const std::function<void()> &before, const std::function<void()> &f) {
+double bestOf(int runs, const std::function<void()> &before, const std::function<void()> &f)
+{
     double best = -1;
     for (int i = 0; i < runs; ++i) {
         if (before) before();
@@ -83,13 +87,15 @@ double bestOf(int runs, const std::function<void()> &before, const std::function
     return best;
 }
 
-void setFieldText(QWidget *w, const QString &text) {
+void setFieldText(QWidget *w, const QString &text)
+{
     if (auto *e = qobject_cast<QLineEdit *>(w)) e->setText(text);
     else if (auto *p = qobject_cast<QPlainTextEdit *>(w)) p->setPlainText(text);
     else if (auto *t = qobject_cast<QTextEdit *>(w)) t->setPlainText(text);
 }
 
-void selectPosition(CustomerPanel *cp, int position) {
+void selectPosition(CustomerPanel *cp, int position)
+{
     QTreeWidget *list = cp->list();
     if (position < 1 || position > list->topLevelItemCount()) return;
     QTreeWidgetItem *item = list->topLevelItem(position - 1);
@@ -98,7 +104,8 @@ void selectPosition(CustomerPanel *cp, int position) {
     cp->showCustomerDetails();
 }
 
-int archivedCustomers(const Database &db) {
+int archivedCustomers(const Database &db)
+{
     int n = 0;
     db.customers().forEach([&](QStringView, QStringView text) {
         if (customer::isArchived(text)) ++n;
@@ -109,14 +116,16 @@ int archivedCustomers(const Database &db) {
 
 // Processor time of this thread, in ms: on a machine shared with other work
 // it says what a step costs when the wall clock can't.
-double threadCpuMs() {
+double threadCpuMs()
+{
     timespec ts{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &ts);
     return ts.tv_sec * 1e3 + ts.tv_nsec / 1e6;
 }
 
 // bestOf, and the least processor time of the runs in cpuMs.
-double bestOfWithCpu(int runs, const std::function<void()> &before, const std::function<void()> &f, double &cpuMs) {
+double bestOfWithCpu(int runs, const std::function<void()> &before, const std::function<void()> &f, double &cpuMs)
+{
     double best = -1;
     cpuMs = -1;
     for (int i = 0; i < runs; ++i) {
@@ -133,7 +142,8 @@ double bestOfWithCpu(int runs, const std::function<void()> &before, const std::f
 
 // A benchmark must never sit in front of a question nobody answers: any modal
 // window that comes up is reported, counted as a failure and dismissed.
-void watchForDialogs() {
+void watchForDialogs()
+{
     auto *timer = new QTimer(qApp);
     QObject::connect(timer, &QTimer::timeout, [] {
         QWidget *m = QApplication::activeModalWidget();
@@ -154,7 +164,8 @@ void watchForDialogs() {
 
 }  // namespace
 
-int main(int argc, char **argv) {
+int main(int argc, char **argv)
+{
     // Before anything touches Qt: no display, and a settings store of our own
     // so the run neither reads nor changes the user's.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -246,7 +257,8 @@ int main(int argc, char **argv) {
 
     for (int i = 0; i < 7; ++i) {
         const int from = (i + 1) % 7;
-        const double ms = bestOf(runs, [&] { w.cmdTabClick(from); }, [&] { w.cmdTabClick(i); });
+        const double ms = bestOf(
+            runs, [&] { w.cmdTabClick(from); }, [&] { w.cmdTabClick(i); });
         verdict(ms < TargetMs && w.currentPanel() == i,
                 QStringLiteral("cmdTabClick(%1) %2 ms (panel shown: %3)").arg(i).arg(ms, 0, 'f', 1).arg(w.currentPanel()));
     }
@@ -273,8 +285,11 @@ int main(int argc, char **argv) {
         const bool added = db.customers().count() == customersBefore + 1 && cp->rowCount() == rowsBefore + 1;
         verdict(added && addMs < TargetMs,
                 QStringLiteral("add a customer %1 ms (table %2 -> %3 rows, list %4 -> %5)")
-                    .arg(addMs, 0, 'f', 1).arg(customersBefore).arg(db.customers().count())
-                    .arg(rowsBefore).arg(cp->rowCount()));
+                    .arg(addMs, 0, 'f', 1)
+                    .arg(customersBefore)
+                    .arg(db.customers().count())
+                    .arg(rowsBefore)
+                    .arg(cp->rowCount()));
 
         const int pos = cp->findCustomerRow(name);
         if (pos > 0) {
@@ -284,7 +299,8 @@ int main(int argc, char **argv) {
             const bool removed = db.customers().count() == customersBefore && cp->findCustomerRow(name) == 0;
             verdict(removed && delMs < TargetMs,
                     QStringLiteral("delete an unbilled customer (full scan, row removed) %1 ms (table now %2 rows)")
-                        .arg(delMs, 0, 'f', 1).arg(db.customers().count()));
+                        .arg(delMs, 0, 'f', 1)
+                        .arg(db.customers().count()));
         } else {
             verdict(false, QStringLiteral("the added customer is found in the list"));
         }
@@ -296,11 +312,13 @@ int main(int argc, char **argv) {
         const int archivedBefore = archivedCustomers(db);
         QCoreApplication::processEvents();
         const double archMs = timeIt([&] { cp->cmdUndoClick(); });
-        const bool archived = db.customers().count() == countBefore && cp->rowCount() == visBefore - 1
-                              && archivedCustomers(db) == archivedBefore + 1;
+        const bool archived = db.customers().count() == countBefore && cp->rowCount() == visBefore - 1 && archivedCustomers(db) == archivedBefore + 1;
         verdict(archived && archMs < TargetMs,
                 QStringLiteral("delete a billed customer (scan, row archived) %1 ms (list %2 -> %3 rows, archived %4 -> %5)")
-                    .arg(archMs, 0, 'f', 1).arg(visBefore).arg(cp->rowCount()).arg(archivedBefore)
+                    .arg(archMs, 0, 'f', 1)
+                    .arg(visBefore)
+                    .arg(cp->rowCount())
+                    .arg(archivedBefore)
                     .arg(archivedCustomers(db)));
     }
 
@@ -319,47 +337,53 @@ int main(int argc, char **argv) {
 
         // Choosing a period: both trees rebuilt from its records.
         double cpu = 0;
-        const double chooseMs = bestOfWithCpu(runs, [&] { chooser->setCurrentIndex(last); },
-                                       [&] { chooser->setCurrentIndex(std::max(0, last - 1)); }, cpu);
+        const double chooseMs = bestOfWithCpu(
+            runs, [&] { chooser->setCurrentIndex(last); },
+            [&] { chooser->setCurrentIndex(std::max(0, last - 1)); }, cpu);
         verdict(chooseMs < TargetMs && tree1.nodeCount() > 0,
                 QStringLiteral("choose a period (both trees rebuilt, %1 customers, %2 nodes) %3 ms")
-                    .arg(customers(tree0)).arg(tree1.nodeCount()).arg(chooseMs, 0, 'f', 1) + QStringLiteral(" (processor %1 ms)").arg(cpu, 0, 'f', 1));
+                        .arg(customers(tree0))
+                        .arg(tree1.nodeCount())
+                        .arg(chooseMs, 0, 'f', 1) +
+                    QStringLiteral(" (processor %1 ms)").arg(cpu, 0, 'f', 1));
 
         // A payment on the period on show: the record, tree 1 rebuilt.
         std::vector<int> owing;
         for (int n : tree0.childrenOf(tree0.root()))
             if (tree0.text(n).contains(QStringLiteral(" - owes "))) owing.push_back(n);
         size_t next = 0;
-        const double payMs = bestOfWithCpu(runs, [&] { bp->treeBinding()->selectNode(owing[next++ % owing.size()]); },
-                                    [&] { bp->logPayment(Money(), QString()); }, cpu);
+        const double payMs = bestOfWithCpu(
+            runs, [&] { bp->treeBinding()->selectNode(owing[next++ % owing.size()]); },
+            [&] { bp->logPayment(Money(), QString()); }, cpu);
         verdict(payMs < TargetMs && !owing.empty(),
                 QStringLiteral("log a full payment (tree 1 of %1 nodes rebuilt) %2 ms").arg(tree1.nodeCount()).arg(payMs, 0, 'f', 1) + QStringLiteral(" (processor %1 ms)").arg(cpu, 0, 'f', 1));
 
         // "&New Bill Period": the tree of every current customer.
         auto *addNew = bp->findChild<QAbstractButton *>(QStringLiteral("cmdAddNewBP"));
         auto *cancelNew = bp->findChild<QAbstractButton *>(QStringLiteral("cmdCancelNewBP"));
-        const double newMs = bestOfWithCpu(runs, [&] { if (!cancelNew->isHidden()) cancelNew->click(); },
-                                    [&] { addNew->click(); }, cpu);
+        const double newMs = bestOfWithCpu(
+            runs, [&] { if (!cancelNew->isHidden()) cancelNew->click(); },
+            [&] { addNew->click(); }, cpu);
         verdict(newMs < TargetMs && customers(tree0) > 0,
                 QStringLiteral("\"&New Bill Period\" (%1 customers) %2 ms").arg(customers(tree0)).arg(newMs, 0, 'f', 1) + QStringLiteral(" (processor %1 ms)").arg(cpu, 0, 'f', 1));
 
         // One double-click on a product bills it to every marked customer.
         QTreeWidget *products = bp->productList();
         int items = 0;
-        const double billMs = bestOfWithCpu(runs, [&] {
+        const double billMs = bestOfWithCpu(
+            runs, [&] {
             cancelNew->click();
-            addNew->click();
-        }, [&] {
+            addNew->click(); }, [&] {
             products->setCurrentItem(products->topLevelItem(0));
             bp->lvwProductsDblClick();
-            items = tree0.nodeCount() - 1 - customers(tree0);
-        }, cpu);
+            items = tree0.nodeCount() - 1 - customers(tree0); }, cpu);
         verdict(billMs < TargetMs && items > 0,
                 QStringLiteral("bill a product to %1 marked customers %2 ms").arg(items).arg(billMs, 0, 'f', 1) + QStringLiteral(" (processor %1 ms)").arg(cpu, 0, 'f', 1));
 
         // Finalising every current customer with three items into the big table.
         int period = 0, recordsBefore = 0;
-        const double finMs = bestOfWithCpu(runs, [&] {
+        const double finMs = bestOfWithCpu(
+            runs, [&] {
             if (!cancelNew->isHidden()) cancelNew->click();
             addNew->click();
             for (int i = 0; i < 3; ++i) {
@@ -368,11 +392,13 @@ int main(int argc, char **argv) {
             }
             bp->findChild<QLineEdit *>(QStringLiteral("txtBillPeriod"))->setText(QStringLiteral("Bench %1").arg(++period));
             bp->findChild<QLineEdit *>(QStringLiteral("txtPField(3)"))->setText(QStringLiteral("12/31/2030"));
-            recordsBefore = db.invoiceRecords().count();
-        }, [&] { addNew->click(); }, cpu);
+            recordsBefore = db.invoiceRecords().count(); }, [&] { addNew->click(); }, cpu);
         verdict(finMs < 300 && db.invoiceRecords().count() > recordsBefore,
                 QStringLiteral("finalise %1 customers x 3 items into %2 records (then the latest shown) %3 ms (target 300)")
-                    .arg(db.invoiceRecords().count() - recordsBefore).arg(recordsBefore).arg(finMs, 0, 'f', 1) + QStringLiteral(" (processor %1 ms)").arg(cpu, 0, 'f', 1));
+                        .arg(db.invoiceRecords().count() - recordsBefore)
+                        .arg(recordsBefore)
+                        .arg(finMs, 0, 'f', 1) +
+                    QStringLiteral(" (processor %1 ms)").arg(cpu, 0, 'f', 1));
     }
 
     // The Statements window: every customer who owes, aged, from the million
@@ -387,19 +413,25 @@ int main(int argc, char **argv) {
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         };
         double cpu = 0;
-        const double openMs = bestOfWithCpu(runs, closeIt, [&] { sw = pp->showStatementsWindow(); }, cpu);
+        const double openMs = bestOfWithCpu(
+            runs, closeIt, [&] { sw = pp->showStatementsWindow(); }, cpu);
         const int rows = sw ? sw->model()->rowCount() : 0;
         verdict(openMs < 300 && rows > 0,
                 QStringLiteral("open the Statements window (%1 customers who owe, %2 records walked) %3 ms (target 300)")
-                    .arg(rows).arg(db.invoiceRecords().count()).arg(openMs, 0, 'f', 1) +
+                        .arg(rows)
+                        .arg(db.invoiceRecords().count())
+                        .arg(openMs, 0, 'f', 1) +
                     QStringLiteral(" (processor %1 ms)").arg(cpu, 0, 'f', 1));
         for (int c = 0; sw && c < statements::StatementsModel::ColumnCount; ++c) {
-            const double ms = bestOfWithCpu(runs, [&] { sw->view()->sortByColumn(c, Qt::AscendingOrder); },
-                                            [&] { sw->view()->sortByColumn(c, Qt::DescendingOrder); }, cpu);
+            const double ms = bestOfWithCpu(
+                runs, [&] { sw->view()->sortByColumn(c, Qt::AscendingOrder); },
+                [&] { sw->view()->sortByColumn(c, Qt::DescendingOrder); }, cpu);
             verdict(ms < TargetMs && sw->view()->horizontalHeader()->sortIndicatorSection() == c,
                     QStringLiteral("sort the Statements window by \"%1\" (%2 rows) %3 ms (processor %4 ms)")
-                        .arg(sw->model()->headerData(c, Qt::Horizontal).toString()).arg(rows)
-                        .arg(ms, 0, 'f', 1).arg(cpu, 0, 'f', 1));
+                        .arg(sw->model()->headerData(c, Qt::Horizontal).toString())
+                        .arg(rows)
+                        .arg(ms, 0, 'f', 1)
+                        .arg(cpu, 0, 'f', 1));
         }
         closeIt();
     }

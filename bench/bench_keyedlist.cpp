@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // bench_keyedlist: timings of the table type on invoice-record rows (key about
 // 20 characters, text about 60), and the memory a loaded table takes.
 // Every case runs in a forked child so one case's peak memory is its own.
@@ -10,15 +11,15 @@
 #include <QString>
 #include <QStringList>
 
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <random>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -29,7 +30,8 @@ struct Stamp {
     std::chrono::steady_clock::time_point wall;
     double cpu;
 };
-double cpuMs() {
+double cpuMs()
+{
     timespec t{};
     clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
     return double(t.tv_sec) * 1e3 + double(t.tv_nsec) / 1e6;
@@ -40,17 +42,20 @@ struct Clock {
 struct Span {
     double wall, cpu;
 };
-Span msSince(const Stamp &t0) {
+Span msSince(const Stamp &t0)
+{
     return {std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t0.wall).count(),
             cpuMs() - t0.cpu};
 }
 
-long peakRssKb() {
+long peakRssKb()
+{
     rusage u{};
     getrusage(RUSAGE_SELF, &u);
     return u.ru_maxrss;
 }
-long currentRssKb() {
+long currentRssKb()
+{
     long pages = 0, rss = 0;
     if (FILE *f = std::fopen("/proc/self/statm", "r")) {
         if (std::fscanf(f, "%ld %ld", &pages, &rss) != 2) rss = 0;
@@ -76,14 +81,14 @@ struct Rows {
     QStringList custCid;
     QStringList periodName;
 
-    explicit Rows(int n) {
+    explicit Rows(int n)
+    {
         periods = std::max(1, (n + customers - 1) / customers);
         std::mt19937_64 rng(20240601);
         std::vector<std::pair<QString, QString>> c;
         for (int i = 0; i < customers; ++i) {
             const QString cid = QString::number(i + 1);
-            const QString name = QString::fromUtf8(LastNames[rng() % std::size(LastNames)]) + ", "
-                                 + QString::fromUtf8(FirstNames[rng() % std::size(FirstNames)]);
+            const QString name = QString::fromUtf8(LastNames[rng() % std::size(LastNames)]) + ", " + QString::fromUtf8(FirstNames[rng() % std::size(FirstNames)]);
             c.push_back({name + qor::FieldSep + cid, cid});
         }
         std::sort(c.begin(), c.end(), [](const auto &a, const auto &b) { return qor::rowTextLess(a.first, b.first); });
@@ -92,29 +97,32 @@ struct Rows {
             custCid << cid;
         }
         for (int p = 0; p < periods; ++p)
-            periodName << QStringLiteral("%1/%2 Period %3").arg(2000 + p / 12).arg(p % 12 + 1, 2, 10, QChar('0'))
-                              .arg(p + 1, 4, 10, QChar('0'));
+            periodName << QStringLiteral("%1/%2 Period %3").arg(2000 + p / 12).arg(p % 12 + 1, 2, 10, QChar('0')).arg(p + 1, 4, 10, QChar('0'));
     }
-    QString key(int i) const {
+    QString key(int i) const
+    {
         return periodName[i / customers] + qor::FieldSep + custCid[i % customers] + qor::FieldSep;
     }
-    QString tail(int i) const {
+    QString tail(int i) const
+    {
         const QChar fs = qor::FieldSep;
-        return QString::number((i * 37 % 5000) / 4.0) + fs + QString::number(i % 200 + 1) + qor::ItemSep
-               + QString::number(i % 37 + 1) + "x3" + fs + QString::fromUtf8(Notes[i % std::size(Notes)]);
+        return QString::number((i * 37 % 5000) / 4.0) + fs + QString::number(i % 200 + 1) + qor::ItemSep + QString::number(i % 37 + 1) + "x3" + fs + QString::fromUtf8(Notes[i % std::size(Notes)]);
     }
     // The row as the program keeps it (six fields).
-    QString text(int i) const {
+    QString text(int i) const
+    {
         return periodName[i / customers] + qor::FieldSep + custPart[i % customers] + qor::FieldSep + tail(i);
     }
     // The row as read from the file, before the names are filled in (five fields).
-    QString readText(int i) const {
+    QString readText(int i) const
+    {
         return periodName[i / customers] + qor::FieldSep + custCid[i % customers] + qor::FieldSep + tail(i);
     }
 };
 
 template <typename Fn>
-void inChild(const char *title, Fn fn) {
+void inChild(const char *title, Fn fn)
+{
     std::fflush(stdout);
     const pid_t pid = fork();
     if (pid == 0) {
@@ -127,7 +135,8 @@ void inChild(const char *title, Fn fn) {
     waitpid(pid, &status, 0);
 }
 
-void report(const char *what, Span ms, long n = 0) {
+void report(const char *what, Span ms, long n = 0)
+{
     std::printf("  %-46s cpu %9.1f ms  wall %9.1f ms", what, ms.cpu, ms.wall);
     if (n > 0) std::printf("  (cpu %.3f us each)", ms.cpu * 1000.0 / double(n));
     std::printf("\n");
@@ -135,7 +144,8 @@ void report(const char *what, Span ms, long n = 0) {
 
 }  // namespace
 
-int main(int argc, char **argv) {
+int main(int argc, char **argv)
+{
     const int n = argc > 1 ? std::atoi(argv[1]) : 1000000;
     std::printf("rows: %d\n", n);
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // bench_lists: the printed customer list of the large benchmark database
 // (10,000 customers) to one PDF through the page layer — composition with
 // its measuring, the painter and the PDF writer — best of three runs, with a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // 1,000 invoices of a generated database e-mailed to a local SMTP server
 // (aiosmtpd over STARTTLS or SSL/TLS, with a login), each message with its
 // customer's invoice as a PDF made just before it is sent, as a real run does. Prints the whole time,
@@ -99,8 +100,9 @@ int main(int argc, char **argv)
         const double seconds = total.nsecsElapsed() / 1e9;
         const auto sent = std::count_if(results.begin(), results.end(),
                                         [](const CustomerResult &r) { return r.outcome == CustomerResult::Outcome::Sent; });
-        out << QStringLiteral("%1 messages over %2 (%3 sent, %4 connection(s)): %5 s in all, %6 s making PDFs, "
-                              "%7 s sending; PDF %8 KB on average (target: under 60 s)")
+        out << QStringLiteral(
+                   "%1 messages over %2 (%3 sent, %4 connection(s)): %5 s in all, %6 s making PDFs, "
+                   "%7 s sending; PDF %8 KB on average (target: under 60 s)")
                    .arg(count)
                    .arg(ssl ? QStringLiteral("SSL/TLS") : QStringLiteral("STARTTLS"))
                    .arg(sent)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Invoice pages to PDF: 1,000 invoices of twelve lines each through the page
 // layer (composition, layout, painter, PDF writer), beside a bare QPainter
 // loop that draws the same number of texts, lines, boxes and pictures to a
@@ -45,7 +46,10 @@ QList<InvoiceInput> inputs()
 // What the bare loop draws: each visible element reduced to one drawing call
 // with its place worked out beforehand.
 struct Bare {
-    enum { Text, Line, Box, Picture } kind;
+    enum { Text,
+           Line,
+           Box,
+           Picture } kind;
     QFont font;
     QColor colour;
     QPointF at;

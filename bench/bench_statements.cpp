@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // bench_statements: 10,000 statements of account to one PDF from the large
 // benchmark database (10,000 customers, 1,000,000 records), beside the
 // invoice run of the same database's latest period to one PDF. Prints the
@@ -84,8 +85,9 @@ int main(int argc, char **argv)
         else if (args[i] == u"--runs") runs = std::max(1, args[i + 1].toInt());
         else if (args[i] == u"--keep") keep = args[i + 1];
         else {
-            std::fprintf(stderr, "usage: bench_statements [--large-records N] [--runs N] [--keep FILE.pdf]"
-                                 " [--statements-only]\n");
+            std::fprintf(stderr,
+                         "usage: bench_statements [--large-records N] [--runs N] [--keep FILE.pdf]"
+                         " [--statements-only]\n");
             return 64;
         }
     }
@@ -208,14 +210,16 @@ int main(int argc, char **argv)
 
     const double stRate = st.pages / st.seconds, invRate = inv.pages / inv.seconds;
     const double stPerPage = st.seconds * 1e3 / st.pages, invPerPage = inv.seconds * 1e3 / inv.pages;
-    std::printf("statements: %d of %lld customers who owe, %lld pages, %.1f MB in %.2f s (processor %.2f s: walk %.2f,"
-                " compose %.2f, paint and write the rest): %.0f pages/s, %.3f ms a page (best of %d)\n",
-                Statements, static_cast<long long>(owing), static_cast<long long>(st.pages), st.bytes / 1e6,
-                st.seconds, st.cpu, walk, compose, stRate, stPerPage, runs);
-    std::printf("invoices:   period \"%s\", %lld pages, %.1f MB in %.2f s (processor %.2f s): %.0f pages/s, %.3f ms a"
-                " page (best of %d)\n",
-                qPrintable(period), static_cast<long long>(inv.pages), inv.bytes / 1e6, inv.seconds, inv.cpu, invRate,
-                invPerPage, runs);
+    std::printf(
+        "statements: %d of %lld customers who owe, %lld pages, %.1f MB in %.2f s (processor %.2f s: walk %.2f,"
+        " compose %.2f, paint and write the rest): %.0f pages/s, %.3f ms a page (best of %d)\n",
+        Statements, static_cast<long long>(owing), static_cast<long long>(st.pages), st.bytes / 1e6,
+        st.seconds, st.cpu, walk, compose, stRate, stPerPage, runs);
+    std::printf(
+        "invoices:   period \"%s\", %lld pages, %.1f MB in %.2f s (processor %.2f s): %.0f pages/s, %.3f ms a"
+        " page (best of %d)\n",
+        qPrintable(period), static_cast<long long>(inv.pages), inv.bytes / 1e6, inv.seconds, inv.cpu, invRate,
+        invPerPage, runs);
     const bool fast = stRate >= TargetPagesPerSecond, even = stPerPage <= invPerPage;
     std::printf("full invoices (twelve lines): %lld pages in %.2f s (processor %.2f s): %.0f pages/s, %.3f ms a page\n",
                 static_cast<long long>(full.pages), full.seconds, full.cpu, full.pages / full.seconds,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "dbgen.h"
 
 #include "database/database.h"
@@ -16,16 +17,25 @@ namespace qor::bench {
 // Raise when the generator changes what it makes, so old files are not reused.
 constexpr int GeneratorVersion = 3;
 
-QString DbParams::stamp() const {
+QString DbParams::stamp() const
+{
     return QStringLiteral("generator=%1 records=%2 customers=%3 products=%4 periods=%5 seed=%6 locale=%7")
-        .arg(GeneratorVersion).arg(records).arg(customers).arg(products).arg(periods).arg(seed).arg(locale);
+        .arg(GeneratorVersion)
+        .arg(records)
+        .arg(customers)
+        .arg(products)
+        .arg(periods)
+        .arg(seed)
+        .arg(locale);
 }
 
-DbParams smallParams(const QString &locale) {
+DbParams smallParams(const QString &locale)
+{
     return {QStringLiteral("small"), 10000, 1000, 60, 12, 20170101, locale};
 }
 
-DbParams largeParams(const QString &locale, int records) {
+DbParams largeParams(const QString &locale, int records)
+{
     return {QStringLiteral("large"), records, 10000, 200, 120, 20170102, locale};
 }
 
@@ -82,16 +92,17 @@ QString chrono(const QDate &d) { return d.toString(QStringLiteral("yyyy/MM/dd"))
 // the database's bulk load, which is also how the reader builds them.
 }  // namespace
 
-void generate(Database &db, const DbParams &p) {
+void generate(Database &db, const DbParams &p)
+{
     Rng rng(p.seed);
     Tables t;
 
     t.company = {QStringLiteral("Smith & Sons Lawn Care"), QStringLiteral("1200 Industrial Pkwy"),
-                  QStringLiteral("Suite 4"), QStringLiteral("Springfield, IL 62701"),
-                  QStringLiteral("Phone (217) 555-0142  Fax (217) 555-0143  office@smithlawn.example"),
-                  QStringLiteral("Green lawns since 1987"),
-                  QStringLiteral("Services rendered for the period shown. Thank you!"),
-                  QStringLiteral("Smith & Sons LLC"), QStringLiteral("Payment due within 30 days.")};
+                 QStringLiteral("Suite 4"), QStringLiteral("Springfield, IL 62701"),
+                 QStringLiteral("Phone (217) 555-0142  Fax (217) 555-0143  office@smithlawn.example"),
+                 QStringLiteral("Green lawns since 1987"),
+                 QStringLiteral("Services rendered for the period shown. Thank you!"),
+                 QStringLiteral("Smith & Sons LLC"), QStringLiteral("Payment due within 30 days.")};
 
     // Customers. The display name of each is kept for the invoice records.
     std::vector<QString> displayName(size_t(p.customers) + 1);
@@ -110,11 +121,11 @@ void generate(Database &db, const DbParams &p) {
         const QString add2 = rng.chance(20) ? QStringLiteral("Apt %1").arg(1 + rng.below(40)) : QString();
         const QString add3 = QString::fromUtf8(rng.pick(Cities));
         const QString email = rng.chance(60)
-            ? QStringLiteral("%1.%2@mail.example").arg(fname.toLower().remove(QLatin1Char(' ')), QString::number(cid))
-            : QString();
+                                  ? QStringLiteral("%1.%2@mail.example").arg(fname.toLower().remove(QLatin1Char(' ')), QString::number(cid))
+                                  : QString();
         const QString phone = rng.chance(85)
-            ? QStringLiteral("(%1) 555-%2").arg(200 + rng.below(700)).arg(rng.below(10000), 4, 10, QLatin1Char('0'))
-            : QString();
+                                  ? QStringLiteral("(%1) 555-%2").arg(200 + rng.below(700)).arg(rng.below(10000), 4, 10, QLatin1Char('0'))
+                                  : QString();
         const QString notes = rng.chance(12) ? QString::fromUtf8(rng.pick(CustomerNotes)) : QString();
         const CustomerRow row{archived ? ArchiveMark + name : name, fname, lname, add1, add2, add3,
                               email, phone, notes};
@@ -127,12 +138,11 @@ void generate(Database &db, const DbParams &p) {
         const Money value = Money::fromCents(500 + rng.below(rng.chance(10) ? 250000 : 15000));
         price[size_t(psid)] = value;
         const QString priceText = value.toCurrencyText();
-        QString name = QString::fromUtf8(rng.pick(ServiceNouns)) + QStringLiteral(" - ")
-                     + QString::fromUtf8(rng.pick(ServiceKinds));
+        QString name = QString::fromUtf8(rng.pick(ServiceNouns)) + QStringLiteral(" - ") + QString::fromUtf8(rng.pick(ServiceKinds));
         if (rng.chance(30)) name += QStringLiteral(" #%1").arg(psid);
         const bool archived = rng.chance(5);
         t.items.append(QString::number(psid) + QLatin1Char('k'),
-                           ItemRow{regional::sortPrice(value), archived, item::listTextFor(priceText, name)}.text());
+                       ItemRow{regional::sortPrice(value), archived, item::listTextFor(priceText, name)}.text());
     }
 
     // Bill periods, one per month from January 2017. The key is the name and
@@ -181,18 +191,21 @@ void generate(Database &db, const DbParams &p) {
     db.load(std::move(t));
 }
 
-QString randomPersonName(Rng &rng) {
+QString randomPersonName(Rng &rng)
+{
     return QString::fromUtf8(rng.pick(LastNames)) + QStringLiteral(", ") + QString::fromUtf8(rng.pick(FirstNames));
 }
 
-bool stampMatches(const QString &path, const DbParams &p) {
+bool stampMatches(const QString &path, const DbParams &p)
+{
     QFile f(path + QStringLiteral(".stamp"));
     if (!QFileInfo::exists(path) || !f.open(QIODevice::ReadOnly)) return false;
     const QStringList lines = QString::fromUtf8(f.readAll()).split(QLatin1Char('\n'));
     return lines.value(0) == p.stamp() && lines.value(1).toLongLong() == QFileInfo(path).size();
 }
 
-void writeStamp(const QString &path, const DbParams &p) {
+void writeStamp(const QString &path, const DbParams &p)
+{
     QFile f(path + QStringLiteral(".stamp"));
     if (f.open(QIODevice::WriteOnly | QIODevice::Truncate))
         f.write((p.stamp() + QLatin1Char('\n') + QString::number(QFileInfo(path).size()) + QLatin1Char('\n')).toUtf8());

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // A realistic database for the benchmarks, made through the engine: customers,
 // products, monthly bill periods and invoice records from a fixed seed, so the
@@ -7,7 +8,9 @@
 #include <array>
 #include <random>
 
-namespace qor { class Database; }
+namespace qor {
+class Database;
+}
 
 namespace qor::bench {
 
@@ -34,9 +37,12 @@ public:
     explicit Rng(quint64 seed) : m_gen(seed) {}
     int below(int n) { return int(m_gen() % quint64(n)); }
     bool chance(int percent) { return below(100) < percent; }
-    template <size_t N> const char *pick(const std::array<const char *, N> &a) {
+    template <size_t N>
+    const char *pick(const std::array<const char *, N> &a)
+    {
         return a[size_t(below(int(N)))];
     }
+
 private:
     std::mt19937_64 m_gen;
 };

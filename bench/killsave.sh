@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # kill -9 in the middle of saves, many times over: is a saved file ever
 # damaged, and is the temporary file of an interrupted save gone once the
 # program has started again? Prints its figures; not a test.

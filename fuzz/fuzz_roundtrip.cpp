@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // libFuzzer target: every input the reader accepts must make the round trip.
 // Built only with -DQOR_FUZZ=ON and clang (see fuzz/run.sh).
 #include "roundtrip.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The round trip every file must make: whatever the reader accepts, saved and
 // read again, gives the same tables, and saved again, the same bytes.

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Builds the libFuzzer target with clang (AddressSanitizer and
 # UndefinedBehaviorSanitizer) in build-fuzz/ and runs it for N minutes:
 #   fuzz/run.sh 30

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Replays the fuzzing corpus kept in the repository: every file in it must
 // make the round trip (or be refused). Runs without libFuzzer.
 #include "roundtrip.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Checks a built package before a release: lintian on the .changes (the .deb,
 # its debug symbols and the upload's metadata) must report no error and no
 # warning, and every installed program must carry Debian's hardening (PIE,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Writes the sample invoices shown in the README: one PDF per form and a
 // picture of each page, and the six preview pictures of the Print Options
 // panel. Run by hand after a change of the forms:

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Screens of the seven panels at the smallest window size, and Customers
 # enlarged, taken from the real program on a virtual X display:
 #   LANG=en_US.UTF-8 xvfb-run -a -s "-screen 0 1280x800x24" docs/screens/make-screens.sh docs/screens

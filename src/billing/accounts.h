@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Read-only statements of the bill periods and of what customers still owe,
 // for the command-line tool, and the money checks of a file. Amounts are
@@ -54,7 +55,7 @@ std::vector<PeriodSummary> periodSummaries(const Database &db);
 
 struct OwingCustomer {
     QString cid;
-    QString name;  // present display name without the archive mark
+    QString name;                              // present display name without the archive mark
     QList<std::pair<QString, Money>> periods;  // period name, balance, in period order
     Money total;
 };

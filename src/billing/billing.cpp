@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "billing/billing.h"
 
 #include "billing/accounts.h"
@@ -62,8 +63,7 @@ QString notePrompt(const QString &name) { return text::OptionalNote.text + QStri
 
 QString exampleText(const QDate &today)
 {
-    return QStringLiteral("(Example: ") + regional::formatDate(today, u"MMMM") + u' ' + QString::number(today.year())
-         + u')';
+    return QStringLiteral("(Example: ") + regional::formatDate(today, u"MMMM") + u' ' + QString::number(today.year()) + u')';
 }
 
 bool dueDateAllowsAdd(QStringView text) { return text.size() >= 6 && regional::isDate(text); }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Billing without windows: bill periods, the building of the invoice records
 // trees, billing items during an entry, payments, and the texts the panels
@@ -83,7 +84,9 @@ QStringList periodNames(const Database &db);
 bool treeHasBilledItem(const InvoiceTree &tree);
 
 // What "&Add New" may do before the user is asked to confirm.
-enum class AddCheck { Ok, DuplicateName, NothingBilled };
+enum class AddCheck { Ok,
+                      DuplicateName,
+                      NothingBilled };
 AddCheck checkNewBillPeriod(const Database &db, const InvoiceTree &entryTree, const QString &name);
 // The row and the records of AddBillPeriod after the confirmation: the period
 // row goes into lvwPeriods under the name, and one record per customer with

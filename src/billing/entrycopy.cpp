@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "billing/entrycopy.h"
 
 #include <QUrl>
@@ -37,7 +38,9 @@ std::optional<BillEntry> decodeEntry(const QByteArray &text)
         const QList<QByteArray> f = lines[n].split('\t');
         const QByteArray &tag = f.first();
         if (f.size() == 2 && (tag == "name" || tag == "start" || tag == "end" || tag == "due")) {
-            (tag == "name" ? e.name : tag == "start" ? e.start : tag == "end" ? e.end : e.due) = dec(f[1]);
+            (tag == "name" ? e.name : tag == "start" ? e.start
+                                  : tag == "end"     ? e.end
+                                                     : e.due) = dec(f[1]);
         } else if (tag == "customer" && f.size() == 3 && (f[2] == "0" || f[2] == "1")) {
             e.customers.append({dec(f[1]), f[2] == "1"});
         } else if (tag == "item" && f.size() == 4) {

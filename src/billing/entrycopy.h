@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // An open bill-period entry as a few lines of text, for the recovery copy:
 // what was typed and billed comes back after a crash even though no table

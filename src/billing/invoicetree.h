@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The invoice records tree, tvwInvoiceRecords(0) and (1), as data: keyed nodes
 // with a text, a colour, a tick and an expansion state, parents and children
@@ -22,7 +23,13 @@ namespace qor {
 // What a node is. The key's last character says the same ("k" customer, "b"
 // item under entry, "i" finalised item, "e" record note, "n" invoice note),
 // but nobody needs to read it from there.
-enum class NodeKind : quint8 { Other, Root, Customer, EnteredItem, FinalItem, RecordNote, InvoiceNote };
+enum class NodeKind : quint8 { Other,
+                               Root,
+                               Customer,
+                               EnteredItem,
+                               FinalItem,
+                               RecordNote,
+                               InvoiceNote };
 
 // What a node stands for. Its text is made from these alone (textOf), so
 // whoever needs a number or a name reads it here, never out of a caption.
@@ -31,12 +38,12 @@ struct NodeValues {
     // Root: its caption; customer: the display name; item: the item's list
     // text ("$5.00 - Midget Widget"); notes: the note as typed.
     QString label;
-    QString customer;  // customer number: customer, item and note nodes
-    QString item;      // item number: item nodes
-    qint64 quantity = 1;  // item nodes
-    Money amount;         // item nodes: the quantity times the item's price
+    QString customer;              // customer number: customer, item and note nodes
+    QString item;                  // item number: item nodes
+    qint64 quantity = 1;           // item nodes
+    Money amount;                  // item nodes: the quantity times the item's price
     std::optional<Money> balance;  // customer nodes of a finalised period: what is still owed
-    bool marked = false;  // customer nodes of an entry: the next billing goes to them
+    bool marked = false;           // customer nodes of an entry: the next billing goes to them
 
     friend bool operator==(const NodeValues &, const NodeValues &) = default;
 };
@@ -65,7 +72,9 @@ public:
 
     // The role under which data() gives a node's NodeColour (as int), its key,
     // and its node number.
-    enum Role { ColourRole = Qt::UserRole + 1, KeyRole, NodeRole };
+    enum Role { ColourRole = Qt::UserRole + 1,
+                KeyRole,
+                NodeRole };
 
     int treeIndex() const { return m_index; }
     bool hasCheckBoxes() const { return m_index == 1; }
@@ -112,7 +121,8 @@ public:
     // The living nodes in insertion order (node 1, the root, first).
     std::vector<int> nodes() const;
     // Calls f(node) for each living node in insertion order.
-    template <class F> void forEachNode(F &&f) const
+    template <class F>
+    void forEachNode(F &&f) const
     {
         for (size_t i = 1; i < m_nodes.size(); ++i)
             if (m_nodes[i].alive) f(int(i));
@@ -194,7 +204,7 @@ private:
     int m_live = 0;
     int m_bulk = 0;
     bool m_clearedInBulk = false;
-    bool m_resetBegun = false;  // in a bulk change, nodes came or went
+    bool m_resetBegun = false;        // in a bulk change, nodes came or went
     std::vector<int> m_touchedNodes;  // in a bulk change, nodes whose data changed
     std::vector<int> m_openedInBulk;
     QString m_chosenPeriod;

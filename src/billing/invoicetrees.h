@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The two invoice records trees of the open books, and the period they show.
 // The Bill Periods panel and the Printing panel each have a chooser of the

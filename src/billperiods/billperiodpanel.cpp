@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "billperiods/billperiodpanel.h"
 
 #include "billing/billing.h"
@@ -258,8 +259,7 @@ void BillPeriodPanel::showBillPeriodEntry(bool isNew)
         // cmbBillPeriod_Click(1): the period the chooser holds, if any. After
         // finalising, the refresh of the lists has just shown it; it is built
         // again only when the tree holds something else (an entry).
-        if (treeModel().isEmpty() || treeModel().chosenPeriod() != m_chooser->currentText()
-            || m_chooser->currentIndex() != m_trees.chosenIndex())
+        if (treeModel().isEmpty() || treeModel().chosenPeriod() != m_chooser->currentText() || m_chooser->currentIndex() != m_trees.chosenIndex())
             m_trees.showPeriod(m_chooser->currentIndex(), m_chooser->currentText());
         showViewControls();
         return;

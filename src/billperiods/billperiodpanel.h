@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // fraMain(2), Bill Periods: the period chooser, the period fields, the
 // invoice records tree of the period and the list of products to bill. In view
@@ -44,8 +45,8 @@ public:
     // there are rows.
     void refreshProductList();
 
-    QComboBox *chooser() const { return m_chooser; }    // cmbBillPeriod(1)
-    QTreeView *tree() const { return m_treeView; }       // tvwInvoiceRecords(0)
+    QComboBox *chooser() const { return m_chooser; }         // cmbBillPeriod(1)
+    QTreeView *tree() const { return m_treeView; }           // tvwInvoiceRecords(0)
     QTreeWidget *productList() const { return m_products; }  // lvwProducts(1)
     InvoiceTree &treeModel() const;
     InvoiceTreeView *treeBinding() const { return m_binding; }
@@ -96,9 +97,9 @@ private:
 
     InvoiceTrees &m_trees;
     InvoiceTreeView *m_binding = nullptr;
-    QComboBox *m_chooser = nullptr;          // cmbBillPeriod(1)
-    QTreeView *m_treeView = nullptr;         // tvwInvoiceRecords(0)
-    QTreeWidget *m_products = nullptr;       // lvwProducts(1)
+    QComboBox *m_chooser = nullptr;     // cmbBillPeriod(1)
+    QTreeView *m_treeView = nullptr;    // tvwInvoiceRecords(0)
+    QTreeWidget *m_products = nullptr;  // lvwProducts(1)
     QLineEdit *m_txtBillPeriod = nullptr;
     std::array<QLineEdit *, 3> m_periodFields{};  // txtPField(1..3)
     QAbstractButton *m_cmdAddNewBP = nullptr, *m_cmdCancelNewBP = nullptr;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "billperiods/entryguard.h"
 
 #include "billing/invoicetrees.h"
@@ -11,8 +12,9 @@ bool mayDropEntry(InvoiceTrees &trees, QWidget *owner)
     DialogService::Message m;
     m.icon = QMessageBox::Warning;
     m.title = AppTitle;
-    m.text = QStringLiteral("You are entering a new bill period that has not been added yet.\r\n\r\n"
-                            "If you go on, everything billed in it is lost.");
+    m.text = QStringLiteral(
+        "You are entering a new bill period that has not been added yet.\r\n\r\n"
+        "If you go on, everything billed in it is lost.");
     // Cancel (also Escape and the close box) keeps the entry.
     m.buttons = QMessageBox::Cancel | QMessageBox::Discard;
     m.defaultButton = QMessageBox::Cancel;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Shows an InvoiceTree in a QTreeView: the node colours in the window's
 // palette, the expansion state of the data, the current node kept across a
@@ -49,7 +50,7 @@ private:
     void applyExpansion();
     QTreeView *m_view;
     QPointer<InvoiceTree> m_tree;  // the books may close before the window goes
-    QString m_currentKey;  // the current node over a bulk change
+    QString m_currentKey;          // the current node over a bulk change
     bool m_syncing = false;
     bool m_filtering = false;
     bool m_expansionPending = false;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The command "email" of qorvane-cli: invoices, statements or reminders sent
 // as PDF attachments with the stored account, by the same code as the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // qorvane-cli: checks and re-saves database files without the window, and
 // writes envelopes and the customer list as PDF. It reads a file exactly as
 // the program does at start (the file, then the customer names of the
@@ -15,11 +16,11 @@
 #include "database/rowtypes.h"
 #include "database/versions.h"
 #include "pages/customerlist.h"
-#include "shell/session.h"
 #include "pages/envelope.h"
 #include "pages/pdfoutput.h"
 #include "printing/invoicerun.h"
 #include "settings/settingsstore.h"
+#include "shell/session.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -270,8 +271,10 @@ bool parsePageArgs(const QStringList &args, PageArgs &a, bool envelopes)
         if ((f == u"-o" || f == u"--output") && hasValue) a.out = args[++i];
         else if (envelopes && f == u"--period" && hasValue) a.period = args[++i];
         else if (envelopes && f == u"--all") a.all = true;
-        else if (!envelopes && f == u"--title" && hasValue) { a.title = args[++i]; a.hasTitle = true; }
-        else if (!envelopes && f == u"--columns" && hasValue) {
+        else if (!envelopes && f == u"--title" && hasValue) {
+            a.title = args[++i];
+            a.hasTitle = true;
+        } else if (!envelopes && f == u"--columns" && hasValue) {
             bool ok = false;
             a.columns = args[++i].toInt(&ok);
             if (!ok || a.columns < 1 || a.columns > 4) {
@@ -381,8 +384,7 @@ int invoices(const QStringList &args)
                 err(QStringLiteral("--customer takes a customer number, not \"%1\".").arg(cid));
                 return Usage;
             }
-        }
-        else if (f == u"--each" && hasValue) each = args[++i];
+        } else if (f == u"--each" && hasValue) each = args[++i];
         else if (f == u"--template" && hasValue) {
             const QString t = args[++i];
             if (t != u"0" && t != u"1" && t != u"2") {
@@ -495,7 +497,7 @@ int main(int argc, char **argv)
                                           qstrcmp(argv[1], "statements") == 0 || qstrcmp(argv[1], "email") == 0);
     if (pagesWanted && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     std::unique_ptr<QCoreApplication> appPtr(pagesWanted ? new QGuiApplication(argc, argv)
-                                                          : new QCoreApplication(argc, argv));
+                                                         : new QCoreApplication(argc, argv));
     QCoreApplication &app = *appPtr;
     QCoreApplication::setApplicationName(QStringLiteral("qorvane-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QOR_VERSION_TEXT));

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/outputs.h"
 
 #include "billing/billing.h"
@@ -27,7 +28,8 @@ namespace {
 
 bool sameFile(const QString &a, const QString &b)
 {
-    struct stat x {}, y {};
+    struct stat x {
+    }, y{};
     if (::stat(QFile::encodeName(a).constData(), &x) != 0 || ::stat(QFile::encodeName(b).constData(), &y) != 0)
         return false;
     return x.st_dev == y.st_dev && x.st_ino == y.st_ino;
@@ -103,8 +105,9 @@ int invoiceRunValues(const Database &db, const QString &period, int templateNumb
     run.options = invoicerun::storedInvoiceOptions();
     if (templateNumber >= 0) run.options.templateNumber = templateNumber;
     if (run.options.templateNumber < 0) {
-        err(QStringLiteral("The stored invoice layout (Printing/PrintPreviewSelected) is not 0, 1 or 2; "
-                           "give --template 0, 1 or 2."));
+        err(QStringLiteral(
+            "The stored invoice layout (Printing/PrintPreviewSelected) is not 0, 1 or 2; "
+            "give --template 0, 1 or 2."));
         return Usage;
     }
     return Ok;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // What every command of qorvane-cli does the same way: its exit statuses,
 // its messages, the refusal of an output that is one of its inputs, the

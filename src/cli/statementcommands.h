@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The commands "statements" and "aging" of qorvane-cli: what customers owe,
 // worked out by the same code as the Statements window.

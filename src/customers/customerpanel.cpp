@@ -1,19 +1,20 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "customers/customerpanel.h"
 
 #include "customers/frmprintcustomers.h"
 
 #include "billing/billing.h"
-#include "uiservices/frmchecking.h"
 #include "billing/invoicetrees.h"
 #include "database/collation.h"
 #include "database/database.h"
 #include "database/entryrules.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
+#include "settings/settingsstore.h"
 #include "shell/appcontext.h"
 #include "shell/roster.h"
-#include "settings/settingsstore.h"
 #include "uiservices/dialogservice.h"
+#include "uiservices/frmchecking.h"
 #include "uiservices/listsearch.h"
 #include "uiservices/twips.h"
 
@@ -21,15 +22,15 @@
 #include <QApplication>
 #include <QCoreApplication>
 #include <QEvent>
+#include <QHash>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QScopedValueRollback>
 #include <QTextEdit>
 #include <QTreeWidget>
-#include <QHash>
-#include <QScopedValueRollback>
 #include <algorithm>
 
 namespace qor {
@@ -333,7 +334,11 @@ bool CustomerPanel::patchRows(const std::vector<VisibleRow> &rows)
         int i = 0;
         size_t j = 0;
         while (j < rows.size() && changes <= MaxChanges) {
-            if (i < oldCount && oldKeys[i] == rows[j].key) { ++i; ++j; continue; }
+            if (i < oldCount && oldKeys[i] == rows[j].key) {
+                ++i;
+                ++j;
+                continue;
+            }
             ++changes;
             if (i < oldCount && newIndex.value(oldKeys[i], -1) < int(j)) ++i;
             else ++j;
@@ -473,9 +478,8 @@ bool CustomerPanel::entryStorable()
 void CustomerPanel::applyCustomerEdit()
 {
     if (!entryStorable()) return;
-    if (settings::confirmEditsText() != QLatin1String("False")
-        && !confirm(QStringLiteral("Save Changes to Existing Customer???"),
-                    QStringLiteral("Are you sure you want to change the details on this existing customer?"))) {
+    if (settings::confirmEditsText() != QLatin1String("False") && !confirm(QStringLiteral("Save Changes to Existing Customer???"),
+                                                                           QStringLiteral("Are you sure you want to change the details on this existing customer?"))) {
         undoCustomerEdit();
         return;
     }
@@ -564,9 +568,8 @@ void CustomerPanel::deleteCustomer()
 {
     const QString confirmSetting =
         settings::confirmEditsText().toLower();
-    if (confirmSetting != QLatin1String("false")
-        && !confirm(QStringLiteral("Delete Existing Customer???"),
-                    QStringLiteral("Are you sure you want to delete this customer from the database?"))) {
+    if (confirmSetting != QLatin1String("false") && !confirm(QStringLiteral("Delete Existing Customer???"),
+                                                             QStringLiteral("Are you sure you want to delete this customer from the database?"))) {
         undoCustomerEdit();
         return;
     }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // fraMain(0): the customer list and the entry fields of one customer.
 #include "database/rowtypes.h"
@@ -25,17 +26,17 @@ public:
 
     void arrange(double W, double H, int M) override;
 
-    void refreshCustomerList();   // RefreshCustomerList
-    void showCustomerDetails();   // ShowCustomerDetails
-    void resetCustomerPanel();    // ResetCustomerPanel (also after every database read)
-    void clearEntryFields();      // ClearEntryFields(0): txtField(0..7) text and tag emptied
+    void refreshCustomerList();            // RefreshCustomerList
+    void showCustomerDetails();            // ShowCustomerDetails
+    void resetCustomerPanel();             // ResetCustomerPanel (also after every database read)
+    void clearEntryFields();               // ClearEntryFields(0): txtField(0..7) text and tag emptied
     void showNewEntryColours(bool isNew);  // ShowNewEntryColours
-    void showAddNew();            // cmdAddNew shown (before the first read)
+    void showAddNew();                     // cmdAddNew shown (before the first read)
 
-    QTreeWidget *list() const;    // lvwCustomersVis
-    int rowCount() const;         // rows of lvwCustomersVis
-    int selectedPosition() const; // 1-based, 0 when none
-    void focusList();             // gives lvwCustomersVis the focus when it has rows and is visible
+    QTreeWidget *list() const;     // lvwCustomersVis
+    int rowCount() const;          // rows of lvwCustomersVis
+    int selectedPosition() const;  // 1-based, 0 when none
+    void focusList();              // gives lvwCustomersVis the focus when it has rows and is visible
 
     // The handlers and routines of the panel. Each button handler reads its
     // own caption first: the captions are the panel's state.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "customers/frmprintcustomers.h"
 
 #include "database/keyedlist.h"
@@ -93,8 +94,10 @@ FrmPrintCustomers::FrmPrintCustomers(const KeyedList &customers, QWidget *owner)
         int l, t, w, h;
     };
     static constexpr CheckRow Checks[5] = {
-        {"Address", 600, 1800, 1815, 255},   {"Email", 600, 2160, 1815, 255},
-        {"Phone #'s", 2745, 1800, 1710, 255}, {"Notes", 2760, 2160, 1815, 255},
+        {"Address", 600, 1800, 1815, 255},
+        {"Email", 600, 2160, 1815, 255},
+        {"Phone #'s", 2745, 1800, 1710, 255},
+        {"Notes", 2760, 2160, 1815, 255},
         {"Print Page Numbers", 1140, 2640, 2415, 255},
     };
     for (int i = 0; i < 5; ++i) {

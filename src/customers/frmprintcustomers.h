@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // frmPrintCustomers, "Customer List Print Options": what to print of each
 // customer, the font, columns, blank lines and the page title. Every choice

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The database file's text encoding: Windows-1252, one byte per character.
 // A character that code page lacks is written as a numeric character

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Row-text collation. Comparison runs in levels, each a sequence derived from
 // the text one UTF-16 unit at a time:
 //   0. archived: a text starting with the archive mark goes after all others;
@@ -38,12 +39,14 @@ struct Tables {
     std::vector<char16_t> marks;
 };
 
-bool isIgnorableMark(char32_t c) {
+bool isIgnorableMark(char32_t c)
+{
     const auto cat = QChar::category(c);
     return cat == QChar::Mark_NonSpacing || cat == QChar::Mark_Enclosing;
 }
 
-std::unique_ptr<Tables> buildTables() {
+std::unique_ptr<Tables> buildTables()
+{
     auto t = std::make_unique<Tables>();
     t->marks.push_back(0);  // offset 0 means "no accents"
     std::vector<quint32> weight(65536);
@@ -125,18 +128,21 @@ std::unique_ptr<Tables> buildTables() {
     return t;
 }
 
-const Tables &tables() {
+const Tables &tables()
+{
     static const std::unique_ptr<Tables> t = buildTables();
     return *t;
 }
 
-bool startsWithArchiveMark(const char16_t *p, qsizetype n) {
+bool startsWithArchiveMark(const char16_t *p, qsizetype n)
+{
     // "zzzz»", spelled out so the hot path needs no QString.
     return n >= 5 && p[0] == u'z' && p[1] == u'z' && p[2] == u'z' && p[3] == u'z' && p[4] == u'\u00BB';
 }
 
 // Length of the common prefix of identical units, four at a time.
-qsizetype commonPrefix(const char16_t *a, const char16_t *b, qsizetype n) {
+qsizetype commonPrefix(const char16_t *a, const char16_t *b, qsizetype n)
+{
     qsizetype i = 0;
     while (i + 4 <= n) {
         quint64 x, y;
@@ -150,7 +156,8 @@ qsizetype commonPrefix(const char16_t *a, const char16_t *b, qsizetype n) {
 }
 
 // Code-point order of two UTF-16 units at a first difference.
-int codePointOrder(char16_t a, char16_t b) {
+int codePointOrder(char16_t a, char16_t b)
+{
     auto fix = [](char16_t c) -> quint32 {
         if (c >= 0xD800) return c < 0xE000 ? quint32(c) + 0x2000 : quint32(c) - 0x800;
         return c;
@@ -161,7 +168,8 @@ int codePointOrder(char16_t a, char16_t b) {
 
 using Seq = QVarLengthArray<quint32, 128>;
 
-void accentSequence(const Tables &t, const char16_t *p, qsizetype n, Seq &out) {
+void accentSequence(const Tables &t, const char16_t *p, qsizetype n, Seq &out)
+{
     for (qsizetype i = 0; i < n; ++i) {
         const char16_t c = p[i];
         if (t.primary[c] == 0) {
@@ -176,12 +184,14 @@ void accentSequence(const Tables &t, const char16_t *p, qsizetype n, Seq &out) {
     }
 }
 
-void caseSequence(const Tables &t, const char16_t *p, qsizetype n, Seq &out) {
+void caseSequence(const Tables &t, const char16_t *p, qsizetype n, Seq &out)
+{
     for (qsizetype i = 0; i < n; ++i)
         if (t.primary[p[i]] != 0) out.append(t.upper[p[i]]);
 }
 
-int compareSeq(const Seq &a, const Seq &b) {
+int compareSeq(const Seq &a, const Seq &b)
+{
     const qsizetype n = std::min(a.size(), b.size());
     for (qsizetype i = 0; i < n; ++i)
         if (a[i] != b[i]) return a[i] < b[i] ? -1 : 1;
@@ -190,7 +200,8 @@ int compareSeq(const Seq &a, const Seq &b) {
 
 }  // namespace
 
-int compareRowText(QStringView a, QStringView b) {
+int compareRowText(QStringView a, QStringView b)
+{
     const char16_t *pa = a.utf16();
     const char16_t *pb = b.utf16();
     qsizetype na = a.size(), nb = b.size();
@@ -200,7 +211,10 @@ int compareRowText(QStringView a, QStringView b) {
 
     const qsizetype skip = commonPrefix(pa, pb, std::min(na, nb));
     if (skip == na && skip == nb) return 0;
-    pa += skip; pb += skip; na -= skip; nb -= skip;
+    pa += skip;
+    pb += skip;
+    na -= skip;
+    nb -= skip;
 
     // Plain ASCII, the usual case, needs no tables: its primary weights follow
     // the case-folded code points, and it has no accents and no ignored units.
@@ -236,15 +250,17 @@ int compareRowText(QStringView a, QStringView b) {
         while (ia < na && (wa = t.primary[pa[ia]]) == 0) ++ia;
         while (ib < nb && (wb = t.primary[pb[ib]]) == 0) ++ib;
         if (wa != wb) return wa < wb ? -1 : 1;  // the end of a text ranks 0
-        if (ia >= na) break;  // both ended
-        ++ia; ++ib;
+        if (ia >= na) break;                    // both ended
+        ++ia;
+        ++ib;
     }
 
     Seq sa, sb;
     accentSequence(t, pa, na, sa);
     accentSequence(t, pb, nb, sb);
     if (int c = compareSeq(sa, sb)) return c;
-    sa.clear(); sb.clear();
+    sa.clear();
+    sb.clear();
     caseSequence(t, pa, na, sa);
     caseSequence(t, pb, nb, sb);
     if (int c = compareSeq(sa, sb)) return c;
@@ -253,7 +269,8 @@ int compareRowText(QStringView a, QStringView b) {
     return codePointOrder(pa[0], pb[0]);
 }
 
-quint64 rowTextSortChunk(QStringView text, qsizetype &pos) {
+quint64 rowTextSortChunk(QStringView text, qsizetype &pos)
+{
     const Tables &t = tables();
     const char16_t *p = text.utf16();
     const qsizetype n = text.size();

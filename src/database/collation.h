@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The order of table rows and visible lists. Names sort the way people expect
 // in a phone book: case and accents are ignored first (so "de Souza" sits with

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "database.h"
 
 #include <QDateTime>
@@ -132,8 +133,9 @@ QString Database::customerNameByCid(const QString &cid)
 
 QString detail::itemProblem(QStringView period, QStringView cid, QStringView entry)
 {
-    return QStringLiteral("Bill period \"%1\", customer number %2: the record names item number %3, which is not "
-                          "in the database.")
+    return QStringLiteral(
+               "Bill period \"%1\", customer number %2: the record names item number %3, which is not "
+               "in the database.")
         .arg(period, cid, ItemEntry::parse(entry).number);
 }
 
@@ -231,8 +233,9 @@ QStringList Database::fillInvoiceRecordNames()
     QStringList problems;
     for (size_t idx : order) {
         const Missing &m = missing[idx];
-        problems << QStringLiteral("Bill period \"%1\" has a record of customer number %2, who is not in the "
-                                   "database: a placeholder customer \"Customer, Deleted\" was created.")
+        problems << QStringLiteral(
+                        "Bill period \"%1\" has a record of customer number %2, who is not in the "
+                        "database: a placeholder customer \"Customer, Deleted\" was created.")
                         .arg(InvoiceRecordView::parse(m_t.invoiceRecords.textView(m.first))->period, m.cid);
         customerNameByCid(m.cid);
         owned.push_back(m.cid);
@@ -538,8 +541,9 @@ SaveResult Database::save(const QString &path, const SaveOptions &options)
     // device or pipe that happens to carry the name into a file.
     if (info.exists() && !info.isFile()) {
         r.ok = false;
-        r.message = QStringLiteral("The database could not be saved to \"%1\": that name belongs to something "
-                                   "that is not a file.")
+        r.message = QStringLiteral(
+                        "The database could not be saved to \"%1\": that name belongs to something "
+                        "that is not a file.")
                         .arg(name);
         return r;
     }
@@ -553,8 +557,9 @@ SaveResult Database::save(const QString &path, const SaveOptions &options)
             copy = path + QStringLiteral(".unreadable-") + stamp + u'-' + QString::number(i);
         if (const QString why = files::copyFile(path, copy); !why.isEmpty()) {
             r.ok = false;
-            r.message = QStringLiteral("The database was not saved to \"%1\": that file could not be read, and the "
-                                       "copy of it that must be kept first could not be made (%2).")
+            r.message = QStringLiteral(
+                            "The database was not saved to \"%1\": that file could not be read, and the "
+                            "copy of it that must be kept first could not be made (%2).")
                             .arg(name, why);
             return r;
         }
@@ -578,13 +583,15 @@ SaveResult Database::save(const QString &path, const SaveOptions &options)
         };
     }
     const files::ReplaceResult written =
-        files::replaceFile(path, [this](QIODevice &device) { return writeTo(device); }, replace);
+        files::replaceFile(
+            path, [this](QIODevice &device) { return writeTo(device); }, replace);
     if (!written.ok) return fail(written.reason);
     r.notes = written.notes;
     r.version = version;
     if (written.otherNames)
-        r.notes << QStringLiteral("The file \"%1\" had other names (hard links). A save writes a new file, so those "
-                                  "names still show the content it had before.")
+        r.notes << QStringLiteral(
+                       "The file \"%1\" had other names (hard links). A save writes a new file, so those "
+                       "names still show the content it had before.")
                        .arg(name);
     if (options.versions) versions::prune(path, *options.versions);
     m_keepCopyOf.remove(absolute);

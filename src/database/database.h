@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The database: the four tables and the company fields, and the one file they
 // are read from and saved to. No widgets here: the window shows views of this.
@@ -26,10 +27,10 @@ namespace detail {
 // (fillInvoiceRecordNames), so that step need not walk a million rows again.
 struct AfterRead {
     bool valid = false;
-    int records = 0;                // count of records the read left behind
-    std::vector<int> unnamedRows;   // positions of rows still without a name
-    bool itemsChecked = false;      // every entry was checked against the items
-    QStringList itemProblems;       // records naming a missing item
+    int records = 0;               // count of records the read left behind
+    std::vector<int> unnamedRows;  // positions of rows still without a name
+    bool itemsChecked = false;     // every entry was checked against the items
+    QStringList itemProblems;      // records naming a missing item
     qint64 itemProblemCount = 0;
 };
 // At most this many records naming a missing item are told one by one.
@@ -68,10 +69,10 @@ struct ReadResult {
 
 struct SaveResult {
     bool ok = true;
-    QString message;     // for a failure: names the file and the reason
-    QString keptCopy;    // path of the copy kept of an unreadable file, if one was made
-    QString version;     // the earlier version kept of the replaced file, if one was
-    QStringList notes;   // what the user is told once (no versions kept, hard links lost)
+    QString message;    // for a failure: names the file and the reason
+    QString keptCopy;   // path of the copy kept of an unreadable file, if one was made
+    QString version;    // the earlier version kept of the replaced file, if one was
+    QStringList notes;  // what the user is told once (no versions kept, hard links lost)
 };
 
 // The content of a database as plain tables: what a read or a bulk load fills
@@ -113,7 +114,10 @@ struct EditOutcome {
 class Database : public QObject {
     Q_OBJECT
 public:
-    enum class Table { Customers, Periods, Items, InvoiceRecords };
+    enum class Table { Customers,
+                       Periods,
+                       Items,
+                       InvoiceRecords };
     Q_ENUM(Table)
 
     explicit Database(QObject *parent = nullptr);
@@ -177,7 +181,8 @@ public:
     ReadResult read(const QString &path);
     // What read() does when no file is there: the program makes an empty one,
     // a checking tool must not create anything and rejects the path instead.
-    enum class MissingFile { Create, Reject };
+    enum class MissingFile { Create,
+                             Reject };
     ReadResult read(const QString &path, MissingFile missing);
     // Files larger than this are rejected rather than risking running out of
     // memory half-way through a load.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "entryrules.h"
 
 #include "rows.h"
@@ -23,8 +24,9 @@ QString customerProblem(const QStringList &typed)
     // archived customer's.
     for (qsizetype i = 0; i < 2 && i < typed.size(); ++i)
         if (typed[i].startsWith(ArchiveMark))
-            return QStringLiteral("A first or last name can't begin with \"%1\": the program marks archived "
-                                  "customers with it.")
+            return QStringLiteral(
+                       "A first or last name can't begin with \"%1\": the program marks archived "
+                       "customers with it.")
                 .arg(ArchiveMark);
     return QString();
 }
@@ -38,8 +40,9 @@ QString productProblem(QStringView priceText, QStringView name)
         return QStringLiteral("A price can't begin with \"%1\": the program marks archived items with it.")
             .arg(ArchiveMark);
     if (priceText.contains(u" - "))
-        return QStringLiteral("A price can't hold \" - \" (blank, hyphen, blank): it divides the price from the "
-                              "name.");
+        return QStringLiteral(
+            "A price can't hold \" - \" (blank, hyphen, blank): it divides the price from the "
+            "name.");
     return QString();
 }
 
@@ -47,8 +50,9 @@ QString amountProblem(Money::EntryProblem problem, const QString &typed, bool ba
 {
     const QString what = balance ? QStringLiteral("balance") : QStringLiteral("price");
     if (problem == Money::EntryProblem::TooManyDecimals)
-        return QStringLiteral("\"%1\" has more than two decimals.\r\n\r\nAmounts are kept to the cent: please type "
-                              "the %2 with at most two digits after the decimal mark.")
+        return QStringLiteral(
+                   "\"%1\" has more than two decimals.\r\n\r\nAmounts are kept to the cent: please type "
+                   "the %2 with at most two digits after the decimal mark.")
             .arg(typed.trimmed(), what);
     return QStringLiteral("\"%1\" can't be read as an amount.\r\n\r\nPlease type the %2 as a number, such as %3.")
         .arg(typed.trimmed(), what, Money::fromCents(1250).toCurrencyText());

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // What typed text can't be stored as it stands. A row keeps its fields in one
 // text, divided by two characters, and marks archived rows with "zzzz»" at a

@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "filelock.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QSysInfo>
 #include <QFileInfo>
 #include <QLockFile>
+#include <QSysInfo>
 
 namespace qor {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // One writer per database file: a lock file beside it, held for as long as
 // the file is open. A lock left by a process that has died on this computer

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Small pieces every writer of a file shares: the name of a save's temporary
 // file, the clean-up of temporaries an interrupted save left behind, and a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // KeyedList storage:
 //  - rows live in fixed-size chunks addressed by a row id, so growth never
 //    moves them and a freed id is reused;
@@ -16,8 +17,8 @@
 #include "rows.h"
 
 #include <algorithm>
-#include <iterator>
 #include <cstring>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -35,7 +36,8 @@ constexpr int InnerCap = 64;
 constexpr int ChunkBits = 10;  // small tables must not pay for a big first chunk
 constexpr quint32 ChunkSize = 1u << ChunkBits;
 
-quint32 hashKey(QStringView key) {
+quint32 hashKey(QStringView key)
+{
     const char16_t *p = key.utf16();
     qsizetype n = key.size();
     quint64 h = 0x9E3779B97F4A7C15ull ^ quint64(n);
@@ -58,18 +60,21 @@ quint32 hashKey(QStringView key) {
 
 // Callers may hand over strings with a large spare capacity (built by
 // appending); keeping those would multiply the memory of a big table.
-QString compact(const QString &s) {
+QString compact(const QString &s)
+{
     if (s.capacity() > s.size() + 8) return QString(s.constData(), s.size());
     return s;
 }
-QString compact(QString &&s) {
+QString compact(QString &&s)
+{
     if (s.capacity() > s.size() + 8) return QString(s.constData(), s.size());
     return std::move(s);
 }
 
 // Every look-up of a big key index lands on a random page; large pages
 // spare the address translation most of its misses there.
-void adviseHugePages(void *p, size_t bytes) {
+void adviseHugePages(void *p, size_t bytes)
+{
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
     constexpr uintptr_t Huge = uintptr_t(2) << 20;
     if (bytes < 2 * Huge) return;
@@ -121,7 +126,8 @@ struct KeyedList::Impl {
     std::vector<std::unique_ptr<char16_t[]>> keyBlocks;
     qsizetype keyBlockFree = 0;  // characters left in the last block
 
-    const char16_t *storeKey(QStringView key) {
+    const char16_t *storeKey(QStringView key)
+    {
         const qsizetype n = key.size();
         char16_t *at;
         if (n > KeyBlockChars / 4) {
@@ -142,7 +148,8 @@ struct KeyedList::Impl {
     }
 
     template <typename T>
-    quint32 newRow(QStringView key, T &&textIn) {
+    quint32 newRow(QStringView key, T &&textIn)
+    {
         QString text = compact(std::forward<T>(textIn));
         // Everything that may fail to allocate comes before a row id is taken.
         const char16_t *keyAt = storeKey(key);
@@ -164,7 +171,8 @@ struct KeyedList::Impl {
         ++live;
         return id;
     }
-    void freeRow(quint32 id) {
+    void freeRow(quint32 id)
+    {
         Row &r = row(id);
         r.keyAt = nullptr;
         r.keyLen = 0;
@@ -181,7 +189,8 @@ struct KeyedList::Impl {
 
     static quint32 slotId(quint64 s) { return quint32(s) - 1; }
 
-    qint64 findSlot(QStringView key, quint32 h) const {
+    qint64 findSlot(QStringView key, quint32 h) const
+    {
         if (keySlots.empty()) return -1;
         for (quint64 i = h & mask;; i = (i + 1) & mask) {
             const quint64 s = keySlots[i];
@@ -189,15 +198,21 @@ struct KeyedList::Impl {
             if (quint32(s >> 32) == h && row(slotId(s)).key() == key) return qint64(i);
         }
     }
-    quint32 find(QStringView key) const {
+    quint32 find(QStringView key) const
+    {
         const qint64 s = findSlot(key, hashKey(key));
         return s < 0 ? Nil : slotId(keySlots[size_t(s)]);
     }
-    void placeSlot(quint64 s) {
+    void placeSlot(quint64 s)
+    {
         for (quint64 i = (s >> 32) & mask;; i = (i + 1) & mask)
-            if (keySlots[i] == 0) { keySlots[i] = s; return; }
+            if (keySlots[i] == 0) {
+                keySlots[i] = s;
+                return;
+            }
     }
-    void reserveSlots(quint64 rows) {
+    void reserveSlots(quint64 rows)
+    {
         // Load factor at most 3/4.
         quint64 want = 16;
         while (want * 3 < rows * 4) want <<= 1;
@@ -211,11 +226,13 @@ struct KeyedList::Impl {
         for (quint64 s : old)
             if (s) placeSlot(s);
     }
-    void indexKey(quint32 id, quint32 h) {
+    void indexKey(quint32 id, quint32 h)
+    {
         reserveSlots(quint64(live) + 1);
         placeSlot((quint64(h) << 32) | (quint64(id) + 1));
     }
-    void unindexSlot(quint64 i) {
+    void unindexSlot(quint64 i)
+    {
         // Backward-shift deletion keeps probe chains unbroken without tombstones.
         quint64 hole = i;
         for (quint64 j = (i + 1) & mask;; j = (j + 1) & mask) {
@@ -244,7 +261,8 @@ struct KeyedList::Impl {
 
     quint32 total() const { return treeCount + quint32(pending.size()); }
 
-    quint32 newLeaf() {
+    quint32 newLeaf()
+    {
         if (!freeLeaves.empty()) {
             const quint32 id = freeLeaves.back();
             freeLeaves.pop_back();
@@ -254,7 +272,8 @@ struct KeyedList::Impl {
         leaves.emplace_back();
         return quint32(leaves.size() - 1);
     }
-    quint32 newInner() {
+    quint32 newInner()
+    {
         if (!freeInners.empty()) {
             const quint32 id = freeInners.back();
             freeInners.pop_back();
@@ -264,31 +283,37 @@ struct KeyedList::Impl {
         inners.emplace_back();
         return quint32(inners.size() - 1);
     }
-    void freeNode(quint32 node, int level) {
+    void freeNode(quint32 node, int level)
+    {
         if (level == 0) freeLeaves.push_back(node);
         else freeInners.push_back(node);
     }
-    quint32 &parentOf(quint32 node, int level) {
+    quint32 &parentOf(quint32 node, int level)
+    {
         return level == 0 ? leaves[node].parent : inners[node].parent;
     }
-    quint32 entries(quint32 node, int level) const {
+    quint32 entries(quint32 node, int level) const
+    {
         return level == 0 ? leaves[node].n : inners[node].n;
     }
-    quint32 rowsBelow(quint32 node, int level) const {
+    quint32 rowsBelow(quint32 node, int level) const
+    {
         if (level == 0) return leaves[node].n;
         const Inner &in = inners[node];
         quint32 sum = 0;
         for (quint32 i = 0; i < in.n; ++i) sum += in.cnt[i];
         return sum;
     }
-    int childIndex(quint32 parent, quint32 node) const {
+    int childIndex(quint32 parent, quint32 node) const
+    {
         const Inner &in = inners[parent];
         for (quint32 i = 0; i < in.n; ++i)
             if (in.child[i] == node) return int(i);
         return -1;
     }
     // Recomputes the counts on the path from node to the root.
-    void refreshUp(quint32 node, int level) {
+    void refreshUp(quint32 node, int level)
+    {
         for (quint32 p = parentOf(node, level); p != Nil; p = inners[p].parent) {
             inners[p].cnt[childIndex(p, node)] = rowsBelow(node, level);
             node = p;
@@ -296,12 +321,14 @@ struct KeyedList::Impl {
         }
     }
 
-    quint32 firstRowOf(quint32 node, int level) const {
+    quint32 firstRowOf(quint32 node, int level) const
+    {
         for (; level > 0; --level) node = inners[node].child[0];
         return leaves[node].ids[0];
     }
 
-    quint32 rowAt(quint32 pos) const {  // 0-based, pos < total()
+    quint32 rowAt(quint32 pos) const
+    {  // 0-based, pos < total()
         if (pos >= treeCount) return pending[pos - treeCount];
         quint32 node = root;
         for (int level = height; level > 0; --level) {
@@ -313,7 +340,8 @@ struct KeyedList::Impl {
         return leaves[node].ids[pos];
     }
 
-    quint32 positionOf(quint32 id) const {  // 0-based
+    quint32 positionOf(quint32 id) const
+    {  // 0-based
         const quint32 where = row(id).where;
         if (where & PendingTag) return treeCount + (where & ~PendingTag);
         const Leaf &leaf = leaves[where];
@@ -329,7 +357,8 @@ struct KeyedList::Impl {
     }
 
     // Puts right into the tree just after left, both at level; splits upward as needed.
-    void insertAfter(quint32 left, quint32 right, int level) {
+    void insertAfter(quint32 left, quint32 right, int level)
+    {
         const quint32 p = parentOf(left, level);
         if (p == Nil) {
             const quint32 r = newInner();
@@ -369,7 +398,8 @@ struct KeyedList::Impl {
         insertChildAt(target, at, right, level);
         inners[target].cnt[at - 1] = rowsBelow(left, level);
     }
-    void insertChildAt(quint32 p, int at, quint32 node, int level) {
+    void insertChildAt(quint32 p, int at, quint32 node, int level)
+    {
         Inner &in = inners[p];
         std::memmove(in.child + at + 1, in.child + at, (in.n - quint32(at)) * sizeof(quint32));
         std::memmove(in.cnt + at + 1, in.cnt + at, (in.n - quint32(at)) * sizeof(quint32));
@@ -379,7 +409,8 @@ struct KeyedList::Impl {
         parentOf(node, level) = p;
     }
 
-    void insertIntoLeaf(quint32 leafId, quint32 at, quint32 id) {
+    void insertIntoLeaf(quint32 leafId, quint32 at, quint32 id)
+    {
         if (leaves[leafId].n == LeafCap) {
             const quint32 rightId = newLeaf();  // may move the leaves vector
             Leaf &a = leaves[leafId];
@@ -403,7 +434,8 @@ struct KeyedList::Impl {
         }
         ++treeCount;
     }
-    void placeInLeaf(quint32 leafId, quint32 at, quint32 id) {
+    void placeInLeaf(quint32 leafId, quint32 at, quint32 id)
+    {
         Leaf &l = leaves[leafId];
         std::memmove(l.ids + at + 1, l.ids + at, (l.n - at) * sizeof(quint32));
         l.ids[at] = id;
@@ -412,7 +444,8 @@ struct KeyedList::Impl {
     }
 
     // Inserts after every row whose text compares equal; returns the 0-based position.
-    quint32 insertSorted(quint32 id) {
+    quint32 insertSorted(quint32 id)
+    {
         if (root == Nil) {
             root = newLeaf();
             height = 0;
@@ -443,7 +476,8 @@ struct KeyedList::Impl {
         return pos + lo;
     }
 
-    void appendToTree(quint32 id) {
+    void appendToTree(quint32 id)
+    {
         if (root == Nil) {
             root = newLeaf();
             height = 0;
@@ -453,7 +487,8 @@ struct KeyedList::Impl {
         insertIntoLeaf(node, leaves[node].n, id);
     }
 
-    void removeFromTree(quint32 id) {
+    void removeFromTree(quint32 id)
+    {
         quint32 node = row(id).where;
         {
             Leaf &l = leaves[node];
@@ -511,7 +546,8 @@ struct KeyedList::Impl {
         }
     }
     // Moves all entries of `from` to the end of `into` and frees `from`.
-    void mergeInto(quint32 into, quint32 from, int level) {
+    void mergeInto(quint32 into, quint32 from, int level)
+    {
         if (level == 0) {
             Leaf &a = leaves[into];
             const Leaf &b = leaves[from];
@@ -531,14 +567,16 @@ struct KeyedList::Impl {
         }
         freeNode(from, level);
     }
-    void removeChildAt(quint32 p, int j) {
+    void removeChildAt(quint32 p, int j)
+    {
         Inner &in = inners[p];
         std::memmove(in.child + j, in.child + j + 1, (in.n - quint32(j) - 1) * sizeof(quint32));
         std::memmove(in.cnt + j, in.cnt + j + 1, (in.n - quint32(j) - 1) * sizeof(quint32));
         --in.n;
     }
 
-    void collect(quint32 node, int level, std::vector<quint32> &out) const {
+    void collect(quint32 node, int level, std::vector<quint32> &out) const
+    {
         if (level == 0) {
             const Leaf &l = leaves[node];
             out.insert(out.end(), l.ids, l.ids + l.n);
@@ -547,7 +585,8 @@ struct KeyedList::Impl {
         const Inner &in = inners[node];
         for (quint32 i = 0; i < in.n; ++i) collect(in.child[i], level - 1, out);
     }
-    std::vector<quint32> order() const {
+    std::vector<quint32> order() const
+    {
         std::vector<quint32> out;
         out.reserve(total());
         if (root != Nil) collect(root, height, out);
@@ -558,7 +597,8 @@ struct KeyedList::Impl {
     // Builds the tree from rows in the given order, every node evenly filled.
     // All memory is taken before the old tree is given up, so a failure to
     // allocate leaves the table as it was.
-    void build(const std::vector<quint32> &ids) {
+    void build(const std::vector<quint32> &ids)
+    {
         const quint64 n = ids.size();
         const quint64 leafCount = (n + LeafCap - 1) / LeafCap;
         quint64 innerCount = 0;
@@ -622,22 +662,26 @@ struct KeyedList::Impl {
 
     // Growth by doubling, ahead of a change that must not fail half-way.
     template <typename V>
-    static void spare(V &v, size_t k) {
+    static void spare(V &v, size_t k)
+    {
         if (v.capacity() - v.size() < k) v.reserve(std::max(v.capacity() * 2, v.size() + k));
     }
     // Room for the nodes that `inserts` rows added at one place may need.
-    void spareForInserts(size_t inserts) {
+    void spareForInserts(size_t inserts)
+    {
         spare(leaves, inserts / 16 + 2);
         spare(inners, inserts / 256 + 2 * size_t(height) + 8);
     }
-    void spareForRemove() {
+    void spareForRemove()
+    {
         spare(freeLeaves, 2);
         spare(freeInners, 2 * size_t(height) + 4);
         spare(freeIds, 1);
     }
 
     // Brings appended rows into the tree before a change that needs it.
-    void settle() {
+    void settle()
+    {
         if (pending.empty()) return;
         if (pending.size() > treeCount / 8) {
             build(order());
@@ -648,18 +692,20 @@ struct KeyedList::Impl {
         std::vector<quint32>().swap(pending);
     }
 
-    quint32 checkedRowAt(int index) const {
+    quint32 checkedRowAt(int index) const
+    {
         if (index < 1 || quint32(index) > total())
-            throw KeyedListError("KeyedList: position " + std::to_string(index) + " is out of range 1.."
-                                 + std::to_string(total()));
+            throw KeyedListError("KeyedList: position " + std::to_string(index) + " is out of range 1.." + std::to_string(total()));
         return rowAt(quint32(index - 1));
     }
-    quint32 checkedFind(QStringView key) const {
+    quint32 checkedFind(QStringView key) const
+    {
         const quint32 id = find(key);
         if (id == Nil) throw KeyedListError("KeyedList: no row has the key \"" + key.toString().toStdString() + "\"");
         return id;
     }
-    void checkNewKey(const QString &key) const {
+    void checkNewKey(const QString &key) const
+    {
         if (key.isEmpty()) throw KeyedListError("KeyedList: a row key cannot be empty");
         if (find(key) != Nil)
             throw KeyedListError("KeyedList: the key \"" + key.toStdString() + "\" is already in the table");
@@ -668,7 +714,8 @@ struct KeyedList::Impl {
     // Bulk append: one hash, one probe for both the duplicate test and the
     // free slot the new key takes.
     template <typename K, typename T>
-    void appendRow(K &&key, T &&text) {
+    void appendRow(K &&key, T &&text)
+    {
         if (key.isEmpty()) throw KeyedListError("KeyedList: a row key cannot be empty");
         const quint32 h = hashKey(key);
         reserveSlots(quint64(live) + 1);
@@ -687,7 +734,8 @@ struct KeyedList::Impl {
     }
 
     template <typename Fn>
-    bool walk(quint32 node, int level, Fn &fn) const {
+    bool walk(quint32 node, int level, Fn &fn) const
+    {
         if (level == 0) {
             const Leaf &l = leaves[node];
             for (quint32 i = 0; i < l.n; ++i)
@@ -700,7 +748,8 @@ struct KeyedList::Impl {
         return true;
     }
     template <typename Fn>
-    void walkAll(Fn &&fn) const {
+    void walkAll(Fn &&fn) const
+    {
         if (root != Nil && !walk(root, height, fn)) return;
         for (quint32 id : pending)
             if (!fn(row(id))) return;
@@ -710,7 +759,8 @@ struct KeyedList::Impl {
 KeyedList::KeyedList() : d(new Impl) {}
 KeyedList::~KeyedList() = default;
 KeyedList::KeyedList(KeyedList &&o) noexcept : d(std::move(o.d)) { o.d.reset(new Impl); }
-KeyedList &KeyedList::operator=(KeyedList &&o) noexcept {
+KeyedList &KeyedList::operator=(KeyedList &&o) noexcept
+{
     d.swap(o.d);
     return *this;
 }
@@ -720,7 +770,8 @@ int KeyedList::count() const { return int(d->total()); }
 
 void KeyedList::clear() { d.reset(new Impl); }
 
-int KeyedList::add(const QString &key, const QString &text) {
+int KeyedList::add(const QString &key, const QString &text)
+{
     d->checkNewKey(key);
     d->settle();
     const quint32 h = hashKey(key);
@@ -736,7 +787,8 @@ int KeyedList::add(const QString &key, const QString &text) {
 void KeyedList::append(const QString &key, const QString &text) { d->appendRow(key, text); }
 void KeyedList::append(QString &&key, QString &&text) { d->appendRow(std::move(key), std::move(text)); }
 
-void KeyedList::reserve(int n) {
+void KeyedList::reserve(int n)
+{
     if (n <= 0) return;
     const quint64 rows = quint64(n);
     d->reserveSlots(rows);
@@ -744,7 +796,8 @@ void KeyedList::reserve(int n) {
     d->chunks.reserve(size_t((rows + ChunkSize - 1) >> ChunkBits));
 }
 
-void KeyedList::prefetch(QStringView key) const {
+void KeyedList::prefetch(QStringView key) const
+{
 #if defined(__GNUC__) || defined(__clang__)
     if (!d->keySlots.empty()) __builtin_prefetch(&d->keySlots[hashKey(key) & d->mask]);
 #else
@@ -754,7 +807,8 @@ void KeyedList::prefetch(QStringView key) const {
 
 bool KeyedList::contains(QStringView key) const { return d->find(key) != Nil; }
 
-int KeyedList::indexOf(QStringView key) const {
+int KeyedList::indexOf(QStringView key) const
+{
     const quint32 id = d->find(key);
     return id == Nil ? 0 : int(d->positionOf(id)) + 1;
 }
@@ -769,7 +823,8 @@ void KeyedList::setText(int index, const QString &text) { d->row(d->checkedRowAt
 void KeyedList::setText(int index, QString &&text) { d->row(d->checkedRowAt(index)).text = compact(std::move(text)); }
 void KeyedList::setTextOf(QStringView key, const QString &text) { d->row(d->checkedFind(key)).text = compact(text); }
 
-void KeyedList::remove(QStringView key) {
+void KeyedList::remove(QStringView key)
+{
     const quint32 h = hashKey(key);
     const qint64 slot = d->findSlot(key, h);
     if (slot < 0) d->checkedFind(key);  // throws with the message
@@ -790,7 +845,8 @@ public:
     explicit RowSorter(std::vector<const QString *> texts) : m_texts(std::move(texts)) {}
 
     // Returns the seq numbers in sorted order.
-    std::vector<quint32> run() {
+    std::vector<quint32> run()
+    {
         const quint32 n = quint32(m_texts.size());
         // Tables are usually in order or nearly so (a few renamed rows):
         // keep the rows that are in order, sort only the others, then merge.
@@ -800,8 +856,7 @@ public:
         for (quint32 i = 0; i < n && misfits.size() <= limit; ++i) {
             if (kept.empty() || !less(i, kept.back())) {
                 kept.push_back(i);
-            } else if (kept.size() >= 2 && !less(i, kept[kept.size() - 2])
-                       && (i + 1 == n || less(i + 1, kept.back()))) {
+            } else if (kept.size() >= 2 && !less(i, kept[kept.size() - 2]) && (i + 1 == n || less(i + 1, kept.back()))) {
                 // The last kept row is the one out of place: it is above two rows in a row.
                 misfits.push_back(kept.back());
                 kept.back() = i;
@@ -837,11 +892,13 @@ private:
     std::vector<const QString *> m_texts;
 
     bool less(quint32 a, quint32 b) const { return compareRowText(*m_texts[a], *m_texts[b]) < 0; }
-    bool before(quint32 a, quint32 b) const {
+    bool before(quint32 a, quint32 b) const
+    {
         const int c = compareRowText(*m_texts[a], *m_texts[b]);
         return c < 0 || (c == 0 && a < b);
     }
-    static bool itemBefore(const Item &a, const Item &b) {
+    static bool itemBefore(const Item &a, const Item &b)
+    {
         const int c = compareRowText(*a.text, *b.text);
         return c < 0 || (c == 0 && a.seq < b.seq);
     }
@@ -850,7 +907,8 @@ private:
     // first-level weights: sort a group by its current chunk, then go on with
     // each run of equal chunks one chunk deeper. Small groups and groups that
     // ran out of text are finished by full comparison.
-    void sortSeqs(std::vector<quint32> &seqs) const {
+    void sortSeqs(std::vector<quint32> &seqs) const
+    {
         std::vector<Item> items;
         items.reserve(seqs.size());
         for (quint32 s : seqs) items.push_back({0, m_texts[s], 0, s});
@@ -891,7 +949,8 @@ private:
 
 }  // namespace
 
-void KeyedList::resort() {
+void KeyedList::resort()
+{
     std::vector<quint32> ids = d->order();
     std::vector<const QString *> texts;
     texts.reserve(ids.size());
@@ -906,7 +965,8 @@ void KeyedList::resort() {
     if (moved || !d->pending.empty()) d->build(sorted);
 }
 
-bool KeyedList::isSorted() const {
+bool KeyedList::isSorted() const
+{
     const QString *prev = nullptr;
     bool sorted = true;
     d->walkAll([&](const Impl::Row &r) {
@@ -920,7 +980,8 @@ bool KeyedList::isSorted() const {
     return sorted;
 }
 
-void KeyedList::forEach(const std::function<bool(QStringView key, QStringView text)> &fn) const {
+void KeyedList::forEach(const std::function<bool(QStringView key, QStringView text)> &fn) const
+{
     d->walkAll([&](const Impl::Row &r) { return fn(r.key(), r.text); });
 }
 

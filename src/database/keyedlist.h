@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // KeyedList: the table type. Rows of (Key, Text) kept in ascending order of
 // Text under the program's collation (see collation.h); positions are 1-based.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "database/money.h"
 
 #include <limits>
@@ -175,8 +176,7 @@ Money::EntryReading Money::readTypedAmount(QStringView text, const QLocale &loca
         const qsizetype tail = runs.back();
         // One mark before three digits: decimals where that is the locale's
         // decimal mark and it isn't also its group mark.
-        if (tail == 3 && runs.size() == 2 && point < 0 && QString(groupMark) == locale.decimalPoint()
-            && locale.groupSeparator() != locale.decimalPoint())
+        if (tail == 3 && runs.size() == 2 && point < 0 && QString(groupMark) == locale.decimalPoint() && locale.groupSeparator() != locale.decimalPoint())
             return {std::nullopt, EntryProblem::TooManyDecimals};
         if (tail > 3) return {std::nullopt, EntryProblem::TooManyDecimals};
         if (core.startsWith(u'0')) return {std::nullopt, EntryProblem::NotAPrice};  // "0,001" is no grouping
@@ -228,7 +228,7 @@ std::optional<Money> Money::fromStoredText(QStringView text)
             return Money(negative ? -cents : cents);
         }
     }
-    QString digits;  // significant digits, leading zeros dropped
+    QString digits;       // significant digits, leading zeros dropped
     qint64 exponent = 0;  // of the last digit in digits
     bool anyDigit = false;
     auto take = [&](bool fraction) {
@@ -330,8 +330,7 @@ QString Money::toPlainText() const
 {
     const bool negative = m_cents < 0;
     const quint64 magnitude = negative ? quint64(0) - quint64(m_cents) : quint64(m_cents);
-    return (negative ? QStringLiteral("-") : QString()) + QString::number(magnitude / 100) + u'.'
-         + QStringLiteral("%1").arg(magnitude % 100, 2, 10, QLatin1Char('0'));
+    return (negative ? QStringLiteral("-") : QString()) + QString::number(magnitude / 100) + u'.' + QStringLiteral("%1").arg(magnitude % 100, 2, 10, QLatin1Char('0'));
 }
 
 }  // namespace qor

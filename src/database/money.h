@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Money is counted in whole cents in 64 bits, so every sum over a million
 // records is exact and no amount ever passes through a binary float.
@@ -60,7 +61,9 @@ public:
     // when that mark is the locale's decimal mark ("1.234" under English
     // settings) and a group of thousands where it is not ("1.234" under German
     // settings is 1234).
-    enum class EntryProblem { None, NotAPrice, TooManyDecimals };
+    enum class EntryProblem { None,
+                              NotAPrice,
+                              TooManyDecimals };
     struct EntryReading;
     static EntryReading readTypedAmount(QStringView text, const QLocale &locale = QLocale());
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // ReadDatabase: the line reader of the database file.
 //
 // The file is taken in large blocks and worked on as bytes. Each physical line
@@ -24,8 +25,8 @@
 
 #include <algorithm>
 #include <array>
-#include <new>
 #include <cstring>
+#include <new>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -514,12 +515,16 @@ public:
     // and closing tag of each field (any case), and per entry number the first
     // tag of that name in any case and whether the exact spelling stands.
     struct RecordTags {
-        enum Field { BP, CID, Balance, Note, FieldCount };
+        enum Field { BP,
+                     CID,
+                     Balance,
+                     Note,
+                     FieldCount };
         qsizetype open[FieldCount], close[FieldCount];  // ">" of the opening, "<" of the closing tag
-        std::vector<qsizetype> entryFirst;  // by number: ">" of the first tag of that name; -1 none
-        std::vector<char> entryExact;  // by number
-        std::vector<qsizetype> closeExact;  // "</PSID>" positions
-        bool tooMany = false;  // entry numbers beyond the table: look them up one by one
+        std::vector<qsizetype> entryFirst;              // by number: ">" of the first tag of that name; -1 none
+        std::vector<char> entryExact;                   // by number
+        std::vector<qsizetype> closeExact;              // "</PSID>" positions
+        bool tooMany = false;                           // entry numbers beyond the table: look them up one by one
     };
     static constexpr qint64 MaxQuickEntry = 4096;
 
@@ -590,8 +595,14 @@ private:
             const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i *>(m_s + i));
             unsigned a = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(x, lt)));
             unsigned b = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(x, gt)));
-            while (a) { m_lt.push_back(i + __builtin_ctz(a)); a &= a - 1; }
-            while (b) { m_gt.push_back(i + __builtin_ctz(b)); b &= b - 1; }
+            while (a) {
+                m_lt.push_back(i + __builtin_ctz(a));
+                a &= a - 1;
+            }
+            while (b) {
+                m_gt.push_back(i + __builtin_ctz(b));
+                b &= b - 1;
+            }
         }
 #endif
         for (; i < n; ++i) {
@@ -721,15 +732,20 @@ private:
 // first line that doesn't fit ends the read: a damaged file is refused whole,
 // never half read. Tags are compared in any case.
 struct StructureError {
-    qint64 line;       // 0: the file as a whole
-    QString found;     // the line as it stands, shortened
-    QString expected;  // what could stand there
+    qint64 line;          // 0: the file as a whole
+    QString found;        // the line as it stands, shortened
+    QString expected;     // what could stand there
     bool cutOff = false;  // the file ended first
 };
 
 class Structure {
 public:
-    enum Kind { Company, Customers, Periods, Items, Records, KindCount };
+    enum Kind { Company,
+                Customers,
+                Periods,
+                Items,
+                Records,
+                KindCount };
 
     bool sectionSeen() const { return m_sectionSeen; }
 
@@ -834,8 +850,13 @@ public:
     }
 
 private:
-    enum class At { Outside, Section, Record, After };
-    enum class Root { None, Open, Closed };
+    enum class At { Outside,
+                    Section,
+                    Record,
+                    After };
+    enum class Root { None,
+                      Open,
+                      Closed };
     struct Tags {
         std::string_view open, close, recordClose;
         const char *shownOpen, *shownClose, *shownRecord, *shownRecordClose;
@@ -1003,23 +1024,34 @@ private:
         while (!m_src.atEnd() && !duplicate) {
             m_line.truncate(0);
             xmlUnescape(m_line);
-            if (current("<companyinfo>")) { sectionFound = true; readCompanyInfo(); }
-            else if (current("<customers>")) { sectionFound = true; readCustomers(); }
-            else if (current("<billperiods>")) { sectionFound = true; readBillPeriods(); }
-            else if (current("<productsandservices>")) {
+            if (current("<companyinfo>")) {
+                sectionFound = true;
+                readCompanyInfo();
+            } else if (current("<customers>")) {
+                sectionFound = true;
+                readCustomers();
+            } else if (current("<billperiods>")) {
+                sectionFound = true;
+                readBillPeriods();
+            } else if (current("<productsandservices>")) {
                 sectionFound = true;
                 // Items that come after records: the records must be checked again later.
                 if (m_recordsSeen) m_itemsLate = true;
                 readProductsAndServices();
+            } else if (current("<invoicerecords>")) {
+                sectionFound = true;
+                m_recordsSeen = true;
+                readInvoiceRecords();
             }
-            else if (current("<invoicerecords>")) { sectionFound = true; m_recordsSeen = true; readInvoiceRecords(); }
         }
         m_after.valid = true;
         m_after.records = m_db.invoiceRecords.count();
         m_after.itemsChecked = !m_itemsLate;
     }
 
-    enum class Next { Value, EndOfTable, EndOfFile };
+    enum class Next { Value,
+                      EndOfTable,
+                      EndOfFile };
 
     template <qsizetype N>
     bool current(const char (&lowerLit)[N]) const
@@ -1033,7 +1065,10 @@ private:
     static bool clean(const char *b, qsizetype n, QByteArray &out)
     {
         // Any mix of blanks and tabs at either end is indentation.
-        while (n && (*b == ' ' || *b == '\t')) { ++b; --n; }
+        while (n && (*b == ' ' || *b == '\t')) {
+            ++b;
+            --n;
+        }
         while (n && (b[n - 1] == ' ' || b[n - 1] == '\t')) --n;
         const qsizetype at = out.size();
         out.resize(at + n + 16);  // room for whole 16-byte stores
@@ -1043,9 +1078,15 @@ private:
         bool bang = false;
         auto special = [&]() {
             const char c = *b;
-            if (c == '\t') { ++b; }
-            else if (c == '&') { b += entity(b, e, d); }
-            else { *d++ = c; ++b; bang |= c == '!'; }
+            if (c == '\t') {
+                ++b;
+            } else if (c == '&') {
+                b += entity(b, e, d);
+            } else {
+                *d++ = c;
+                ++b;
+                bang |= c == '!';
+            }
         };
 #if defined(__SSE2__)
         // Sixteen bytes at a time. The line source leaves readable slack behind
@@ -1073,8 +1114,10 @@ private:
 #else
         while (b < e) {
             const char c = *b;
-            if (c != '\t' && c != '&' && c != '!') { *d++ = c; ++b; }
-            else special();
+            if (c != '\t' && c != '&' && c != '!') {
+                *d++ = c;
+                ++b;
+            } else special();
         }
 #endif
         out.truncate(d - d0);
@@ -1094,11 +1137,26 @@ private:
             *d++ = char(0x80 | ((cp >> 7) & 0x7F));
             *d++ = char(0x80 | (cp & 0x7F));
         };
-        if (is("&lt;", 4)) { reference(U'<'); return 4; }
-        if (is("&gt;", 4)) { reference(U'>'); return 4; }
-        if (is("&amp;", 5)) { *d++ = '&'; return 5; }
-        if (is("&apos;", 6)) { *d++ = '\''; return 6; }
-        if (is("&quot;", 6)) { reference(U'"'); return 6; }
+        if (is("&lt;", 4)) {
+            reference(U'<');
+            return 4;
+        }
+        if (is("&gt;", 4)) {
+            reference(U'>');
+            return 4;
+        }
+        if (is("&amp;", 5)) {
+            *d++ = '&';
+            return 5;
+        }
+        if (is("&apos;", 6)) {
+            *d++ = '\'';
+            return 6;
+        }
+        if (is("&quot;", 6)) {
+            reference(U'"');
+            return 6;
+        }
         if (left >= 4 && b[1] == '#') {
             const bool hex = b[2] == 'x';
             qsizetype i = hex ? 3 : 2;
@@ -1253,8 +1311,15 @@ private:
         }
         m_tags.build(m_rec);
         static const char *const names[CompanyFieldCount] = {
-            "companyname", "companyadd1", "companyadd2", "companyadd3", "companyphone",
-            "companyslogan", "generalinvoicedescription", "checkspayableto", "invoiceclosing",
+            "companyname",
+            "companyadd1",
+            "companyadd2",
+            "companyadd3",
+            "companyphone",
+            "companyslogan",
+            "generalinvoicedescription",
+            "checkspayableto",
+            "invoiceclosing",
         };
         Span spans[CompanyFieldCount];
         for (int i = 0; i < CompanyFieldCount; ++i) spans[i] = m_tags.element(names[i]);
@@ -1402,7 +1467,10 @@ private:
             bool sectionEnd = false;
             while (!m_src.atEnd()) {
                 recordLine();
-                if (current("</productsandservices>")) { sectionEnd = true; break; }
+                if (current("</productsandservices>")) {
+                    sectionEnd = true;
+                    break;
+                }
                 if (current("</ps>")) break;
             }
             if (sectionEnd) return;
@@ -1515,8 +1583,13 @@ private:
         for (qsizetype i = 0; i < n; ++i) {
             const char c = p[i];
             if (c == '\t' || c == '&' || c == '!') return 0;
-            if (c == '<') { if (nlt == 3) return 0; lts[nlt++] = i; }
-            else if (c == '>') { if (ngt == 3) return 0; gts[ngt++] = i; }
+            if (c == '<') {
+                if (nlt == 3) return 0;
+                lts[nlt++] = i;
+            } else if (c == '>') {
+                if (ngt == 3) return 0;
+                gts[ngt++] = i;
+            }
         }
 #endif
         if (nlt == 1 && ngt == 1) return 1;
@@ -1750,17 +1823,18 @@ private:
             char16_t *const k = reinterpret_cast<char16_t *>(key.data());
             qsizetype periodLen = 0, cidAt = 0, cidLen = 0;
             const qsizetype keyLen = InvoiceRecordRow::composeKey(k, [&](F f, char16_t *d) {
-                char16_t *const at = d;
-                if (f == F::Period) {
-                    d = putDecoded(d, s + bp.at, bp.len);
-                    periodLen = d - at;
-                } else {
-                    cidAt = at - k;
-                    d = putDecoded(d, s + cid.at, cid.len);
-                    cidLen = d - at;
-                }
-                return d;
-            }) - k;
+                                         char16_t *const at = d;
+                                         if (f == F::Period) {
+                                             d = putDecoded(d, s + bp.at, bp.len);
+                                             periodLen = d - at;
+                                         } else {
+                                             cidAt = at - k;
+                                             d = putDecoded(d, s + cid.at, cid.len);
+                                             cidLen = d - at;
+                                         }
+                                         return d;
+                                     }) -
+                                     k;
             if (keyLen < key.size()) key.truncate(keyLen);
             m_db.invoiceRecords.prefetch(key);
 
@@ -1802,7 +1876,7 @@ private:
                 if (!entry.len || knownItem(s + entry.at, entry.len)) continue;
                 if (m_after.itemProblemCount++ < detail::MaxItemProblems)
                     m_after.itemProblems << detail::itemProblem(decoded(s + bp.at, bp.len), decoded(s + cid.at, cid.len),
-                                                        decoded(s + entry.at, entry.len));
+                                                                decoded(s + entry.at, entry.len));
             }
         }
     }
@@ -1818,8 +1892,8 @@ private:
     qint64 m_recordLine = 0;
     TagIndex m_tags;
     TagIndex::RecordTags m_recordTags;
-    NumberSet m_customers;        // customer number -> index in m_nameAt
-    QString m_namePool;           // customer names without the archive mark, one after the other
+    NumberSet m_customers;  // customer number -> index in m_nameAt
+    QString m_namePool;     // customer names without the archive mark, one after the other
     std::vector<Span> m_nameAt;
     NumberSet m_items;
     bool m_recordsSeen = false;
@@ -1965,16 +2039,19 @@ ReadResult Database::read(const QString &path, MissingFile missing)
             const int line = int(d.line);
             QString why;
             if (line == 0)
-                why = QStringLiteral("The database file \"%1\" cannot be loaded: it holds no section of a database "
-                                     "(expected %2). It may be another kind of file.")
+                why = QStringLiteral(
+                          "The database file \"%1\" cannot be loaded: it holds no section of a database "
+                          "(expected %2). It may be another kind of file.")
                           .arg(name, d.expected);
             else if (d.cutOff)
-                why = QStringLiteral("The database file \"%1\" cannot be loaded: it ends at line %2, where %3 was "
-                                     "expected. It looks cut off.")
+                why = QStringLiteral(
+                          "The database file \"%1\" cannot be loaded: it ends at line %2, where %3 was "
+                          "expected. It looks cut off.")
                           .arg(name, QString::number(line), d.expected);
             else
-                why = QStringLiteral("The database file \"%1\" cannot be loaded: line %2 holds \"%3\" where %4 was "
-                                     "expected. The file looks damaged.")
+                why = QStringLiteral(
+                          "The database file \"%1\" cannot be loaded: line %2 holds \"%3\" where %4 was "
+                          "expected. The file looks damaged.")
                           .arg(name, QString::number(line), d.found, d.expected);
             return rejected(why, line, true);
         }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The recovery copy: while there are unsaved changes, the program keeps a
 // copy of them in the user's data folder (never over the database), so a
@@ -40,7 +41,7 @@ public:
                   const files::DeviceWrapper &wrap = {});
 
     struct Pending {
-        QString original;   // the database the copy belongs to
+        QString original;  // the database the copy belongs to
         QDateTime written;
         bool hasDatabase = false;
         bool hasEntry = false;

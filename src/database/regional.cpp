@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "database/regional.h"
 
 #include <QLocale>
@@ -14,8 +15,7 @@ namespace {
 // the no-break spaces some locales use as group separator or before the symbol.
 bool isBlank(QChar c)
 {
-    return c == u' ' || c == u'\t' || c == QChar(0x00A0) || c == QChar(0x202F)
-        || c == QChar(0x2009) || c == QChar(0x2007);
+    return c == u' ' || c == u'\t' || c == QChar(0x00A0) || c == QChar(0x202F) || c == QChar(0x2009) || c == QChar(0x2007);
 }
 
 bool isAsciiDigit(QChar c) { return c >= u'0' && c <= u'9'; }
@@ -285,8 +285,7 @@ QString sortPrice(Money price)
                                   : std::min(price.cents(), Top);
     const QString whole = QString::number(cents / 100).rightJustified(negative ? 8 : 9, u'0');
     const QString fraction = QString::number(cents % 100).rightJustified(2, u'0');
-    return (negative ? QStringLiteral("-") : QString()) + whole + (point.isEmpty() ? QStringLiteral(".") : point.left(1))
-         + fraction;
+    return (negative ? QStringLiteral("-") : QString()) + whole + (point.isEmpty() ? QStringLiteral(".") : point.left(1)) + fraction;
 }
 
 QString sortPrice(QStringView priceText) { return sortPrice(Money::fromPriceText(priceText).value_or(Money())); }
@@ -303,7 +302,8 @@ double val(QStringView text)
     // &H and &O prefixes read hexadecimal and octal, as the old Val did.
     if (i + 1 < n && text[i] == u'&') {
         const QChar kind = text[i + 1].toUpper();
-        const int base = kind == u'H' ? 16 : kind == u'O' ? 8 : 0;
+        const int base = kind == u'H' ? 16 : kind == u'O' ? 8
+                                                          : 0;
         if (base != 0) {
             i += 2;
             qint64 acc = 0;
@@ -399,11 +399,16 @@ QDate parseDate(QStringView text)
     // Dates written with the month's name, as people also type them.
     const QLocale loc;
     const QStringList forms = {
-        loc.dateFormat(QLocale::ShortFormat), loc.dateFormat(QLocale::LongFormat),
-        QStringLiteral("MMMM d, yyyy"),       QStringLiteral("MMM d, yyyy"),
-        QStringLiteral("d MMMM yyyy"),        QStringLiteral("d MMM yyyy"),
-        QStringLiteral("d. MMMM yyyy"),       QStringLiteral("d. MMM yyyy"),
-        QStringLiteral("MMMM d yyyy"),        QStringLiteral("d-MMM-yyyy"),
+        loc.dateFormat(QLocale::ShortFormat),
+        loc.dateFormat(QLocale::LongFormat),
+        QStringLiteral("MMMM d, yyyy"),
+        QStringLiteral("MMM d, yyyy"),
+        QStringLiteral("d MMMM yyyy"),
+        QStringLiteral("d MMM yyyy"),
+        QStringLiteral("d. MMMM yyyy"),
+        QStringLiteral("d. MMM yyyy"),
+        QStringLiteral("MMMM d yyyy"),
+        QStringLiteral("d-MMM-yyyy"),
         QStringLiteral("yyyy-MM-dd"),
     };
     for (const QString &f : forms) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Regional forms in one place. Everything here follows the default QLocale
 // (QLocale() — the user's locale unless a caller or test sets another), so the

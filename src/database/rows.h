@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Row-text conventions shared by every table: fields are packed into one text
 // and separated by characters a user cannot type. Which field holds what is

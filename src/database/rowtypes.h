@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // One small type per row kind. Rows stay text rows in the tables; these types
 // are the only place that knows which field holds what, so nobody else splits
@@ -27,7 +28,8 @@ namespace rowdetail {
 // Calls found(at) for each FieldSep of text in order until it returns false.
 // Fields are short: separators are picked straight from the characters, as a
 // library search per field costs more than the field.
-template <class Found> Q_ALWAYS_INLINE void eachSeparator(QStringView text, Found &&found)
+template <class Found>
+Q_ALWAYS_INLINE void eachSeparator(QStringView text, Found &&found)
 {
     const char16_t *p = text.utf16();
     const qsizetype n = text.size();
@@ -85,7 +87,8 @@ Q_ALWAYS_INLINE void looseFields(QStringView text, QStringView *out, int max)
 // Field i of text without reading past it; false when the text has fewer fields.
 bool fieldAt(QStringView text, int i, QStringView &out);
 
-template <class S> S take(QStringView v)
+template <class S>
+S take(QStringView v)
 {
     if constexpr (std::is_same_v<S, QString>) return v.toString();
     else return v;
@@ -100,7 +103,8 @@ QString plainNumber(QStringView key);
 
 // ---------------------------------------------------------------------------
 // lvwCustomers: nine fields.
-template <class S> struct BasicCustomerRow {
+template <class S>
+struct BasicCustomerRow {
     static constexpr int FieldCount = 9;
     static constexpr int EntryCount = 8;  // the eight entry fields, first name to notes
 
@@ -109,7 +113,15 @@ template <class S> struct BasicCustomerRow {
 
     // Entry field i (0..7) in the order of the customer panel's fields.
     // The fields in row order, for compose().
-    enum class Field { DisplayName, FirstName, LastName, Address1, Address2, Address3, Email, Phone, Notes };
+    enum class Field { DisplayName,
+                       FirstName,
+                       LastName,
+                       Address1,
+                       Address2,
+                       Address3,
+                       Email,
+                       Phone,
+                       Notes };
     static constexpr int SeparatorCount = FieldCount - 1;
 
     S &entry(int i)
@@ -159,7 +171,8 @@ template <class S> struct BasicCustomerRow {
     // Writes a row in place from d on: put(Field, d) writes the characters of
     // one field and gives their end. For the reader, which decodes straight
     // into a row sized beforehand (the fields' lengths and SeparatorCount).
-    template <class Put> static char16_t *compose(char16_t *d, Put &&put)
+    template <class Put>
+    static char16_t *compose(char16_t *d, Put &&put)
     {
         d = put(Field::DisplayName, d);
         for (Field f : {Field::FirstName, Field::LastName, Field::Address1, Field::Address2, Field::Address3,
@@ -199,7 +212,8 @@ CustomerRow placeholder();
 // ---------------------------------------------------------------------------
 // lvwPAndS: sort price (twelve characters), ArchiveMark when archived, then
 // the list text: price text, " - ", name. No field separators.
-template <class S> struct BasicItemRow {
+template <class S>
+struct BasicItemRow {
     S sortPrice;
     bool archived = false;
     S listText;  // what the lists show: price text, " - ", name
@@ -244,7 +258,9 @@ template <class S> struct BasicItemRow {
     }
 
     // The fields in row order, for compose().
-    enum class Field { SortPrice, PriceText, Name };
+    enum class Field { SortPrice,
+                       PriceText,
+                       Name };
     // The length of a row of fields this long.
     static qsizetype composedSize(bool archived, qsizetype sortPrice, qsizetype priceText, qsizetype name)
     {
@@ -252,7 +268,8 @@ template <class S> struct BasicItemRow {
     }
     // Writes a row in place from d on: put(Field, d) writes the characters of
     // one field and gives their end.
-    template <class Put> static char16_t *compose(char16_t *d, bool archived, Put &&put)
+    template <class Put>
+    static char16_t *compose(char16_t *d, bool archived, Put &&put)
     {
         d = put(Field::SortPrice, d);
         if (archived) d = std::copy(ArchiveMark.utf16(), ArchiveMark.utf16() + ArchiveMark.size(), d);
@@ -276,7 +293,8 @@ QString archivedText(QStringView text);
 
 // ---------------------------------------------------------------------------
 // lvwPeriods: four fields.
-template <class S> struct BasicPeriodRow {
+template <class S>
+struct BasicPeriodRow {
     static constexpr int FieldCount = 4;
     S start;    // chrono form "yyyy/mm/dd"
     S name;     // unique among periods
@@ -338,7 +356,8 @@ struct ItemEntry {
     // Calls f(QStringView entryText) for each entry of an item list, empty
     // ones included (an empty list is one empty entry); stops when f returns
     // false. Entries are short: a plain walk beats a library search each.
-    template <class F> static void forEachText(QStringView list, F &&f)
+    template <class F>
+    static void forEachText(QStringView list, F &&f)
     {
         const char16_t *p = list.utf16();
         const qsizetype n = list.size();
@@ -351,7 +370,8 @@ struct ItemEntry {
         f(QStringView(p + start, n - start));
     }
     // Calls f(ItemEntry, QStringView entryText) for each entry, as forEachText.
-    template <class F> static void forEach(QStringView list, F &&f)
+    template <class F>
+    static void forEach(QStringView list, F &&f)
     {
         forEachText(list, [&f](QStringView e) { return f(parse(e), e); });
     }
@@ -359,7 +379,8 @@ struct ItemEntry {
     static constexpr qsizetype separatorCount(qsizetype count) { return count > 1 ? count - 1 : 0; }
     // Writes a list of count entries in place from d on: put(i, d) writes
     // entry i and gives its end.
-    template <class Put> static char16_t *compose(char16_t *d, qsizetype count, Put &&put)
+    template <class Put>
+    static char16_t *compose(char16_t *d, qsizetype count, Put &&put)
     {
         for (qsizetype i = 0; i < count; ++i) {
             if (i) *d++ = ItemSep.unicode();
@@ -372,7 +393,8 @@ struct ItemEntry {
 
 // lvwInvoiceRecords: six fields, or five right after a read (no customer
 // name yet: the fields after it stand one place earlier).
-template <class S> struct BasicInvoiceRecord {
+template <class S>
+struct BasicInvoiceRecord {
     static constexpr int FieldCount = 6;
     static constexpr int UnnamedFieldCount = 5;
     S period;        // BPName
@@ -384,7 +406,12 @@ template <class S> struct BasicInvoiceRecord {
     bool named = true;  // false for the five-field form
 
     // The fields in row order, for compose() and composeKey().
-    enum class Field { Period, CustomerName, Cid, Balance, Items, Note };
+    enum class Field { Period,
+                       CustomerName,
+                       Cid,
+                       Balance,
+                       Items,
+                       Note };
     static constexpr int separatorCount(bool named) { return (named ? FieldCount : UnnamedFieldCount) - 1; }
     static constexpr int KeySeparatorCount = 2;
 
@@ -430,7 +457,8 @@ template <class S> struct BasicInvoiceRecord {
     }
     // Writes a row in place from d on, the six-field form when named, else
     // the five-field one: put(Field, d) writes one field and gives its end.
-    template <class Put> static char16_t *compose(char16_t *d, bool named, Put &&put)
+    template <class Put>
+    static char16_t *compose(char16_t *d, bool named, Put &&put)
     {
         d = put(Field::Period, d);
         *d++ = FieldSep.unicode();
@@ -446,7 +474,8 @@ template <class S> struct BasicInvoiceRecord {
     }
     // Writes a record's key in place (see record::keyFor): put is called
     // for Field::Period and Field::Cid.
-    template <class Put> static char16_t *composeKey(char16_t *d, Put &&put)
+    template <class Put>
+    static char16_t *composeKey(char16_t *d, Put &&put)
     {
         d = put(Field::Period, d);
         *d++ = FieldSep.unicode();
@@ -477,7 +506,8 @@ template <class S> struct BasicInvoiceRecord {
         return t;
     }
     // Calls f(ItemEntry, QStringView) for each entry of the item list.
-    template <class F> void forEachEntry(F &&f) const { ItemEntry::forEach(QStringView(items), f); }
+    template <class F>
+    void forEachEntry(F &&f) const { ItemEntry::forEach(QStringView(items), f); }
 
     // Single fields of the six-field form, read without going past them: the
     // scans before a delete look at one field of every record.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Earlier versions of a database: each save keeps the file it replaces in a
 // folder beside it. For "shop.xml" the folder is "shop.xml.versions" and a

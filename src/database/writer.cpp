@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // SaveDatabase: the writer of the database file. One element per line, tabs
 // for indentation, CR LF line ends, Windows-1252 text. The whole file is
 // encoded into one large buffer that goes to the device in big blocks, so a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "mail/mail.h"
 
 #include "mail/mime.h"
@@ -128,7 +129,8 @@ CustomerResult SendRun::sendOne(const MailCustomer &c, const Compose &compose)
             else
                 r.refused << QStringLiteral("%1: %2").arg(rr.address, rr.words);
         }
-        r.outcome = r.sentTo.isEmpty() ? O::Refused : m_transport.sends() ? O::Sent : O::Written;
+        r.outcome = r.sentTo.isEmpty() ? O::Refused : m_transport.sends() ? O::Sent
+                                                                          : O::Written;
         r.words = r.refused.isEmpty() ? d.words : r.refused.join(QStringLiteral("; "));
         break;
     case Delivery::Status::Refused:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // E-mailing invoices, statements and reminders: one run over the chosen
 // customers, one message each with that customer's pages as one PDF.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The e-mail account and the texts of the messages, kept in the settings
 // store under the section "EMail" like every other option. The password is
@@ -21,7 +22,9 @@ enum class Security {
 QString securityText(Security s);  // "SSL/TLS", "STARTTLS"
 int defaultPort(Security s);
 
-enum class MailKind { Invoice = 0, Statement = 1, Reminder = 2 };
+enum class MailKind { Invoice = 0,
+                      Statement = 1,
+                      Reminder = 2 };
 
 struct MailAccount {
     QString server;
@@ -30,7 +33,7 @@ struct MailAccount {
     QString user;  // empty: the server takes mail without logging in
     QString senderName;
     QString senderAddress;
-    QString replyTo;  // optional
+    QString replyTo;           // optional
     bool sendMeACopy = false;  // a blind copy of each message to the sender
     // A file of trusted certificates beside the system's, for a server whose
     // certificate a private authority signed. Set by hand only.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "mail/mime.h"
 
 #include <QLocale>
@@ -305,8 +306,9 @@ QByteArray buildMessage(const MimeMessage &m)
            randomHex(12) + '@' + domain + ">\r\n";
     out += "MIME-Version: 1.0\r\n";
 
-    const QByteArray textHeaders = "Content-Type: text/plain; charset=UTF-8\r\n"
-                                   "Content-Transfer-Encoding: quoted-printable\r\n";
+    const QByteArray textHeaders =
+        "Content-Type: text/plain; charset=UTF-8\r\n"
+        "Content-Transfer-Encoding: quoted-printable\r\n";
     if (m.attachmentName.isEmpty()) {
         out += textHeaders + "\r\n" + quotedPrintable(m.body) + "\r\n";
         return out;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Internet mail as bytes: addresses checked and split, header texts encoded,
 // and one message built as multipart MIME with a UTF-8 text body and a PDF.
@@ -38,8 +39,8 @@ QByteArray fileNameParameters(const QString &name, const QByteArray &attribute =
 
 struct MimeMessage {
     QString fromName, fromAddress;
-    QStringList to;          // normalised addresses
-    QString replyTo;         // optional
+    QStringList to;   // normalised addresses
+    QString replyTo;  // optional
     QString subject;
     QString body;            // plain text, any line ends
     QString attachmentName;  // empty: no attachment

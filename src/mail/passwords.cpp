@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "mail/passwords.h"
 
 #include <QEventLoop>
@@ -47,7 +48,8 @@ PasswordStore::Reply replyOf(QKeychain::Job *job, const QString &password = {})
     }
 }
 
-template <class Job> Job *startJob(const QString &key, std::function<void(Job *)> done)
+template <class Job>
+Job *startJob(const QString &key, std::function<void(Job *)> done)
 {
     auto *job = new Job(Service);
     job->setAutoDelete(true);

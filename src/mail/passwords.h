@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The account's password lives in the desktop's keyring, never in a file of
 // the program. The keyring answers asynchronously: a reply comes through the
@@ -16,7 +17,10 @@ namespace qor::mail {
 class PasswordStore : public QObject {
     Q_OBJECT
 public:
-    enum class Status { Found, NotFound, NoKeyring, Failed };
+    enum class Status { Found,
+                        NotFound,
+                        NoKeyring,
+                        Failed };
     struct Reply {
         Status status = Status::Failed;
         QString password;

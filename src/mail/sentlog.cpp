@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "mail/sentlog.h"
 
 #include <QDir>
@@ -6,11 +7,11 @@
 #include <QStandardPaths>
 #include <QStringList>
 
-#include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <cerrno>
+#include <cstring>
 
 namespace qor::mail {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // sent-mail.log in the user's data folder: one line for each address a
 // message went to (or was refused by), tab-separated: time, customer number,

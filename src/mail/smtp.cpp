@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "mail/smtp.h"
 
 #include "mail/mime.h"
@@ -39,7 +40,7 @@ struct Transcript {
         QByteArray command;  // "" greeting, "EHLO", "AUTH", "MAIL", "RCPT", "DATA", "." end of data
         QString address;     // of MAIL and RCPT
         QStringList reply;
-        int code = 0;        // set when the reply is complete
+        int code = 0;  // set when the reply is complete
     };
     QList<Exchange> exchanges;
     QByteArray partial;
@@ -127,8 +128,9 @@ QString plainReason(CURLcode rc, const char *errorBuffer, const SmtpOptions &o)
     case CURLE_USE_SSL_FAILED:
         return QStringLiteral("The server offers no encryption (STARTTLS), so nothing was sent and no password.");
     case CURLE_SSL_CONNECT_ERROR:
-        return QStringLiteral("No encrypted connection to the server, so nothing was sent and no password "
-                              "(is the security choice right for this port?): %1")
+        return QStringLiteral(
+                   "No encrypted connection to the server, so nothing was sent and no password "
+                   "(is the security choice right for this port?): %1")
             .arg(detail);
     case CURLE_LOGIN_DENIED:
         return QStringLiteral("The server refused the user name or password.");
@@ -291,8 +293,9 @@ Delivery sendTestMessage(const MailAccount &a, const QString &password)
     m.to = {m.fromAddress};
     m.replyTo = normalisedAddress(a.replyTo);
     m.subject = QStringLiteral("Qorvane test message");
-    m.body = QStringLiteral("This message was sent by Qorvane to test the e-mail settings.\n\n"
-                            "Server: %1, port %2, %3.\n")
+    m.body = QStringLiteral(
+                 "This message was sent by Qorvane to test the e-mail settings.\n\n"
+                 "Server: %1, port %2, %3.\n")
                  .arg(a.server.trimmed())
                  .arg(a.port)
                  .arg(securityText(a.security));

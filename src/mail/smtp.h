@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Sending over SMTP with libcurl. One session keeps one connection open for
 // a whole run; the server's certificate and name are always verified, and
@@ -15,9 +16,9 @@ struct SmtpOptions {
     QString host;
     int port = 465;
     Security security = Security::SslTls;
-    QString user;      // empty: no login
+    QString user;  // empty: no login
     QString password;
-    QString caFile;    // extra trusted certificates, beside the system's
+    QString caFile;  // extra trusted certificates, beside the system's
     int connectTimeoutMs = 20000;
     // For one message, connecting included. A 30 KB PDF takes a fraction of
     // a second on any line that can send mail at all.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Where a built message goes: an SMTP server (smtp.h) or a folder of .eml
 // files for a trial run. A run hands each message to one transport.
@@ -29,8 +30,8 @@ struct Delivery {
     };
     Status status = Status::Failed;
     QList<RecipientReply> recipients;  // as the server answered each RCPT
-    QString words;     // the server's own reply that decided it, when there is one
-    QString reason;    // what went wrong, in plain words, for Failed
+    QString words;                     // the server's own reply that decided it, when there is one
+    QString reason;                    // what went wrong, in plain words, for Failed
     // A failure that will meet every following message the same way (a lost
     // connection, a refused password): the run stops and sends no more.
     bool stopsRun = false;

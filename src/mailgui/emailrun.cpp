@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "mailgui/emailrun.h"
 
 #include "mail/passwords.h"
@@ -117,12 +118,14 @@ void FrmEmailRun::start()
         return;
     m_started = true;
     m_run.onProgress = [this](int i, int n, const mail::MailCustomer &c) {
-        QMetaObject::invokeMethod(this, [this, i, n, name = c.name] { showProgress(i, n, name); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this, i, n, name = c.name] { showProgress(i, n, name); }, Qt::QueuedConnection);
     };
     // The pages are made where the data lives, one customer at a time.
     const mail::Compose onThisThread = [this](const mail::MailCustomer &c) {
         mail::OutgoingMessage m;
-        QMetaObject::invokeMethod(this, [&] { m = m_compose(c); }, Qt::BlockingQueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [&] { m = m_compose(c); }, Qt::BlockingQueuedConnection);
         return m;
     };
     m_worker = QThread::create([this, onThisThread] { m_results = m_run.run(m_customers, onThisThread); });

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The window side of an e-mail run: the password asked when the keyring
 // can't give it, a small progress window with Cancel, and at the end the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // frmEmailSettings, "E-mail Settings": the SMTP account, the sender, and the
 // subject and body of invoices, statements and reminders. Every change is

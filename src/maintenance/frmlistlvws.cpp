@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "maintenance/frmlistlvws.h"
 
 #include "database/database.h"
 #include "maintenance/frmupdate.h"
 #include "maintenance/tablesnapshot.h"
-#include "uiservices/formposition.h"
 #include "settings/settingsstore.h"
 #include "uiservices/fonts.h"
+#include "uiservices/formposition.h"
 #include "uiservices/twips.h"
 
 #include <QAction>
@@ -34,7 +35,8 @@ const std::array<TableChoice, 4> TableChoices{{
     {"InRec", "BPName | Customer Name | CID | BAL | BPID ...key=BPName | CID | "},
 }};
 
-const KeyedList &tableOfChoice(const Database &db, int index) {
+const KeyedList &tableOfChoice(const Database &db, int index)
+{
     switch (index) {
     case 1: return db.periods();
     case 2: return db.items();
@@ -54,19 +56,22 @@ constexpr double FrameHeight = 240;
 constexpr double MinimumWidth = 4815;
 constexpr double MinimumHeight = 3645;
 
-void place(QWidget *w, int left, int top, int width, int height) {
+void place(QWidget *w, int left, int top, int width, int height)
+{
     w->setGeometry(twipsToPx(left), twipsToPx(top), twipsToPx(width), twipsToPx(height));
 }
 
 // A left click on a widget that has no click of its own.
 class ClickFilter : public QObject {
 public:
-    ClickFilter(QWidget *target, std::function<void()> onClick) : QObject(target), m_onClick(std::move(onClick)) {
+    ClickFilter(QWidget *target, std::function<void()> onClick) : QObject(target), m_onClick(std::move(onClick))
+    {
         target->installEventFilter(this);
     }
 
 protected:
-    bool eventFilter(QObject *watched, QEvent *event) override {
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
         if (event->type() == QEvent::MouseButtonRelease) {
             auto *me = static_cast<QMouseEvent *>(event);
             auto *w = static_cast<QWidget *>(watched);
@@ -83,7 +88,8 @@ private:
 }  // namespace
 
 FrmListLVWs::FrmListLVWs(QWidget *owner, const Database &db, PathSource xmlPath)
-    : QWidget(owner, Qt::Window), m_db(db), m_xmlPath(std::move(xmlPath)), m_rows(new TableSnapshot(this)) {
+    : QWidget(owner, Qt::Window), m_db(db), m_xmlPath(std::move(xmlPath)), m_rows(new TableSnapshot(this))
+{
     setObjectName(QStringLiteral("frmListLVWs"));
     setAttribute(Qt::WA_DeleteOnClose);
     // A small plain face, so the four options fit their designed widths.
@@ -173,7 +179,8 @@ FrmListLVWs::FrmListLVWs(QWidget *owner, const Database &db, PathSource xmlPath)
     optLVWChoiceClick(0);
 }
 
-FrmListLVWs *FrmListLVWs::open(QWidget *owner, const Database &db, PathSource xmlPath) {
+FrmListLVWs *FrmListLVWs::open(QWidget *owner, const Database &db, PathSource xmlPath)
+{
     if (!s_form) {
         s_form = new FrmListLVWs(owner, db, std::move(xmlPath));
         s_form->show();
@@ -183,7 +190,8 @@ FrmListLVWs *FrmListLVWs::open(QWidget *owner, const Database &db, PathSource xm
 
 FrmListLVWs *FrmListLVWs::existing() { return s_form; }
 
-void FrmListLVWs::optLVWChoiceClick(int index) {
+void FrmListLVWs::optLVWChoiceClick(int index)
+{
     if (index < 0 || index > 3)
         return;
     m_rows->clear();
@@ -193,7 +201,8 @@ void FrmListLVWs::optLVWChoiceClick(int index) {
     fitRowWidth();
 }
 
-void FrmListLVWs::fitRowWidth() {
+void FrmListLVWs::fitRowWidth()
+{
     // Measuring every line would cost more than filling them; the longest by
     // characters, with room to spare for wider letters, serves the scroll bar.
     int width = 0;
@@ -204,7 +213,8 @@ void FrmListLVWs::fitRowWidth() {
     m_text1->header()->resizeSection(0, std::max(width, m_text1->viewport()->width()));
 }
 
-bool FrmListLVWs::cmdShowXMLClick() {
+bool FrmListLVWs::cmdShowXMLClick()
+{
     const QString path = m_xmlPath ? m_xmlPath() : QString();
     const QFileInfo file(path);
     if (path.isEmpty() || !file.isFile())
@@ -217,7 +227,8 @@ bool FrmListLVWs::cmdShowXMLClick() {
 QString FrmListLVWs::text1() const { return m_rows->text(); }
 QString FrmListLVWs::text2() const { return m_text2->text(); }
 
-void FrmListLVWs::copySelection() {
+void FrmListLVWs::copySelection()
+{
     QModelIndexList rows = m_text1->selectionModel()->selectedRows();
     if (rows.isEmpty())
         return;
@@ -228,7 +239,8 @@ void FrmListLVWs::copySelection() {
     QGuiApplication::clipboard()->setText(out);
 }
 
-void FrmListLVWs::resizeEvent(QResizeEvent *event) {
+void FrmListLVWs::resizeEvent(QResizeEvent *event)
+{
     QWidget::resizeEvent(event);
     if (isMinimized() || !m_text1)
         return;
@@ -241,21 +253,25 @@ void FrmListLVWs::resizeEvent(QResizeEvent *event) {
     fitRowWidth();
 }
 
-void FrmListLVWs::closeEvent(QCloseEvent *event) {
+void FrmListLVWs::closeEvent(QCloseEvent *event)
+{
     saveFormPosition(this);
     QWidget::closeEvent(event);
 }
 
-void picLogoClick(QWidget *owner, const Database &db, FrmListLVWs::PathSource xmlPath) {
+void picLogoClick(QWidget *owner, const Database &db, FrmListLVWs::PathSource xmlPath)
+{
     if (settings::read(QStringLiteral("BrowseRecall"), QStringLiteral("view")) == QLatin1String("lvwpeek"))
         FrmListLVWs::open(owner, db, std::move(xmlPath));
 }
 
-void attachDeveloperView(QWidget *picLogo, QWidget *owner, const Database &db, FrmListLVWs::PathSource xmlPath) {
+void attachDeveloperView(QWidget *picLogo, QWidget *owner, const Database &db, FrmListLVWs::PathSource xmlPath)
+{
     new ClickFilter(picLogo, [owner, &db, xmlPath] { picLogoClick(owner, db, xmlPath); });
 }
 
-void closeMaintenanceForms() {
+void closeMaintenanceForms()
+{
     if (FrmListLVWs *view = FrmListLVWs::existing())
         view->close();
     if (FrmUpdate *update = FrmUpdate::existing())

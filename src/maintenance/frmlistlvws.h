@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // frmListLVWs, the developer view: the raw rows of the four tables as text,
 // one table at a time, and the database file opened with the desktop's program
@@ -18,7 +19,7 @@ class QTreeView;
 namespace qor {
 class Database;
 class KeyedList;
-}
+}  // namespace qor
 
 namespace qor::maintenance {
 

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "maintenance/frmupdate.h"
 
-#include "uiservices/formposition.h"
 #include "uiservices/fonts.h"
+#include "uiservices/formposition.h"
 #include "uiservices/twips.h"
 
 #include <QCloseEvent>
@@ -18,19 +19,22 @@ namespace {
 
 QPointer<FrmUpdate> s_form;
 
-QFont tahomaBold(double points) {
+QFont tahomaBold(double points)
+{
     QFont f(QStringLiteral("Tahoma"));
     f.setPointSizeF(points);
     f.setBold(true);
     return f;
 }
 
-void place(QWidget *w, int left, int top, int width, int height) {
+void place(QWidget *w, int left, int top, int width, int height)
+{
     w->setGeometry(twipsToPx(left), twipsToPx(top), twipsToPx(width), twipsToPx(height));
 }
 
 QLabel *label(QWidget *parent, const char *name, const char *caption, int left, int top, int width,
-              int height) {
+              int height)
+{
     auto *l = new QLabel(QString::fromLatin1(caption), parent);
     l->setObjectName(QString::fromLatin1(name));
     l->setFont(tahomaBold(9));
@@ -42,11 +46,13 @@ QLabel *label(QWidget *parent, const char *name, const char *caption, int left, 
 
 }  // namespace
 
-QString updaterPath(const QString &programFolder) {
+QString updaterPath(const QString &programFolder)
+{
     return QDir(QDir(programFolder).absolutePath()).filePath(QString::fromLatin1(UpdaterName));
 }
 
-bool startUpdater(const QString &programFolder) {
+bool startUpdater(const QString &programFolder)
+{
     // An absolute path: QProcess runs it as it is, never looking along PATH,
     // and no shell reads it.
     const QString folder = QDir(programFolder).absolutePath();
@@ -55,7 +61,8 @@ bool startUpdater(const QString &programFolder) {
 
 FrmUpdate::FrmUpdate(QWidget *owner)
     : QWidget(owner, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
-                         Qt::MSWindowsFixedSizeDialogHint) {
+                         Qt::MSWindowsFixedSizeDialogHint)
+{
     ensureDesignFonts();
     setObjectName(QStringLiteral("frmUpdate"));
     setAttribute(Qt::WA_DeleteOnClose);
@@ -78,7 +85,8 @@ FrmUpdate::FrmUpdate(QWidget *owner)
     restoreFormPosition(this);
 }
 
-FrmUpdate *FrmUpdate::showFor(QWidget *owner) {
+FrmUpdate *FrmUpdate::showFor(QWidget *owner)
+{
     if (!s_form)
         s_form = new FrmUpdate(owner);
     s_form->show();
@@ -91,14 +99,16 @@ FrmUpdate *FrmUpdate::existing() { return s_form; }
 
 bool FrmUpdate::isShowing() { return s_form && s_form->isVisible(); }
 
-void FrmUpdate::cmdDownloadClick() {
+void FrmUpdate::cmdDownloadClick()
+{
     saveFormPosition(this);
     startUpdater(QCoreApplication::applicationDirPath());
     m_downloadStarted = true;
     close();
 }
 
-void FrmUpdate::closeEvent(QCloseEvent *event) {
+void FrmUpdate::closeEvent(QCloseEvent *event)
+{
     QWidget::closeEvent(event);
     if (!m_downloadStarted)
         return;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // frmUpdate: the notice that a newer version exists. DOWNLOAD starts the
 // updater q-autoup from the program's own folder and closes the program. The

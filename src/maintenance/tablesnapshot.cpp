@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "maintenance/tablesnapshot.h"
 
 #include "database/keyedlist.h"
@@ -13,7 +14,8 @@ const QString CRLF = QStringLiteral("\r\n");
 
 TableSnapshot::TableSnapshot(QObject *parent) : QAbstractListModel(parent) {}
 
-void TableSnapshot::take(const KeyedList &table) {
+void TableSnapshot::take(const KeyedList &table)
+{
     beginResetModel();
     m_text.clear();
     m_starts.clear();
@@ -51,7 +53,8 @@ void TableSnapshot::take(const KeyedList &table) {
     endResetModel();
 }
 
-void TableSnapshot::clear() {
+void TableSnapshot::clear()
+{
     beginResetModel();
     m_text.clear();
     m_starts.clear();
@@ -61,18 +64,21 @@ void TableSnapshot::clear() {
 
 QString TableSnapshot::text() const { return m_text; }
 
-QString TableSnapshot::line(int row) const {
+QString TableSnapshot::line(int row) const
+{
     if (row < 0 || row >= rowCount())
         return {};
     const qsizetype start = m_starts[size_t(row)];
     return m_text.mid(start, m_starts[size_t(row) + 1] - start - CRLF.size());
 }
 
-int TableSnapshot::rowCount(const QModelIndex &parent) const {
+int TableSnapshot::rowCount(const QModelIndex &parent) const
+{
     return parent.isValid() || m_starts.empty() ? 0 : int(m_starts.size()) - 1;
 }
 
-QVariant TableSnapshot::data(const QModelIndex &index, int role) const {
+QVariant TableSnapshot::data(const QModelIndex &index, int role) const
+{
     if (role != Qt::DisplayRole || !index.isValid() || index.column() != 0)
         return {};
     return line(index.row());

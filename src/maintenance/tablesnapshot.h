@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The raw rows of one table as lines of text, taken at one moment: each row's
 // whole Text with its separators, " ...key=", its Key. The lines live in one

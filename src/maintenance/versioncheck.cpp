@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "maintenance/versioncheck.h"
 
 #include "maintenance/frmupdate.h"
@@ -16,16 +17,19 @@ namespace qor::maintenance {
 namespace {
 }
 
-qint32 currentVersion() {
+qint32 currentVersion()
+{
     return QOR_VERSION_MAJOR * 1000000 + QOR_VERSION_MINOR * 1000 + QOR_VERSION_PATCH;
 }
 
-QUrl versionFileUrl() {
+QUrl versionFileUrl()
+{
     const QString fromEnv = qEnvironmentVariable(VersionUrlVariable);
     return QUrl(fromEnv.isEmpty() ? QString::fromLatin1(VersionFileUrl) : fromEnv);
 }
 
-std::optional<double> versionInBody(const QByteArray &body) {
+std::optional<double> versionInBody(const QByteArray &body)
+{
     // A NUL byte means this is no text file, whatever else it holds.
     if (body.contains('\0'))
         return std::nullopt;
@@ -56,18 +60,21 @@ std::optional<double> versionInBody(const QByteArray &body) {
     return double(field.toLongLong());
 }
 
-QString unableToConnectText() {
+QString unableToConnectText()
+{
     return QStringLiteral("Unable to connect to server.  Please try again later\r\nor contact ") +
            QString::fromLatin1(SupportAddress) + QStringLiteral(" if the problem persists.");
 }
 
-QString latestVersionText() {
+QString latestVersionText()
+{
     return QStringLiteral("You are currently running the latest version of the software.");
 }
 
 VersionCheck::VersionCheck(QWidget *mainWindow)
     : QObject(mainWindow), m_window(mainWindow), m_network(new QNetworkAccessManager(this)),
-      m_deadline(new QTimer(this)) {
+      m_deadline(new QTimer(this))
+{
     setObjectName(QStringLiteral("versionCheck"));
     m_deadline->setSingleShot(true);
     connect(m_deadline, &QTimer::timeout, this, [this] {
@@ -76,19 +83,22 @@ VersionCheck::VersionCheck(QWidget *mainWindow)
     });
 }
 
-VersionCheck::~VersionCheck() {
+VersionCheck::~VersionCheck()
+{
     if (m_reply) {
         m_reply->disconnect(this);
         m_reply->abort();
     }
 }
 
-VersionCheck *VersionCheck::of(QWidget *mainWindow) {
+VersionCheck *VersionCheck::of(QWidget *mainWindow)
+{
     auto *check = mainWindow->findChild<VersionCheck *>(QStringLiteral("versionCheck"), Qt::FindDirectChildrenOnly);
     return check ? check : new VersionCheck(mainWindow);
 }
 
-bool VersionCheck::start() {
+bool VersionCheck::start()
+{
     if (m_busy)
         return false;
     m_busy = true;
@@ -122,7 +132,8 @@ bool VersionCheck::start() {
     return true;
 }
 
-void VersionCheck::replyFinished() {
+void VersionCheck::replyFinished()
+{
     m_deadline->stop();
     QNetworkReply *reply = m_reply;
     m_reply = nullptr;
@@ -154,12 +165,14 @@ void VersionCheck::replyFinished() {
     report(Outcome::UpToDate);
 }
 
-void VersionCheck::fail() {
+void VersionCheck::fail()
+{
     DialogService::current().message(m_window, {QMessageBox::NoIcon, AppTitle, unableToConnectText()});
     report(Outcome::Failed);
 }
 
-void VersionCheck::report(Outcome outcome) {
+void VersionCheck::report(Outcome outcome)
+{
     m_busy = false;
     emit finished(outcome);
 }

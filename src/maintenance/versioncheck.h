@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The check for a newer version: fetches the maker's version file over HTTPS,
 // reads the number in it and compares it with this build's. The answer is
@@ -47,7 +48,9 @@ QString latestVersionText();
 class VersionCheck : public QObject {
     Q_OBJECT
 public:
-    enum class Outcome { Failed, UpToDate, NewVersion };
+    enum class Outcome { Failed,
+                         UpToDate,
+                         NewVersion };
     Q_ENUM(Outcome)
 
     // Lives as a child of the main window: when the window goes, a request

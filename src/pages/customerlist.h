@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The printed customer list: entries, columns and pages on the frmPrintC
 // form. The composer reads plain values (the customer table and the list

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // One envelope: the company's return address at the margins and the
 // customer's address block to the right of it and lower, written line by

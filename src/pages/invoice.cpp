@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "pages/invoice.h"
 
 #include "pages/templates.h"
@@ -36,7 +37,8 @@ void composeHeader(Page &page, const InvoiceInput &in)
 
     // Title size and text.
     Element &title = page.at(QStringLiteral("lblInvoiceTitle"));
-    title.fontSize = opt.titleSize == TitleSize::Small ? 16 : opt.titleSize == TitleSize::Medium ? 24 : 36;
+    title.fontSize = opt.titleSize == TitleSize::Small ? 16 : opt.titleSize == TitleSize::Medium ? 24
+                                                                                                 : 36;
     title.text = opt.title == TitleOption::Invoice    ? QStringLiteral("INVOICE")
                  : opt.title == TitleOption::Estimate ? QStringLiteral("ESTIMATE")
                                                       : opt.titleText;

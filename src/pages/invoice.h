@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Filling the invoice forms for one customer. The composer reads plain values
 // (the company's details, the customer's fields, what was billed and what is
@@ -15,8 +16,12 @@
 
 namespace qor::pages {
 
-enum class TitleOption { Invoice = 0, Estimate = 1, Other = 2 };
-enum class TitleSize { Small = 0, Medium = 1, Large = 2 };
+enum class TitleOption { Invoice = 0,
+                         Estimate = 1,
+                         Other = 2 };
+enum class TitleSize { Small = 0,
+                       Medium = 1,
+                       Large = 2 };
 
 // The user's print options as they stand when the run starts.
 struct InvoiceOptions {
@@ -26,7 +31,7 @@ struct InvoiceOptions {
     TitleSize titleSize = TitleSize::Large;
     bool addInvoiceDate = false;
     bool keepTwelveLines = true;
-    bool moveBottomText = false;  // only when lines are taken out
+    bool moveBottomText = false;   // only when lines are taken out
     bool printDuplicates = false;  // for the run: each invoice twice
 };
 
@@ -55,10 +60,10 @@ struct InvoiceInput {
     // What the customer still owes: the "TOTAL DUE:". Zero stamps the
     // invoice paid.
     Money balance;
-    QString billDue;  // the bill due date as shown for the period
-    QDate invoiceDate = QDate::currentDate();  // for the optional date line
+    QString billDue;                                         // the bill due date as shown for the period
+    QDate invoiceDate = QDate::currentDate();                // for the optional date line
     QString dateFormat = qor::regional::dateFormatString();  // "mm/dd/yyyy" and the like
-    QLocale locale;  // the currency form of the amounts
+    QLocale locale;                                          // the currency form of the amounts
     InvoiceOptions options;
 
     // What the items bill together.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // A printed page as data: positioned text, line, box and picture elements,
 // measured in twips (1440 to the inch) from the page's top left corner.
@@ -12,12 +13,19 @@
 
 namespace qor::pages {
 
-enum class Kind { Text, Line, Box, Picture };
-enum class Align { Left, Right, Centre };
+enum class Kind { Text,
+                  Line,
+                  Box,
+                  Picture };
+enum class Align { Left,
+                   Right,
+                   Centre };
 // How a text element's box follows its text. Fixed keeps the box and wraps
 // inside it; the other two size the box to the text (no wrapping) and keep the
 // named edge where it is.
-enum class AutoSize { Fixed, KeepLeft, KeepRight };
+enum class AutoSize { Fixed,
+                      KeepLeft,
+                      KeepRight };
 
 struct Element {
     QString name;  // as the templates name it: "lblPS(3)", "lneAboveTotal"
@@ -48,7 +56,7 @@ struct Element {
 
     // Text colour, or the line's or the box border's colour.
     QColor colour = Qt::black;
-    int penPixels = 1;  // lines and box borders, at 15 twips a pixel
+    int penPixels = 1;     // lines and box borders, at 15 twips a pixel
     bool rounded = false;  // box: rounded rectangle
 
     // Picture: a key that the painter resolves to an image ("paid").

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The one painter of pages: draws a page's visible elements in order on any
 // paint device (printer, PDF writer, image), so paper, PDF and preview come

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "pages/pdfoutput.h"
 
 #include "database/filesafety.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Pages to a PDF file, through the same painter as paper. Fonts are embedded
 // (subsets, once per file) and a picture shown on many pages is stored once.

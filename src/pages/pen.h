@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Writing on a page line by line with a moving pen, as envelopes are written:
 // each print puts one text at the pen and moves the pen to the start of the

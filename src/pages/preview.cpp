@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "pages/preview.h"
 
 #include "pages/painter.h"
@@ -23,9 +24,18 @@ InvoiceInput sampleInvoice(int templateNumber, int lines, bool keepTwelveLines, 
                    QStringLiteral("48 Birch Street"), QStringLiteral("Apt. 3"),
                    QStringLiteral("Eugene, OR 97401"), QString(), QString(), QString()};
     static const std::pair<int, const char *> items[] = {
-        {4500, "Lawn mowing"}, {2000, "Hedge trimming"}, {1250, "Leaf removal"},   {800, "Fertiliser"},
-        {3000, "Weeding"},     {1500, "Edging"},         {6000, "Tree pruning"},   {500, "Green waste bag"},
-        {2500, "Irrigation check"}, {1800, "Mulch"},     {4000, "Spring planting"}, {1000, "Travel"},
+        {4500, "Lawn mowing"},
+        {2000, "Hedge trimming"},
+        {1250, "Leaf removal"},
+        {800, "Fertiliser"},
+        {3000, "Weeding"},
+        {1500, "Edging"},
+        {6000, "Tree pruning"},
+        {500, "Green waste bag"},
+        {2500, "Irrigation check"},
+        {1800, "Mulch"},
+        {4000, "Spring planting"},
+        {1000, "Travel"},
     };
     for (int i = 0; i < lines && i < 12; ++i) {
         const int quantity = i % 4 == 1 ? 2 : 1;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The Print Options panel's preview: miniature pictures of the real forms,
 // drawn by the page painter from sample text so they always match the page.

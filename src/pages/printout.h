@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Pages to a printer: all pages of one run as one print job, through the same
 // painter as the PDF. No windows: the caller decides what to tell the user,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "pages/statement.h"
 
 #include "pages/templates.h"
@@ -17,11 +18,11 @@ using namespace statementpage;
 constexpr int Left = 600;
 constexpr int Right = 10815;
 constexpr int FullWidth = Right - Left;
-constexpr int TableTop = 6720;         // where the invoices' item box starts
-constexpr int LetterTop = 6240;        // a reminder's text, under the customer block
-constexpr int ContinuedTop = 1620;     // content of the pages after the first
-constexpr int HeaderHeight = 480;      // column captions and their rule
-constexpr int SummaryHeight = 1320;    // aging box and total, without a credits line
+constexpr int TableTop = 6720;       // where the invoices' item box starts
+constexpr int LetterTop = 6240;      // a reminder's text, under the customer block
+constexpr int ContinuedTop = 1620;   // content of the pages after the first
+constexpr int HeaderHeight = 480;    // column captions and their rule
+constexpr int SummaryHeight = 1320;  // aging box and total, without a credits line
 constexpr double RowPoints = 10;
 constexpr double LetterPoints = 11;
 
@@ -145,7 +146,8 @@ private:
     void firstPage()
     {
         Page p = *form;
-        const int number = form == invoiceTemplate(1) ? 1 : form == invoiceTemplate(2) ? 2 : 0;
+        const int number = form == invoiceTemplate(1) ? 1 : form == invoiceTemplate(2) ? 2
+                                                                                       : 0;
         Element &t = p.at(QStringLiteral("lblInvoiceTitle"));
         t.text = title;
         t.fontSize = number == 1 ? 15.75 : 16;
@@ -227,8 +229,7 @@ private:
         const PageFont &font = pageFont(QStringLiteral("Arial"), LetterPoints, false, false);
         const int pitch = int(std::ceil(font.metrics.lineSpacing()));
         int n = 0;
-        const QStringList paragraphs = QString(in.letter).replace(QLatin1String("\r\n"), QLatin1String("\n"))
-                                           .replace(u'\r', u'\n').split(u'\n');
+        const QStringList paragraphs = QString(in.letter).replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(u'\r', u'\n').split(u'\n');
         for (const QString &paragraph : paragraphs) {
             QStringList lines;
             if (!paragraph.trimmed().isEmpty()) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // A customer's statement of account, or a reminder letter with the statement
 // under it, in the house style of the invoices: the company and customer
@@ -18,9 +19,9 @@ namespace qor::pages {
 
 struct StatementLine {
     QString period;
-    QString due;     // the date it is aged by, as the screen shows dates
+    QString due;  // the date it is aged by, as the screen shows dates
     Money billed;
-    Money balance;   // below zero: a credit
+    Money balance;  // below zero: a credit
 };
 
 struct StatementInput {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "pages/templates.h"
 
 #include <QRgb>
@@ -15,7 +16,9 @@ enum Forms : unsigned {
     Invoices = P0 | P1 | P2,
 };
 
-enum Style : unsigned char { Regular, Bold, Italic };
+enum Style : unsigned char { Regular,
+                             Bold,
+                             Italic };
 
 constexpr QRgb Black = 0x000000;
 constexpr QRgb DarkGrey = 0x404040;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The fixed page forms: the three invoice layouts frmPrint0, frmPrint1,
 // frmPrint2 and the customer list page frmPrintC. They are built once from one

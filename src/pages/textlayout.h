@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Fonts and line breaking of text elements, measured in twips. Fonts are set
 // by pixel size in twips (a point is 20 twips), so measures are the same on

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "printing/frmstatements.h"
 
 #include "database/database.h"
@@ -6,9 +7,9 @@
 #include "mailgui/emailrun.h"
 #include "pages/painter.h"
 #include "pages/pdfoutput.h"
-#include "uiservices/formposition.h"
 #include "statements/statementsmodel.h"
 #include "uiservices/dialogservice.h"
+#include "uiservices/formposition.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -65,7 +66,8 @@ bool printStatements(QWidget *owner, const Database &db, const std::vector<Accou
         const QMessageBox::StandardButton answer = dialogs.message(
             owner, {QMessageBox::Question, QStringLiteral("No Printer"),
                     QStringLiteral("There is no printer on this system.\r\n\r\nWould you like to save the %1 as a PDF "
-                                   "file instead?").arg(what),
+                                   "file instead?")
+                        .arg(what),
                     QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes});
         return answer == QMessageBox::Yes && saveStatements(owner, db, accounts, run, false);
     }
@@ -111,15 +113,16 @@ bool offerStatementsBeforeClosingBooks(QWidget *owner, const Database &db, const
                                    : QStringLiteral("%1 customers still owe %2 in all."))
             .arg(owed.accounts.size())
             .arg(owed.total.toCurrencyText()) +
-        QStringLiteral("\r\n\r\nThose balances stay in the old file, \"%1\"; the new file starts without them.\r\n\r\n"
-                       "Would you like to print or save their statements first?")
+        QStringLiteral(
+            "\r\n\r\nThose balances stay in the old file, \"%1\"; the new file starts without them.\r\n\r\n"
+            "Would you like to print or save their statements first?")
             .arg(QFileInfo(oldFile).fileName());
     DialogService::Message m{QMessageBox::Question, QStringLiteral("Money Still Owed"), text,
                              QMessageBox::Yes | QMessageBox::Save | QMessageBox::No | QMessageBox::Cancel,
                              QMessageBox::Yes};
     m.captions = {{QMessageBox::Yes, QStringLiteral("&Print Them")},
-                     {QMessageBox::Save, QStringLiteral("&Save as PDF")},
-                     {QMessageBox::No, QStringLiteral("&Go On Without")}};
+                  {QMessageBox::Save, QStringLiteral("&Save as PDF")},
+                  {QMessageBox::No, QStringLiteral("&Go On Without")}};
     const RunValues run = storedRunValues(db, today, false);
     switch (dialogs.message(owner, m)) {
     case QMessageBox::Yes: return printStatements(owner, db, owed.accounts, run);

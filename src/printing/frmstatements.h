@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // frmStatements: every customer who owes, with the aging of what they owe,
 // opened from the Printing panel. Sort by any column, find a name by typing

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "printing/invoicerun.h"
 
 #include "billing/billing.h"
@@ -29,13 +30,16 @@ pages::InvoiceOptions storedInvoiceOptions()
     pages::InvoiceOptions o;
     // A number other than 0, 1 or 2 stays as it is: the run then prints nothing.
     const double selected = regional::val(settings::read(P, QStringLiteral("PrintPreviewSelected"), QStringLiteral("0")));
-    o.templateNumber = selected == 0 ? 0 : selected == 1 ? 1 : selected == 2 ? 2 : -1;
+    o.templateNumber = selected == 0 ? 0 : selected == 1 ? 1
+                                       : selected == 2   ? 2
+                                                         : -1;
     const int title = storedIndex(S, QStringLiteral("InvoiceTitleOption"), 0);
     o.title = title == 1 ? pages::TitleOption::Estimate : title == 2 ? pages::TitleOption::Other
-                                                                      : pages::TitleOption::Invoice;
+                                                                     : pages::TitleOption::Invoice;
     o.titleText = settings::read(S, QStringLiteral("InvoiceTitleText"));
     const int size = storedIndex(S, QStringLiteral("InvoiceTitleSize"), 2);
-    o.titleSize = size == 0 ? pages::TitleSize::Small : size == 1 ? pages::TitleSize::Medium : pages::TitleSize::Large;
+    o.titleSize = size == 0 ? pages::TitleSize::Small : size == 1 ? pages::TitleSize::Medium
+                                                                  : pages::TitleSize::Large;
     o.addInvoiceDate = settings::isOn(P, QStringLiteral("AddInvoiceDateToInvoice"));
     o.printDuplicates = settings::isOn(P, QStringLiteral("PrintDuplicateInvoices"));
     o.keepTwelveLines = settings::read(P, QStringLiteral("KeepTwelveLines")).toLower() != u"false";

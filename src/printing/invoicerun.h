@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The invoice print run without windows: the pages of the ticked customers of
 // the print tree, composed from the tree's nodes, the customer table, the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // What an e-mail run sends, without windows: the customers of a run with
 // their addresses, and for each one the message texts and the PDF of their
@@ -15,7 +16,7 @@
 namespace qor {
 class Database;
 class InvoiceTree;
-}
+}  // namespace qor
 
 namespace qor::mailruns {
 

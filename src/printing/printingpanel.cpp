@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "printing/printingpanel.h"
 
 #include "billing/billing.h"
-#include "billperiods/billperiodpanel.h"
 #include "billing/invoicetrees.h"
+#include "billperiods/billperiodpanel.h"
 #include "billperiods/invoicetreeview.h"
 #include "database/database.h"
 #include "database/rowtypes.h"
@@ -11,8 +12,8 @@
 #include "pages/pdfoutput.h"
 #include "printing/frmstatements.h"
 #include "printing/invoicerun.h"
-#include "shell/appcontext.h"
 #include "settings/settingsstore.h"
+#include "shell/appcontext.h"
 #include "uiservices/dialogservice.h"
 
 #include <QAbstractButton>
@@ -20,9 +21,9 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QLabel>
-#include <QPrinter>
 #include <QPainter>
 #include <QPrintPreviewDialog>
+#include <QPrinter>
 #include <QPrinterInfo>
 #include <QProgressBar>
 #include <QSignalBlocker>
@@ -186,8 +187,9 @@ bool PrintingPanel::needCompanyInfoFirst()
     const QString key = QStringLiteral("DontShowNeedToFillCompanyInfo");
     if (settings::read(QStringLiteral("Messages"), key).toLower() == u"true")
         return false;
-    const QString text = QStringLiteral("You have not entered your company's name or address.\r\n\r\n"
-                                        "Would you like to enter this information\r\nbefore printing your invoices?");
+    const QString text = QStringLiteral(
+        "You have not entered your company's name or address.\r\n\r\n"
+        "Would you like to enter this information\r\nbefore printing your invoices?");
     const QString answer =
         DialogService::current().messageForm(ctx.mainWindow(), {text, key, QStringLiteral("YesNo"), QStringLiteral("Yes")});
     return answer == u"Yes";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // fraMain(3), Printing: the second view of the period chooser and of the
 // invoice records tree, the two print buttons and the progress of a run.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "printing/printoptionspanel.h"
 
 #include "database/regional.h"
@@ -92,7 +93,9 @@ pages::InvoiceOptions PrintOptionsPanel::invoiceOptions() const
 {
     pages::InvoiceOptions o = invoicerun::storedInvoiceOptions();
     const float t = m_printPreviewSelected;
-    o.templateNumber = t == 0 ? 0 : t == 1 ? 1 : t == 2 ? 2 : -1;
+    o.templateNumber = t == 0 ? 0 : t == 1 ? 1
+                                : t == 2   ? 2
+                                           : -1;
     o.title = m_optTitle[1]->isChecked()   ? pages::TitleOption::Estimate
               : m_optTitle[2]->isChecked() ? pages::TitleOption::Other
                                            : pages::TitleOption::Invoice;

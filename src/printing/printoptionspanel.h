@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // fraMain(4), Print Options: the invoice title and its size, the date,
 // duplicate and twelve-line options, and the preview of the invoice layout.

@@ -1,16 +1,17 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "products/productpanel.h"
 
 #include "billing/billing.h"
-#include "uiservices/frmchecking.h"
 #include "billing/invoicetrees.h"
 #include "database/database.h"
 #include "database/entryrules.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
+#include "settings/settingsstore.h"
 #include "shell/appcontext.h"
 #include "shell/roster.h"
-#include "settings/settingsstore.h"
 #include "uiservices/dialogservice.h"
+#include "uiservices/frmchecking.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -209,8 +210,8 @@ bool ProductPanel::addProduct()
     }
     if (findProductRow(row.listText) > 0) {
         DialogService::current().warning(ctx.mainWindow(), QStringLiteral("Duplicate Product or Service Found"),
-                             QStringLiteral("A product or service was found with the exact same price and name.\r\n\r\n"
-                                            "(Products and Services can share the same name as long as they have unique prices.)"));
+                                         QStringLiteral("A product or service was found with the exact same price and name.\r\n\r\n"
+                                                        "(Products and Services can share the same name as long as they have unique prices.)"));
         return false;
     }
     // Both product lists (this one and the bill period panel's) follow the table.
@@ -250,9 +251,7 @@ bool ProductPanel::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::KeyPress && m_addIsDefault && m_cmdAddNewItem) {
         auto *k = static_cast<QKeyEvent *>(event);
-        if ((k->key() == Qt::Key_Return || k->key() == Qt::Key_Enter)
-            && (watched == m_txtPrice || watched == m_txtName || watched == m_list)
-            && m_cmdAddNewItem->isVisible() && m_cmdAddNewItem->isEnabled()) {
+        if ((k->key() == Qt::Key_Return || k->key() == Qt::Key_Enter) && (watched == m_txtPrice || watched == m_txtName || watched == m_list) && m_cmdAddNewItem->isVisible() && m_cmdAddNewItem->isEnabled()) {
             m_cmdAddNewItem->click();
             return true;
         }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // fraMain(1): the catalogue of products and services.
 #include "shell/panel.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "settings/settingsstore.h"
 
 #include "database/filesafety.h"
@@ -12,9 +13,9 @@
 #include <QTemporaryFile>
 #include <QVariant>
 
+#include <unistd.h>
 #include <cerrno>
 #include <cstring>
-#include <unistd.h>
 
 #include <cmath>
 #include <iterator>
@@ -157,8 +158,7 @@ const KeyInfo *findKey(QStringView section, QStringView key)
         if (section.compare(QLatin1String(k.section), Qt::CaseInsensitive) != 0)
             continue;
         if (k.perForm) {
-            if (key.endsWith(QLatin1String(k.key), Qt::CaseInsensitive)
-                && key.size() > qsizetype(qstrlen(k.key)))
+            if (key.endsWith(QLatin1String(k.key), Qt::CaseInsensitive) && key.size() > qsizetype(qstrlen(k.key)))
                 return &k;
         } else if (key.compare(QLatin1String(k.key), Qt::CaseInsensitive) == 0) {
             return &k;
@@ -349,8 +349,7 @@ QString databasePath()
 QString storePath()
 {
     // Looked up at every use so the store follows XDG_CONFIG_HOME as set now.
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
-        + QStringLiteral("/QOR/QOR.conf");
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + QStringLiteral("/QOR/QOR.conf");
 }
 
 void sync()

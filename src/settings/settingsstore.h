@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The per-user settings store: application "QOR", sections and keys, every
 // value a text. Kept as an INI file at $XDG_CONFIG_HOME/QOR/QOR.conf (normally
@@ -22,7 +23,7 @@ struct KeyInfo {
     const char *key;
     const char *defaultValue;  // nullptr when the default is worked out elsewhere
     ReadRule rule;
-    bool writtenBack;          // the default is written back when the key is read absent
+    bool writtenBack;  // the default is written back when the key is read absent
     // Numbers with a valid range: a value outside [low, high] counts as
     // outOfRange (not written back). low > high means no range.
     int low = 1;
@@ -58,8 +59,8 @@ int readNumber(const QString &section, const QString &key, int defaultValue = 0)
 double readDouble(const QString &section, const QString &key, double defaultValue = 0.0);
 
 // The customer list print options, by the table's rules.
-int customerListColumns();       // 1 to 4
-int customerListBlankLines();    // 0 to 4
+int customerListColumns();     // 1 to 4
+int customerListBlankLines();  // 0 to 4
 // The envelope margins in centimetres; when X-Margin is empty both margins
 // are set to their defaults first ("2" and "12"), as the envelope run does.
 double envelopeMarginX();
@@ -72,7 +73,8 @@ void putStoredSetting(const QString &key, const QString &value);
 // CheckToConfirmEdits as stored (default "True"), not lower-cased: the
 // customer edit and the item delete compare it exactly with "False", the
 // customer delete in lower case with "false".
-inline QString confirmEditsText() {
+inline QString confirmEditsText()
+{
     return read(QStringLiteral("Settings"), QStringLiteral("CheckToConfirmEdits"), QStringLiteral("True"));
 }
 

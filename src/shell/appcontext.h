@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // What a panel may ask of the main window. Panels never reach into each
 // other's widgets: they follow the database's signals, and what is shared at

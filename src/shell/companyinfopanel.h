@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // fraMain(6), Company Info: the nine company fields txtCompanyDetails(0..8).
 // They are part of the database: an edit goes into Database::company and

@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/frmqor.h"
 
+#include "billing/entrycopy.h"
 #include "billperiods/billperiodpanel.h"
 #include "billperiods/entryguard.h"
-#include "billing/entrycopy.h"
 #include "customers/customerpanel.h"
 #include "database/regional.h"
 #include "maintenance/frmlistlvws.h"
@@ -11,16 +12,16 @@
 #include "printing/printingpanel.h"
 #include "printing/printoptionspanel.h"
 #include "products/productpanel.h"
+#include "settings/settingsstore.h"
 #include "shell/companyinfopanel.h"
-#include "uiservices/formposition.h"
 #include "shell/optionspanel.h"
 #include "shell/panel.h"
 #include "shell/roster.h"
-#include "settings/settingsstore.h"
 #include "shell/userguide.h"
 #include "uiservices/assetpaths.h"
 #include "uiservices/buttonkeys.h"
 #include "uiservices/dialogservice.h"
+#include "uiservices/formposition.h"
 #include "uiservices/frmmessage.h"
 #include "uiservices/hovercommand.h"
 #include "uiservices/twips.h"
@@ -55,20 +56,23 @@ const char *const AcceleratorCaptions[7] = {"&C", "&P", "&B", "&N", "&T", "&O", 
 
 const QString CRLF = QStringLiteral("\r\n");
 
-QRect twipsRect(double left, double top, double width, double height) {
+QRect twipsRect(double left, double top, double width, double height)
+{
     return QRect(twipsToPx(left), twipsToPx(top), twipsToPx(width), twipsToPx(height));
 }
 
 // Screen readers list the program's window as a frame, as they do any
 // application's main window (a plain widget would read as a panel).
-QAccessibleInterface *windowAccessible(const QString &className, QObject *object) {
+QAccessibleInterface *windowAccessible(const QString &className, QObject *object)
+{
     auto *window = qobject_cast<QWidget *>(object);
     if (className == QLatin1String(FrmQOR::staticMetaObject.className()) && window)
         return new QAccessibleWidget(window, QAccessible::Window);
     return nullptr;
 }
 
-QImage loadImage(const QString &path) {
+QImage loadImage(const QString &path)
+{
     assets::ensureLoaded();
     return QImage(path);  // a missing picture leaves the button without one
 }
@@ -82,12 +86,14 @@ struct FrmQOR::Private {
     std::array<QPushButton *, 7> cmdAcceleratorKey{};
 };
 
-FrmQOR::FrmQOR(QWidget *parent) : FrmQOR(*new Session, parent) {
+FrmQOR::FrmQOR(QWidget *parent) : FrmQOR(*new Session, parent)
+{
     m_ownSession.reset(m_session);
 }
 
 FrmQOR::FrmQOR(Session &session, QWidget *parent)
-    : QWidget(parent), m_session(&session), m_trees(session.db()), p(new Private) {
+    : QWidget(parent), m_session(&session), m_trees(session.db()), p(new Private)
+{
     initHelpResource();
     static const bool readable = (QAccessible::installFactory(windowAccessible), true);
     Q_UNUSED(readable);
@@ -162,7 +168,8 @@ FrmQOR::FrmQOR(Session &session, QWidget *parent)
     connect(m_session, &Session::entryRecovered, this, [this](const QByteArray &text) { m_recoveredEntry = text; });
 }
 
-void FrmQOR::showFileInTitle() {
+void FrmQOR::showFileInTitle()
+{
     // "[*]" is where Qt shows the "*" of unsaved changes.
     const QString path = m_session->path();
     QString title = QStringLiteral("[*]Qorvane");
@@ -175,13 +182,15 @@ void FrmQOR::showFileInTitle() {
     DialogService::setDatabaseFile(path);
 }
 
-void FrmQOR::showReadOnly(bool readOnly) {
+void FrmQOR::showReadOnly(bool readOnly)
+{
     showFileInTitle();
     m_cmdSave->setVisible(databaseChanged() && !readOnly);
     optionsPanel()->showReadOnly(readOnly);
 }
 
-FrmQOR::~FrmQOR() {
+FrmQOR::~FrmQOR()
+{
     // The panels go first: they follow the books, which may go with this window.
     for (Panel *&panel : m_panels) {
         delete panel;
@@ -192,7 +201,8 @@ FrmQOR::~FrmQOR() {
     delete p;
 }
 
-void FrmQOR::buildFormControls() {
+void FrmQOR::buildFormControls()
+{
     p->picLogo = new QLabel(this);
     p->picLogo->setObjectName(QStringLiteral("picLogo"));
     p->picLogo->setGeometry(twipsRect(547, 45, 480, 240));
@@ -281,7 +291,8 @@ void FrmQOR::buildFormControls() {
     maintenance::attachDeveloperView(p->picLogo, this, db(), [this] { return m_session->path(); });
 }
 
-void FrmQOR::chainTabOrder() {
+void FrmQOR::chainTabOrder()
+{
     // The form-level controls join the panels' controls in one tab order.
     p->picLogo->setProperty(roster::TabIndexProperty, 112);
     for (int i = 0; i < 7; ++i) {
@@ -304,7 +315,8 @@ CompanyInfoPanel *FrmQOR::companyInfoPanel() const { return static_cast<CompanyI
 // ---------------------------------------------------------------------------
 // Form_Load
 
-void FrmQOR::formLoad() {
+void FrmQOR::formLoad()
+{
     for (Panel *panel : m_panels)
         panel->move(twipsToPx(PanelLeft), 0);
     settings::write(QStringLiteral("BrowseRecall"), QStringLiteral("view"), QStringLiteral("lvwpeek"));
@@ -348,24 +360,28 @@ void FrmQOR::formLoad() {
     }
 }
 
-void FrmQOR::startRecoveryTimer() {
+void FrmQOR::startRecoveryTimer()
+{
     if (!m_recoveryTimer.isActive()) m_recoveryTimer.start();
 }
 
-void FrmQOR::reopenRecoveredEntry() {
+void FrmQOR::reopenRecoveredEntry()
+{
     const auto entry = billing::decodeEntry(std::exchange(m_recoveredEntry, {}));
     if (!entry) return;
     cmdTabClick(2);
     billPeriodPanel()->reopenEntry(*entry);
 }
 
-void FrmQOR::loadDatabaseAndRefresh() {
+void FrmQOR::loadDatabaseAndRefresh()
+{
     customerPanel()->showAddNew();
     m_session->load();
     refreshAfterLoad();
 }
 
-void FrmQOR::refreshAfterLoad() {
+void FrmQOR::refreshAfterLoad()
+{
     if (customerPanel()->rowCount() > 0)
         customerPanel()->showCustomerDetails();
     applySettings();
@@ -376,7 +392,8 @@ void FrmQOR::refreshAfterLoad() {
 // ---------------------------------------------------------------------------
 // Panels and size
 
-void FrmQOR::cmdTabClick(int index) {
+void FrmQOR::cmdTabClick(int index)
+{
     if (index < 0 || index > 6)
         return;
     m_panels[size_t(m_currentPanel)]->setVisible(false);
@@ -385,7 +402,8 @@ void FrmQOR::cmdTabClick(int index) {
     m_panels[size_t(m_currentPanel)]->setVisible(true);
 }
 
-void FrmQOR::arrangePanels(int index) {
+void FrmQOR::arrangePanels(int index)
+{
     const double W = formWidthTwips(this) - 1665;
     const double H = formHeightTwips(this) - 510;
     Panel *current = m_panels[size_t(m_currentPanel)];
@@ -397,12 +415,14 @@ void FrmQOR::arrangePanels(int index) {
     m_panels[size_t(index)]->arrange(W, H, M);
 }
 
-void FrmQOR::resizeEvent(QResizeEvent *event) {
+void FrmQOR::resizeEvent(QResizeEvent *event)
+{
     QWidget::resizeEvent(event);
     formResize();
 }
 
-void FrmQOR::changeEvent(QEvent *event) {
+void FrmQOR::changeEvent(QEvent *event)
+{
     QWidget::changeEvent(event);
     if (event->type() != QEvent::WindowStateChange)
         return;
@@ -414,7 +434,8 @@ void FrmQOR::changeEvent(QEvent *event) {
     m_wasMinimized = minimized;
 }
 
-void FrmQOR::formResize() {
+void FrmQOR::formResize()
+{
     if (isMinimized() || m_loadingForm)
         return;
     const double w = formWidthTwips(this);
@@ -428,13 +449,15 @@ void FrmQOR::formResize() {
 // ---------------------------------------------------------------------------
 // Expert mode, settings, entry fields
 
-void FrmQOR::applyExpertMode() {
+void FrmQOR::applyExpertMode()
+{
     const bool expert = optionsPanel()->expertMode();
     for (Panel *panel : m_panels)
         panel->applyExpertMode(expert);
 }
 
-void FrmQOR::applySettings() {
+void FrmQOR::applySettings()
+{
     optionsPanel()->applySettings();
     printOptionsPanel()->applySettings();
 }
@@ -442,7 +465,8 @@ void FrmQOR::applySettings() {
 // ---------------------------------------------------------------------------
 // Reading and saving
 
-void FrmQOR::placeholderCreated() {
+void FrmQOR::placeholderCreated()
+{
     const QString key = QStringLiteral("DeletedCustomer");
     if (!isVisible()) {
         // The first read comes before the window is on screen: the message
@@ -463,7 +487,8 @@ void FrmQOR::placeholderCreated() {
     showDatabaseChanged(true);
 }
 
-bool FrmQOR::saveDatabase() {
+bool FrmQOR::saveDatabase()
+{
     if (!m_session->save())
         return false;
     if (m_panels[0]->isVisible())
@@ -473,20 +498,22 @@ bool FrmQOR::saveDatabase() {
 
 void FrmQOR::cmdSaveClick() { saveDatabase(); }
 
-void FrmQOR::cmdCancelClick() {
+void FrmQOR::cmdCancelClick()
+{
     const QString text = QStringList{
         QStringLiteral("Are you sure you want to abandon all your changes?"), QString(),
         QStringLiteral("Press OK to abandon all changes and reload the database file as it was originally."),
         QStringLiteral("Press Cancel to keep your changes and continue.")}
                              .join(CRLF);
     const auto answer = DialogService::current().warning(this, QStringLiteral("ABANDON ALL CHANGES???"), text,
-                                                          QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok);
+                                                         QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok);
     if (answer != QMessageBox::Ok || !entryguard::mayDropEntry(m_trees, this))
         return;
     m_session->reload();
 }
 
-void FrmQOR::cmdChangePathClick(int index) {
+void FrmQOR::cmdChangePathClick(int index)
+{
     if (index == int(Session::FileButton::Save)) {
         saveDatabase();
         return;
@@ -497,7 +524,8 @@ void FrmQOR::cmdChangePathClick(int index) {
     refreshAfterLoad();
 }
 
-bool FrmQOR::openRequested(const QString &path) {
+bool FrmQOR::openRequested(const QString &path)
+{
     // A window still loading, or a question on screen, is seen to first; the
     // file waits for it.
     if (m_loadingForm || QApplication::activeModalWidget()) {
@@ -520,7 +548,8 @@ bool FrmQOR::openRequested(const QString &path) {
     return true;
 }
 
-void FrmQOR::cmdCloseBooksClick() {
+void FrmQOR::cmdCloseBooksClick()
+{
     if (!m_session->closeBooks())
         return;
     optionsPanel()->showDatabasePath();
@@ -534,7 +563,8 @@ bool FrmQOR::cmdOpenHelpClick() { return userguide::open(this); }
 // ---------------------------------------------------------------------------
 // Form_Unload
 
-void FrmQOR::closeEvent(QCloseEvent *event) {
+void FrmQOR::closeEvent(QCloseEvent *event)
+{
     settings::putStoredSetting(QStringLiteral("LastClicked"), QString::number(m_currentPanel));
     // The notice of a new version is answered first; DOWNLOAD hides it.
     if (maintenance::FrmUpdate::isShowing()) {

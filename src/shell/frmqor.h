@@ -1,14 +1,15 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // frmQOR: the one main window — the column of seven tab buttons, the seven
 // panels, the save and abandon buttons. The books it shows belong to a
 // session (see session.h).
 #include "appcontext.h"
-#include "uiservices/frmchecking.h"
-#include "database/database.h"
 #include "billing/invoicetrees.h"
+#include "database/database.h"
 #include "shell/session.h"
 #include "shell/singleinstance.h"
 #include "shell/windowquestions.h"
+#include "uiservices/frmchecking.h"
 
 #include <QString>
 #include <QTimer>
@@ -81,7 +82,7 @@ public:
     void refreshAfterLoad();
     // The timer that writes the recovery copy (tests look, never wait).
     const QTimer &recoveryTimer() const { return m_recoveryTimer; }
-    bool saveDatabase();   // false when the save failed (the user was told)
+    bool saveDatabase();  // false when the save failed (the user was told)
     void applySettings();
     void applyExpertMode();
 
@@ -121,8 +122,8 @@ public:
     QString currencySymbol() const { return m_currencySymbol; }
 
 protected:
-    void closeEvent(QCloseEvent *event) override;   // Form_Unload
-    void resizeEvent(QResizeEvent *event) override; // Form_Resize
+    void closeEvent(QCloseEvent *event) override;    // Form_Unload
+    void resizeEvent(QResizeEvent *event) override;  // Form_Resize
     void changeEvent(QEvent *event) override;
 
 private:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/instancechannel.h"
 
 #include "shell/singleinstance.h"
@@ -17,12 +18,14 @@ InstanceChannel::InstanceChannel(QObject *parent) : QObject(parent) {}
 
 InstanceChannel::~InstanceChannel() = default;
 
-QString InstanceChannel::defaultName() {
+QString InstanceChannel::defaultName()
+{
     const QString lock = SingleInstanceGuard::lockPath();
     return lock.left(lock.lastIndexOf(QLatin1String(".lock"))) + QStringLiteral(".socket");
 }
 
-bool InstanceChannel::listen(const QString &name) {
+bool InstanceChannel::listen(const QString &name)
+{
     delete m_server;
     m_server = new QLocalServer(this);
     // The user alone may hand files to the program.
@@ -32,7 +35,8 @@ bool InstanceChannel::listen(const QString &name) {
     return m_server->listen(name);
 }
 
-void InstanceChannel::accept() {
+void InstanceChannel::accept()
+{
     while (QLocalSocket *socket = m_server->nextPendingConnection()) {
         connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
         auto take = [this, socket] {
@@ -50,7 +54,8 @@ void InstanceChannel::accept() {
     }
 }
 
-bool InstanceChannel::handOver(const QString &file, const QString &name, int timeoutMs) {
+bool InstanceChannel::handOver(const QString &file, const QString &name, int timeoutMs)
+{
     QLocalSocket socket;
     socket.connectToServer(name);
     if (!socket.waitForConnected(timeoutMs)) return false;

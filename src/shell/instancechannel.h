@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The line between a second start of the program and the copy already
 // running: the second start hands over the file it was given (or nothing)

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The program: one copy per user, then the main window. The process ends when
 // the last window has closed.
 #include "database/filesafety.h"
+#include "settings/settingsstore.h"
 #include "shell/frmqor.h"
 #include "shell/instancechannel.h"
 #include "shell/session.h"
-#include "settings/settingsstore.h"
 #include "shell/singleinstance.h"
 #include "uiservices/clsdialogs.h"
 #include "uiservices/dialogservice.h"
@@ -14,7 +15,8 @@
 
 #include <sys/stat.h>
 
-int main(int argc, char *argv[]) {
+int main(int argc, char *argv[])
+{
     // Every file and folder the program makes is the user's alone.
     ::umask(077);
     // Temporaries older than this are leftovers of an interrupted save.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/optionspanel.h"
 
 #include "mailgui/frmemailsettings.h"
@@ -7,11 +8,11 @@
 #include "uiservices/twips.h"
 
 #include <QAbstractButton>
-#include <QDir>
 #include <QCheckBox>
+#include <QDir>
 #include <QEvent>
-#include <QLabel>
 #include <QGroupBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMouseEvent>
@@ -211,8 +212,7 @@ bool OptionsPanel::checkToConfirmEdits() const
 
 bool OptionsPanel::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::MouseButtonRelease
-        && watched == m_checkForNewVersion) {
+    if (event->type() == QEvent::MouseButtonRelease && watched == m_checkForNewVersion) {
         auto *me = static_cast<QMouseEvent *>(event);
         auto *w = static_cast<QWidget *>(watched);
         if (me->button() == Qt::LeftButton && w->rect().contains(me->position().toPoint())) {

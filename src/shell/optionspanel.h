@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // fraMain(5), Options: the database path and its file buttons, closing the
 // books, the confirm-edits and expert-mode boxes, the version and help.
@@ -62,15 +63,15 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    QLabel *m_version = nullptr;            // lblVersionNumber
+    QLabel *m_version = nullptr;              // lblVersionNumber
     QWidget *m_checkForNewVersion = nullptr;  // lblCheckForNewVersion
-    QCheckBox *m_confirmEdits = nullptr;    // chkCheckToConfirmEdits
-    QCheckBox *m_expertMode = nullptr;      // chkExpertMode
-    QLineEdit *m_path = nullptr;            // txtChangePath
-    QLabel *m_recoveryCopy = nullptr;       // lblRecoveryCopy
-    QListWidget *m_versions = nullptr;      // lstVersions
+    QCheckBox *m_confirmEdits = nullptr;      // chkCheckToConfirmEdits
+    QCheckBox *m_expertMode = nullptr;        // chkExpertMode
+    QLineEdit *m_path = nullptr;              // txtChangePath
+    QLabel *m_recoveryCopy = nullptr;         // lblRecoveryCopy
+    QListWidget *m_versions = nullptr;        // lstVersions
     QPushButton *m_restoreVersion = nullptr;  // cmdRestoreVersion
-    std::array<QSpinBox *, 3> m_limits{};   // spnVersionsKept, spnVersionsDays, spnVersionsMaxMB
+    std::array<QSpinBox *, 3> m_limits{};     // spnVersionsKept, spnVersionsDays, spnVersionsMaxMB
     void buildVersionControls();
 };
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The panel base: builds a panel's controls from the roster and lays them out
 // for the window's size by one table of rules.
 #include "shell/panel.h"
@@ -19,7 +20,12 @@ namespace qor {
 
 namespace {
 
-enum class Prop : quint8 { Left, Top, Width, Height, ColumnWidth, Visible };
+enum class Prop : quint8 { Left,
+                           Top,
+                           Width,
+                           Height,
+                           ColumnWidth,
+                           Visible };
 
 // What a rule's value is made of.
 enum class Base : quint8 {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Base of the seven panels fraMain(0)..fraMain(6). A panel builds its controls
 // from the roster (see roster.h), resolves the ones it uses by their control
@@ -24,7 +25,9 @@ public:
     // Look-ups by name, for tests and tools; a panel's own code holds its
     // controls as typed members, resolved once with require().
     QWidget *controlWidget(const QString &name) const { return m_controls.value(name); }
-    template <class T> T *control(const QString &name) const {
+    template <class T>
+    T *control(const QString &name) const
+    {
         return qobject_cast<T *>(m_controls.value(name));
     }
 
@@ -44,20 +47,23 @@ protected:
     // roster does not have, or a control of another type, is a fault in the
     // program: it stops here, at the start, rather than leave a control that
     // silently does nothing.
-    template <class T = QWidget> T *require(const QString &name) const {
+    template <class T = QWidget>
+    T *require(const QString &name) const
+    {
         T *w = qobject_cast<T *>(m_controls.value(name));
         if (!w)
             missingControl(name, T::staticMetaObject.className());
         return w;
     }
-    template <class T = QWidget> T *require(const char *name) const { return require<T>(QString::fromLatin1(name)); }
+    template <class T = QWidget>
+    T *require(const char *name) const { return require<T>(QString::fromLatin1(name)); }
 
     AppContext &ctx;
     QHash<QString, QWidget *> m_controls;
 
 private:
     [[noreturn]] void missingControl(const QString &name, const char *type) const;
-    struct Placed;          // a layout rule with its controls resolved
+    struct Placed;  // a layout rule with its controls resolved
     std::vector<Placed> m_placed;
     std::vector<QWidget *> m_hints;  // hidden in expert mode
     QWidget *m_top = nullptr;        // lblTop(i)

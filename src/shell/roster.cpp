@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The roster of the seven panels as data, and the builder that makes widgets
 // of it. One row per control; the program reads the rows, so the place,
 // caption and start state of a control is changed in one spot.
@@ -5,9 +6,9 @@
 #include "uiservices/caption.h"
 #include "uiservices/fonts.h"
 
-#include "uiservices/twips.h"
 #include "uiservices/assetpaths.h"
 #include "uiservices/hovercommand.h"
+#include "uiservices/twips.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -345,8 +346,7 @@ QWidget *makeWidget(const Entry &e, QWidget *parent)
 
 QPalette::ColorRole backRole(const QWidget *w)
 {
-    if (qobject_cast<const QLineEdit *>(w) || qobject_cast<const QPlainTextEdit *>(w)
-        || qobject_cast<const QComboBox *>(w) || qobject_cast<const QAbstractItemView *>(w))
+    if (qobject_cast<const QLineEdit *>(w) || qobject_cast<const QPlainTextEdit *>(w) || qobject_cast<const QComboBox *>(w) || qobject_cast<const QAbstractItemView *>(w))
         return QPalette::Base;
     if (qobject_cast<const QAbstractButton *>(w))
         return QPalette::Button;
@@ -355,8 +355,7 @@ QPalette::ColorRole backRole(const QWidget *w)
 
 QPalette::ColorRole foreRole(const QWidget *w)
 {
-    if (qobject_cast<const QLineEdit *>(w) || qobject_cast<const QPlainTextEdit *>(w)
-        || qobject_cast<const QComboBox *>(w) || qobject_cast<const QAbstractItemView *>(w))
+    if (qobject_cast<const QLineEdit *>(w) || qobject_cast<const QPlainTextEdit *>(w) || qobject_cast<const QComboBox *>(w) || qobject_cast<const QAbstractItemView *>(w))
         return QPalette::Text;
     if (qobject_cast<const QPushButton *>(w))
         return QPalette::ButtonText;
@@ -577,8 +576,7 @@ void build(int panelIndex, QWidget *panel, QHash<QString, QWidget *> &controls)
         // a name stored now would stay behind when the caption changes.
         // Padded captions keep a stored, trimmed name.
         const QString caption = QString::fromUtf8(e->caption);
-        const bool speaksCaption = !e->accessible && caption == caption.trimmed()
-                                   && (qobject_cast<QLabel *>(w) || qobject_cast<QAbstractButton *>(w));
+        const bool speaksCaption = !e->accessible && caption == caption.trimmed() && (qobject_cast<QLabel *>(w) || qobject_cast<QAbstractButton *>(w));
         if (!speaksCaption)
             w->setAccessibleName(accessibleNameOf(*e));
         setForeColour(w, e->fore);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The roster of the seven panels: every control of fraMain(0)..fraMain(6) as
 // one row of data (name, kind, caption, place in twips, tab index, start
@@ -47,18 +48,21 @@ enum Flag : quint16 {
 
 // Fonts that differ from the rule of the kind and panel.
 enum class FontStyle : quint8 {
-    ByRule,       // buttons Tahoma 9.75 bold; text boxes, drop-downs Tahoma 9 bold;
-                  // labels on panels 0-3 Tahoma 9 bold; labels, check boxes,
-                  // options and frames on panels 4-6 Arial 8.25 bold
-    FieldLabel,   // Tahoma 9.75 bold (the entry labels of the customer panel)
-    Title,        // Arial 14.25 bold (lblTop)
-    Italic,       // Tahoma 9 italic, not bold
-    Arial12,      // Arial 12 bold
-    Link,         // Tahoma 9 bold underlined
-    Arrow,        // Arial 18 bold
+    ByRule,      // buttons Tahoma 9.75 bold; text boxes, drop-downs Tahoma 9 bold;
+                 // labels on panels 0-3 Tahoma 9 bold; labels, check boxes,
+                 // options and frames on panels 4-6 Arial 8.25 bold
+    FieldLabel,  // Tahoma 9.75 bold (the entry labels of the customer panel)
+    Title,       // Arial 14.25 bold (lblTop)
+    Italic,      // Tahoma 9 italic, not bold
+    Arial12,     // Arial 12 bold
+    Link,        // Tahoma 9 bold underlined
+    Arrow,       // Arial 18 bold
 };
 
-enum class Align : quint8 { ByRule, Left, Centre, Right };
+enum class Align : quint8 { ByRule,
+                            Left,
+                            Centre,
+                            Right };
 
 // Colours are stored values as in uiservices/olecolor.h (plain RGB or a
 // system colour resolved when used); NoColour keeps the widget's own.
@@ -66,15 +70,15 @@ inline constexpr OleColor NoColour = 0xFFFFFFFFu;
 constexpr OleColor rgb(int r, int g, int b) { return oleFromRgb(r, g, b); }
 
 struct Entry {
-    int panel;               // 0..6
-    const char *parent;      // group frame holding the control, nullptr: the panel
-    const char *name;        // control name, the widget's objectName
+    int panel;           // 0..6
+    const char *parent;  // group frame holding the control, nullptr: the panel
+    const char *name;    // control name, the widget's objectName
     Kind kind;
-    const char *caption;     // caption or start text, "&" hot keys as written
+    const char *caption;           // caption or start text, "&" hot keys as written
     int left, top, width, height;  // twips
-    int tab;                 // position in the window's tab order
+    int tab;                       // position in the window's tab order
     quint16 flags = NoFlags;
-    int maxLength = 0;       // text boxes: 0 means no limit
+    int maxLength = 0;                 // text boxes: 0 means no limit
     const char *accessible = nullptr;  // nullptr: the caption without hot-key marks
     FontStyle font = FontStyle::ByRule;
     Align align = Align::ByRule;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/session.h"
 
 #include "database/filesafety.h"
@@ -12,10 +13,10 @@
 #include <algorithm>
 #include <exception>
 
-#include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <cerrno>
 
 namespace qor {
 
@@ -167,25 +168,23 @@ std::unique_ptr<FileLock> Session::lockFor(const QString &path, bool &readOnly)
     for (;;) {
         const QString text =
             QStringLiteral("The database \"%1\" is in use by %2.").arg(shown(path), lock->holderText()) + CRLF + CRLF +
-            QStringLiteral("Open it read-only, take it over (only when that program no longer runs, for instance "
-                           "after its computer crashed), or cancel?");
+            QStringLiteral(
+                "Open it read-only, take it over (only when that program no longer runs, for instance "
+                "after its computer crashed), or cancel?");
         const auto answer =
             m_ask->ask(
-                {Tone::Warning, SessionTitle, text,
-                 {Answer::Open, Answer::Ignore, Answer::Cancel}, Answer::Open,
-                 {{Answer::Open, QStringLiteral("Open &Read-Only")},
-                  {Answer::Ignore, QStringLiteral("&Take Over")}}});
+                {Tone::Warning, SessionTitle, text, {Answer::Open, Answer::Ignore, Answer::Cancel}, Answer::Open, {{Answer::Open, QStringLiteral("Open &Read-Only")}, {Answer::Ignore, QStringLiteral("&Take Over")}}});
         if (answer == Answer::Open) {
             readOnly = true;
             return lock;
         }
         if (answer != Answer::Ignore) return nullptr;
         const auto sure = m_ask->ask(
-            {Tone::Warning, SessionTitle,
-             QStringLiteral("Take over \"%1\" only if %2 no longer uses it. If that program still has it "
-                            "open, whichever saves last overwrites the other's changes.")
-                 .arg(shown(path), lock->holderText()),
-             {Answer::Ok, Answer::Cancel}, Answer::Cancel,
+            {Tone::Warning, SessionTitle, QStringLiteral("Take over \"%1\" only if %2 no longer uses it. If that program still has it "
+                                                         "open, whichever saves last overwrites the other's changes.")
+                                              .arg(shown(path), lock->holderText()),
+             {Answer::Ok, Answer::Cancel},
+             Answer::Cancel,
              {{Answer::Ok, QStringLiteral("&Take Over")}}});
         if (sure != Answer::Ok) continue;
         if (lock->takeOver() == FileLock::Result::Locked) return lock;
@@ -228,8 +227,7 @@ void Session::tellRejected(const ReadResult &result, const QString &path, bool d
                          QStringLiteral("The newest earlier version, saved on %1, can be opened instead.")
                              .arg(newest.time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
     const auto answer = m_ask->ask(
-        {Tone::Warning, SessionTitle, text, {Answer::Open, Answer::Ok}, Answer::Ok,
-         {{Answer::Open, QStringLiteral("Open the Newest &Version")}}});
+        {Tone::Warning, SessionTitle, text, {Answer::Open, Answer::Ok}, Answer::Ok, {{Answer::Open, QStringLiteral("Open the Newest &Version")}}});
     if (answer == Answer::Open) adopt(newest.path, path, true, drop);
 }
 
@@ -390,13 +388,7 @@ bool Session::save()
     const Stamp now = stampOf(m_path);
     if (m_stamp.exists && now.exists && !(now == m_stamp)) {
         const auto answer = m_ask->ask(
-            {Tone::Warning, SessionTitle,
-             QStringLiteral("The database \"%1\" was changed on disk by another program after it was opened here.")
-                     .arg(shown(m_path)) +
-                 CRLF + CRLF +
-                 QStringLiteral("Overwrite it with the books as they stand here, save them elsewhere, or cancel?"),
-             {Answer::Yes, Answer::Save, Answer::Cancel}, Answer::Cancel,
-             {{Answer::Yes, QStringLiteral("&Overwrite")}, {Answer::Save, QStringLiteral("Save &Elsewhere...")}}});
+            {Tone::Warning, SessionTitle, QStringLiteral("The database \"%1\" was changed on disk by another program after it was opened here.").arg(shown(m_path)) + CRLF + CRLF + QStringLiteral("Overwrite it with the books as they stand here, save them elsewhere, or cancel?"), {Answer::Yes, Answer::Save, Answer::Cancel}, Answer::Cancel, {{Answer::Yes, QStringLiteral("&Overwrite")}, {Answer::Save, QStringLiteral("Save &Elsewhere...")}}});
         if (answer == Answer::Save) return saveAs();
         if (answer != Answer::Yes) return false;
     }
@@ -417,10 +409,7 @@ bool Session::saveAs()
     }
     if (QFileInfo::exists(path)) {
         const auto answer = m_ask->ask(
-            {Tone::Warning, SessionTitle,
-             QStringLiteral("The file \"%1\" already exists.").arg(shown(path)) + CRLF +
-                 QStringLiteral("Do you want to replace it?"),
-             {Answer::Yes, Answer::No}, Answer::No});
+            {Tone::Warning, SessionTitle, QStringLiteral("The file \"%1\" already exists.").arg(shown(path)) + CRLF + QStringLiteral("Do you want to replace it?"), {Answer::Yes, Answer::No}, Answer::No});
         if (answer != Answer::Yes) return false;
     }
     auto lock = std::make_unique<FileLock>(path);
@@ -454,11 +443,7 @@ Session::Unsaved Session::settleUnsavedChanges()
     // An empty database (a first start) has nothing to lose.
     if (!m_db.isChanged() || hasNothingToLose()) return Unsaved::None;
     const auto answer = m_ask->ask(
-        {Tone::Warning, SessionTitle,
-         QStringLiteral("The changes to \"%1\" are not saved.").arg(shown(m_path)) + CRLF + CRLF +
-             QStringLiteral("Do you want to save them first?"),
-         {Answer::Save, Answer::Discard, Answer::Cancel}, Answer::Save,
-         {{Answer::Save, QStringLiteral("&Save")}, {Answer::Discard, QStringLiteral("&Discard")}}});
+        {Tone::Warning, SessionTitle, QStringLiteral("The changes to \"%1\" are not saved.").arg(shown(m_path)) + CRLF + CRLF + QStringLiteral("Do you want to save them first?"), {Answer::Save, Answer::Discard, Answer::Cancel}, Answer::Save, {{Answer::Save, QStringLiteral("&Save")}, {Answer::Discard, QStringLiteral("&Discard")}}});
     if (answer == Answer::Save) return save() ? Unsaved::Saved : Unsaved::Cancel;
     if (answer == Answer::Discard) return Unsaved::Discard;
     return Unsaved::Cancel;
@@ -503,11 +488,7 @@ bool Session::keepBeforeDropping()
     for (;;) {
         if (!keepUnsavedChanges().isEmpty()) return true;
         const auto answer = m_ask->ask(
-            {Tone::Critical, SessionTitle,
-             QStringLiteral("The unsaved changes could not be kept in a safety copy:") + CRLF + m_copyProblem +
-                 CRLF + CRLF + QStringLiteral("Save them under another name, discard them, or cancel?"),
-             {Answer::Save, Answer::Discard, Answer::Cancel}, Answer::Save,
-             {{Answer::Save, QStringLiteral("Save &As...")}, {Answer::Discard, QStringLiteral("&Discard")}}});
+            {Tone::Critical, SessionTitle, QStringLiteral("The unsaved changes could not be kept in a safety copy:") + CRLF + m_copyProblem + CRLF + CRLF + QStringLiteral("Save them under another name, discard them, or cancel?"), {Answer::Save, Answer::Discard, Answer::Cancel}, Answer::Save, {{Answer::Save, QStringLiteral("Save &As...")}, {Answer::Discard, QStringLiteral("&Discard")}}});
         if (answer == Answer::Discard) return true;
         if (answer != Answer::Save) return false;
         // Saved elsewhere, the changes are safe and the step goes on.
@@ -535,10 +516,7 @@ bool Session::changePath(FileButton button)
     // A name that is taken, also once ".xml" is added, would not be new.
     if (QFileInfo::exists(path) || QFileInfo::exists(withXmlExtension(path))) {
         m_ask->ask(
-            {Tone::Plain, SessionTitle,
-             QStringLiteral("If you want to create a new database,") + CRLF +
-                 QStringLiteral("you'll need to type in a new (unique) file name."),
-             {Answer::Ok}, Answer::Ok});
+            {Tone::Plain, SessionTitle, QStringLiteral("If you want to create a new database,") + CRLF + QStringLiteral("you'll need to type in a new (unique) file name."), {Answer::Ok}, Answer::Ok});
         return false;
     }
     path = absolute(withXmlExtension(path));
@@ -596,10 +574,7 @@ bool Session::closeBooks()
     // be overwritten.
     if (path.isEmpty() || QFileInfo::exists(path) || QFileInfo::exists(withXmlExtension(path))) {
         m_ask->ask(
-            {Tone::Plain, SessionTitle,
-             QStringLiteral("If you want to close the books and continue with a new database,") + CRLF +
-                 QStringLiteral("you'll need to type in a new (unique) file name for the new database."),
-             {Answer::Ok}, Answer::Ok});
+            {Tone::Plain, SessionTitle, QStringLiteral("If you want to close the books and continue with a new database,") + CRLF + QStringLiteral("you'll need to type in a new (unique) file name for the new database."), {Answer::Ok}, Answer::Ok});
         return false;
     }
     path = absolute(withXmlExtension(path));
@@ -614,7 +589,7 @@ bool Session::closeBooks()
     auto lock = std::make_unique<FileLock>(path);
     if (lock->tryLock() == FileLock::Result::Held) {
         tell(Tone::Critical, QStringLiteral("The new database \"%1\" is in use by %2.")
-                                              .arg(shown(path), lock->holderText()));
+                                 .arg(shown(path), lock->holderText()));
         return false;
     }
     Database::SaveOptions options;
@@ -750,13 +725,10 @@ bool Session::offerRecovery()
     const QString when = pending->written.isValid() ? pending->written.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))
                                                     : QStringLiteral("an unknown time");
     const auto answer = m_ask->ask(
-        {Tone::Question, QStringLiteral("Recover unsaved changes"),
-         QStringLiteral("Qorvane ended without saving the changes to \"%1\". A copy of them was kept at %2.")
-                 .arg(shown(pending->original), when) +
-             CRLF + CRLF +
-             QStringLiteral("Restore them? (Discard keeps the copy among the safety copies on the Options "
-                            "panel.)"),
-         {Answer::Yes, Answer::Discard}, Answer::Yes,
+        {Tone::Question, QStringLiteral("Recover unsaved changes"), QStringLiteral("Qorvane ended without saving the changes to \"%1\". A copy of them was kept at %2.").arg(shown(pending->original), when) + CRLF + CRLF + QStringLiteral("Restore them? (Discard keeps the copy among the safety copies on the Options "
+                                                                                                                                                                                                                                            "panel.)"),
+         {Answer::Yes, Answer::Discard},
+         Answer::Yes,
          {{Answer::Yes, QStringLiteral("&Restore")}, {Answer::Discard, QStringLiteral("&Discard")}}});
     if (answer == Answer::Yes) {
         // Restored changes count as unsaved: the copy stays until they are

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The open books: the database, the file it belongs to and the operations on
 // that file as a whole. The windows show the database; the session reads and
@@ -69,7 +70,10 @@ public:
     bool isReadOnly() const { return m_readOnly; }
 
     // The file buttons cmdChangePath(0..3).
-    enum class FileButton { New = 0, Open = 1, Save = 2, SaveAs = 3 };
+    enum class FileButton { New = 0,
+                            Open = 1,
+                            Save = 2,
+                            SaveAs = 3 };
     // The filter of the database dialogs, in the bar form.
     static const QString DatabaseFilter;
     // A name whose last four letters are not ".xml" in any case gets ".xml".
@@ -150,7 +154,10 @@ signals:
     void entryRecovered(const QByteArray &entry);
 
 private:
-    enum class Unsaved { None, Saved, Discard, Cancel };
+    enum class Unsaved { None,
+                         Saved,
+                         Discard,
+                         Cancel };
     Unsaved settleUnsavedChanges();
     bool openChosen(const QString &path, Unsaved unsaved);
     bool keepBeforeDropping();

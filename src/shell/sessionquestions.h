@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // What the session needs from the user, said without a window: the session
 // decides which question a step needs and what each answer does; whoever owns
@@ -17,10 +18,21 @@ inline const QString SessionTitle = QStringLiteral("QOR");
 
 class SessionQuestions {
 public:
-    enum class Tone { Plain, Information, Question, Warning, Critical };
+    enum class Tone { Plain,
+                      Information,
+                      Question,
+                      Warning,
+                      Critical };
     // The answers a session question can have; Cancel also stands for a
     // question closed unanswered.
-    enum class Answer { Ok, Cancel, Yes, No, Save, Discard, Open, Ignore };
+    enum class Answer { Ok,
+                        Cancel,
+                        Yes,
+                        No,
+                        Save,
+                        Discard,
+                        Open,
+                        Ignore };
     struct Question {
         Tone tone = Tone::Plain;
         QString title, text;

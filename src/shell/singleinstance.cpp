@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/singleinstance.h"
 
 #include "database/filesafety.h"
@@ -10,7 +11,8 @@
 
 namespace qor {
 
-SingleInstanceGuard::SingleInstanceGuard() {
+SingleInstanceGuard::SingleInstanceGuard()
+{
     m_lock = std::make_unique<QLockFile>(lockPath());
     // Age alone never makes the lock stale: a copy may run for days. A lock
     // whose process has gone is taken over by tryLock all the same.
@@ -18,12 +20,14 @@ SingleInstanceGuard::SingleInstanceGuard() {
     m_locked = isAnotherCopyRunning(*m_lock) == false;
 }
 
-SingleInstanceGuard::~SingleInstanceGuard() {
+SingleInstanceGuard::~SingleInstanceGuard()
+{
     if (m_lock->isLocked())
         m_lock->unlock();
 }
 
-bool SingleInstanceGuard::isAnotherCopyRunning(QLockFile &lock) {
+bool SingleInstanceGuard::isAnotherCopyRunning(QLockFile &lock)
+{
     if (lock.tryLock(0))
         return false;
     // Only a lock that another live copy holds means one is running. A
@@ -32,7 +36,8 @@ bool SingleInstanceGuard::isAnotherCopyRunning(QLockFile &lock) {
     return lock.error() == QLockFile::LockFailedError;
 }
 
-QString SingleInstanceGuard::lockPath() {
+QString SingleInstanceGuard::lockPath()
+{
     // The runtime folder is per user, on a small memory file system, and has
     // nothing to do with the settings: a settings folder that can't be
     // written never reads as a running copy.

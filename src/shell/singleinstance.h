@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The lock that keeps a second copy of the program from starting.
 #include <QString>

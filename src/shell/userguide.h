@@ -27,7 +27,8 @@ using Opener = std::function<bool(const QUrl &)>;
 // Shows the guide in the desktop's viewer. When no viewer can be started,
 // or no copy can be had, the user is told where the guide is (or why there
 // is none) and false is returned.
-bool open(QWidget *owner, const QString &programFolder = QCoreApplication::applicationDirPath(),
-          const Opener &opener = [](const QUrl &url) { return QDesktopServices::openUrl(url); });
+bool open(
+    QWidget *owner, const QString &programFolder = QCoreApplication::applicationDirPath(),
+    const Opener &opener = [](const QUrl &url) { return QDesktopServices::openUrl(url); });
 
 }  // namespace qor::userguide

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The session's questions put to the user over a window, through the dialog
 // service (so a test of the window answers them in advance).

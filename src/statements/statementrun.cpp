@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "statements/statementrun.h"
 
-#include "database/filesafety.h"
 #include "database/database.h"
+#include "database/filesafety.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
 #include "settings/settingsstore.h"
@@ -52,7 +53,8 @@ RunValues storedRunValues(const Database &db, const QDate &asOf, bool reminder)
     run.company = db.company();
     // The layout the invoices print in; a number the forms don't have draws the first.
     const double chosen = regional::val(settings::read(Section, QStringLiteral("PrintPreviewSelected")));
-    run.templateNumber = chosen == 1 ? 1 : chosen == 2 ? 2 : 0;
+    run.templateNumber = chosen == 1 ? 1 : chosen == 2 ? 2
+                                                       : 0;
     run.asOf = asOf;
     run.reminder = reminder;
     if (reminder) run.letter = reminderText();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Statements and reminder letters as pages and PDF files, without windows:
 // the numbers of statements.h, the customer's fields and the company's

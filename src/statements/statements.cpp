@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "statements/statements.h"
 
 #include "billing/accounts.h"
@@ -63,7 +64,7 @@ struct PeriodInfo {
 // What the walk gathers for one customer.
 struct Gathered {
     Account account;
-    QString recordName;  // the name the records carry, for a customer the table lacks
+    QString recordName;                               // the name the records carry, for a customer the table lacks
     std::vector<std::pair<int, OpenRecord>> records;  // period order, record
 };
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // What the customers owe on a given day. For each customer who owes: the
 // records with a balance other than zero, oldest due first, the aging of what
@@ -22,7 +23,11 @@ class Database;
 namespace qor::statements {
 
 // The aging columns, by days past the bill due date.
-enum Bucket { NotYetDue, Days1To30, Days31To60, Days61To90, Over90Days };
+enum Bucket { NotYetDue,
+              Days1To30,
+              Days31To60,
+              Days61To90,
+              Over90Days };
 inline constexpr int BucketCount = 5;
 using Aging = std::array<Money, BucketCount>;
 
@@ -38,24 +43,24 @@ QDate storedDate(QStringView text);
 
 struct OpenRecord {
     QString period;
-    QString dueText;       // the date aged by, as the screen shows dates; as stored when it doesn't read
-    QDate due;             // the bill due date, else the period's end; invalid when neither reads
-    int daysPastDue = 0;   // from due to the day of the statement; 0 when undated
-    Money balance;         // never zero; below zero a credit
-    Money billed;          // the items at their present prices (Detail::Records only)
+    QString dueText;      // the date aged by, as the screen shows dates; as stored when it doesn't read
+    QDate due;            // the bill due date, else the period's end; invalid when neither reads
+    int daysPastDue = 0;  // from due to the day of the statement; 0 when undated
+    Money balance;        // never zero; below zero a credit
+    Money billed;         // the items at their present prices (Detail::Records only)
     Money paid() const { return billed - balance; }
     bool isCredit() const { return balance.isNegative(); }
 };
 
 struct Account {
-    QString cid;           // plain number
-    QString name;          // display name without the archive mark
+    QString cid;   // plain number
+    QString name;  // display name without the archive mark
     bool archived = false;
-    Aging aging{};         // what is owed, by days past due; credits are not in here
-    Money credits;         // the credits as a positive amount
-    Money total;           // the aging less the credits
-    QDate oldestDue;       // earliest due date of a balance owed; invalid when none is dated
-    int daysPastDue = 0;   // of that oldest balance; 0 when not yet due or undated
+    Aging aging{};        // what is owed, by days past due; credits are not in here
+    Money credits;        // the credits as a positive amount
+    Money total;          // the aging less the credits
+    QDate oldestDue;      // earliest due date of a balance owed; invalid when none is dated
+    int daysPastDue = 0;  // of that oldest balance; 0 when not yet due or undated
     // The open records, owed ones oldest due first, then the credits
     // (Detail::Records only).
     std::vector<OpenRecord> records;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // The customers who owe as a table for a view: name, total owed, the five
 // aging columns, the credits (so that the row adds up) and the oldest due
@@ -15,7 +16,12 @@ namespace qor::statements {
 class StatementsModel : public QAbstractTableModel {
     Q_OBJECT
 public:
-    enum Column { Name, Total, FirstAging, Credits = FirstAging + BucketCount, OldestDue, ColumnCount };
+    enum Column { Name,
+                  Total,
+                  FirstAging,
+                  Credits = FirstAging + BucketCount,
+                  OldestDue,
+                  ColumnCount };
 
     explicit StatementsModel(QObject *parent = nullptr);
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "uiservices/assetpaths.h"
 
 #include <QtCore/qglobal.h>
@@ -6,7 +7,8 @@ static void registerAssetResources() { Q_INIT_RESOURCE(assets); }
 
 namespace qor::assets {
 
-void ensureLoaded() {
+void ensureLoaded()
+{
     static const bool done = (registerAssetResources(), true);
     Q_UNUSED(done);
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Resource paths of the program's images (assets/assets.qrc, compiled into
 // qor_gui). Tab faces are indexed like the panels: 0 Customers, 1 Products,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "uiservices/buttonkeys.h"
 
 #include <QAccessible>
@@ -10,8 +11,7 @@ namespace qor {
 namespace {
 bool isEnter(const QKeyEvent *k)
 {
-    return (k->key() == Qt::Key_Return || k->key() == Qt::Key_Enter)
-           && !(k->modifiers() & (Qt::ControlModifier | Qt::AltModifier));
+    return (k->key() == Qt::Key_Return || k->key() == Qt::Key_Enter) && !(k->modifiers() & (Qt::ControlModifier | Qt::AltModifier));
 }
 
 class OffWindowAccessible : public QAccessibleWidget {

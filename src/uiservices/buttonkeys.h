@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Keyboard and screen-reader behaviour shared by the window's buttons.
 #include <QObject>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Captions carry hot keys: a single "&" marks the letter and isn't shown,
 // "&&" shows one ampersand.
@@ -6,7 +7,8 @@
 
 namespace qor {
 
-inline QString captionAsShown(QStringView caption) {
+inline QString captionAsShown(QStringView caption)
+{
     QString out;
     out.reserve(caption.size());
     for (qsizetype i = 0; i < caption.size(); ++i) {

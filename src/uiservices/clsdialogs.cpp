@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "uiservices/clsdialogs.h"
 
 #include "settings/settingsstore.h"
@@ -42,12 +43,13 @@ const DialogErrorName DialogErrors[] = {
 };
 
 // The filter list of a new object, in the bar form.
-const char *const DefaultFilter = "All Files (*.*)|*.*|Batch Files (*.BAT)|*.BAT|INF Files (*.INF)|*.INF|"
-                                  "SYS Files (*.SYS)|*.SYS|HTM Files (*.HTM)|*.HTM|Text Files (*.TXT)|*.TXT";
+const char *const DefaultFilter =
+    "All Files (*.*)|*.*|Batch Files (*.BAT)|*.BAT|INF Files (*.INF)|*.INF|"
+    "SYS Files (*.SYS)|*.SYS|HTM Files (*.HTM)|*.HTM|Text Files (*.TXT)|*.TXT";
 
 // The sixteen custom colours of a new object.
-const QRgb StartColors[8] = {qRgb(0, 0, 0),     qRgb(255, 255, 255), qRgb(255, 0, 0),   qRgb(0, 255, 0),
-                             qRgb(255, 255, 0), qRgb(0, 0, 255),     qRgb(255, 0, 255), qRgb(0, 255, 255)};
+const QRgb StartColors[8] = {qRgb(0, 0, 0), qRgb(255, 255, 255), qRgb(255, 0, 0), qRgb(0, 255, 0),
+                             qRgb(255, 255, 0), qRgb(0, 0, 255), qRgb(255, 0, 255), qRgb(0, 255, 255)};
 
 // The remembered keys, in the order they are written.
 const char *const Section = "DIALOGS";
@@ -176,8 +178,7 @@ QStringList ClsDIALOGS::dialogFilters() const
         QString pattern = parts.at(i + 1);
         pattern.replace(u';', u' ');
         // Qt reads the patterns from the brackets of the text it shows.
-        out << (description.contains(u'(' + pattern + u')') ? description : description + QStringLiteral(" (")
-                                                                                    + pattern + u')');
+        out << (description.contains(u'(' + pattern + u')') ? description : description + QStringLiteral(" (") + pattern + u')');
     }
     return out;
 }

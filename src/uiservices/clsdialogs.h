@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // clsDIALOGS: the file, font, colour, page setup, print and folder dialogs
 // behind one object of plain properties. It remembers the folders, files and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Every question the program puts to the user goes through one service:
 // message boxes, frmMessage, typed text, file names. The program uses the one
@@ -8,10 +9,10 @@
 #include <QFont>
 #include <QList>
 #include <QMargins>
-#include <QStringList>
-#include <array>
 #include <QMessageBox>
 #include <QString>
+#include <QStringList>
+#include <array>
 #include <deque>
 #include <optional>
 
@@ -43,15 +44,15 @@ public:
     struct FileRequest {
         bool save = false;
         QString title, folder;
-        QStringList filters;     // "Description (*.ext)", as Qt lists them
-        int filterIndex = 1;     // 1-based: the filter selected at the start
-        bool mustExist = false;  // open: only an existing file is accepted
-        bool multiple = false;   // open: several files may be chosen
+        QStringList filters;        // "Description (*.ext)", as Qt lists them
+        int filterIndex = 1;        // 1-based: the filter selected at the start
+        bool mustExist = false;     // open: only an existing file is accepted
+        bool multiple = false;      // open: several files may be chosen
         bool createPrompt = false;  // save: ask before a new file is named
     };
     struct FileReply {
-        QStringList files;       // empty: cancelled
-        int filterIndex = 1;     // 1-based: the filter selected at the end
+        QStringList files;    // empty: cancelled
+        int filterIndex = 1;  // 1-based: the filter selected at the end
     };
     // Page setup: paper and margins in thousandths of an inch.
     struct PageSetup {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "fonts.h"
 
 #include <QFont>
@@ -6,7 +7,8 @@
 
 namespace qor {
 
-void ensureDesignFonts() {
+void ensureDesignFonts()
+{
     static bool done = false;
     if (done) return;
     done = true;

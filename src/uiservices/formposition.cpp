@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "uiservices/formposition.h"
 
 #include "settings/settingsstore.h"
@@ -155,8 +156,7 @@ void restoreFormPosition(QWidget *form)
             centre(form);
     }
 
-    Qt::WindowStates st = form->windowState() & ~(Qt::WindowMinimized | Qt::WindowMaximized
-                                                   | Qt::WindowFullScreen);
+    Qt::WindowStates st = form->windowState() & ~(Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen);
     if (state == 1)
         st |= Qt::WindowMinimized;
     else if (state == 2)

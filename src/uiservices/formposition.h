@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Windows come back where the user left them: five values per form under the
 // settings section "FormPositions", keyed by the form's objectName.

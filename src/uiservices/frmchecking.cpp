@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "uiservices/frmchecking.h"
 
 #include "uiservices/formposition.h"
@@ -13,7 +14,8 @@
 namespace qor {
 
 namespace {
-QFont tahomaBold(double points) {
+QFont tahomaBold(double points)
+{
     QFont f(QStringLiteral("Tahoma"));
     f.setPointSizeF(points);
     f.setBold(true);
@@ -31,7 +33,8 @@ struct FrmChecking::Ui {
 FrmChecking::FrmChecking(QWidget *owner)
     : QWidget(owner, Qt::Window | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
                          Qt::MSWindowsFixedSizeDialogHint | Qt::CustomizeWindowHint),
-      ui(new Ui) {
+      ui(new Ui)
+{
     setObjectName(QStringLiteral("frmChecking"));
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(QString());
@@ -67,7 +70,8 @@ FrmChecking::FrmChecking(QWidget *owner)
 
 FrmChecking::~FrmChecking() { delete ui; }
 
-FrmChecking *CheckingWindowSlot::show() {
+FrmChecking *CheckingWindowSlot::show()
+{
     if (!m_window) {
         m_window = new FrmChecking(m_owner);
         m_window->show();
@@ -79,7 +83,8 @@ FrmChecking *CheckingWindowSlot::show() {
     return m_window;
 }
 
-void FrmChecking::setProgress(float percent) {
+void FrmChecking::setProgress(float percent)
+{
     ui->progress = percent;
     const int value = std::isfinite(percent) ? int(std::lround(percent)) : 0;
     ui->staChecking->setValue(qBound(0, value, 100));
@@ -87,13 +92,15 @@ void FrmChecking::setProgress(float percent) {
 
 float FrmChecking::progress() const { return ui->progress; }
 
-void FrmChecking::setResultWord(const QString &word) {
+void FrmChecking::setResultWord(const QString &word)
+{
     ui->lblStatus->setText(QStringLiteral("Entry ") + word + QStringLiteral("d."));
 }
 
 void FrmChecking::enableOK() { ui->cmdOK->setEnabled(true); }
 
-void FrmChecking::showOutcome(const QString &word) {
+void FrmChecking::showOutcome(const QString &word)
+{
     if (word.isEmpty()) return;
     setProgress(100);
     setResultWord(word);
@@ -103,7 +110,8 @@ QLabel *FrmChecking::lblStatus() const { return ui->lblStatus; }
 QProgressBar *FrmChecking::staChecking() const { return ui->staChecking; }
 QPushButton *FrmChecking::cmdOK() const { return ui->cmdOK; }
 
-void FrmChecking::closeEvent(QCloseEvent *event) {
+void FrmChecking::closeEvent(QCloseEvent *event)
+{
     // Unloading keeps the place for the next delete.
     saveFormPosition(this);
     QWidget::closeEvent(event);

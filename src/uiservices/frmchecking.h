@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // frmChecking: the small window that shows the scan of the invoice records
 // before a delete and ends by saying whether the entry was deleted or archived.
@@ -16,9 +17,9 @@ class FrmChecking : public QWidget {
 public:
     explicit FrmChecking(QWidget *owner);
 
-    void setProgress(float percent);         // staChecking, 0..100
-    float progress() const;                  // the last value given to setProgress
-    void setResultWord(const QString &word); // lblStatus = "Entry " + word + "d."
+    void setProgress(float percent);          // staChecking, 0..100
+    float progress() const;                   // the last value given to setProgress
+    void setResultWord(const QString &word);  // lblStatus = "Entry " + word + "d."
     void enableOK();
     // The end of a delete: the bar at 100 and the word ("delete" or
     // "archive") in lblStatus; nothing for an empty word.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // frmMessage: a message the user can switch off for good ("Don't Show this
 // Message Again."), with a mark per key in the settings section "Messages".

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "uiservices/hovercommand.h"
 
 #include "uiservices/assetpaths.h"
@@ -15,12 +16,14 @@ namespace qor {
 
 namespace hover {
 
-int pressOffset(int style, State state) {
+int pressOffset(int style, State state)
+{
     if (state != State::Pressed) return 0;
     return (style & Thin) ? 1 : 2;
 }
 
-Edge tableBorderFor(int style, State state) {
+Edge tableBorderFor(int style, State state)
+{
     if (style & NoBorder) return Edge::None;
     const bool flat = style & Flat;
     const bool thin = style & Thin;
@@ -29,7 +32,8 @@ Edge tableBorderFor(int style, State state) {
     return thin ? Edge::ThinRaised : Edge::Raised;
 }
 
-Edge borderFor(int style, State state, bool hasFocus) {
+Edge borderFor(int style, State state, bool hasFocus)
+{
     // A flat control with the focus stands out in state up; this ignores the
     // no-border bit on purpose, so the focus is always visible.
     if (hasFocus && (style & Flat) && state == State::Up)
@@ -37,19 +41,22 @@ Edge borderFor(int style, State state, bool hasFocus) {
     return tableBorderFor(style, state);
 }
 
-Background backgroundFor(int style, State state, bool hasBGPicture, bool grabBG) {
+Background backgroundFor(int style, State state, bool hasBGPicture, bool grabBG)
+{
     if (state == State::Hover && (style & HoverFill)) return Background::Highlight;
     if (!hasBGPicture && grabBG) return Background::Grab;
     if (!hasBGPicture) return Background::BackColor;
     return Background::Tiled;
 }
 
-PictureChoice pictureFor(State state, bool hasPicture, bool hasHovPicture) {
+PictureChoice pictureFor(State state, bool hasPicture, bool hasHovPicture)
+{
     if (state == State::Hover && hasHovPicture) return PictureChoice::HovPicture;
     return hasPicture ? PictureChoice::Picture : PictureChoice::None;
 }
 
-QRect focusRectFor(int style, bool hasFocus, bool hasHovPicture, int width, int height) {
+QRect focusRectFor(int style, bool hasFocus, bool hasHovPicture, int width, int height)
+{
     if (!hasFocus) return {};
     if (hasHovPicture && (style & EdgeFocus)) return {};
     const QRect whole(0, 0, width, height);
@@ -60,7 +67,8 @@ QRect focusRectFor(int style, bool hasFocus, bool hasHovPicture, int width, int 
 int roundHalfEven(double v) { return int(std::nearbyint(v)); }
 
 QPoint pictureOrigin(int hAlign, int width, int height, int pw, int ph, int textWidth,
-                     int borderOffset, int imageOffset, int pressOffset) {
+                     int borderOffset, int imageOffset, int pressOffset)
+{
     const int y = roundHalfEven((height - ph) / 2.0);
     int x = 0;
     switch (hAlign) {
@@ -73,7 +81,8 @@ QPoint pictureOrigin(int hAlign, int width, int height, int pw, int ph, int text
 }
 
 QPoint captionOrigin(int hAlign, int width, int height, int textWidth, int textHeight, int pw,
-                     int borderOffset, int imageOffset, int pressOffset) {
+                     int borderOffset, int imageOffset, int pressOffset)
+{
     const bool hasPicture = pw >= 0;
     const int y = roundHalfEven((height - textHeight) / 2.0);
     int x = 0;
@@ -89,7 +98,8 @@ QPoint captionOrigin(int hAlign, int width, int height, int textWidth, int textH
     return {x + pressOffset, y + pressOffset};
 }
 
-QImage keyedPicture(const QImage &picture) {
+QImage keyedPicture(const QImage &picture)
+{
     if (picture.isNull()) return {};
     QImage img = picture.convertToFormat(QImage::Format_ARGB32);
     const QRgb key = img.pixel(0, 0);
@@ -101,7 +111,8 @@ QImage keyedPicture(const QImage &picture) {
     return img;
 }
 
-QImage disabledPicture(const QImage &keyed, const QColor &light, const QColor &shadow) {
+QImage disabledPicture(const QImage &keyed, const QColor &light, const QColor &shadow)
+{
     if (keyed.isNull()) return {};
     QImage out(keyed.width() + 1, keyed.height() + 1, QImage::Format_ARGB32);
     out.fill(Qt::transparent);
@@ -123,7 +134,8 @@ using hover::State;
 
 namespace {
 
-int buttonValue(Qt::MouseButtons b) {
+int buttonValue(Qt::MouseButtons b)
+{
     int v = 0;
     if (b & Qt::LeftButton) v |= 1;
     if (b & Qt::RightButton) v |= 2;
@@ -131,7 +143,8 @@ int buttonValue(Qt::MouseButtons b) {
     return v;
 }
 
-int shiftValue(Qt::KeyboardModifiers m) {
+int shiftValue(Qt::KeyboardModifiers m)
+{
     int v = 0;
     if (m & Qt::ShiftModifier) v |= 1;
     if (m & Qt::ControlModifier) v |= 2;
@@ -139,7 +152,8 @@ int shiftValue(Qt::KeyboardModifiers m) {
     return v;
 }
 
-void drawEdge(QPainter &p, const QRect &r, hover::Edge edge, const QPalette &pal) {
+void drawEdge(QPainter &p, const QRect &r, hover::Edge edge, const QPalette &pal)
+{
     using hover::Edge;
     if (edge == Edge::None || r.width() < 2 || r.height() < 2) return;
     const QColor hilite = pal.color(QPalette::Active, QPalette::Light);
@@ -171,7 +185,8 @@ void drawEdge(QPainter &p, const QRect &r, hover::Edge edge, const QPalette &pal
 }
 
 // A dotted rectangle of every other pixel, in black.
-void drawFocusRect(QPainter &p, const QRect &r) {
+void drawFocusRect(QPainter &p, const QRect &r)
+{
     if (r.width() <= 0 || r.height() <= 0) return;
     p.setPen(Qt::black);
     for (int x = r.left(); x <= r.right(); ++x) {
@@ -186,7 +201,8 @@ void drawFocusRect(QPainter &p, const QRect &r) {
 
 }  // namespace
 
-HoverCommand::HoverCommand(QWidget *parent) : QAbstractButton(parent) {
+HoverCommand::HoverCommand(QWidget *parent) : QAbstractButton(parent)
+{
     assets::ensureLoaded();
     setText(QStringLiteral("HoverCommand"));
     setFocusPolicy(Qt::StrongFocus);
@@ -196,75 +212,88 @@ HoverCommand::HoverCommand(QWidget *parent) : QAbstractButton(parent) {
 
 HoverCommand::~HoverCommand() = default;
 
-void HoverCommand::changed(const char *name) {
+void HoverCommand::changed(const char *name)
+{
     emit propertyChanged(QString::fromLatin1(name));
     update();
 }
 
-void HoverCommand::setGrabBG(bool on) {
+void HoverCommand::setGrabBG(bool on)
+{
     if (on == m_grabBG) return;
     m_grabBG = on;
     changed("GrabBG");
 }
 
-void HoverCommand::setHAlign(int align) {
+void HoverCommand::setHAlign(int align)
+{
     if (align == m_hAlign) return;
     m_hAlign = align;
     changed("HAlign");
 }
 
-void HoverCommand::setImageOffset(int px) {
+void HoverCommand::setImageOffset(int px)
+{
     if (px == m_imageOffset) return;
     m_imageOffset = px;
     changed("ImageOffset");
 }
 
-void HoverCommand::setBorderOffset(int px) {
+void HoverCommand::setBorderOffset(int px)
+{
     if (px == m_borderOffset) return;
     m_borderOffset = px;
     changed("BorderOffset");
 }
 
-void HoverCommand::setStyleBits(int style) {
+void HoverCommand::setStyleBits(int style)
+{
     if (style == m_style) return;
     m_style = style;
     changed("Style");
 }
 
-void HoverCommand::setPicture(const QImage &image) {
+void HoverCommand::setPicture(const QImage &image)
+{
     m_picture = image;
     changed("Picture");
 }
 
-void HoverCommand::setHovPicture(const QImage &image) {
+void HoverCommand::setHovPicture(const QImage &image)
+{
     m_hovPicture = image;
     changed("HovPicture");
 }
 
-void HoverCommand::setBGPicture(const QImage &image) {
+void HoverCommand::setBGPicture(const QImage &image)
+{
     m_bgPicture = image;
     changed("BGPicture");
 }
 
-void HoverCommand::setCaption(const QString &caption) {
+void HoverCommand::setCaption(const QString &caption)
+{
     if (caption == text()) return;
     setText(caption);
     changed("Caption");
 }
 
-void HoverCommand::setForeColor(OleColor c) {
+void HoverCommand::setForeColor(OleColor c)
+{
     if (c == m_foreColor) return;
     m_foreColor = c;
     changed("ForeColor");
 }
 
-void HoverCommand::setBackColor(OleColor c) {
+void HoverCommand::setBackColor(OleColor c)
+{
     if (c == m_backColor) return;
     m_backColor = c;
     changed("BackColor");
 }
 
-void HoverCommand::setHighlightColor(OleColor c) {
+void HoverCommand::setHighlightColor(OleColor c)
+{
     if (c == m_highlightColor) return;
     m_highlightColor = c;
     changed("HighlightColor");
@@ -276,7 +305,8 @@ QColor HoverCommand::highlightColor() const { return resolveOleColor(m_highlight
 
 void HoverCommand::refresh() { repaint(); }
 
-QVariantMap HoverCommand::writeProperties() const {
+QVariantMap HoverCommand::writeProperties() const
+{
     QVariantMap m;
     m.insert(QStringLiteral("Caption"), caption());
     m.insert(QStringLiteral("Style"), m_style);
@@ -295,7 +325,8 @@ QVariantMap HoverCommand::writeProperties() const {
     return m;
 }
 
-void HoverCommand::readProperties(const QVariantMap &stored) {
+void HoverCommand::readProperties(const QVariantMap &stored)
+{
     auto get = [&stored](const char *name, const QVariant &def) {
         return stored.value(QString::fromLatin1(name), def);
     };
@@ -318,14 +349,16 @@ void HoverCommand::readProperties(const QVariantMap &stored) {
     setHighlightColor(OleColor(get("HighlightColor", syscolor::Highlight).toUInt()));
 }
 
-int HoverCommand::textWidth() const {
+int HoverCommand::textWidth() const
+{
     const QString shown = captionAsShown(text());
     return shown.isEmpty() ? 0 : QFontMetrics(font()).horizontalAdvance(shown);
 }
 
 int HoverCommand::textHeight() const { return QFontMetrics(font()).height(); }
 
-QSize HoverCommand::sizeHint() const {
+QSize HoverCommand::sizeHint() const
+{
     int w = 2 * m_borderOffset + textWidth();
     int h = textHeight();
     if (!m_picture.isNull()) {
@@ -335,7 +368,8 @@ QSize HoverCommand::sizeHint() const {
     return {w + 4, h + 8};
 }
 
-QPixmap HoverCommand::renderFace() const {
+QPixmap HoverCommand::renderFace() const
+{
     const int w = qMax(1, width());
     const int h = qMax(1, height());
     const qreal dpr = devicePixelRatioF();
@@ -409,23 +443,27 @@ QPixmap HoverCommand::renderFace() const {
     return buffer;
 }
 
-void HoverCommand::paintEvent(QPaintEvent *) {
+void HoverCommand::paintEvent(QPaintEvent *)
+{
     QPainter p(this);
     p.drawPixmap(0, 0, renderFace());
 }
 
-void HoverCommand::setState(State s) {
+void HoverCommand::setState(State s)
+{
     m_state = s;
     repaint();
 }
 
-void HoverCommand::mouseOutside() {
+void HoverCommand::mouseOutside()
+{
     m_captured = false;
     setState(State::Up);
     emit MouseLeave();
 }
 
-void HoverCommand::mouseMoveEvent(QMouseEvent *event) {
+void HoverCommand::mouseMoveEvent(QMouseEvent *event)
+{
     if (!isEnabled()) return;
     const QPointF pos = event->position();
     // Zero counts as outside, like the far edges.
@@ -444,12 +482,14 @@ void HoverCommand::mouseMoveEvent(QMouseEvent *event) {
     }
 }
 
-void HoverCommand::leaveEvent(QEvent *event) {
+void HoverCommand::leaveEvent(QEvent *event)
+{
     QAbstractButton::leaveEvent(event);
     if (isEnabled() && m_captured) mouseOutside();
 }
 
-void HoverCommand::mousePressEvent(QMouseEvent *event) {
+void HoverCommand::mousePressEvent(QMouseEvent *event)
+{
     if (!isEnabled()) return;
     // A button pressed over the control holds the mouse to it.
     m_captured = true;
@@ -460,7 +500,8 @@ void HoverCommand::mousePressEvent(QMouseEvent *event) {
                    float(pos.y()));
 }
 
-void HoverCommand::mouseReleaseEvent(QMouseEvent *event) {
+void HoverCommand::mouseReleaseEvent(QMouseEvent *event)
+{
     const QPointF pos = event->position();
     const bool over = rect().contains(pos.toPoint());
     if (!m_captured && !over) {
@@ -483,11 +524,13 @@ void HoverCommand::mouseReleaseEvent(QMouseEvent *event) {
     }
 }
 
-static bool isPressKey(int key) {
+static bool isPressKey(int key)
+{
     return key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space;
 }
 
-void HoverCommand::keyPressEvent(QKeyEvent *event) {
+void HoverCommand::keyPressEvent(QKeyEvent *event)
+{
     if (!isPressKey(event->key()) || event->modifiers() & (Qt::ControlModifier | Qt::AltModifier)) {
         QWidget::keyPressEvent(event);
         return;
@@ -496,7 +539,8 @@ void HoverCommand::keyPressEvent(QKeyEvent *event) {
     if (isEnabled() && m_state != State::Pressed) setState(State::Pressed);
 }
 
-void HoverCommand::keyReleaseEvent(QKeyEvent *event) {
+void HoverCommand::keyReleaseEvent(QKeyEvent *event)
+{
     if (!isPressKey(event->key())) {
         QWidget::keyReleaseEvent(event);
         return;
@@ -509,7 +553,8 @@ void HoverCommand::keyReleaseEvent(QKeyEvent *event) {
     }
 }
 
-void HoverCommand::focusInEvent(QFocusEvent *event) {
+void HoverCommand::focusInEvent(QFocusEvent *event)
+{
     QAbstractButton::focusInEvent(event);
     if (isEnabled()) {
         m_hasFocus = true;
@@ -517,7 +562,8 @@ void HoverCommand::focusInEvent(QFocusEvent *event) {
     }
 }
 
-void HoverCommand::focusOutEvent(QFocusEvent *event) {
+void HoverCommand::focusOutEvent(QFocusEvent *event)
+{
     QAbstractButton::focusOutEvent(event);
     // Cleared also when the loss comes from being disabled, or the mark would
     // stay on after re-enabling.
@@ -525,7 +571,8 @@ void HoverCommand::focusOutEvent(QFocusEvent *event) {
     repaint();
 }
 
-void HoverCommand::changeEvent(QEvent *event) {
+void HoverCommand::changeEvent(QEvent *event)
+{
     QAbstractButton::changeEvent(event);
     switch (event->type()) {
     case QEvent::EnabledChange: changed("Enabled"); break;
@@ -535,7 +582,8 @@ void HoverCommand::changeEvent(QEvent *event) {
     }
 }
 
-void HoverCommand::hideEvent(QHideEvent *event) {
+void HoverCommand::hideEvent(QHideEvent *event)
+{
     QAbstractButton::hideEvent(event);
     // A hidden control can't be under the mouse: it comes back idle rather
     // than in the state it was hidden in.

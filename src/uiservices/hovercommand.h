@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // HoverCommand: the program's own push button. It paints itself (picture with
 // a transparent key colour, caption, border, focus mark) and follows the mouse
@@ -20,21 +21,32 @@ namespace qor {
 
 namespace hover {
 
-enum class State { Up, Hover, Pressed };
+enum class State { Up,
+                   Hover,
+                   Pressed };
 
 // Style bits. The value 4 has no meaning.
-inline constexpr int Flat = 1;         // no border in state up unless focused
-inline constexpr int Thin = 2;         // one-pixel borders, 1-pixel press offset
-inline constexpr int HoverText = 8;    // caption in HighlightColor while hovering
-inline constexpr int NoBorder = 16;    // no border in any state
-inline constexpr int EdgeFocus = 32;   // focus rectangle on the edge; none with a HovPicture
-inline constexpr int HoverFill = 64;   // background in HighlightColor while hovering
+inline constexpr int Flat = 1;        // no border in state up unless focused
+inline constexpr int Thin = 2;        // one-pixel borders, 1-pixel press offset
+inline constexpr int HoverText = 8;   // caption in HighlightColor while hovering
+inline constexpr int NoBorder = 16;   // no border in any state
+inline constexpr int EdgeFocus = 32;  // focus rectangle on the edge; none with a HovPicture
+inline constexpr int HoverFill = 64;  // background in HighlightColor while hovering
 
 // Kinds of edge, numbered like the platform's edge flags.
-enum class Edge { None = 0, ThinRaised = 4, Raised = 5, ThinSunken = 8, Sunken = 10 };
+enum class Edge { None = 0,
+                  ThinRaised = 4,
+                  Raised = 5,
+                  ThinSunken = 8,
+                  Sunken = 10 };
 
-enum class Background { Highlight, Grab, BackColor, Tiled };
-enum class PictureChoice { None, Picture, HovPicture };
+enum class Background { Highlight,
+                        Grab,
+                        BackColor,
+                        Tiled };
+enum class PictureChoice { None,
+                           Picture,
+                           HovPicture };
 
 // Distance the content moves while pressed (0 in other states).
 int pressOffset(int style, State state);

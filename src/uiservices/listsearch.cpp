@@ -1,10 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "uiservices/listsearch.h"
 
 #include <QTreeWidget>
 
 namespace qor {
 
-int findListItem(const QTreeWidget *list, const QString &text) {
+int findListItem(const QTreeWidget *list, const QString &text)
+{
     if (!list) return 0;
     const int rows = list->topLevelItemCount();
     // Rows in the order the list shows them, from the first.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // FindListItem: prefix search over the rows of a visible list, without regard
 // to case, from the first row. Returns the 1-based position of the first row

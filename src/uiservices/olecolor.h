@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Colours as the program stores them: a 32-bit value that is either a plain
 // RGB colour (0x00BBGGRR, red in the low byte) or, with the high bit set, the
@@ -12,19 +13,20 @@ namespace qor {
 using OleColor = quint32;
 
 namespace syscolor {
-inline constexpr OleColor Window = 0x80000005;        // window background
-inline constexpr OleColor WindowText = 0x80000008;    // window text
-inline constexpr OleColor MenuText = 0x80000007;      // menu text
-inline constexpr OleColor Highlight = 0x8000000D;     // selection background
-inline constexpr OleColor ButtonFace = 0x8000000F;    // button face
-inline constexpr OleColor GrayText = 0x80000011;      // disabled text
+inline constexpr OleColor Window = 0x80000005;          // window background
+inline constexpr OleColor WindowText = 0x80000008;      // window text
+inline constexpr OleColor MenuText = 0x80000007;        // menu text
+inline constexpr OleColor Highlight = 0x8000000D;       // selection background
+inline constexpr OleColor ButtonFace = 0x8000000F;      // button face
+inline constexpr OleColor GrayText = 0x80000011;        // disabled text
 inline constexpr OleColor InfoBackground = 0x80000018;  // tooltip background
 }  // namespace syscolor
 
 inline constexpr bool isSystemColor(OleColor c) { return (c & 0x80000000u) != 0; }
 
 // Plain RGB value of a QColor (alpha dropped).
-inline constexpr OleColor oleFromRgb(int r, int g, int b) {
+inline constexpr OleColor oleFromRgb(int r, int g, int b)
+{
     return OleColor((r & 0xFF) | ((g & 0xFF) << 8) | ((b & 0xFF) << 16));
 }
 inline OleColor oleFromColor(const QColor &c) { return oleFromRgb(c.red(), c.green(), c.blue()); }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Window measures are kept in twips (1440 to the inch). On screen a twip
 // becomes pixels at 15 twips a pixel on a 96 DPI screen, following the
@@ -8,7 +9,8 @@
 
 namespace qor {
 
-inline double twipsPerPixel() {
+inline double twipsPerPixel()
+{
     const QScreen *s = QGuiApplication::primaryScreen();
     const double dpi = s ? s->logicalDotsPerInch() : 96.0;
     return 1440.0 / (dpi > 0 ? dpi : 96.0);

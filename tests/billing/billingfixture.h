@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // A small business for the billing tests: customers, items and helpers that
 // show a tree as lines.
@@ -34,12 +35,11 @@ inline QString itemRow(const QString &priceText, const QString &name, bool archi
 // 12 $7.00 Gear (archived).
 inline void fill(qor::Database &db)
 {
-    const char *names[][2] = {{"Ames", "Al"}, {"Bell", "Bo"}, {"Cole", "Cy"}, {"Dunn", "Di"}, {"Egan", "Ed"},
-                              {"Fox", "Fay"}};
+    const char *names[][2] = {{"Ames", "Al"}, {"Bell", "Bo"}, {"Cole", "Cy"}, {"Dunn", "Di"}, {"Egan", "Ed"}, {"Fox", "Fay"}};
     qor::test::TablesEdit tables(db);
     for (int i = 0; i < 6; ++i)
         tables.customers.add(qor::numberKey(i + 1),
-                            customerRow(QString::fromLatin1(names[i][0]), QString::fromLatin1(names[i][1]), i == 5));
+                             customerRow(QString::fromLatin1(names[i][0]), QString::fromLatin1(names[i][1]), i == 5));
     tables.items.add("7k", itemRow("$5.00", "Midget Widget"));
     tables.items.add("9k", itemRow("$1.50", "Bolt"));
     tables.items.add("10k", itemRow("$0.10", "Washer"));
@@ -72,8 +72,7 @@ inline QStringList dump(const qor::InvoiceTree &t)
     t.forEachNode([&](int n) {
         int depth = 0;
         for (int p = t.parentOf(n); p != 0; p = t.parentOf(p)) ++depth;
-        QString line = QString(depth * 2, u' ') + t.key(n) + QStringLiteral(" = ") + t.text(n)
-                     + QLatin1String(colourName(t.colour(n)));
+        QString line = QString(depth * 2, u' ') + t.key(n) + QStringLiteral(" = ") + t.text(n) + QLatin1String(colourName(t.colour(n)));
         if (t.hasCheckBox(n)) line += t.checked(n) ? QStringLiteral(" [x]") : QStringLiteral(" [ ]");
         out << line;
     });

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // frmChecking: the checking window of the deletes, owned by its main window:
 // made on first use, reused while open, unloaded by OK, made again where it was.
 #include "uiservices/frmchecking.h"
@@ -17,7 +18,8 @@ class TestArchiving : public QObject {
 private slots:
     void initTestCase() { qputenv("XDG_CONFIG_HOME", m_config.path().toLocal8Bit()); }
 
-    void outcomeEndsTheBarAt100() {
+    void outcomeEndsTheBarAt100()
+    {
         CheckingWindowSlot slot(&m_main);
         FrmChecking *w = slot.show();
         w->setProgress(37.6f);
@@ -33,7 +35,8 @@ private slots:
         w->close();
     }
 
-    void checkingWindowIsReusedAndUnloadedByOK() {
+    void checkingWindowIsReusedAndUnloadedByOK()
+    {
         CheckingWindowSlot slot(&m_main);
         QVERIFY(!slot.window());
         FrmChecking *w = slot.show();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Billing without a window: the entry of a period, its finalising, the trees
 // rebuilt from the records, payments and invoice notes, and the file.
 #include "billingfixture.h"
@@ -258,9 +259,9 @@ private slots:
         qor::test::TablesEdit tables(db);
         tables.invoiceRecords.setTextOf(record::keyFor("May", "2"), "May\u0001Bell, Bo\u00012\u00010\u00017\u0001");
         tables.invoiceRecords.setTextOf(record::keyFor("May", "1"),
-                                       "May\u0001Ames, Al\u00011\u000116.5\u00017x3\u00029\u0001chk 12");
+                                        "May\u0001Ames, Al\u00011\u000116.5\u00017x3\u00029\u0001chk 12");
         tables.invoiceRecords.setTextOf(record::keyFor("May", "3"),
-                                       "May\u0001Cole, Cy\u00013\u0001-5\u000199\u000210x3\u0001");
+                                        "May\u0001Cole, Cy\u00013\u0001-5\u000199\u000210x3\u0001");
         tables.customers.remove(u"3k");
         tables.customers.add("3k", customerRow("Coleman", "Cy", true));
         tables.items.remove(u"9k");
@@ -489,5 +490,5 @@ private slots:
 };
 
 QTEST_GUILESS_MAIN(TestBillingCore)
-#include "tst_billingcore.moc"
 #include "tablesedit.h"
+#include "tst_billingcore.moc"

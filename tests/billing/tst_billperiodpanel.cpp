@@ -1,13 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The Bill Periods and Printing panels in the real window, driven by their
 // controls' names: entering and finalising a period, the menus and clicks of
 // the tree, payments, the invoice note, and the file read again.
 #include "../customers/panelharness.h"
 #include "billing/billing.h"
-#include "billperiods/billperiodpanel.h"
 #include "billing/entrycopy.h"
 #include "billing/invoicetree.h"
-#include "billperiods/invoicetreeview.h"
 #include "billingfixture.h"
+#include "billperiods/billperiodpanel.h"
+#include "billperiods/invoicetreeview.h"
 #include "printing/printingpanel.h"
 #include "uiservices/hovercommand.h"
 
@@ -27,7 +28,8 @@ struct Window {
     PrintingPanel *pp = nullptr;
     explicit Window(int panel) : w(openWindow(panel)), bp(w->billPeriodPanel()), pp(w->printingPanel()) {}
     ~Window() { discard(w); }
-    template <class T = QWidget> T *get(const char *name) const
+    template <class T = QWidget>
+    T *get(const char *name) const
     {
         return bp->findChild<T *>(QString::fromLatin1(name));
     }
@@ -301,7 +303,7 @@ private slots:
                 kept[i++] = file.readAll();
             }
             QVERIFY(!billing::decodeEntry(kept[1].chopped(2)));  // cut short: not read at all
-            discard(w.w);  // an orderly end removes the copy; a crash would have left it
+            discard(w.w);                                        // an orderly end removes the copy; a crash would have left it
             i = 0;
             for (const QString &f : {r.databaseCopy(), r.entryFile(), r.infoFile()}) {
                 QFile file(f);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // qorvane-cli run as a separate program: its output, exit codes, and that it
 // neither creates nor overwrites what it must not.
 #include "../database/dbfiletest.h"
@@ -16,9 +17,9 @@
 #include <QRandomGenerator>
 #include <QRegularExpression>
 
-#include <cmath>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <cmath>
 
 using namespace qor;
 using namespace dbtest;
@@ -115,7 +116,7 @@ private slots:
         QCOMPARE(lines.size(), 6);
         // The placeholder made for customer 8 counts as a current customer.
         QCOMPARE(lines.mid(0, 4), (QStringList{"customers: 2 current, 1 archived", "products: 1 current, 1 archived",
-                                                "bill periods: 1", "invoice records: 2"}));
+                                               "bill periods: 1", "invoice records: 2"}));
         const QString problems = lines.mid(4).join(u'\n');
         QVERIFY2(problems.contains(QLatin1String("customer number 8")), qPrintable(problems));
         QVERIFY(problems.contains(QLatin1String("item number 9,")));
@@ -379,13 +380,15 @@ private slots:
                 entries << ItemEntry::make(QString::number(n), q);
                 billed += price[size_t(n)] * q;
             }
-            const qint64 balance = cid % 3 == 0 ? 0 : cid % 3 == 1 ? billed : 1 + qint64(rng.bounded(quint64(billed)));
+            const qint64 balance = cid % 3 == 0 ? 0 : cid % 3 == 1 ? billed
+                                                                   : 1 + qint64(rng.bounded(quint64(billed)));
             truth.insert(c, {billed, balance});
             allBilled += billed;
             tables.customers.add(numberKey(cid), QStringList{"Zed, C" + c, "C" + c, "Zed", "", "", "", "", "", ""}.join(FieldSep));
             tables.invoiceRecords.add(QStringList{"P", c, ""}.join(FieldSep),
-                                     QStringList{"P", "Zed, C" + c, c, Money::fromCents(balance).toStoredText(),
-                                                 ItemEntry::join(entries), ""}.join(FieldSep));
+                                      QStringList{"P", "Zed, C" + c, c, Money::fromCents(balance).toStoredText(),
+                                                  ItemEntry::join(entries), ""}
+                                          .join(FieldSep));
         }
         tables.done();
         const QString file = dir.filePath(QStringLiteral("property.xml"));
@@ -413,7 +416,9 @@ private slots:
                 QString &part = w.left >= 8640 ? rows[{w.page, row}].second : rows[{w.page, row}].first;
                 part += (part.isEmpty() ? "" : " ") + w.text;
             }
-            struct Read { qint64 lines = 0, billed = -1, paid = -1, total = -1, totals = 0; };
+            struct Read {
+                qint64 lines = 0, billed = -1, paid = -1, total = -1, totals = 0;
+            };
             QHash<QString, Read> read;
             for (auto it = rows.cbegin(); it != rows.cend(); ++it) {
                 if (it->second.isEmpty()) continue;
@@ -430,8 +435,7 @@ private slots:
                 const Read r = read.value(it.key());
                 const auto [billed, balance] = *it;
                 const bool part = balance > 0 && balance < billed;
-                QVERIFY2(r.lines == billed && r.total == balance && r.total == owed.value(it.key()) && r.totals == 1
-                             && (part ? r.billed == billed && r.paid == billed - balance : r.billed < 0 && r.paid < 0),
+                QVERIFY2(r.lines == billed && r.total == balance && r.total == owed.value(it.key()) && r.totals == 1 && (part ? r.billed == billed && r.paid == billed - balance : r.billed < 0 && r.paid < 0),
                          qPrintable(QStringLiteral("%1, customer %2").arg(locale, it.key())));
             }
         }
@@ -453,7 +457,7 @@ private slots:
             const QString c = QString::number(cid);
             tables.customers.add(c + "k", fields({"Zed", "Zed", "", "", "", "", "", "", ""}));
             tables.invoiceRecords.add(QStringLiteral("Jan") + FieldSep + c + FieldSep,
-                                     QStringLiteral("Jan") + FieldSep + "Zed" + FieldSep + c + FieldSep + "0.1" + FieldSep + "5" + FieldSep);
+                                      QStringLiteral("Jan") + FieldSep + "Zed" + FieldSep + c + FieldSep + "0.1" + FieldSep + "5" + FieldSep);
         }
         tables.invoiceRecords.add(fields({"Feb", "1", ""}), fields({"Feb", "Ames, Al", "1", "2401", "6x2", ""}));
         tables.invoiceRecords.add(fields({"Feb", "2", ""}), fields({"Feb", "Bell, Bo", "2", "-4.25", "5x3", ""}));
@@ -556,13 +560,13 @@ private slots:
         for (int cid = 1; cid <= 40; ++cid) {
             const QString c = QString::number(cid), name = QStringLiteral("Name%1").arg(cid);
             tables.customers.add(c + "k", joined({cid % 7 ? name : u"zzzz\u00BB"_qs + name, name, QString(), QString(),
-                                                 QString(), QString(), QString(), QString(), QString()}));
+                                                  QString(), QString(), QString(), QString(), QString()}));
             for (int i = 0; i < 8 && cid % 10; ++i) {  // every tenth never billed
                 if (rng.bounded(3) == 0) continue;
                 const qint64 cents = rng.bounded(5) == 0 ? 0 : qint64(rng.bounded(40000)) - 8000;
                 const QString p = QStringLiteral("P%1").arg(i);
                 tables.invoiceRecords.add(p + FieldSep + c + FieldSep,
-                                         joined({p, name, c, Money::fromCents(cents).toStoredText(), "5x3", QString()}));
+                                          joined({p, name, c, Money::fromCents(cents).toStoredText(), "5x3", QString()}));
             }
         }
         tables.done();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Test setups that need rows no edit of the program makes (a raw text, a
 // given key, a damaged row) write them into plain tables, which the database

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Reads the main window over the accessibility bus, as a screen reader does.
 
 Run inside a session bus and an X display (dbus-run-session, xvfb-run) with

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main window for a screen reader to read. Prints "ready" once shown; at
 // a line on its input it turns the search box on (lblCustomers reads
 // "Search:") and starts a new entry (cmdUndo reads "Cancel New"), then prints

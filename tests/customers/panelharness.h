@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Shared by the panel tests: a throw-away settings store and database file,
 // the main window opened as at start, and an answerer for message boxes.
-#include "uiservices/frmchecking.h"
 #include "billing/invoicetrees.h"
-#include "shell/frmqor.h"
 #include "settings/settingsstore.h"
+#include "shell/frmqor.h"
 #include "uiservices/dialogservice.h"
+#include "uiservices/frmchecking.h"
 
 #include <QDir>
 #include <QLabel>
@@ -24,23 +25,44 @@ namespace qor::testing {
 // records what it saw; installed for as long as it lives.
 class Answerer {
 public:
-    struct Seen { QString title, text; QMessageBox::Icon icon; QMessageBox::StandardButtons buttons; };
+    struct Seen {
+        QString title, text;
+        QMessageBox::Icon icon;
+        QMessageBox::StandardButtons buttons;
+    };
     ScriptedDialogs dialogs;
     QMessageBox::StandardButton &answer = dialogs.answer;
-    QList<Seen> seen() const {
+    QList<Seen> seen() const
+    {
         QList<Seen> out;
         for (const auto &m : dialogs.messages()) out.append({m.message.title, m.message.text, m.message.icon, m.message.buttons});
         return out;
     }
-    Seen last() const { const auto all = seen(); return all.value(all.size() - 1, Seen{{}, {}, QMessageBox::NoIcon, {}}); }
+    Seen last() const
+    {
+        const auto all = seen();
+        return all.value(all.size() - 1, Seen{{}, {}, QMessageBox::NoIcon, {}});
+    }
 };
 
-struct DbCustomer { int cid; QString first, last; bool current = true; };
-struct DbItem { int psid; QString name, price; bool current = true; };
-struct DbRecord { int cid; QStringList items; };  // all in one period, "Jan"
+struct DbCustomer {
+    int cid;
+    QString first, last;
+    bool current = true;
+};
+struct DbItem {
+    int psid;
+    QString name, price;
+    bool current = true;
+};
+struct DbRecord {
+    int cid;
+    QStringList items;
+};  // all in one period, "Jan"
 
 inline void writeDatabase(const QString &path, const QList<DbCustomer> &customers,
-                          const QList<DbItem> &items = {}, const QList<DbRecord> &records = {}) {
+                          const QList<DbItem> &items = {}, const QList<DbRecord> &records = {})
+{
     auto tag = [](const char *name, const QString &value) { return QStringLiteral("\t\t\t<%1>%2</%1>").arg(name, value); };
     auto current = [&](bool c) { return tag("Current", c ? "Yes" : "No"); };
     QStringList l{"<QOR-DB>", "\t<CompanyInfo>", "\t\t<CompanyName>Test Co</CompanyName>", "\t</CompanyInfo>", "\t<Customers>"};
@@ -49,22 +71,26 @@ inline void writeDatabase(const QString &path, const QList<DbCustomer> &customer
         if (!c.last.isEmpty()) l << tag("LName", c.last);
         l << current(c.current) << "\t\t</Customer>";
     }
-    l << "\t</Customers>" << "\t<BillPeriods>";
+    l << "\t</Customers>"
+      << "\t<BillPeriods>";
     if (!records.isEmpty())
         l << "\t\t<BillPeriod>" << tag("BPName", "Jan") << tag("BPStart", "2024/01/01") << tag("BPEnd", "2024/01/31")
           << tag("BillDue", "2024/02/15") << "\t\t</BillPeriod>";
-    l << "\t</BillPeriods>" << "\t<ProductsAndServices>";
+    l << "\t</BillPeriods>"
+      << "\t<ProductsAndServices>";
     for (const DbItem &i : items)
         l << QStringLiteral("\t\t<PS PSID=\"%1\">").arg(i.psid) << tag("Item", i.name) << tag("ItemPrice", i.price)
           << current(i.current) << "\t\t</PS>";
-    l << "\t</ProductsAndServices>" << "\t<InvoiceRecords>";
+    l << "\t</ProductsAndServices>"
+      << "\t<InvoiceRecords>";
     for (const DbRecord &r : records) {
         l << "\t\t<InvoiceRecord>" << tag("BP", "Jan") << tag("CID", QString::number(r.cid)) << tag("AccountBalance", "10");
         for (int n = 0; n < r.items.size(); ++n)
             l << QStringLiteral("\t\t\t<PSID Number=\"%1\">%2</PSID>").arg(n + 1).arg(r.items.at(n));
         l << "\t\t</InvoiceRecord>";
     }
-    l << "\t</InvoiceRecords>" << "</QOR-DB>";
+    l << "\t</InvoiceRecords>"
+      << "</QOR-DB>";
     QFile f(path);
     QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
     f.write((l.join("\r\n") + "\r\n").toLatin1());
@@ -74,7 +100,8 @@ inline void writeDatabase(const QString &path, const QList<DbCustomer> &customer
 struct Sandbox {
     QTemporaryDir dir;
     QString db = dir.path() + "/QOR.xml";
-    Sandbox() {
+    Sandbox()
+    {
         qputenv("XDG_CONFIG_HOME", (dir.path() + "/config").toLocal8Bit());
         qputenv("XDG_DATA_HOME", (dir.path() + "/data").toLocal8Bit());
         // The runtime folder must be the user's alone, or Qt won't take it.
@@ -84,13 +111,15 @@ struct Sandbox {
         settings::write("FileHandling", "DatabasePath", db);
         settings::write("Messages", "DeletedCustomer", "True");
     }
-    QByteArray fileBytes() const {
+    QByteArray fileBytes() const
+    {
         QFile f(db);
         return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
     }
 };
 
-inline std::unique_ptr<FrmQOR> openWindow(int panel) {
+inline std::unique_ptr<FrmQOR> openWindow(int panel)
+{
     settings::write("Settings", "LastClicked", QString::number(panel));
     auto w = std::make_unique<FrmQOR>();
     w->formLoad();
@@ -98,46 +127,54 @@ inline std::unique_ptr<FrmQOR> openWindow(int panel) {
 }
 
 // Ends a window without its closing questions (an open entry ends unasked).
-inline void discard(std::unique_ptr<FrmQOR> &w) {
+inline void discard(std::unique_ptr<FrmQOR> &w)
+{
     if (w) w->invoiceTrees().endEntry(), w->showDatabaseChanged(false), w->close(), w.reset();
 }
 
-inline void click(QAbstractButton *b) {
+inline void click(QAbstractButton *b)
+{
     QVERIFY2(b && b->isVisible(), "button to press is not visible");
     QTest::mouseClick(b, Qt::LeftButton);
 }
 
-inline void retype(QWidget *w, const QString &text) {
+inline void retype(QWidget *w, const QString &text)
+{
     if (auto *le = qobject_cast<QLineEdit *>(w)) le->selectAll();
     if (auto *pe = qobject_cast<QPlainTextEdit *>(w)) pe->selectAll();
     if (text.isEmpty()) QTest::keyClick(w, Qt::Key_Delete);
     else QTest::keyClicks(w, text);
 }
 
-inline void clickRow(QTreeWidget *list, int position) {
+inline void clickRow(QTreeWidget *list, int position)
+{
     QTreeWidgetItem *it = list->topLevelItem(position - 1);
     QVERIFY(it);
     list->scrollToItem(it);
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(it).center());
 }
 
-inline QStringList rowTexts(const QTreeWidget *list) {
+inline QStringList rowTexts(const QTreeWidget *list)
+{
     QStringList out;
     for (int i = 0; i < list->topLevelItemCount(); ++i) out << list->topLevelItem(i)->text(0);
     return out;
 }
 
 inline QString currentText(const QTreeWidget *l) { return l->currentItem() ? l->currentItem()->text(0) : QString(); }
-inline QString currentKey(const QTreeWidget *l) {
+inline QString currentKey(const QTreeWidget *l)
+{
     return l->currentItem() ? l->currentItem()->data(0, Qt::UserRole).toString() : QString();
 }
-inline bool hasInfoColour(const QWidget *w) {
+inline bool hasInfoColour(const QWidget *w)
+{
     return w->palette().color(QPalette::Base) == QApplication::palette().color(QPalette::ToolTipBase);
 }
 inline QString statusText(const FrmQOR &w) { return w.checkingWindow() ? w.checkingWindow()->lblStatus()->text() : QString(); }
 
 // The two buttons as the user sees them; "-" marks a hidden one.
-inline QString buttonPair(const QAbstractButton *a, const QAbstractButton *b) {
+inline QString buttonPair(const QAbstractButton *a, const QAbstractButton *b)
+{
     auto show = [](const QAbstractButton *x) { return (x->isHidden() ? "-" : "") + x->text(); };
     return show(a) + " / " + show(b);
 }

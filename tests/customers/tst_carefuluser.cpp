@@ -1,12 +1,13 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a keyboard user, a screen-reader user and a careful user do beyond the
 // plain steps: every way of moving in a list, hot keys, Enter and held keys,
 // spoken names. Driven through the real main window.
 #include "panelharness.h"
 
 #include "customers/customerpanel.h"
-#include "database/rowtypes.h"
 #include "database/database.h"
 #include "database/rows.h"
+#include "database/rowtypes.h"
 #include "products/productpanel.h"
 
 #include <QAccessible>
@@ -30,11 +31,11 @@ class TstCarefulUser : public QObject {
     QString buttons() { return buttonPair(btn("cmdAddNew"), btn("cmdUndo")); }
     CustomerRow stored(const char *key) { return CustomerRow::parse(table().textOf(QString::fromLatin1(key))).value_or(CustomerRow{}); }
 
-    void open(int panel = 0) {
+    void open(int panel = 0)
+    {
         discard(m_w);
         QList<DbCustomer> people;
-        const char *names[][2] = {{"Ann", "Lee"}, {"Bob", "Moss"}, {"Cy", "Pike"}, {"Di", "Ross"}, {"Ed", "Shaw"},
-                                  {"Flo", "Todd"}, {"Gus", "Urry"}, {"Hal", "Vane"}};
+        const char *names[][2] = {{"Ann", "Lee"}, {"Bob", "Moss"}, {"Cy", "Pike"}, {"Di", "Ross"}, {"Ed", "Shaw"}, {"Flo", "Todd"}, {"Gus", "Urry"}, {"Hal", "Vane"}};
         for (int i = 0; i < 8; ++i) people.append({i + 1, names[i][0], names[i][1]});
         writeDatabase(m_box.db, people, {{1, "Tea", "1.00"}, {2, "Cake", "2.00"}, {3, "Jam", "3.00"}});
         settings::write("BrowseRecall", "LastViewedCustomer", "1");
@@ -43,7 +44,8 @@ class TstCarefulUser : public QObject {
     }
     // Gives the fields' first name a mark and applies it; the key of the
     // customer that changed comes back, the rest must be as they were.
-    QString applyMark() {
+    QString applyMark()
+    {
         QTest::keyClick(field(0), Qt::Key_End);
         QTest::keyClicks(field(0), "X");
         click(btn("cmdAddNew"));
@@ -54,13 +56,15 @@ class TstCarefulUser : public QObject {
         });
         return changed;
     }
-    static QString spoken(QObject *o) {
+    static QString spoken(QObject *o)
+    {
         QAccessibleInterface *a = QAccessible::queryAccessibleInterface(o);
         return a ? a->text(QAccessible::Name) : QString();
     }
 
 private slots:
-    void init() {
+    void init()
+    {
         m_answers = std::make_unique<Answerer>();
         m_answers->answer = QMessageBox::Ok;
         settings::putStoredSetting("CheckToConfirmEdits", "True");
@@ -69,7 +73,8 @@ private slots:
 
     // Abandoning changes rereads the file: the highlighted row's details are
     // in the fields, and an edit then changes that customer and no other.
-    void abandonThenEdit() {
+    void abandonThenEdit()
+    {
         open();
         clickRow(list(), 3);
         QTest::keyClicks(field(0), "Q");
@@ -95,7 +100,8 @@ private slots:
 
     // Every key that moves the highlight refills the fields; the edit then
     // applied lands on the row the fields show.
-    void everyNavigationKeyThenEdit_data() {
+    void everyNavigationKeyThenEdit_data()
+    {
         QTest::addColumn<int>("key");
         QTest::addColumn<QString>("keys");
         QTest::newRow("Down") << int(Qt::Key_Down) << QString();
@@ -106,7 +112,8 @@ private slots:
         QTest::newRow("PageUp") << int(Qt::Key_PageUp) << QString();
         QTest::newRow("letter") << 0 << QString("T");
     }
-    void everyNavigationKeyThenEdit() {
+    void everyNavigationKeyThenEdit()
+    {
         QFETCH(int, key);
         QFETCH(QString, keys);
         open();
@@ -126,7 +133,8 @@ private slots:
 
     // An edit is applied to the customer it was loaded from, even if the
     // highlight was taken away or moved without a refill in between.
-    void editFollowsLoadedCustomer() {
+    void editFollowsLoadedCustomer()
+    {
         open();
         clickRow(list(), 2);
         const QString loaded = currentKey(list());
@@ -142,7 +150,8 @@ private slots:
     }
 
     // Products: Delete Existing deletes only a highlighted row.
-    void productDeleteNeedsHighlight() {
+    void productDeleteNeedsHighlight()
+    {
         open(1);
         auto *pp = m_w->productPanel();
         auto *items = pp->list();
@@ -160,7 +169,8 @@ private slots:
 
     // Alt+letter switches panels and takes the focus to the panel's tab; Tab
     // goes on from there. Every control is reached by Tab and by Shift+Tab.
-    void hotKeysAndTabOrder() {
+    void hotKeysAndTabOrder()
+    {
         open();
         QTest::keyClick(m_w.get(), Qt::Key_P, Qt::AltModifier);
         QTRY_VERIFY(m_w->productPanel()->isVisible());
@@ -208,7 +218,8 @@ private slots:
     }
 
     // Enter presses a focused button as Space does; a held key clicks once.
-    void enterAndKeyRepeat() {
+    void enterAndKeyRepeat()
+    {
         open(1);
         auto *pp = m_w->productPanel();
         auto *add = pp->control<QAbstractButton>("cmdAddNewItem");
@@ -251,7 +262,8 @@ private slots:
 
     // Spoken names follow the captions; picture buttons keep theirs; the
     // hot-key buttons off the edge are not showing.
-    void spokenNames() {
+    void spokenNames()
+    {
         open();
         auto *label = cp()->control<QLabel>("lblCustomers");
         QCOMPARE(spoken(btn("cmdUndo")), "Delete Existing");
@@ -274,11 +286,13 @@ private slots:
 
     // The placeholder customer's message comes over the shown main window,
     // which owns it (and so centres it); the form's box shares the text's face.
-    void placeholderMessageOverWindow() {
+    void placeholderMessageOverWindow()
+    {
         m_answers.reset();
         struct Watching : ScriptedDialogs {
             QList<QPair<QWidget *, bool>> owners;
-            QString messageForm(QWidget *owner, const MessageForm &m) override {
+            QString messageForm(QWidget *owner, const MessageForm &m) override
+            {
                 owners.append({owner, owner && owner->isVisible()});
                 return ScriptedDialogs::messageForm(owner, m);
             }
@@ -298,7 +312,8 @@ private slots:
     }
 
     // A stored value longer than its field shows its start.
-    void longValueShowsStart() {
+    void longValueShowsStart()
+    {
         open();
         clickRow(list(), 2);
         QTest::keyClicks(field(2), "A very long street name that runs on and on");

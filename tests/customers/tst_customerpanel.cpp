@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The Customers panel driven through its controls inside the main window.
 #include "panelharness.h"
 
-#include "tablesedit.h"
 #include "customers/customerpanel.h"
 #include "database/database.h"
 #include "database/rowtypes.h"
+#include "tablesedit.h"
 
 using namespace qor;
 using namespace qor::testing;
@@ -22,7 +23,8 @@ class TstCustomerPanel : public QObject {
     const KeyedList &table() { return m_w->db().customers(); }
     QString buttons() { return buttonPair(btn("cmdAddNew"), btn("cmdUndo")); }
     // The list shows exactly the table's current rows, in order, under their keys.
-    void checkListMatchesTable() {
+    void checkListMatchesTable()
+    {
         QStringList names, keys, shownKeys;
         table().forEach([&](QStringView k, QStringView t) {
             if (customer::isArchived(t) || !CustomerView::parse(t)) return true;
@@ -34,13 +36,15 @@ class TstCustomerPanel : public QObject {
         QCOMPARE(rowTexts(list()), names);
         QCOMPARE(shownKeys, keys);
     }
-    void open(const QList<DbCustomer> &customers, const QList<DbRecord> &records = {}, const char *recall = "1") {
+    void open(const QList<DbCustomer> &customers, const QList<DbRecord> &records = {}, const char *recall = "1")
+    {
         discard(m_w);
         writeDatabase(m_box.db, customers, {}, records);
         settings::write("BrowseRecall", "LastViewedCustomer", recall);
         m_w = openWindow(0);
     }
-    void newCustomer(const QString &first, const QString &last = {}) {
+    void newCustomer(const QString &first, const QString &last = {})
+    {
         click(btn("cmdAddNew"));
         QTest::keyClicks(field(1), last);
         QTest::keyClicks(field(0), first);
@@ -49,7 +53,8 @@ class TstCustomerPanel : public QObject {
     void select(const QString &name) { clickRow(list(), rowTexts(list()).indexOf(name) + 1); }
 
 private slots:
-    void init() {
+    void init()
+    {
         m_answers = std::make_unique<Answerer>();
         settings::putStoredSetting("CheckToConfirmEdits", "True");
     }
@@ -57,7 +62,8 @@ private slots:
 
     // A name that begins with the archive mark is refused when it is added
     // or applied, with a warning: it never turns into an archived customer.
-    void archiveMarkRefusedAtEntry() {
+    void archiveMarkRefusedAtEntry()
+    {
         open({});
         newCustomer(QStringLiteral("Ann"), ArchiveMark + QStringLiteral("Lee"));
         QCOMPARE(table().count(), 0);
@@ -74,7 +80,8 @@ private slots:
     }
 
     // From an empty panel to four customers; edits, undo, apply.
-    void customerLife() {
+    void customerLife()
+    {
         open({});
         QCOMPARE(buttons(), "&New Customer / -&Delete Existing");
         QTest::mouseClick(field(2), Qt::LeftButton);  // a click into the empty panel starts an entry
@@ -135,7 +142,8 @@ private slots:
     }
 
     // Delete removes an unbilled customer, archives a billed one.
-    void deleteAndArchive() {
+    void deleteAndArchive()
+    {
         open({{1, "Ann", "Lee"}, {2, "Bob", "Moss"}, {3, "Cy", "Pike"}, {4, "Di", "Ross"}}, {{4, {"1"}}});
         clickRow(list(), 4);
         click(btn("cmdUndo"));  // Cancel at the question
@@ -167,7 +175,8 @@ private slots:
     }
 
     // The duplicate question compares display names exactly, for new rows and edits.
-    void duplicateNames() {
+    void duplicateNames()
+    {
         open({{1, "Jo", "Smith"}, {2, "Kim", "Yu"}});
         newCustomer("Jo", "Smith");
         QCOMPARE(m_answers->last().title, "Duplicate Name Found");
@@ -211,7 +220,8 @@ private slots:
         QCOMPARE(CustomerRow::parse(table().textOf(u"2k"))->phone, "0123");
     }
 
-    void searchSession() {
+    void searchSession()
+    {
         open({{1, "Ann", "Lee"}, {2, "Bob", "Moss"}, {3, "Cy", "Moore"}, {4, "Di", "Ross"}});
         QVERIFY(QTest::qWaitForWindowActive(m_w.get()));
         auto *label = cp()->control<QLabel>("lblCustomers");
@@ -222,7 +232,7 @@ private slots:
         QCOMPARE(label->text(), "Search:");
         QTRY_COMPARE(QApplication::focusWidget(), box);
         QCOMPARE(currentText(list()), "Ross, Di");  // an empty box finds nothing
-        QCOMPARE(cp()->fieldText(6), "");  // but refills the fields
+        QCOMPARE(cp()->fieldText(6), "");           // but refills the fields
         const char *steps[][3] = {{"mo", "Moore, Cy", "Cy"}, {"ssx", "Moss, Bob", "Bob"} /* "mossx" finds nothing */};
         for (auto [typed, found, first] : steps) {
             QTest::keyClicks(box, typed);
@@ -237,7 +247,8 @@ private slots:
 
     // The row selected at start comes from LastViewedCustomer; a long stored
     // name shows whole; an empty list takes typing as a new customer.
-    void listRecall() {
+    void listRecall()
+    {
         QList<DbCustomer> seven;
         for (int i = 1; i <= 7; ++i) seven.append({i, QStringLiteral("N%1").arg(i), QStringLiteral("L%1").arg(i)});
         seven[3].first = "N4" + QString(38, 'x');  // longer than typing allows
@@ -267,7 +278,8 @@ private slots:
     }
 
     // A refresh shows exactly the table's current rows, whatever changed behind the list.
-    void refreshFollowsTable() {
+    void refreshFollowsTable()
+    {
         QList<DbCustomer> start;
         for (int i = 1; i <= 40; ++i) start.append({i, "F", QStringLiteral("L%1").arg(i, 3, 10, QLatin1Char('0'))});
         open(start);
@@ -305,7 +317,8 @@ private slots:
     // What the panel did is in the file after a save and back after a restart.
     // CheckToConfirmEdits "false": only exactly "False" spares the edit question,
     // the delete one goes in any case.
-    void saveAndReload() {
+    void saveAndReload()
+    {
         open({{1, "Ann", "Lee"}, {2, "Bob", "Moss"}, {3, "Cy", "Pike"}}, {{3, {"1"}}});
         settings::putStoredSetting("CheckToConfirmEdits", "false");
         m_answers->answer = QMessageBox::Ok;
@@ -324,8 +337,9 @@ private slots:
         QCOMPARE(m_answers->seen().size(), 1);
         QVERIFY(m_w->saveDatabase());
         const QByteArray bytes = m_box.fileBytes();
-        QVERIFY(bytes.contains("<Customer CID=\"4\">\r\n\t\t\t<FName>Eve</FName>\r\n\t\t\t<LName>Adams</LName>\r\n"
-                               "\t\t\t<Notes>back\r\ndoor</Notes>"));
+        QVERIFY(bytes.contains(
+            "<Customer CID=\"4\">\r\n\t\t\t<FName>Eve</FName>\r\n\t\t\t<LName>Adams</LName>\r\n"
+            "\t\t\t<Notes>back\r\ndoor</Notes>"));
         QVERIFY(bytes.contains("<FName>Ann</FName>\r\n\t\t\t<LName>Zeller</LName>"));
         QVERIFY(!bytes.contains("CID=\"2\"") && bytes.contains("<LName>Pike</LName>\r\n\t\t\t<Current>No</Current>"));
 

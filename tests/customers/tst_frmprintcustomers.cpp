@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The customer list's options window: read from the settings with their
 // limits, every choice stored at once, the font dialog, and the print step.
 #include "customers/frmprintcustomers.h"
@@ -36,7 +37,8 @@ class TstFrmPrintCustomers : public QObject {
     int m_round = 0;
     const QString S = u"CustomerListPrint"_s;
 
-    template <class T> static T *child(QWidget &w, const QString &name) { return w.findChild<T *>(name); }
+    template <class T>
+    static T *child(QWidget &w, const QString &name) { return w.findChild<T *>(name); }
 
 private slots:
     void init()

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Helpers of the database file tests: files made from bytes, tables as lists.
 #include "database/database.h"

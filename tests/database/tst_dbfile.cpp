@@ -1,24 +1,25 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The database file as a whole: refused files, the copy kept of a file that
 // could not be read, saves that fail, the placeholder customer, big files, and
 // the scans and archive step of a delete.
-#include "dbfiletest.h"
 #include "database/filesafety.h"
 #include "database/versions.h"
+#include "dbfiletest.h"
 #include "tablesedit.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <unistd.h>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <memory>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/xattr.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace qor;
 using namespace dbtest;
@@ -224,7 +225,7 @@ private slots:
         qor::test::TablesEdit tables(db);
         for (int c = 1; c <= 3000; ++c)
             tables.customers.add(QString::number(c) + u'k',
-                                fields({"N", "N", "", "", "", "", "", "", ""}) + QString(8000, QChar(u'a' + c % 26)));
+                                 fields({"N", "N", "", "", "", "", "", "", ""}) + QString(8000, QChar(u'a' + c % 26)));
         tables.done();
         const QByteArray content = db.serialize();
         QVERIFY(content.size() > (qint64(16) << 20));
@@ -287,8 +288,7 @@ private slots:
         QFETCH(QList<int>, dropped);
         QList<versions::Version> list;
         for (const QString &s : stamps)
-            list << versions::Version{{}, QDateTime::fromString(s.left(16), QStringLiteral("yyyy-MM-dd HH:mm")),
-                                      s.mid(17).toLongLong()};
+            list << versions::Version{{}, QDateTime::fromString(s.left(16), QStringLiteral("yyyy-MM-dd HH:mm")), s.mid(17).toLongLong()};
         const QDateTime now = QDateTime::fromString(QStringLiteral("2024-05-10 13:00"), QStringLiteral("yyyy-MM-dd HH:mm"));
         QCOMPARE(versions::toDrop(list, versions::Policy{newest, days, maxBytes}, now), dropped);
     }
@@ -341,7 +341,8 @@ private slots:
 
         // Across file systems a version is a copy with the replaced file's time.
         const QString shm = QStringLiteral("/dev/shm");
-        struct stat a {}, b {};
+        struct stat a {
+        }, b{};
         if (::stat(QFile::encodeName(shm).constData(), &a) == 0 && ::stat(QFile::encodeName(own.path()).constData(), &b) == 0 &&
             a.st_dev != b.st_dev) {
             QTemporaryDir elsewhere(shm + QStringLiteral("/qor-versions-XXXXXX"));
@@ -375,11 +376,12 @@ private slots:
         const QString path = own.filePath(QStringLiteral("QOR.xml"));
         const QDateTime start = QDateTime::currentDateTime();
         const QDateTime past = start.addSecs(-3600), future = start.addSecs(3600);
-        struct Leftover { const char *name; QDateTime time; bool removed; };
-        const Leftover leftovers[] = {{".QOR.xml.new-aB3xY9", past, true},   {".QOR.xml.new-aB3xY", past, false},
-                                      {".QOR.xml.new-aB3xY9z", past, false}, {".QOR.xml.new-aB3_Y9", past, false},
-                                      {".Other.xml.new-aB3xY9", past, false}, {"QOR.xml.new-aB3xY9", past, false},
-                                      {".QOR.xml.new-Later1", future, false}};
+        struct Leftover {
+            const char *name;
+            QDateTime time;
+            bool removed;
+        };
+        const Leftover leftovers[] = {{".QOR.xml.new-aB3xY9", past, true}, {".QOR.xml.new-aB3xY", past, false}, {".QOR.xml.new-aB3xY9z", past, false}, {".QOR.xml.new-aB3_Y9", past, false}, {".Other.xml.new-aB3xY9", past, false}, {"QOR.xml.new-aB3xY9", past, false}, {".QOR.xml.new-Later1", future, false}};
         for (const Leftover &l : leftovers)
             QVERIFY(writeOld(own.filePath(QString::fromLatin1(l.name)), int(l.time.secsTo(start))));
         QCOMPARE(files::removeStaleTemporaries(path, start), QStringList{own.filePath(".QOR.xml.new-aB3xY9")});
@@ -486,24 +488,18 @@ private slots:
         Database db;
         int shown = 0;
         QObject::connect(&db, &Database::placeholderCreated, [&shown] { ++shown; });
-        const Loaded l = load(db, dir, crlf({
-            "<Customers>", "<Customer CID=\"3\">", "<FName>Cy</FName>", "<LName>Three</LName>", "<Current>No</Current>",
-            "</Customer>", "</Customers>", "<InvoiceRecords>", "<InvoiceRecord>", "<BP>B</BP>", "<CID>9</CID>",
-            "<PSID Number=\"1\">1</PSID>", "</InvoiceRecord>", "<InvoiceRecord>", "<BP>A</BP>", "<CID>9</CID>",
-            "<PSID Number=\"1\">1</PSID>", "</InvoiceRecord>", "<InvoiceRecord>", "<BP>A</BP>", "<CID>3</CID>",
-            "<PSID Number=\"1\">1</PSID>", "</InvoiceRecord>", "</InvoiceRecords>",
-            "<ProductsAndServices>", "<PS PSID=\"1\">", "<Item>I</Item>", "</PS>", "</ProductsAndServices>"}));
+        const Loaded l = load(db, dir, crlf({"<Customers>", "<Customer CID=\"3\">", "<FName>Cy</FName>", "<LName>Three</LName>", "<Current>No</Current>", "</Customer>", "</Customers>", "<InvoiceRecords>", "<InvoiceRecord>", "<BP>B</BP>", "<CID>9</CID>", "<PSID Number=\"1\">1</PSID>", "</InvoiceRecord>", "<InvoiceRecord>", "<BP>A</BP>", "<CID>9</CID>", "<PSID Number=\"1\">1</PSID>", "</InvoiceRecord>", "<InvoiceRecord>", "<BP>A</BP>", "<CID>3</CID>", "<PSID Number=\"1\">1</PSID>", "</InvoiceRecord>", "</InvoiceRecords>", "<ProductsAndServices>", "<PS PSID=\"1\">", "<Item>I</Item>", "</PS>", "</ProductsAndServices>"}));
         QVERIFY(l.result.ok());
         QCOMPARE(shown, 1);
         QCOMPARE(l.problems.size(), 1);
         QVERIFY2(l.problems[0].contains(QLatin1String("customer number 9")), qPrintable(l.problems[0]));
         QCOMPARE(rows(db.customers()), (QStringList{"9k = Customer, Deleted|Deleted|Customer||||||",
-                                                     "3k = zzzz\u00BBThree, Cy|Cy|Three||||||"}));
+                                                    "3k = zzzz\u00BBThree, Cy|Cy|Three||||||"}));
         // Every record of the missing customer gets the placeholder's name, as
         // the next load of the saved file gives it. An archived customer's name shows plain.
         QCOMPARE(rows(db.invoiceRecords()), (QStringList{"A|9| = A|Customer, Deleted|9||1|",
-                                                          "A|3| = A|Three, Cy|3||1|",
-                                                          "B|9| = B|Customer, Deleted|9||1|"}));
+                                                         "A|3| = A|Three, Cy|3||1|",
+                                                         "B|9| = B|Customer, Deleted|9||1|"}));
         QCOMPARE(db.customerNameByCid(QStringLiteral("3")), QStringLiteral("zzzz\u00BBThree, Cy"));
         QCOMPARE(db.customerNameByCid(QStringLiteral("40")), QString());
         QCOMPARE(shown, 2);
@@ -521,17 +517,17 @@ private slots:
         for (int c = 1; c <= 500; ++c) {
             const QString last = QStringLiteral("Last%1").arg(c);
             tables.customers.append(QString::number(c) + u'k',
-                                   joined({last + ", First", "First", last, "Street & Co", "", "", "", "", ""}));
+                                    joined({last + ", First", "First", last, "Street & Co", "", "", "", "", ""}));
         }
         tables.customers.add("9999k", fields({"Long", "Long", "", "", "", "", "", ""}) + FieldSep + QString(9 << 20, u'x'));
         tables.items.add("1k", QStringLiteral("000000005.00$5.00 - Five"));
         for (int p = 0; p < 130; ++p)
             for (int c = 1; c <= 500; ++c)
                 tables.invoiceRecords.append(QStringLiteral("P%1").arg(p) + FieldSep + QString::number(c) + FieldSep,
-                                            QStringLiteral("P%1").arg(p) + FieldSep + FieldSep + QString::number(c) +
-                                                fields({"", "1.5", "1\u00021x2", "n\u00E9"}));
+                                             QStringLiteral("P%1").arg(p) + FieldSep + FieldSep + QString::number(c) +
+                                                 fields({"", "1.5", "1\u00021x2", "n\u00E9"}));
         tables.invoiceRecords.append(fields({"Q", "1", ""}),
-                                    fields({"Q", "", "1", "0", ""}) + QStringList(5000, "2x3").join(ItemSep) + FieldSep);
+                                     fields({"Q", "", "1", "0", ""}) + QStringList(5000, "2x3").join(ItemSep) + FieldSep);
         tables.done();
         db.fillInvoiceRecordNames();
         const QByteArray bytes = db.serialize();

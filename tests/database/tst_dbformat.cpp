@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The file format: the writer's exact bytes, the code page and references,
 // round trips, and the reader's tolerance of case, comments, blank lines,
 // indentation, missing elements, entities, section order, item entries,
@@ -31,34 +32,33 @@ void fill(Database &db)
     tables.done();
 }
 
-const QByteArray Expected = crlf({
-    "<QOR-DB>", "", "\t<CompanyInfo>",
-    "\t\t<CompanyName>A&amp;B</CompanyName>", "\t\t<CompanyAdd1>1 Main St</CompanyAdd1>",
-    "\t\t<CompanyPhone>555-1234</CompanyPhone>", "\t\t<GeneralInvoiceDescription>General</GeneralInvoiceDescription>",
-    "\t\t<ChecksPayableTo>Pay Me</ChecksPayableTo>", "\t\t<CompanySlogan>Slogan \x80</CompanySlogan>",
-    "\t\t<InvoiceClosing>THANKS</InvoiceClosing>", "\t</CompanyInfo>", "", "\t<Customers>",
-    "\t\t<Customer CID=\"4\">", "\t\t\t<FName>Bo</FName>",
-    "\t\t\t<Notes>1&lt;2 &#9786;", "second&#13;", "third&#13;fourth&#7;&#9;end</Notes>",
-    "\t\t\t<Current>Yes</Current>", "\t\t</Customer>",
-    "\t\t<Customer CID=\"3\">", "\t\t\t<FName>Ann</FName>", "\t\t\t<LName>Lee &amp; Co</LName>",
-    "\t\t\t<Add1>1 Main St</Add1>", "\t\t\t<Current>Yes</Current>", "\t\t</Customer>",
-    "\t\t<Customer CID=\"5\">", "\t\t\t<FName>Al</FName>", "\t\t\t<LName>Old</LName>", "\t\t\t<Email>a@b.c</Email>",
-    "\t\t\t<Phone>555</Phone>", "\t\t\t<Current>No</Current>", "\t\t</Customer>", "\t</Customers>", "",
-    "\t<BillPeriods>", "\t\t<BillPeriod>", "\t\t\t<BPName>May</BPName>", "\t\t\t<BPStart>2024/05/01</BPStart>",
-    "\t\t\t<BPEnd>2024/05/31</BPEnd>", "\t\t\t<BillDue>2024/06/15</BillDue>", "\t\t</BillPeriod>", "\t</BillPeriods>",
-    "", "\t<ProductsAndServices>",
-    "\t\t<PS PSID=\"7\">", "\t\t\t<Item>Free</Item>", "\t\t\t<ItemPrice>$0.00</ItemPrice>",
-    "\t\t\t<Current>Yes</Current>", "\t\t</PS>",
-    "\t\t<PS PSID=\"5\">", "\t\t\t<Item>Midget - Widget</Item>", "\t\t\t<ItemPrice>$5.00</ItemPrice>",
-    "\t\t\t<Current>Yes</Current>", "\t\t</PS>",
-    "\t\t<PS PSID=\"8\">", "\t\t\t<Item>Gone &#128512;</Item>", "\t\t\t<ItemPrice>$40.00</ItemPrice>",
-    "\t\t\t<Current>No</Current>", "\t\t</PS>", "\t</ProductsAndServices>", "",
-    "\t<InvoiceRecords>", "\t\t<InvoiceRecord>", "\t\t\t<BP>May</BP>", "\t\t\t<CID>4</CID>",
-    "\t\t\t<AccountBalance>0</AccountBalance>", "\t\t\t<PSID Number=\"1\">12x3</PSID>",
-    "\t\t\t<Note>Thanks &apos;so&apos; &quot;much&quot; &gt;</Note>", "\t\t</InvoiceRecord>",
-    "\t\t<InvoiceRecord>", "\t\t\t<BP>May</BP>", "\t\t\t<CID>3</CID>", "\t\t\t<AccountBalance>12.5</AccountBalance>",
-    "\t\t\t<PSID Number=\"1\">5</PSID>", "\t\t\t<PSID Number=\"2\">7x2</PSID>", "\t\t</InvoiceRecord>",
-    "\t</InvoiceRecords>", "", "</QOR-DB>"});
+const QByteArray Expected = crlf({"<QOR-DB>", "", "\t<CompanyInfo>",
+                                  "\t\t<CompanyName>A&amp;B</CompanyName>", "\t\t<CompanyAdd1>1 Main St</CompanyAdd1>",
+                                  "\t\t<CompanyPhone>555-1234</CompanyPhone>", "\t\t<GeneralInvoiceDescription>General</GeneralInvoiceDescription>",
+                                  "\t\t<ChecksPayableTo>Pay Me</ChecksPayableTo>", "\t\t<CompanySlogan>Slogan \x80</CompanySlogan>",
+                                  "\t\t<InvoiceClosing>THANKS</InvoiceClosing>", "\t</CompanyInfo>", "", "\t<Customers>",
+                                  "\t\t<Customer CID=\"4\">", "\t\t\t<FName>Bo</FName>",
+                                  "\t\t\t<Notes>1&lt;2 &#9786;", "second&#13;", "third&#13;fourth&#7;&#9;end</Notes>",
+                                  "\t\t\t<Current>Yes</Current>", "\t\t</Customer>",
+                                  "\t\t<Customer CID=\"3\">", "\t\t\t<FName>Ann</FName>", "\t\t\t<LName>Lee &amp; Co</LName>",
+                                  "\t\t\t<Add1>1 Main St</Add1>", "\t\t\t<Current>Yes</Current>", "\t\t</Customer>",
+                                  "\t\t<Customer CID=\"5\">", "\t\t\t<FName>Al</FName>", "\t\t\t<LName>Old</LName>", "\t\t\t<Email>a@b.c</Email>",
+                                  "\t\t\t<Phone>555</Phone>", "\t\t\t<Current>No</Current>", "\t\t</Customer>", "\t</Customers>", "",
+                                  "\t<BillPeriods>", "\t\t<BillPeriod>", "\t\t\t<BPName>May</BPName>", "\t\t\t<BPStart>2024/05/01</BPStart>",
+                                  "\t\t\t<BPEnd>2024/05/31</BPEnd>", "\t\t\t<BillDue>2024/06/15</BillDue>", "\t\t</BillPeriod>", "\t</BillPeriods>",
+                                  "", "\t<ProductsAndServices>",
+                                  "\t\t<PS PSID=\"7\">", "\t\t\t<Item>Free</Item>", "\t\t\t<ItemPrice>$0.00</ItemPrice>",
+                                  "\t\t\t<Current>Yes</Current>", "\t\t</PS>",
+                                  "\t\t<PS PSID=\"5\">", "\t\t\t<Item>Midget - Widget</Item>", "\t\t\t<ItemPrice>$5.00</ItemPrice>",
+                                  "\t\t\t<Current>Yes</Current>", "\t\t</PS>",
+                                  "\t\t<PS PSID=\"8\">", "\t\t\t<Item>Gone &#128512;</Item>", "\t\t\t<ItemPrice>$40.00</ItemPrice>",
+                                  "\t\t\t<Current>No</Current>", "\t\t</PS>", "\t</ProductsAndServices>", "",
+                                  "\t<InvoiceRecords>", "\t\t<InvoiceRecord>", "\t\t\t<BP>May</BP>", "\t\t\t<CID>4</CID>",
+                                  "\t\t\t<AccountBalance>0</AccountBalance>", "\t\t\t<PSID Number=\"1\">12x3</PSID>",
+                                  "\t\t\t<Note>Thanks &apos;so&apos; &quot;much&quot; &gt;</Note>", "\t\t</InvoiceRecord>",
+                                  "\t\t<InvoiceRecord>", "\t\t\t<BP>May</BP>", "\t\t\t<CID>3</CID>", "\t\t\t<AccountBalance>12.5</AccountBalance>",
+                                  "\t\t\t<PSID Number=\"1\">5</PSID>", "\t\t\t<PSID Number=\"2\">7x2</PSID>", "\t\t</InvoiceRecord>",
+                                  "\t</InvoiceRecords>", "", "</QOR-DB>"});
 
 const QByteArray Empty = crlf({"<QOR-DB>", "", "\t<CompanyInfo>", "\t</CompanyInfo>", "", "\t<Customers>",
                                "\t</Customers>", "", "\t<BillPeriods>", "\t</BillPeriods>", "",
@@ -141,12 +141,7 @@ private slots:
         QCOMPARE(rows(back.customers()), rows(db.customers()));
 
         // Entities and references as the reader meets them.
-        load(db, dir, crlf({
-            "<CompanyInfo>", "<CompanyName>A &amp; B &lt;x&gt; &apos;q&apos; &quot;d&quot;</CompanyName>",
-            "<CompanyAdd1>&amp;lt; and &amp;amp;</CompanyAdd1>", "<CompanyAdd2>&amp;#8364; is not &#8364;</CompanyAdd2>",
-            "<CompanyAdd3>&#x1F600;=&#128512; &#xE9;&#233;</CompanyAdd3>",
-            "<CompanyPhone>&nbsp; &#; &#xZZ; &#1; &#2; &#99999999; &amp</CompanyPhone>",
-            "<InvoiceClosing>\x80\x8a\xe9\x81</InvoiceClosing>", "</CompanyInfo>"}));
+        load(db, dir, crlf({"<CompanyInfo>", "<CompanyName>A &amp; B &lt;x&gt; &apos;q&apos; &quot;d&quot;</CompanyName>", "<CompanyAdd1>&amp;lt; and &amp;amp;</CompanyAdd1>", "<CompanyAdd2>&amp;#8364; is not &#8364;</CompanyAdd2>", "<CompanyAdd3>&#x1F600;=&#128512; &#xE9;&#233;</CompanyAdd3>", "<CompanyPhone>&nbsp; &#; &#xZZ; &#1; &#2; &#99999999; &amp</CompanyPhone>", "<InvoiceClosing>\x80\x8a\xe9\x81</InvoiceClosing>", "</CompanyInfo>"}));
         QCOMPARE(db.company()[0], QStringLiteral("A & B <x> 'q' \"d\""));
         QCOMPARE(db.company()[1], QStringLiteral("&lt; and &amp;"));
         QCOMPARE(db.company()[2], QStringLiteral("&#8364; is not \u20AC"));
@@ -183,18 +178,7 @@ private slots:
     void tagsInAnyCaseSectionsInAnyOrder()
     {
         Database db;
-        const Loaded l = load(db, dir, crlf({
-            "<qor-db>", "<invoiceRecords>", "<invoicerecord>", "<bp>May</bp><cid>7</cid><accountbalance>5</accountbalance>",
-            "<PSID Number=\"1\">5</PSID>", "</InvoiceRecord>", "</INVOICERECORDS>", "<CompanyINFO>",
-            "<companyname>First</companyname>", "<CompanyAdd1>Street</CompanyAdd1>", "</companyinfo>",
-            "<CUSTOMERS>", "<CUSTOMER  cid = \"7K\">", "<fname>Ann</fname>", "<LNAME>Lee</LNAME>", "<ADD1>1 Main</add1>",
-            "<current>yes</current>", "</CUSTOMER>", "</Customers>", "<billPeriods>", "<billperiod>",
-            "<bpstart>2024/05/01</bpstart><BPNAME>May</BPNAME>", "<BPEnd>2024/05/31</BPEnd>",
-            "<billdue>2024/06/15</billdue>", "</BillPeriod>", "</BILLPERIODS>", "<productsandservices>",
-            "<ps psid=\"5\">", "<ITEM>Widget</ITEM>", "<itemprice>$5.00</itemprice>", "</ps>", "</productsandservices>",
-            "<Customers>", "<Customer CID=\"2\">", "<LName>Bo</LName>", "</Customer>", "</Customers>",
-            "<CompanyInfo>", "<COMPANYNAME>Acme</COMPANYNAME>", "<companyslogan>Fast</companyslogan>", "</CompanyInfo>",
-            "</qor-db>"}));
+        const Loaded l = load(db, dir, crlf({"<qor-db>", "<invoiceRecords>", "<invoicerecord>", "<bp>May</bp><cid>7</cid><accountbalance>5</accountbalance>", "<PSID Number=\"1\">5</PSID>", "</InvoiceRecord>", "</INVOICERECORDS>", "<CompanyINFO>", "<companyname>First</companyname>", "<CompanyAdd1>Street</CompanyAdd1>", "</companyinfo>", "<CUSTOMERS>", "<CUSTOMER  cid = \"7K\">", "<fname>Ann</fname>", "<LNAME>Lee</LNAME>", "<ADD1>1 Main</add1>", "<current>yes</current>", "</CUSTOMER>", "</Customers>", "<billPeriods>", "<billperiod>", "<bpstart>2024/05/01</bpstart><BPNAME>May</BPNAME>", "<BPEnd>2024/05/31</BPEnd>", "<billdue>2024/06/15</billdue>", "</BillPeriod>", "</BILLPERIODS>", "<productsandservices>", "<ps psid=\"5\">", "<ITEM>Widget</ITEM>", "<itemprice>$5.00</itemprice>", "</ps>", "</productsandservices>", "<Customers>", "<Customer CID=\"2\">", "<LName>Bo</LName>", "</Customer>", "</Customers>", "<CompanyInfo>", "<COMPANYNAME>Acme</COMPANYNAME>", "<companyslogan>Fast</companyslogan>", "</CompanyInfo>", "</qor-db>"}));
         QCOMPARE(l.result.status, ReadResult::Status::Read);
         // A second section adds to the first; a second CompanyInfo replaces every company field.
         QCOMPARE(rows(db.customers()), (QStringList{"2k = Bo, ||Bo||||||", "7k = Lee, Ann|Ann|Lee|1 Main|||||"}));
@@ -228,10 +212,15 @@ private slots:
         // and line breaks, saved by the writer, come back exactly as typed and
         // take nothing of their neighbours with them.
         const QString tricky[] = {
-            QStringLiteral("</Customers>"), QStringLiteral("line\n</Customer>\nmore"), QStringLiteral("a <!-- b"),
-            QStringLiteral("<InvoiceRecords>\n<InvoiceRecord>\n<BP>X</BP>"), QStringLiteral("<PSID Number=\"1\">9</PSID>"),
-            QStringLiteral("\n\n  two blank lines, indented  \n\t\n"), QStringLiteral("&lt; &#10; &amp;"),
-            QStringLiteral("</CompanyInfo>\r\n<Customers>"), QStringLiteral(" \r "),
+            QStringLiteral("</Customers>"),
+            QStringLiteral("line\n</Customer>\nmore"),
+            QStringLiteral("a <!-- b"),
+            QStringLiteral("<InvoiceRecords>\n<InvoiceRecord>\n<BP>X</BP>"),
+            QStringLiteral("<PSID Number=\"1\">9</PSID>"),
+            QStringLiteral("\n\n  two blank lines, indented  \n\t\n"),
+            QStringLiteral("&lt; &#10; &amp;"),
+            QStringLiteral("</CompanyInfo>\r\n<Customers>"),
+            QStringLiteral(" \r "),
         };
         Database db;
         qor::test::TablesEdit tables(db);
@@ -241,14 +230,14 @@ private slots:
             const bool archived = cid % 2 == 0;
             const QString name = (archived ? ArchiveMark : QString()) + t + QStringLiteral(", N");
             tables.customers.add(QString::number(cid) + u'k',
-                                joined({name, QStringLiteral("N"), t, t, {}, {}, {}, {}, t}));
+                                 joined({name, QStringLiteral("N"), t, t, {}, {}, {}, {}, t}));
         }
         tables.company[0] = tricky[3];
         tables.company[8] = tricky[0];
         tables.periods.add(tricky[1] + FieldSep, joined({QStringLiteral("2024/01/01"), tricky[1], tricky[2], {}}));
         tables.items.add("1k", QStringLiteral("000000001.00$1.00 - ") + tricky[6]);
         tables.invoiceRecords.add(fields({"P", "1", ""}), joined({QStringLiteral("P"), tricky[0] + QStringLiteral(", N"), QStringLiteral("1"),
-                                                                      QStringLiteral("0"), QStringLiteral("1"), tricky[5]}));
+                                                                  QStringLiteral("0"), QStringLiteral("1"), tricky[5]}));
         tables.done();
         Database back;
         const Loaded l = load(back, dir, db.serialize());
@@ -260,11 +249,9 @@ private slots:
         QVERIFY(back.company() == db.company());
 
         // Old files escape the same way: an escaped tag is text, a bare one structure.
-        load(back, dir, crlf({"<Customers>", "<Customer CID=\"1\">", "<FName>A</FName>", "<Notes>x", "&lt;/Customers&gt;",
-                              "</Notes>", "</Customer>", "<Customer CID=\"2\">", "<FName>B &lt;!-- c</FName>",
-                              "<Current>No</Current>", "</Customer>", "</Customers>"}));
+        load(back, dir, crlf({"<Customers>", "<Customer CID=\"1\">", "<FName>A</FName>", "<Notes>x", "&lt;/Customers&gt;", "</Notes>", "</Customer>", "<Customer CID=\"2\">", "<FName>B &lt;!-- c</FName>", "<Current>No</Current>", "</Customer>", "</Customers>"}));
         QCOMPARE(rows(back.customers()), (QStringList{"1k = A|A|||||||x\n</Customers>\n",
-                                                       "2k = zzzz\u00BBB <!-- c|B <!-- c|||||||"}));
+                                                      "2k = zzzz\u00BBB <!-- c|B <!-- c|||||||"}));
     }
 
     void controlBytesIndentationAndReferences()
@@ -272,22 +259,30 @@ private slots:
         Database db;
         // A vertical tab, ESC and DEL are text, kept and saved as references;
         // the row separators can't be held by a value and fall away.
-        QVERIFY(load(db, dir, "<CompanyInfo>\r\n<CompanyName>a\x0b" "b\x1b" "c\x7f\x01\x02" "d</CompanyName>\r\n"
-                              "<CompanyAdd1>&#9;&#13;&#10;&#0;&#1;</CompanyAdd1>\r\n</CompanyInfo>\r\n")
+        QVERIFY(load(db, dir,
+                     "<CompanyInfo>\r\n<CompanyName>a\x0b"
+                     "b\x1b"
+                     "c\x7f\x01\x02"
+                     "d</CompanyName>\r\n"
+                     "<CompanyAdd1>&#9;&#13;&#10;&#0;&#1;</CompanyAdd1>\r\n</CompanyInfo>\r\n")
                     .result.ok());
-        QCOMPARE(db.company()[0], QStringLiteral("a\vb\x1b" "c\x7f" "d"));
+        QCOMPARE(db.company()[0], QStringLiteral("a\vb\x1b"
+                                                 "c\x7f"
+                                                 "d"));
         QCOMPARE(db.company()[1], QString(QStringLiteral("\t\r\n") + QChar(0) + QStringLiteral("&#1;")));
         const QByteArray saved = db.serialize();
         QVERIFY(saved.contains("<CompanyName>a&#11;b&#27;c&#127;d</CompanyName>"));
         QVERIFY(saved.contains("<CompanyAdd1>&#9;&#13;\r\n&#0;&amp;#1;</CompanyAdd1>"));
         // A control byte is never markup, even where setting a bit would make it "<" or "/".
-        QVERIFY(load(db, dir, "<Customers>\r\n<Customer CID=\"1\">\r\n<FName>A\x1c/FName>\x0f</FName>\r\n"
-                              "\x1c/Customer>\r\n<LName>L</LName>\r\n</Customer>\r\n</Customers>\r\n")
+        QVERIFY(load(db, dir,
+                     "<Customers>\r\n<Customer CID=\"1\">\r\n<FName>A\x1c/FName>\x0f</FName>\r\n"
+                     "\x1c/Customer>\r\n<LName>L</LName>\r\n</Customer>\r\n</Customers>\r\n")
                     .result.ok());
         QCOMPARE(rows(db.customers()), QStringList{"1k = L, A\x1c/FName>\x0f|A\x1c/FName>\x0f|L||||||"});
         // Any mix of tabs and blanks before or after a tag is indentation.
-        QVERIFY(load(db, dir, "<QOR-DB>\r\n\t <BillPeriods>\r\n \t<BillPeriod>\t \r\n\t \t<BPName>May</BPName> \t\r\n"
-                              " </BillPeriod>\t\r\n\t </BillPeriods> \r\n</QOR-DB>")
+        QVERIFY(load(db, dir,
+                     "<QOR-DB>\r\n\t <BillPeriods>\r\n \t<BillPeriod>\t \r\n\t \t<BPName>May</BPName> \t\r\n"
+                     " </BillPeriod>\t\r\n\t </BillPeriods> \r\n</QOR-DB>")
                     .result.ok());
         QCOMPARE(rows(db.periods()), QStringList{"May| = |May||"});
         // A file of nothing but NUL bytes is refused at its first block, not read to its end.
@@ -312,16 +307,20 @@ private slots:
                                 "<PS PSID=\"2\">", "</PS>", "</ProductsAndServices>", "<InvoiceRecords>"};
         int period = 0;
         for (const char *cid : {"5k", " 5", "5K", "7A", "7a", "", "0"})
-            lines << "<InvoiceRecord>" << "<BP>P" + QByteArray::number(++period) + "</BP>"
-                  << "<CID>" + QByteArray(cid) + "</CID>" << "<PSID Number=\"1\">1</PSID>"
-                  << "<PSID Number=\"2\"></PSID>" << "<PSID Number=\"3\">2x2</PSID>" << "</InvoiceRecord>";
+            lines << "<InvoiceRecord>"
+                  << "<BP>P" + QByteArray::number(++period) + "</BP>"
+                  << "<CID>" + QByteArray(cid) + "</CID>"
+                  << "<PSID Number=\"1\">1</PSID>"
+                  << "<PSID Number=\"2\"></PSID>"
+                  << "<PSID Number=\"3\">2x2</PSID>"
+                  << "</InvoiceRecord>";
         lines << "</InvoiceRecords>";
         Database db;
         const Loaded l = load(db, dir, crlf(lines));
         QVERIFY(l.result.ok());
         QCOMPARE(l.problems.size(), 1);  // the placeholder of 7a, told once
         QCOMPARE(rows(db.customers()), (QStringList{"7ak = Customer, Deleted|Deleted|Customer||||||",
-                                                     "5k = Five|Five|||||||"}));
+                                                    "5k = Five|Five|||||||"}));
         QCOMPARE(rows(db.invoiceRecords()),
                  (QStringList{"P1|5k| = P1|Five|5k||1++2x2|", "P2| 5| = P2|Five| 5||1++2x2|",
                               "P3|5K| = P3|Five|5K||1++2x2|", "P4|7A| = P4|Customer, Deleted|7A||1++2x2|",
@@ -340,32 +339,18 @@ private slots:
     void missingElementsCurrentAndTableOrder()
     {
         Database db;
-        const Loaded l = load(db, dir, crlf({
-            "<Customers>", "<Customer CID=\"1\">", "<FName>A</FName>", "<LName>One</LName>", "</Customer>",
-            "<Customer CID=\"2\">", "<FName>B</FName>", "<LName>Two</LName>", "<Current>NO</Current>", "</Customer>",
-            "<Customer CID=\"3\">", "<FName>C</FName>", "<LName>Three</LName>", "<Current>No </Current>", "</Customer>",
-            "<Customer CID=\"4\">", "<FName>Dee</FName>", "</Customer>", "</Customers>", "<ProductsAndServices>",
-            "<PS PSID=\"1\">", "<Item>Old</Item>", "<ItemPrice>$2.50</ItemPrice>", "<Current>no</Current>", "</PS>",
-            "<PS PSID=\"2\">", "<ItemPrice>$1.00</ItemPrice>", "</PS>", "<PS PSID=\"3\">", "<Item>Huge</Item>",
-            "<ItemPrice>$1,234.00</ItemPrice>", "</PS>", "<PS PSID=\"4\">", "<ItemPrice>$40.00</ItemPrice>", "</PS>",
-            "</ProductsAndServices>", "<BillPeriods>", "<BillPeriod>", "<BPName>Later</BPName>",
-            "<BPStart>2024/02/01</BPStart>", "</BillPeriod>", "<BillPeriod>", "<BPName>Earlier</BPName>",
-            "<BPStart>2023/12/01</BPStart>", "</BillPeriod>", "</BillPeriods>", "<InvoiceRecords>",
-            "<InvoiceRecord>", "<BP>May</BP>", "<CID>2</CID>", "<AccountBalance>3</AccountBalance>",
-            "<PSID Number=\"1\">2</PSID>", "<Note>Thanks</Note>", "</InvoiceRecord>", "<InvoiceRecord>", "<BP>May</BP>",
-            "<CID>1</CID>", "<PSID Number=\"1\">1</PSID>", "</InvoiceRecord>", "<InvoiceRecord>", "<BP>Apr</BP>",
-            "<CID>2</CID>", "<PSID Number=\"1\">1</PSID>", "</InvoiceRecord>", "</InvoiceRecords>"}));
+        const Loaded l = load(db, dir, crlf({"<Customers>", "<Customer CID=\"1\">", "<FName>A</FName>", "<LName>One</LName>", "</Customer>", "<Customer CID=\"2\">", "<FName>B</FName>", "<LName>Two</LName>", "<Current>NO</Current>", "</Customer>", "<Customer CID=\"3\">", "<FName>C</FName>", "<LName>Three</LName>", "<Current>No </Current>", "</Customer>", "<Customer CID=\"4\">", "<FName>Dee</FName>", "</Customer>", "</Customers>", "<ProductsAndServices>", "<PS PSID=\"1\">", "<Item>Old</Item>", "<ItemPrice>$2.50</ItemPrice>", "<Current>no</Current>", "</PS>", "<PS PSID=\"2\">", "<ItemPrice>$1.00</ItemPrice>", "</PS>", "<PS PSID=\"3\">", "<Item>Huge</Item>", "<ItemPrice>$1,234.00</ItemPrice>", "</PS>", "<PS PSID=\"4\">", "<ItemPrice>$40.00</ItemPrice>", "</PS>", "</ProductsAndServices>", "<BillPeriods>", "<BillPeriod>", "<BPName>Later</BPName>", "<BPStart>2024/02/01</BPStart>", "</BillPeriod>", "<BillPeriod>", "<BPName>Earlier</BPName>", "<BPStart>2023/12/01</BPStart>", "</BillPeriod>", "</BillPeriods>", "<InvoiceRecords>", "<InvoiceRecord>", "<BP>May</BP>", "<CID>2</CID>", "<AccountBalance>3</AccountBalance>", "<PSID Number=\"1\">2</PSID>", "<Note>Thanks</Note>", "</InvoiceRecord>", "<InvoiceRecord>", "<BP>May</BP>", "<CID>1</CID>", "<PSID Number=\"1\">1</PSID>", "</InvoiceRecord>", "<InvoiceRecord>", "<BP>Apr</BP>", "<CID>2</CID>", "<PSID Number=\"1\">1</PSID>", "</InvoiceRecord>", "</InvoiceRecords>"}));
         QVERIFY(l.result.ok());
         // Customers by display name, archived last; items by sort price; periods
         // by start date; records by period, then name.
         QCOMPARE(rows(db.customers()), (QStringList{"4k = Dee|Dee|||||||", "1k = One, A|A|One||||||",
-                                                     "3k = Three, C|C|Three||||||", "2k = zzzz\u00BBTwo, B|B|Two||||||"}));
+                                                    "3k = Three, C|C|Three||||||", "2k = zzzz\u00BBTwo, B|B|Two||||||"}));
         QCOMPARE(rows(db.items()), (QStringList{"2k = 000000001.00$1.00 - ", "1k = 000000002.50zzzz\u00BB$2.50 - Old",
-                                                 "4k = 000000040.00$40.00 - ", "3k = 000001234.00$1,234.00 - Huge"}));
+                                                "4k = 000000040.00$40.00 - ", "3k = 000001234.00$1,234.00 - Huge"}));
         QCOMPARE(rows(db.periods()), (QStringList{"Earlier| = 2023/12/01|Earlier||", "Later| = 2024/02/01|Later||"}));
         // The archive mark never reaches a record's name; a missing note or balance is an empty field.
         QCOMPARE(rows(db.invoiceRecords()), (QStringList{"Apr|2| = Apr|Two, B|2||1|", "May|1| = May|One, A|1||1|",
-                                                          "May|2| = May|Two, B|2|3|2|Thanks"}));
+                                                         "May|2| = May|Two, B|2|3|2|Thanks"}));
     }
 
     void recordLinesReadEitherWay()
@@ -390,7 +375,8 @@ private slots:
         for (const QList<QByteArray> &body : bodies) {
             QList<QByteArray> plain{"<InvoiceRecords>", "\t\t<InvoiceRecord>"};
             for (const QByteArray &l : body) plain << "\t\t\t" + l;
-            plain << "\t\t</InvoiceRecord>" << "</InvoiceRecords>";
+            plain << "\t\t</InvoiceRecord>"
+                  << "</InvoiceRecords>";
             QList<QByteArray> general = plain;
             general.insert(2, "<x>y</x> ");  // a blank after the tag: not a line to take as it stands
             Database a, b;
@@ -412,12 +398,7 @@ private slots:
     void recordsWithoutUsableNumber()
     {
         Database db;
-        const Loaded l = load(db, dir, crlf({
-            "<Customers>", "<Customer CID=\"0\">", "<FName>Zero</FName>", "</Customer>", "<Customer CID=\"abc\">",
-            "<FName>Letters</FName>", "</Customer>", "<Customer CID=\"-3\">", "<FName>Minus</FName>", "</Customer>",
-            "<Customer CID=\"12\">", "<FName>Twelve</FName>", "</Customer>", "<Customer>", "<FName>NoNumber</FName>",
-            "</Customer>", "</Customers>", "<ProductsAndServices>", "<PS PSID=\"x\">", "<Item>Bad</Item>", "</PS>",
-            "<PS PSID=\"3\">", "<Item>Good</Item>", "<ItemPrice>$1.00</ItemPrice>", "</PS>", "</ProductsAndServices>"}));
+        const Loaded l = load(db, dir, crlf({"<Customers>", "<Customer CID=\"0\">", "<FName>Zero</FName>", "</Customer>", "<Customer CID=\"abc\">", "<FName>Letters</FName>", "</Customer>", "<Customer CID=\"-3\">", "<FName>Minus</FName>", "</Customer>", "<Customer CID=\"12\">", "<FName>Twelve</FName>", "</Customer>", "<Customer>", "<FName>NoNumber</FName>", "</Customer>", "</Customers>", "<ProductsAndServices>", "<PS PSID=\"x\">", "<Item>Bad</Item>", "</PS>", "<PS PSID=\"3\">", "<Item>Good</Item>", "<ItemPrice>$1.00</ItemPrice>", "</PS>", "</ProductsAndServices>"}));
         QVERIFY(l.result.ok() && l.problems.isEmpty());
         QCOMPARE(rows(db.customers()), QStringList{"12k = Twelve|Twelve|||||||"});
         QCOMPARE(rows(db.items()), QStringList{"3k = 000000001.00$1.00 - Good"});
@@ -425,12 +406,11 @@ private slots:
 
     void lineEndsAndCutOffFiles()
     {
-        const QByteArray full = crlf({
-            "<QOR-DB>", "\t<CompanyInfo>", "\t\t<CompanyName>Acme</CompanyName>", "\t</CompanyInfo>", "\t<Customers>",
-            "\t\t<Customer CID=\"1\">", "\t\t\t<FName>Ann</FName>", "\t\t\t<Notes>a", "b</Notes>", "\t\t</Customer>",
-            "\t</Customers>", "\t<BillPeriods>", "\t\t<BillPeriod>", "\t\t\t<BPName>May</BPName>", "\t\t</BillPeriod>",
-            "\t</BillPeriods>", "\t<InvoiceRecords>", "\t\t<InvoiceRecord>", "\t\t\t<BP>May</BP>", "\t\t\t<CID>1</CID>",
-            "\t\t\t<PSID Number=\"1\">5</PSID>", "\t\t</InvoiceRecord>", "\t</InvoiceRecords>", "</QOR-DB>"});
+        const QByteArray full = crlf({"<QOR-DB>", "\t<CompanyInfo>", "\t\t<CompanyName>Acme</CompanyName>", "\t</CompanyInfo>", "\t<Customers>",
+                                      "\t\t<Customer CID=\"1\">", "\t\t\t<FName>Ann</FName>", "\t\t\t<Notes>a", "b</Notes>", "\t\t</Customer>",
+                                      "\t</Customers>", "\t<BillPeriods>", "\t\t<BillPeriod>", "\t\t\t<BPName>May</BPName>", "\t\t</BillPeriod>",
+                                      "\t</BillPeriods>", "\t<InvoiceRecords>", "\t\t<InvoiceRecord>", "\t\t\t<BP>May</BP>", "\t\t\t<CID>1</CID>",
+                                      "\t\t\t<PSID Number=\"1\">5</PSID>", "\t\t</InvoiceRecord>", "\t</InvoiceRecords>", "</QOR-DB>"});
         Database reference;
         load(reference, dir, full);
         QCOMPARE(rows(reference.customers()), QStringList{"1k = Ann|Ann|||||||a\nb"});
@@ -519,9 +499,7 @@ private slots:
         Database db;
         // No root at all; a record header with no number (the record is
         // dropped); a value over several lines whose tags stand alone.
-        const Loaded l = load(db, dir, crlf({"<Customers>", "<Customer>", "<FName>Gone</FName>", "</Customer>",
-                                             "<Customer CID=\"3\">", "<Notes>", "two", "</Notes>", "</Customer>",
-                                             "</Customers>", "<!-- after -->"}));
+        const Loaded l = load(db, dir, crlf({"<Customers>", "<Customer>", "<FName>Gone</FName>", "</Customer>", "<Customer CID=\"3\">", "<Notes>", "two", "</Notes>", "</Customer>", "</Customers>", "<!-- after -->"}));
         QVERIFY2(l.result.ok(), qPrintable(l.result.message));
         QCOMPARE(rows(db.customers()), QStringList{"3k = ||||||||\ntwo\n"});
         // A file of blanks and comments is an empty database.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Property: a database whose every field holds random text (all of Unicode,
 // control characters, the format's tags, comment marks, entity forms, the
 // archive mark, " - ", line breaks and blanks at the ends of lines) is saved
@@ -17,13 +18,72 @@ using namespace dbtest;
 namespace {
 
 const char *const Pieces[] = {
-    "<QOR-DB>", "</QOR-DB>", "<CompanyInfo>", "</CompanyInfo>", "<Customers>", "</Customers>", "<Customer CID=\"1\">",
-    "</Customer>", "<FName>", "</FName>", "<Notes>", "</Notes>", "<Current>No</Current>", "<BillPeriods>",
-    "</BillPeriod>", "<ProductsAndServices>", "<PS PSID=\"2\">", "</PS>", "<InvoiceRecords>", "<InvoiceRecord>",
-    "</InvoiceRecord>", "<PSID Number=\"1\">", "</PSID>", "<Note>", "<!--", "-->", "<!-- x -->", "&", "&amp;",
-    "&lt;", "&gt;", "&quot;", "&apos;", "&#10;", "&#13;", "&#x41;", "&#0;", "&#1;", "&#", ";", "<", ">", "\"", "'",
-    " - ", "-", " ", "  ", "\t", "\n", "\r\n", "\r", "\n\n", " \n ", "\f", "\v", "\x1b", "\x7f", "k", "K", "x", "0",
-    "5", "$", ",", ".",
+    "<QOR-DB>",
+    "</QOR-DB>",
+    "<CompanyInfo>",
+    "</CompanyInfo>",
+    "<Customers>",
+    "</Customers>",
+    "<Customer CID=\"1\">",
+    "</Customer>",
+    "<FName>",
+    "</FName>",
+    "<Notes>",
+    "</Notes>",
+    "<Current>No</Current>",
+    "<BillPeriods>",
+    "</BillPeriod>",
+    "<ProductsAndServices>",
+    "<PS PSID=\"2\">",
+    "</PS>",
+    "<InvoiceRecords>",
+    "<InvoiceRecord>",
+    "</InvoiceRecord>",
+    "<PSID Number=\"1\">",
+    "</PSID>",
+    "<Note>",
+    "<!--",
+    "-->",
+    "<!-- x -->",
+    "&",
+    "&amp;",
+    "&lt;",
+    "&gt;",
+    "&quot;",
+    "&apos;",
+    "&#10;",
+    "&#13;",
+    "&#x41;",
+    "&#0;",
+    "&#1;",
+    "&#",
+    ";",
+    "<",
+    ">",
+    "\"",
+    "'",
+    " - ",
+    "-",
+    " ",
+    "  ",
+    "\t",
+    "\n",
+    "\r\n",
+    "\r",
+    "\n\n",
+    " \n ",
+    "\f",
+    "\v",
+    "\x1b",
+    "\x7f",
+    "k",
+    "K",
+    "x",
+    "0",
+    "5",
+    "$",
+    ",",
+    ".",
 };
 
 class Texts {
@@ -39,7 +99,7 @@ public:
             case 0: s += QString::fromUtf8(Pieces[m_rng.bounded(int(std::size(Pieces)))]); break;
             case 1: s += ArchiveMark; break;
             case 2: s += anyCharacter(); break;
-            case 3: s += QChar(char16_t(m_rng.bounded(0x20)));  break;  // control characters, separators too
+            case 3: s += QChar(char16_t(m_rng.bounded(0x20))); break;  // control characters, separators too
             default: s += QStringLiteral("Ab c\u00E9\u20AC"); break;
             }
         }
@@ -124,7 +184,7 @@ private slots:
                 }
                 const QString mark = t.bounded(3) == 0 ? ArchiveMark : QString();
                 tables.items.add(QString::number(i) + u'k',
-                                regional::sortPrice(price) + mark + price + QStringLiteral(" - ") + name);
+                                 regional::sortPrice(price) + mark + price + QStringLiteral(" - ") + name);
             }
             for (int r = 0; r < 6; ++r) {
                 const int cid = int(t.bounded(6)) + 1;

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The edits of customers and items without any window: the scan before a
 // delete (whole numbers, progress), the row removed or archived, keys, and
 // what the database tells its views.
 #include "database/database.h"
-#include "tablesedit.h"
 #include "database/rowtypes.h"
+#include "tablesedit.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -32,10 +33,10 @@ void fill(Database &db)
     test::TablesEdit tables(db);
     for (auto [psid, price] : {std::pair{1, 1}, std::pair{3, 3}, std::pair{7, 5}, std::pair{12, 9}})
         tables.items.add(numberKey(psid), item::make(QStringLiteral("00000000%1.00").arg(price), QStringLiteral("$%1.00").arg(price),
-                                                    QStringLiteral("Item%1").arg(psid)).text());
+                                                     QStringLiteral("Item%1").arg(psid))
+                                              .text());
     const std::tuple<const char *, const char *, int, QString> records[] = {
-        {"P1", "Baker, Pat", 2, ItemEntry::join({"7", ItemEntry::make("12", 3)})}, {"P1", "Egan, Pat", 5, "7x2"},
-        {"P1", "Lane, Pat", 12, "7"}, {"P2", "Lane, Pat", 12, "7"}};
+        {"P1", "Baker, Pat", 2, ItemEntry::join({"7", ItemEntry::make("12", 3)})}, {"P1", "Egan, Pat", 5, "7x2"}, {"P1", "Lane, Pat", 12, "7"}, {"P2", "Lane, Pat", 12, "7"}};
     for (const auto &[period, name, cid, items] : records) {
         InvoiceRecordRow r;
         r.period = QString::fromLatin1(period);
@@ -57,11 +58,9 @@ private slots:
         // Customer: the CID field exactly, paid records too. Item: the number
         // before any "x" (1 is no prefix of 12, 3 in 12x3 is a quantity, 2 a customer).
         const std::pair<const char *, Removal> customers[] = {
-            {"12k", Removal::Archived}, {"1k", Removal::Deleted}, {"7k", Removal::Deleted},
-            {"99k", Removal::NotThere}};
+            {"12k", Removal::Archived}, {"1k", Removal::Deleted}, {"7k", Removal::Deleted}, {"99k", Removal::NotThere}};
         const std::pair<const char *, Removal> items[] = {
-            {"12k", Removal::Archived}, {"7k", Removal::Archived}, {"1k", Removal::Deleted},
-            {"3k", Removal::Deleted}, {"2k", Removal::NotThere}};
+            {"12k", Removal::Archived}, {"7k", Removal::Archived}, {"1k", Removal::Deleted}, {"3k", Removal::Deleted}, {"2k", Removal::NotThere}};
         for (auto [key, outcome] : customers) {
             Database db;
             fill(db);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The table type: sorted insertion, positions, keys, re-sorting and failures,
 // checked against a plain vector model over long random runs; and the order of
 // row texts: names as in a phone book, separators and prices by code, archived
@@ -44,7 +45,7 @@ bool modelLess(const ModelRow &a, const ModelRow &b) { return rowTextLess(a.text
 QString randomRowText(QRandomGenerator &rng)
 {
     static const QStringList names = {"Smith, Ann", "smith, ann", "de Souza, Al", "De Souza, Al", "\u00c9mile",
-                                      "Emile",      "O'Brien",    "Zed",          QString()};
+                                      "Emile", "O'Brien", "Zed", QString()};
     QString s = (rng.bounded(8) == 0 ? ArchiveMark : QString()) + names.at(int(rng.bounded(names.size())));
     return rng.bounded(3) == 0 ? s + FieldSep + QString::number(rng.bounded(20)) : s;
 }

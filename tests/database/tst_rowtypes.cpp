@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The row types: every row text comes back character for character through
 // parse and text, both forms (owning and view) read the same fields, the
 // field counts that are not a row of the kind are refused, and the rows the
@@ -229,8 +230,9 @@ private slots:
         const ItemRow item{u"000000001.00"_s, true, u"$1.00 - Stamp"_s};
         QString built(ItemRow::composedSize(true, 12, 5, 5), Qt::Uninitialized);
         ItemRow::compose(reinterpret_cast<char16_t *>(built.data()), true, [](ItemRow::Field f, char16_t *d) {
-            const QString v = f == ItemRow::Field::SortPrice ? u"000000001.00"_s
-                              : f == ItemRow::Field::PriceText ? u"$1.00"_s : u"Stamp"_s;
+            const QString v = f == ItemRow::Field::SortPrice   ? u"000000001.00"_s
+                              : f == ItemRow::Field::PriceText ? u"$1.00"_s
+                                                               : u"Stamp"_s;
             return std::copy(v.utf16(), v.utf16() + v.size(), d);
         });
         QCOMPARE(built, item.text());

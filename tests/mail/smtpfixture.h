@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // A local SMTP server (aiosmtpd, tests/mail/smtpserver.py) with TLS from a
 // certificate made here with openssl, trusted through a CA file. Used by the
@@ -35,7 +36,8 @@ public:
         const QStringList ec = {QStringLiteral("-newkey"), QStringLiteral("ec"), QStringLiteral("-pkeyopt"),
                                 QStringLiteral("ec_paramgen_curve:prime256v1"), QStringLiteral("-nodes")};
         if (!run(QStringList{"req", "-x509", "-days", "2", "-subj", "/CN=Qorvane Test CA", "-keyout", d + "ca.key",
-                             "-out", caFile()} + ec))
+                             "-out", caFile()} +
+                 ec))
             return false;
         for (const QString name : {QStringLiteral("localhost"), QStringLiteral("wrong.example")}) {
             QFile ext(d + name + ".ext");

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """A throw-away SMTP server on 127.0.0.1 for the mail tests and the benchmark.
 
 Prints "READY <port>" once it listens. Writes to --dir: events.log (one line

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The mail layer without a network: addresses, names, texts, MIME encoding,
 // the account in the settings store, the sent-mail log, a trial run to .eml
 // files and the password store's memory seam.

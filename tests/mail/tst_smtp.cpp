@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Sending against a real SMTP server on the loopback address (aiosmtpd) with
 // TLS from a certificate made by the test: what arrives, as a mail reader
 // parses it; refusals before any password; a refused recipient; a dropped
@@ -20,11 +21,11 @@
 #include "uiservices/dialogservice.h"
 
 #include <QBuffer>
+#include <QJsonArray>
 #include <QLabel>
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QSpinBox>
-#include <QJsonArray>
 #include <QTest>
 #include <QTreeWidget>
 
@@ -54,7 +55,7 @@ MailAccount account(int port, Security s)
 OutgoingMessage invoiceFor(const MailCustomer &c)
 {
     pages::InvoiceInput in = pages::sampleInvoice(0, 3, true, false);  // $45.00, 2 x $20.00, $12.50
-    in.customer[0] = c.name;  // the page shows the first and the last name
+    in.customer[0] = c.name;                                           // the page shows the first and the last name
     in.customer[1] = c.name.section(u' ', 0, 0);
     in.customer[2] = c.name.section(u' ', 1);
     QBuffer pdf;
@@ -114,7 +115,7 @@ private slots:
         QFETCH(Security, security);
         QFETCH(QString, tls);
         const int port = smtp.start(tls, {"--user", "billing", "--password", Password, "--reject",
-                                                           "gone@example.org"});
+                                          "gone@example.org"});
         QVERIFY2(port, qPrintable(smtp.error));
         int connections = 0;
         const auto r = send(account(port, security),
@@ -146,7 +147,7 @@ private slots:
         QCOMPARE(m[u"filename"].toString(), u"Bäcker & Co - invoice Mai-Juni.pdf"_s);
         QCOMPARE(m[u"attachment_type"].toString(), u"application/pdf"_s);
         QVERIFY2(m[u"body"].toString().contains(u"Dear Jörg Meadows,\n\nplease find attached our invoice for "
-                                                 "Mai/Juni. The amount of $97.50 is due by 07/31/2026."_s),
+                                                "Mai/Juni. The amount of $97.50 is due by 07/31/2026."_s),
                  qPrintable(m[u"body"].toString()));
         const QString page = pdfText(smtp.attachmentPath(1));
         QVERIFY2(page.contains(u"Jörg Meadows"_s) && page.contains(u"$97.50"_s), qPrintable(page));
@@ -268,16 +269,16 @@ private slots:
         settings::write(u"EMail"_s, u"CAFile"_s, smtp.caFile());
         Database db;
         {
-        test::TablesEdit tables(db);
-        tables.company[0] = u"Acme"_s;
-        for (const char *c : {"1", "2"}) {
-            const bool mail = *c == '1';
-            tables.customers.add(c + u"k"_s, dbtest::fields({mail ? "Oak, Ann" : "Bell, Bo", mail ? "Ann" : "Bo",
-                                                            mail ? "Oak" : "Bell", "", "", "", mail ? "ann@example.org" : "", "", ""}));
-            tables.invoiceRecords.add(dbtest::fields({"May", c, ""}), dbtest::fields({"May", "", c, "12.34", "5x3", ""}));
-        }
-        tables.periods.add(u"May"_s + FieldSep, dbtest::fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
-        tables.items.add("5k", u"000000005.00$5.00 - Five"_s);
+            test::TablesEdit tables(db);
+            tables.company[0] = u"Acme"_s;
+            for (const char *c : {"1", "2"}) {
+                const bool mail = *c == '1';
+                tables.customers.add(c + u"k"_s, dbtest::fields({mail ? "Oak, Ann" : "Bell, Bo", mail ? "Ann" : "Bo",
+                                                                 mail ? "Oak" : "Bell", "", "", "", mail ? "ann@example.org" : "", "", ""}));
+                tables.invoiceRecords.add(dbtest::fields({"May", c, ""}), dbtest::fields({"May", "", c, "12.34", "5x3", ""}));
+            }
+            tables.periods.add(u"May"_s + FieldSep, dbtest::fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
+            tables.items.add("5k", u"000000005.00$5.00 - Five"_s);
         }
         const QString file = home.filePath(u"shop.xml"_s), outbox = home.filePath(u"outbox"_s);
         QVERIFY(db.save(file).ok);
@@ -299,16 +300,17 @@ private slots:
         QVERIFY2(page.contains(u"Ann"_s) && page.contains(u"$12.34"_s) && !page.contains(u"Bo"_s), qPrintable(page));
 
         QCOMPARE(run(cli, {u"email"_s, file, u"--statements"_s, u"--dry-run"_s, outbox}).first, 0);
-        const auto [parsed, name] = run(QStringLiteral(QOR_PYTHON3), {u"-c"_s, u"import email, email.policy, sys\n"
-            "m = email.message_from_binary_file(open(sys.argv[1], 'rb'), policy=email.policy.default)\n"
-            "assert not any(p.defects for p in m.walk())\nprint(next(m.iter_attachments()).get_filename())"_s,
-            outbox + u"/1.eml"_s});
+        const auto [parsed, name] = run(QStringLiteral(QOR_PYTHON3), {u"-c"_s,
+                                                                      u"import email, email.policy, sys\n"
+                                                                      "m = email.message_from_binary_file(open(sys.argv[1], 'rb'), policy=email.policy.default)\n"
+                                                                      "assert not any(p.defects for p in m.walk())\nprint(next(m.iter_attachments()).get_filename())"_s,
+                                                                      outbox + u"/1.eml"_s});
         QCOMPARE(name.trimmed(), u"Acme - statement "_s + QDate::currentDate().toString(u"yyyy-MM-dd"_s) + u".pdf"_s);
         QCOMPARE(parsed, 0);
         for (const auto &[args, status] : {std::pair{QStringList{u"--period"_s, u"June"_s}, 4},
-                                          {{u"--period"_s, u"May"_s, u"--statements"_s}, 1},
-                                          {{u"--statements"_s, u"--customer"_s, u"1x"_s}, 1},
-                                          {{u"--reminders"_s, u"9999"_s}, 5}})
+                                           {{u"--period"_s, u"May"_s, u"--statements"_s}, 1},
+                                           {{u"--statements"_s, u"--customer"_s, u"1x"_s}, 1},
+                                           {{u"--reminders"_s, u"9999"_s}, 5}})
             QCOMPARE(run(cli, QStringList{u"email"_s, file} + args).first, status);
     }
 };

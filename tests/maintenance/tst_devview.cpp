@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The developer view: opened from the logo only when the settings say so; the
 // rows of the four tables as text; a snapshot that doesn't follow changes; the
 // database file handed to the desktop; its size rule and stored place.
@@ -35,12 +36,14 @@ class TstDevView : public QObject {
     Sandbox sb;
 
     static QLabel *logo(FrmQOR &w) { return w.findChild<QLabel *>(u"picLogo"_s); }
-    static QStringList lines(const QString &text) {
+    static QStringList lines(const QString &text)
+    {
         QStringList l = text.split(u"\r\n"_s);
         if (!l.isEmpty() && l.last().isEmpty()) l.removeLast();
         return l;
     }
-    static void closeView() {
+    static void closeView()
+    {
         if (QPointer<FrmListLVWs> v = FrmListLVWs::existing()) {
             v->close();
             QTRY_VERIFY(!v);
@@ -48,13 +51,15 @@ class TstDevView : public QObject {
     }
 
 private slots:
-    void init() {
+    void init()
+    {
         writeDatabase(sb.db, {{1, u"Ann"_s, u"Lee"_s}, {2, u"Bob"_s, u"Moss"_s}},
                       {{5, u"Midget Widget"_s, u"5"_s}}, {{2, {u"5"_s}}});
     }
     void cleanup() { closeView(); }
 
-    void logoOpensOnlyForLvwpeek() {
+    void logoOpensOnlyForLvwpeek()
+    {
         auto w = openWindow(0);
         QCOMPARE(settings::read(u"BrowseRecall"_s, u"view"_s), u"lvwpeek"_s);  // written at every start
         for (const QString value : {u"LvwPeek"_s, u"lvwpeek "_s, u""_s}) {
@@ -89,7 +94,8 @@ private slots:
         QVERIFY(!settings::read(u"FormPositions"_s, u"frmListLVWs_Width"_s).isEmpty());
     }
 
-    void rowsOfEachTable() {
+    void rowsOfEachTable()
+    {
         auto w = openWindow(0);
         FrmListLVWs *v = FrmListLVWs::open(w.get(), w->db(), {});
         const QString sep(FieldSep);
@@ -135,7 +141,8 @@ private slots:
         discard(w);
     }
 
-    void snapshotAndEmptyTable() {
+    void snapshotAndEmptyTable()
+    {
         writeDatabase(sb.db, {{1, u"Ann"_s, u"Lee"_s}});
         auto w = openWindow(0);
         FrmListLVWs *v = FrmListLVWs::open(w.get(), w->db(), {});
@@ -161,7 +168,8 @@ private slots:
         discard(w);
     }
 
-    void showXml() {
+    void showXml()
+    {
         auto w = openWindow(0);
         Opener opener;
         QDesktopServices::setUrlHandler(u"file"_s, &opener, "open");
@@ -187,7 +195,8 @@ private slots:
         discard(w);
     }
 
-    void sizeRule() {
+    void sizeRule()
+    {
         auto w = openWindow(0);
         FrmListLVWs *v = FrmListLVWs::open(w.get(), w->db(), {});
         v->resize(50, 40);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // frmUpdate beside the main window: the main window refuses to close while it
 // shows; DOWNLOAD starts the updater from the program's folder and closes the
 // main window, which still asks about unsaved changes.
@@ -22,32 +23,37 @@ class TstFrmUpdate : public QObject {
     QString updater;  // the stand-in in this program's folder
     QString marker;   // what the stand-in writes
 
-    void writeStandIn(const QString &path) {
+    void writeStandIn(const QString &path)
+    {
         QFile f(path);
         QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
         // Tells where it ran and with how many arguments.
-        f.write("#!/bin/sh\n{ pwd; echo \"$#\"; } > \"$QOR_TEST_UPDATER_MARK.tmp\"\n"
-                "mv \"$QOR_TEST_UPDATER_MARK.tmp\" \"$QOR_TEST_UPDATER_MARK\"\n");
+        f.write(
+            "#!/bin/sh\n{ pwd; echo \"$#\"; } > \"$QOR_TEST_UPDATER_MARK.tmp\"\n"
+            "mv \"$QOR_TEST_UPDATER_MARK.tmp\" \"$QOR_TEST_UPDATER_MARK\"\n");
         f.close();
         QVERIFY(f.setPermissions(f.permissions() | QFileDevice::ExeOwner | QFileDevice::ExeUser));
     }
     static QString stored(const char *key) { return settings::read(u"FormPositions"_s, QString::fromLatin1(key)); }
 
 private slots:
-    void initTestCase() {
+    void initTestCase()
+    {
         updater = QCoreApplication::applicationDirPath() + u"/q-autoup"_s;
         marker = sb.dir.filePath(u"updater-ran"_s);
         qputenv("QOR_TEST_UPDATER_MARK", marker.toLocal8Bit());
         qputenv("XDG_CACHE_HOME", (sb.dir.path() + u"/cache"_s).toLocal8Bit());
     }
-    void init() {
+    void init()
+    {
         writeDatabase(sb.db, {{1, u"Ann"_s, u"Lee"_s}});
         QFile::remove(marker);
         QFile::remove(updater);
     }
     void cleanupTestCase() { QFile::remove(updater); }
 
-    void form() {
+    void form()
+    {
         auto w = openWindow(0);
         FrmUpdate *f = FrmUpdate::showFor(w.get());
         QCOMPARE(f->objectName(), u"frmUpdate"_s);
@@ -66,7 +72,8 @@ private slots:
         discard(w);
     }
 
-    void mainWindowRefusesWhileShown() {
+    void mainWindowRefusesWhileShown()
+    {
         auto w = openWindow(2);
         writeStandIn(updater);
         settings::write(u"Settings"_s, u"LastClicked"_s, u"0"_s);
@@ -92,7 +99,8 @@ private slots:
         w.reset();
     }
 
-    void downloadStartsUpdaterAndCloses() {
+    void downloadStartsUpdaterAndCloses()
+    {
         // Without an updater the rest happens all the same.
         auto w = openWindow(0);
         QPointer<FrmUpdate> f = FrmUpdate::showFor(w.get());
@@ -107,8 +115,8 @@ private slots:
         Answerer a;
         a.answer = QMessageBox::No;
         click(f->cmdDownload());
-        QVERIFY(!w->isVisible());  // closed
-        QCOMPARE(a.seen().size(), 0); // nothing changed: no question
+        QVERIFY(!w->isVisible());      // closed
+        QCOMPARE(a.seen().size(), 0);  // nothing changed: no question
         QTRY_VERIFY(!f);
         QTRY_VERIFY(QFile::exists(marker));
         QFile m(marker);
@@ -121,7 +129,8 @@ private slots:
         w.reset();
     }
 
-    void downloadWithUnsavedChangesCancelled() {
+    void downloadWithUnsavedChangesCancelled()
+    {
         writeStandIn(updater);
         auto w = openWindow(0);
         w->showDatabaseChanged(true);
@@ -137,7 +146,8 @@ private slots:
         discard(w);
     }
 
-    void linkOnOptionsPanelRunsTheCheck() {
+    void linkOnOptionsPanelRunsTheCheck()
+    {
         QTcpServer gone;  // a port nobody listens on any more
         QVERIFY(gone.listen(QHostAddress::LocalHost));
         qputenv(VersionUrlVariable, "https://127.0.0.1:" + QByteArray::number(gone.serverPort()) + "/qorver.txt");
@@ -153,7 +163,8 @@ private slots:
         discard(w);
     }
 
-    void noSearchOfPath() {
+    void noSearchOfPath()
+    {
         // An updater found only along PATH is never run.
         QTemporaryDir onPath, empty;
         writeStandIn(onPath.filePath(u"q-autoup"_s));

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The version check against local servers: an HTTPS server with a self-signed
 // certificate this test makes and trusts, one with a certificate nobody
 // trusts, a plain HTTP server, a closed port and a server that never answers.
@@ -29,7 +30,8 @@ public:
     QByteArray response;
     QStringList paths;  // request lines seen
 
-    Responder(const QSslCertificate &cert = {}, const QSslKey &key = {}) {
+    Responder(const QSslCertificate &cert = {}, const QSslKey &key = {})
+    {
         QSslConfiguration c = QSslConfiguration::defaultConfiguration();
         c.setLocalCertificate(cert);
         c.setPrivateKey(key);
@@ -41,12 +43,14 @@ public:
         });
         listen(QHostAddress::LocalHost);
     }
-    QUrl url(const QString &scheme, const QString &path = u"/qorver.txt"_s) const {
+    QUrl url(const QString &scheme, const QString &path = u"/qorver.txt"_s) const
+    {
         return QUrl(u"%1://127.0.0.1:%2%3"_s.arg(scheme).arg(serverPort()).arg(path));
     }
 
 protected:
-    void incomingConnection(qintptr handle) override {
+    void incomingConnection(qintptr handle) override
+    {
         if (!sslConfiguration().localCertificate().isNull())
             return QSslServer::incomingConnection(handle);
         auto *s = new QTcpSocket(this);  // plain HTTP: no handshake
@@ -55,7 +59,8 @@ protected:
     }
 
 private:
-    void serve(QTcpSocket *s) {
+    void serve(QTcpSocket *s)
+    {
         QObject::connect(s, &QTcpSocket::readyRead, s, [this, s] {
             QByteArray &seen = m_buffers[s];
             seen += s->readAll();
@@ -72,7 +77,8 @@ private:
     QHash<QTcpSocket *, QByteArray> m_buffers;
 };
 
-QByteArray ok(const QByteArray &body, int status = 200) {
+QByteArray ok(const QByteArray &body, int status = 200)
+{
     return "HTTP/1.1 " + QByteArray::number(status) + " X\r\nContent-Type: text/plain\r\nContent-Length: " +
            QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n" + body;
 }
@@ -86,7 +92,8 @@ class TstVersionCheck : public QObject {
     QSslKey trustedKey, untrustedKey;
 
     // A self-signed certificate for 127.0.0.1 made with openssl.
-    void makeCertificate(const QString &name, QSslCertificate &cert, QSslKey &key) {
+    void makeCertificate(const QString &name, QSslCertificate &cert, QSslKey &key)
+    {
         const QString c = tmp.filePath(name + u".crt"_s), k = tmp.filePath(name + u".key"_s);
         QProcess openssl;
         openssl.start(u"openssl"_s, {u"req"_s, u"-x509"_s, u"-newkey"_s, u"ec"_s, u"-pkeyopt"_s,
@@ -103,8 +110,13 @@ class TstVersionCheck : public QObject {
 
     // Runs one check with window as the main window: the outcome and the
     // message boxes it showed.
-    struct Run { VersionCheck::Outcome outcome; QStringList messages; bool returnedAtOnce; };
-    Run check(QWidget &window, std::chrono::milliseconds timeout = std::chrono::milliseconds(10000)) {
+    struct Run {
+        VersionCheck::Outcome outcome;
+        QStringList messages;
+        bool returnedAtOnce;
+    };
+    Run check(QWidget &window, std::chrono::milliseconds timeout = std::chrono::milliseconds(10000))
+    {
         Answerer a;
         a.answer = QMessageBox::Ok;
         VersionCheck *vc = VersionCheck::of(&window);
@@ -125,7 +137,8 @@ class TstVersionCheck : public QObject {
         return r;
     }
 
-    static void closeUpdateForm() {
+    static void closeUpdateForm()
+    {
         if (FrmUpdate *f = FrmUpdate::existing()) {
             f->close();
             delete f;
@@ -133,7 +146,8 @@ class TstVersionCheck : public QObject {
     }
 
 private slots:
-    void initTestCase() {
+    void initTestCase()
+    {
         QVERIFY(tmp.isValid());
         qputenv("XDG_CONFIG_HOME", tmp.filePath(u"config"_s).toLocal8Bit());
         makeCertificate(u"trusted"_s, trusted, trustedKey);
@@ -143,12 +157,14 @@ private slots:
         conf.addCaCertificate(trusted);
         QSslConfiguration::setDefaultConfiguration(conf);
     }
-    void cleanup() {
+    void cleanup()
+    {
         closeUpdateForm();
         qunsetenv(VersionUrlVariable);
     }
 
-    void addressAndVersion() {
+    void addressAndVersion()
+    {
         qunsetenv(VersionUrlVariable);
         QCOMPARE(versionFileUrl().scheme(), u"https"_s);
         QCOMPARE(versionFileUrl().path(), u"/qorver.txt"_s);
@@ -156,7 +172,8 @@ private slots:
         QCOMPARE(versionFileUrl(), QUrl(u"https://mirror.invalid/v.txt"_s));
     }
 
-    void answers_data() {
+    void answers_data()
+    {
         QTest::addColumn<QByteArray>("response");
         QTest::addColumn<int>("outcome");
         using O = VersionCheck::Outcome;
@@ -179,7 +196,8 @@ private slots:
         QTest::newRow("too large") << ok("3019001\r\n" + QByteArray(MaxVersionFileSize, 'x')) << int(O::Failed);
         QTest::newRow("not found") << ok("3019001", 404) << int(O::Failed);
     }
-    void answers() {
+    void answers()
+    {
         QFETCH(QByteArray, response);
         QFETCH(int, outcome);
         Responder server(trusted, trustedKey);
@@ -214,7 +232,8 @@ private slots:
         QCOMPARE(QDir(QCoreApplication::applicationDirPath()).entryList(QDir::Files), before);
     }
 
-    void connectionFailures_data() {
+    void connectionFailures_data()
+    {
         QTest::addColumn<QString>("kind");
         QTest::newRow("certificate nobody trusts") << u"untrusted"_s;
         QTest::newRow("plain http address") << u"plain"_s;
@@ -222,7 +241,8 @@ private slots:
         QTest::newRow("refused connection") << u"refused"_s;
         QTest::newRow("server never answers") << u"silent"_s;
     }
-    void connectionFailures() {
+    void connectionFailures()
+    {
         QFETCH(QString, kind);
         Responder good(trusted, trustedKey), bad(untrusted, untrustedKey);
         Responder plain;
@@ -264,7 +284,8 @@ private slots:
         }
     }
 
-    void oneCheckAtATime() {
+    void oneCheckAtATime()
+    {
         Responder server(trusted, trustedKey);  // never answers
         qputenv(VersionUrlVariable, server.url(u"https"_s).toEncoded());
         QWidget window;
@@ -285,7 +306,8 @@ private slots:
         QVERIFY(done.wait(10000));
     }
 
-    void windowGoneDuringCheck() {
+    void windowGoneDuringCheck()
+    {
         Responder server(trusted, trustedKey);
         qputenv(VersionUrlVariable, server.url(u"https"_s).toEncoded());
         auto window = std::make_unique<QWidget>();

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Installs the build into a temporary prefix and checks what a user gets: the
 # tree, the desktop entry and metainfo by their validators, the type of the
 # database files, the manual pages, and the installed programs started from

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Reads back what a PDF shows: every word with its box, from poppler's
 // pdftotext -bbox, in twips from the top left corner of its page.
@@ -48,10 +49,7 @@ inline QList<PdfWord> readPdfWords(const QString &pdf, QString *error = nullptr)
             w.top = m.captured(2).toDouble() * 20;
             w.right = m.captured(3).toDouble() * 20;
             w.bottom = m.captured(4).toDouble() * 20;
-            w.text = m.captured(5).replace(QStringLiteral("&amp;"), QStringLiteral("&"))
-                         .replace(QStringLiteral("&lt;"), QStringLiteral("<"))
-                         .replace(QStringLiteral("&gt;"), QStringLiteral(">"))
-                         .replace(QStringLiteral("&quot;"), QStringLiteral("\""));
+            w.text = m.captured(5).replace(QStringLiteral("&amp;"), QStringLiteral("&")).replace(QStringLiteral("&lt;"), QStringLiteral("<")).replace(QStringLiteral("&gt;"), QStringLiteral(">")).replace(QStringLiteral("&quot;"), QStringLiteral("\""));
             out << w;
         }
     }

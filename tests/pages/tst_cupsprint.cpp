@@ -1,21 +1,22 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Printing through a real print system: the CUPS scheduler with a cups-pdf
 // queue as the default printer. The job goes out through QPrinter exactly as
 // the print run sends it; cups-pdf turns it into a file, which is read back.
 #include "pages/invoice.h"
-#include "pages/preview.h"
 #include "pages/pdfoutput.h"
+#include "pages/preview.h"
 #include "pages/printout.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QLocale>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QPrinter>
 #include <QPrinterInfo>
+#include <QProcess>
+#include <QRegularExpression>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace qor::pages;
@@ -206,8 +207,7 @@ private slots:
     {
         const QString queue = QStringLiteral("QorvaneRejects");
         QString why;
-        if (run("lpadmin", {"-p", queue, "-v", "cups-pdf:/", "-E", "-P", Ppd}, &why).isNull()
-            || run("cupsreject", {queue}, &why).isNull())
+        if (run("lpadmin", {"-p", queue, "-v", "cups-pdf:/", "-E", "-P", Ppd}, &why).isNull() || run("cupsreject", {queue}, &why).isNull())
             QFAIL(qPrintable(QStringLiteral("cannot set up a rejecting queue: ") + why));
         QPrinter printer(QPrinterInfo::printerInfo(queue), QPrinter::HighResolution);
         const PrintOutcome out = printPages({composeInvoice(sampleInvoice(1, 2, true, false)).first()}, printer, "rejected");

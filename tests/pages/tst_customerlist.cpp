@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The printed customer list: entries, fonts, columns and pages, and a long
 // list written to PDF and read back word by word.
 #include "pdfwords.h"
@@ -68,9 +69,12 @@ private slots:
     {
         // Style text and size as stored; a style without a number keeps the
         // template's size; case is ignored.
-        const struct { const char *style; bool bold, italic; double size; } rows[] = {
-            {"Bold Italic 10", true, true, 10.0}, {"bold italic ", true, true, 8.25},
-            {"Regular 8", false, false, 8.0},     {"Italic 12", false, true, 12.0}, {"Bold 14", true, false, 14.0}};
+        const struct {
+            const char *style;
+            bool bold, italic;
+            double size;
+        } rows[] = {
+            {"Bold Italic 10", true, true, 10.0}, {"bold italic ", true, true, 8.25}, {"Regular 8", false, false, 8.0}, {"Italic 12", false, true, 12.0}, {"Bold 14", true, false, 14.0}};
         for (const auto &r : rows) {
             const ListFont f = parseListFont(u"Verdana"_s, QString::fromLatin1(r.style));
             QCOMPARE(f.name, u"Verdana"_s);
@@ -177,8 +181,9 @@ private slots:
     void thousandToPdf()
     {
         KeyedList t;
-        const QString note = u"Delivery round on the eastern side of the river, gate code on the back of the card;"
-                             " second line\r\nthird line of the note\r\nfourth line"_s;
+        const QString note =
+            u"Delivery round on the eastern side of the river, gate code on the back of the card;"
+            " second line\r\nthird line of the note\r\nfourth line"_s;
         for (int i = 1; i <= 1000; ++i)
             t.add(numberKey(i), row(u"Qx%1"_s.arg(i, 4, 10, QChar(u'0')), u"Customer"_s, u"%1 Long Road"_s.arg(i),
                                     u"Suite %1"_s.arg(i), u"Town"_s, u"c%1@example.com"_s.arg(i), u"555-0100"_s,

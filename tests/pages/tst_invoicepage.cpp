@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The composed invoice page, element by element: lines and the cut-off at
 // twelve, the note, compaction, the stamp, the company block per form, the
 // date placement, money forms and the title.
@@ -86,8 +87,8 @@ private slots:
     void pages_data()
     {
         QTest::addColumn<int>("items");
-        QTest::addColumn<qint64>("balance");  // cents; -1: all of it owed
-        QTest::addColumn<bool>("keep");        // KeepTwelveLines
+        QTest::addColumn<qint64>("balance");      // cents; -1: all of it owed
+        QTest::addColumn<bool>("keep");           // KeepTwelveLines
         QTest::addColumn<QList<int>>("perPage");  // lines of each page, the summary lines included
         QTest::newRow("twelve") << 12 << qint64(-1) << true << QList<int>{12};
         QTest::newRow("thirteen") << 13 << qint64(-1) << true << QList<int>{12, 1};
@@ -140,9 +141,7 @@ private slots:
         QCOMPARE(printed, in.billed());
         const Page &p = pages.last();
         QCOMPARE(text(p, "lblTotalAm"), in.balance.toCurrencyText());
-        QVERIFY(!summary || (p.at("lblPS", box - 2).align == Align::Right
-                             && qor::Money::fromPriceText(text(p, "lblAm", box - 2)) == in.billed()
-                             && qor::Money::fromPriceText(text(p, "lblAm", box - 1)) == in.billed() - in.balance));
+        QVERIFY(!summary || (p.at("lblPS", box - 2).align == Align::Right && qor::Money::fromPriceText(text(p, "lblAm", box - 2)) == in.billed() && qor::Money::fromPriceText(text(p, "lblAm", box - 1)) == in.billed() - in.balance));
     }
 
     // A note takes a line of the box and prints under it; after twelve

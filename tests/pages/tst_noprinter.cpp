@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A system without any printer: the print layer says so, distinctly from a
 // failed job, so that the caller can offer a PDF instead.
 #include "pages/preview.h"

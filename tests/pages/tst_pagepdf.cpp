@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Pages on paper: each form and the envelope written to PDF and read back with
 // poppler's pdftotext -bbox, so the positions are those a reader of the file sees.
 #include "pdfwords.h"
@@ -48,7 +49,10 @@ class TstPagePdf : public QObject {
     {
         return std::abs(actual - expected) <= tolerance;
     }
-    enum Edge { Left, Right, Top, Centre };
+    enum Edge { Left,
+                Right,
+                Top,
+                Centre };
     // The words from `from` to `to` (one word when empty) have that edge within
     // the tolerance of `at`; the first word is the one nearest `nearTop` when given.
     static void expectAt(const QList<PdfWord> &w, const QString &from, Edge edge, double at, double tolerance = 20,
@@ -57,7 +61,9 @@ class TstPagePdf : public QObject {
         const PdfWord *a = nearTop < 0 ? findWord(w, from) : findWordNear(w, from, nearTop);
         const PdfWord *b = to.isEmpty() ? a : findWord(w, to);
         QVERIFY2(a && b, qPrintable(from + u' ' + to));
-        const double v = edge == Left ? a->left : edge == Right ? b->right : edge == Top ? a->top : (a->left + b->right) / 2;
+        const double v = edge == Left ? a->left : edge == Right ? b->right
+                                              : edge == Top     ? a->top
+                                                                : (a->left + b->right) / 2;
         QVERIFY2(near(v, at, tolerance), qPrintable(u"%1: %2, wanted %3"_s.arg(from).arg(v).arg(at)));
     }
 
@@ -87,12 +93,12 @@ private slots:
         expectAt(w, u"Lawn"_s, Left, 840);
         expectAt(w, u"Lawn"_s, Top, 7320, 40);
         QVERIFY(findWord(w, u"Hedge"_s) && near(findWord(w, u"Hedge"_s)->top - findWord(w, u"Lawn"_s)->top, 360, 2));
-        expectAt(w, u"$45.00"_s, Centre, 9727.5);                 // centred in its column, 8640 + 2175 / 2
-        expectAt(w, u"DUE:"_s, Right, 8295, 20, {}, 11760);        // "TOTAL DUE:" right-aligned
+        expectAt(w, u"$45.00"_s, Centre, 9727.5);            // centred in its column, 8640 + 2175 / 2
+        expectAt(w, u"DUE:"_s, Right, 8295, 20, {}, 11760);  // "TOTAL DUE:" right-aligned
         expectAt(w, u"DUE:"_s, Top, 11760, 40, {}, 11760);
-        QVERIFY(findWord(w, u"$97.50"_s));                         // 45 + 2 x 20 + 12.50
-        expectAt(w, u"THANK"_s, Centre, 5707.5, 20, u"BUSINESS!"_s); // the page's box, 600 + 10215 / 2
-        QVERIFY(findWord(w, u"&"_s));                              // ampersands print as ampersands
+        QVERIFY(findWord(w, u"$97.50"_s));                            // 45 + 2 x 20 + 12.50
+        expectAt(w, u"THANK"_s, Centre, 5707.5, 20, u"BUSINESS!"_s);  // the page's box, 600 + 10215 / 2
+        QVERIFY(findWord(w, u"&"_s));                                 // ampersands print as ampersands
     }
 
     void headOfEachForm()
@@ -182,8 +188,7 @@ private slots:
     void landscapePageAndBadFile()
     {
         Page envelope(u"envelope"_s, 13680, 6264, {});
-        envelope.add(Element{.name = u"line1"_s, .left = 1134, .top = 540, .width = 6000, .height = 300,
-                             .text = u"Return & address"_s});
+        envelope.add(Element{.name = u"line1"_s, .left = 1134, .top = 540, .width = 6000, .height = 300, .text = u"Return & address"_s});
         expectAt(pdfOf({envelope}, "envelope.pdf"), u"Return"_s, Left, 1134);
         QString why;
         QVERIFY(!writePdf({envelope}, m_dir.filePath("no/such/dir/x.pdf"), defaultPaper(), &why));
@@ -248,7 +253,7 @@ private slots:
             QVERIFY(std::abs(lines[i]->top - lines[i - 1]->top - pitch10) < 5);
         QVERIFY(std::abs(lines[4]->top - lines[3]->top - pitch10 - 2 * cm) < 60);
         QVERIFY(lines[4]->bottom - lines[4]->top > lines[0]->bottom - lines[0]->top);  // 12 points
-        QVERIFY(lines[7]->bottom < page.height());  // the block lies on the paper
+        QVERIFY(lines[7]->bottom < page.height());                                     // the block lies on the paper
 
         // Empty lines keep their place: the block keeps its height.
         in.company[0].clear();

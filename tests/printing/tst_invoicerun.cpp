@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The invoice and envelope runs through the real window: pages in node order
 // with their duplicates, customers without a ticked line skipped, the
 // company-info question, the run's label and bar, no printer and a refused
@@ -113,8 +114,7 @@ private slots:
         QCOMPARE(addressees(pages), QStringList({u"Cy"_s, u"Cy"_s, u"Ann Lee"_s, u"Ann Lee"_s}));
         QCOMPARE(pages[2], pages[3]);
         // Ann was billed $17.00 and owes $10.00: the part payment shows.
-        QVERIFY2(pages[2].contains(u"Six (x2) $12.00 "_s) && pages[2].contains(u"Billed: $17.00 Paid: $7.00 "_s)
-                     && pages[2].contains(u"TOTAL DUE: $10.00"_s),
+        QVERIFY2(pages[2].contains(u"Six (x2) $12.00 "_s) && pages[2].contains(u"Billed: $17.00 Paid: $7.00 "_s) && pages[2].contains(u"TOTAL DUE: $10.00"_s),
                  qPrintable(pages[2]));
         QVERIFY(pages[2].contains(u"Test Co"_s));
         // Nothing changed: no data, no changed state, the ticks as they were.
@@ -176,8 +176,9 @@ private slots:
         QCOMPARE(form.key, u"DontShowNeedToFillCompanyInfo"_s);
         QCOMPARE(form.presetAnswer, u"Yes"_s);
         QVERIFY(form.buttons != u"OK");
-        QCOMPARE(form.text, u"You have not entered your company's name or address.\r\n\r\nWould you like to enter "
-                             "this information\r\nbefore printing your invoices?"_s);
+        QCOMPARE(form.text,
+                 u"You have not entered your company's name or address.\r\n\r\nWould you like to enter "
+                 "this information\r\nbefore printing your invoices?"_s);
 
         // No: the invoices print with the empty company fields.
         w->cmdTabClick(3);
@@ -271,7 +272,8 @@ private slots:
         settings::write(u"Printing"_s, u"X-Margin"_s, u"3.5"_s);
         settings::write(u"Printing"_s, u"Y-Margin"_s, u"2.5"_s);
         bool eventRan = false;
-        QMetaObject::invokeMethod(this, [&] { eventRan = true; }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [&] { eventRan = true; }, Qt::QueuedConnection);
         int calls = 0;
         bool shownDuringRun = false, eventsDuringRun = false;
         panel->printEnvelope = [&](const pages::Page &p) {
@@ -296,8 +298,9 @@ private slots:
         QCOMPARE(answers.seen().size(), 1);
         QCOMPARE(answers.last().title, u"Printer Error"_s);
         QCOMPARE(answers.last().icon, QMessageBox::Critical);
-        QCOMPARE(answers.last().text, u"An error has occoured: \nThe printer is on fire.\nThe printing job has been "
-                                      "canceled, please try again."_s);
+        QCOMPARE(answers.last().text,
+                 u"An error has occoured: \nThe printer is on fire.\nThe printing job has been "
+                 "canceled, please try again."_s);
 
         // The envelopes: company from the file, the customer's name, margins
         // 3.5 -> 4 and 2.5 -> 2 centimetres.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The Products and Services panel driven through its controls inside the main window.
 #include "panelharness.h"
 
@@ -20,12 +21,14 @@ class TstProductPanel : public QObject {
     QTreeWidget *list() { return m_w->productPanel()->list(); }
     const KeyedList &table() { return m_w->db().items(); }
     QString buttons() { return buttonPair(btn("cmdAddNewItem"), btn("cmdCancelNewItem")); }
-    void open(const QList<DbItem> &items, const QList<DbRecord> &records = {}) {
+    void open(const QList<DbItem> &items, const QList<DbRecord> &records = {})
+    {
         discard(m_w);
         writeDatabase(m_box.db, {{1, "Ann", "Lee"}}, items, records);
         m_w = openWindow(1);
     }
-    void addItem(const QString &p, const QString &n, bool press = true) {
+    void addItem(const QString &p, const QString &n, bool press = true)
+    {
         click(btn("cmdAddNewItem"));
         QTest::keyClicks(price(), p);
         QTest::keyClicks(name(), n);
@@ -34,7 +37,8 @@ class TstProductPanel : public QObject {
     void select(const QString &text) { clickRow(list(), rowTexts(list()).indexOf(text) + 1); }
 
 private slots:
-    void init() {
+    void init()
+    {
         QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
         m_answers = std::make_unique<Answerer>();
         settings::putStoredSetting("CheckToConfirmEdits", "True");
@@ -42,7 +46,8 @@ private slots:
     void cleanup() { discard(m_w); }
 
     // Entry: colours, the rule that shows "&Add New", Enter as its key, cancel.
-    void entry() {
+    void entry()
+    {
         open({});
         QVERIFY(price()->isHidden());
         QTest::keyClick(list(), Qt::Key_Return);  // no default button yet
@@ -74,7 +79,8 @@ private slots:
 
     // United States forms: grouping, negative and zero prices, " - " in names,
     // order by price, and the duplicate rule on the shown form.
-    void pricesUnitedStates() {
+    void pricesUnitedStates()
+    {
         open({});
         addItem("1,200", "Roof - full");
         QCOMPARE(table().text(1), "000001200.00$1,200.00 - Roof - full");
@@ -111,7 +117,8 @@ private slots:
     }
 
     // German forms; a display text keeps the form of the moment it was added.
-    void pricesGermany() {
+    void pricesGermany()
+    {
         open({});
         const QLocale de(QLocale::German, QLocale::Germany);
         QLocale::setDefault(de);
@@ -129,7 +136,8 @@ private slots:
 
     // Delete removes an unbilled item, archives a billed one (also as 2x2); the
     // question comes unless the setting is exactly "False"; all of it reaches the file.
-    void deleteArchiveAndReload() {
+    void deleteArchiveAndReload()
+    {
         open({{1, "Soap", "$5.00"}, {2, "Brush", "$8.00"}, {3, "Mop", "$20.00"}}, {{1, {"3", "2x2"}}});
         select("$8.00 - Brush");
         click(btn("cmdCancelNewItem"));
@@ -150,8 +158,9 @@ private slots:
         addItem("1234.5", "Fence & gate");
         QVERIFY(m_w->saveDatabase());
         const QByteArray bytes = m_box.fileBytes();
-        QVERIFY(bytes.contains("<PS PSID=\"4\">\r\n\t\t\t<Item>Fence &amp; gate</Item>\r\n"
-                               "\t\t\t<ItemPrice>$1,234.50</ItemPrice>\r\n\t\t\t<Current>Yes</Current>"));
+        QVERIFY(bytes.contains(
+            "<PS PSID=\"4\">\r\n\t\t\t<Item>Fence &amp; gate</Item>\r\n"
+            "\t\t\t<ItemPrice>$1,234.50</ItemPrice>\r\n\t\t\t<Current>Yes</Current>"));
         QVERIFY(bytes.contains("<ItemPrice>$8.00</ItemPrice>\r\n\t\t\t<Current>No</Current>") && !bytes.contains("PSID=\"1\""));
         discard(m_w);
         m_w = openWindow(1);

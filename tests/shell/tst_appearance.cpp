@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Every panel in every mode as the user sees it: each caption fits its control
 // by the font's own metrics (CTest runs this again scaled and with larger
 // text), and each text reads on its ground under a light scheme, Fusion with a
@@ -24,15 +25,14 @@ class TstAppearance : public QObject {
     Sandbox sb;
 
     // Each panel as it opens with the hints on, then the three entry modes.
-    QStringList overAllModes(const Check &check) {
+    QStringList overAllModes(const Check &check)
+    {
         writeDatabase(sb.db, {{1, "Ann", "Lee"}}, {{1, "Lawn care", "90.50"}}, {{1, {"1"}}});
         settings::write("Settings", "ExpertMode", "False");
         ScriptedDialogs dialogs;
         auto w = openWindow(0);
         QStringList problems;
-        const std::pair<int, const char *> modes[] = {{0, nullptr}, {1, nullptr}, {2, nullptr}, {3, nullptr},
-                                                      {4, nullptr}, {5, nullptr}, {6, nullptr}, {0, "cmdAddNew"},
-                                                      {1, "cmdAddNewItem"}, {2, "cmdAddNewBP"}};
+        const std::pair<int, const char *> modes[] = {{0, nullptr}, {1, nullptr}, {2, nullptr}, {3, nullptr}, {4, nullptr}, {5, nullptr}, {6, nullptr}, {0, "cmdAddNew"}, {1, "cmdAddNewItem"}, {2, "cmdAddNewBP"}};
         for (const auto &[panel, entry] : modes) {
             w->cmdTabClick(panel);
             if (entry) w->panel(panel)->control<QAbstractButton>(QString::fromLatin1(entry))->click();
@@ -44,7 +44,8 @@ class TstAppearance : public QObject {
         return problems;
     }
 private slots:
-    void captionsFit() {
+    void captionsFit()
+    {
         const QStringList problems = overAllModes([](QWidget *c, const QString &mode, QStringList &out) {
             QString text;
             QRect area = c->contentsRect();
@@ -69,19 +70,16 @@ private slots:
             if (text.isEmpty()) return;
             const QRect need = c->fontMetrics().boundingRect(QRect(area.topLeft(), QSize(area.width(), 1 << 16)), flags, text);
             if (need.width() > area.width() || need.height() > area.height() + 1)
-                out << mode + u"%1 \"%2\" needs %3x%4, has %5x%6"_s.arg(c->objectName(), text).arg(need.width())
-                               .arg(need.height()).arg(area.width()).arg(area.height());
+                out << mode + u"%1 \"%2\" needs %3x%4, has %5x%6"_s.arg(c->objectName(), text).arg(need.width()).arg(need.height()).arg(area.width()).arg(area.height());
         });
         QVERIFY2(problems.isEmpty(), qPrintable(problems.join(u'\n')));
     }
-    void textReads_data() {  // the schemes
+    void textReads_data()
+    {  // the schemes
         QTest::addColumn<QPalette>("palette");
         QTest::newRow("light") << QApplication::style()->standardPalette();
         QPalette dark(QColor(53, 53, 53), QColor(35, 35, 35));  // button, window; the rest derived
-        for (auto [role, colour] : {std::pair{QPalette::Base, QColor(35, 35, 35)}, {QPalette::Text, QColor(Qt::white)},
-                                    {QPalette::WindowText, QColor(Qt::white)}, {QPalette::ButtonText, QColor(Qt::white)},
-                                    {QPalette::Highlight, QColor(42, 130, 218)}, {QPalette::ToolTipBase, QColor(25, 25, 25)},
-                                    {QPalette::ToolTipText, QColor(Qt::white)}})
+        for (auto [role, colour] : {std::pair{QPalette::Base, QColor(35, 35, 35)}, {QPalette::Text, QColor(Qt::white)}, {QPalette::WindowText, QColor(Qt::white)}, {QPalette::ButtonText, QColor(Qt::white)}, {QPalette::Highlight, QColor(42, 130, 218)}, {QPalette::ToolTipBase, QColor(25, 25, 25)}, {QPalette::ToolTipText, QColor(Qt::white)}})
             dark.setColor(role, colour);
         QTest::newRow("Fusion dark") << dark;
         // qt6ct keeps a scheme as the palette's roles in their order, per group.
@@ -97,13 +95,13 @@ private slots:
         QVERIFY2(scheme.value(u"ColorScheme/active_colors"_s).toStringList().size() >= 20, "qt6ct is not installed");
         QTest::newRow("qt6ct darker") << darker;
     }
-    void textReads() {
+    void textReads()
+    {
         QFETCH(QPalette, palette);
         QApplication::setPalette(palette);
         const QStringList problems = overAllModes([](QWidget *c, const QString &mode, QStringList &out) {
             auto *l = qobject_cast<QLabel *>(c);
-            if ((l && l->text().isEmpty()) || qobject_cast<HoverCommand *>(c)
-                || !(l || qobject_cast<QAbstractButton *>(c) || qobject_cast<QLineEdit *>(c) || qobject_cast<QGroupBox *>(c)))
+            if ((l && l->text().isEmpty()) || qobject_cast<HoverCommand *>(c) || !(l || qobject_cast<QAbstractButton *>(c) || qobject_cast<QLineEdit *>(c) || qobject_cast<QGroupBox *>(c)))
                 return;
             const bool hint = roster::find(c->objectName())->fore == syscolor::GrayText;
             const QColor text = c->palette().color(QPalette::Active, c->foregroundRole()), ground = roster::groundOf(c);

@@ -1,18 +1,19 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The database file as a whole, through the window: New, Open, Save As,
 // abandoning changes and closing the books, with the file dialogs answered
 // in advance and once through the real Qt file dialog.
 #include "../customers/panelharness.h"
 #include "../uiservices/modaldriver.h"
-#include "customers/customerpanel.h"
-#include "database/money.h"
 #include "billperiods/billperiodpanel.h"
+#include "customers/customerpanel.h"
+#include "database/filelock.h"
+#include "database/money.h"
 #include "printing/printingpanel.h"
 #include "shell/instancechannel.h"
 #include "shell/optionspanel.h"
 #include "shell/panel.h"
 #include "uiservices/clsdialogs.h"
 #include "uiservices/hovercommand.h"
-#include "database/filelock.h"
 
 #include <QListWidget>
 
@@ -38,20 +39,24 @@ class TstFileOps : public QObject {
     void pathButton(int i) { click(button(u"cmdChangePath(%1)"_s.arg(i))); }
     QString shownPath() { return w->panel(5)->control<QLineEdit>(u"txtChangePath"_s)->text(); }
     QLineEdit *company(int i) { return w->panel(6)->control<QLineEdit>(u"txtCompanyDetails(%1)"_s.arg(i)); }
-    static QByteArray bytes(const QString &path) {
+    static QByteArray bytes(const QString &path)
+    {
         QFile f(path);
         return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("(missing)");
     }
-    static std::unique_ptr<Database> readBack(const QString &path) {
+    static std::unique_ptr<Database> readBack(const QString &path)
+    {
         auto db = std::make_unique<Database>();
         db->read(path, Database::MissingFile::Reject);
         db->fillInvoiceRecordNames();
         return db;
     }
-    QStringList recoveryCopies() const {
+    QStringList recoveryCopies() const
+    {
         return QDir(sb.dir.path()).entryList({u"*.unsaved-*"_s}, QDir::Files, QDir::Name);
     }
-    void addCustomer(const QString &first) {
+    void addCustomer(const QString &first)
+    {
         w->cmdTabClick(0);
         auto *add = w->customerPanel()->control<QAbstractButton>(u"cmdAddNew"_s);
         click(add);
@@ -61,7 +66,8 @@ class TstFileOps : public QObject {
     }
 
 private slots:
-    void init() {
+    void init()
+    {
         writeDatabase(sb.db, {{1, u"Ann"_s, u"Lee"_s}, {2, u"Bob"_s, u"Moss"_s}, {3, u"Old"_s, u"Gone"_s, false}},
                       {{1, u"Mowing"_s, u"10"_s}, {2, u"Raking"_s, u"5"_s, false}},
                       {{1, {u"1"_s}}, {2, {u"1"_s, u"1"_s}}});
@@ -71,7 +77,8 @@ private slots:
         answers = std::make_unique<ScriptedDialogs>();
         w = openWindow(5);
     }
-    void cleanup() {
+    void cleanup()
+    {
         discard(w);
         answers.reset();
         dialogs.reset();
@@ -80,7 +87,8 @@ private slots:
 
     // A second start hands its file over the local socket; the running window
     // opens it after the usual question about unsaved changes.
-    void secondStartHandsOverItsFile() {
+    void secondStartHandsOverItsFile()
+    {
         InstanceChannel channel;
         const QString name = sb.dir.path() + u"/runtime/qorvane-test.socket"_s;
         QVERIFY(channel.listen(name));
@@ -100,7 +108,8 @@ private slots:
         QVERIFY(!InstanceChannel::handOver({}, name + u"-none"_s, 200));  // nobody listening
     }
 
-    void saveAsAddsTheExtensionAndGoesOn() {
+    void saveAsAddsTheExtensionAndGoesOn()
+    {
         const QByteArray original = sb.fileBytes();
         company(0)->setText(u"Renamed Co"_s);
         answers->nextFileNames = {at(u"Books"_s), at(u"Copy.XML"_s)};
@@ -144,7 +153,8 @@ private slots:
         QCOMPARE(w->customerPanel()->rowCount(), 2);
     }
 
-    void newAndOpen() {
+    void newAndOpen()
+    {
         // A name that is taken, with or without its ".xml": the message, nothing else.
         answers->nextFileNames = {sb.db, at(u"QOR"_s)};
         for (int i = 0; i < 2; ++i) {
@@ -189,7 +199,8 @@ private slots:
         QVERIFY(recoveryCopies().isEmpty());  // nothing was ever unsaved
     }
 
-    void unsavedChangesAreKeptBeforeTheyAreDropped() {
+    void unsavedChangesAreKeptBeforeTheyAreDropped()
+    {
         addCustomer(u"Cara"_s);
         QVERIFY(w->databaseChanged());
         const QByteArray original = sb.fileBytes();
@@ -228,15 +239,17 @@ private slots:
         QCOMPARE(w->customerPanel()->rowCount(), 2);
     }
 
-    void closeTheBooks() {
+    void closeTheBooks()
+    {
         const QString explanation =
             u"By \"closing the books,\" the current database will be saved\r\nand you will then start fresh under a "
             "new file name with\r\nyour existing customers && products.  This allows you to\r\narchive previous bill "
             "periods and invoices, keeping your\r\nfiles smaller and more managable.  (Even after closing the\r\n"
             "books on a file, you can always re-open and edit it later.)\r\n\r\nWould you like to close the books on "
             "this file and begin a\r\nnew file using your current customers && products?"_s;
-        const QString refusal = u"If you want to close the books and continue with a new database,\r\nyou'll need "
-                                "to type in a new (unique) file name for the new database."_s;
+        const QString refusal =
+            u"If you want to close the books and continue with a new database,\r\nyou'll need "
+            "to type in a new (unique) file name for the new database."_s;
         auto *closeBooks = button(u"cmdCloseBooks"_s);
         // Declined ("No", also the close box): no dialog.
         answers->nextFormAnswers = {u"No"_s};
@@ -322,7 +335,8 @@ private slots:
     // A file another program holds, opened read-only: the title says so and
     // there is no save; edits start the recovery timer; a separator typed in
     // a company field is refused.
-    void readOnlyRecoveryAndCompanyFields() {
+    void readOnlyRecoveryAndCompanyFields()
+    {
         discard(w);
         QFile::remove(FileLock::lockPathOf(sb.db));
         QFile lock(FileLock::lockPathOf(sb.db));
@@ -346,7 +360,8 @@ private slots:
 
     // Saves keep versions; the Options panel lists them and restores one as
     // changed books.
-    void versionsOnTheOptionsPanel() {
+    void versionsOnTheOptionsPanel()
+    {
         company(0)->setText(u"Second"_s);
         w->cmdSaveClick();
         auto *list = w->optionsPanel()->versionList();
@@ -360,7 +375,8 @@ private slots:
         QCOMPARE(readBack(sb.db)->company()[0], u"Second"_s);  // saved only when the user saves
     }
 
-    void abandonAfterAddingACustomer() {
+    void abandonAfterAddingACustomer()
+    {
         w->cmdSaveClick();  // the file as this program writes it
         const QByteArray saved = sb.fileBytes();
         const QStringList shown = rowTexts(w->customerPanel()->list());
@@ -382,7 +398,8 @@ private slots:
     }
 
     // The real Qt file dialog, filled in as a user does.
-    void throughTheRealFileDialog() {
+    void throughTheRealFileDialog()
+    {
         answers.reset();  // the real windows answer now
         const QString target = at(u"Typed"_s);
         bool seen = false;
@@ -394,7 +411,8 @@ private slots:
             // A full path is pasted: typed, the completer's list would take the Return.
             name->setText(target);
             QTest::keyClick(name, Qt::Key_Return);
-        }, &seen);
+        },
+                               &seen);
         pathButton(3);
         QVERIFY(seen);
         QCOMPARE(settings::databasePath(), at(u"Typed.xml"_s));
@@ -408,7 +426,8 @@ private slots:
                      QDir(ClsDIALOGS::current().strLastOpenFolder()).canonicalPath());
             f->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(sb.db);
             QTest::keyClick(f->findChild<QLineEdit *>(u"fileNameEdit"_s), Qt::Key_Return);
-        }, &seen);
+        },
+                               &seen);
         pathButton(1);
         QVERIFY(seen);
         QCOMPARE(settings::databasePath(), sb.db);
@@ -433,7 +452,7 @@ private slots:
             QCOMPARE(d.text(nullptr, u"t"_s, u"l"_s, {}), std::optional<QString>(u"typed"_s));
             QCOMPARE(d.text(nullptr, u"t"_s, u"l"_s, {}), std::nullopt);
             QCOMPARE(d.openFileName(nullptr, {}), u"/tmp/a.xml"_s);
-            QCOMPARE(d.saveFileName(nullptr, {}), QString());  // nothing queued: cancelled
+            QCOMPARE(d.saveFileName(nullptr, {}), QString());                                   // nothing queued: cancelled
             QCOMPARE(d.messageForm(nullptr, {u"m"_s, u"Key"_s, u"OK"_s, u"Yes"_s}), u"Yes"_s);  // the close box
             QCOMPARE(inner.seen.size(), 7);
             QCOMPARE(outer.seen.size(), 0);

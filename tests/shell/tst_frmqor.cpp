@@ -1,22 +1,23 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main window's life: first start, closing with changes, failed saves,
 // abandoning changes, panel switching, the size rules, expert mode, files that
 // need the user told, and one running copy per user.
 #include "../customers/panelharness.h"
 #include "customers/customerpanel.h"
-#include "uiservices/formposition.h"
 #include "shell/panel.h"
 #include "shell/userguide.h"
+#include "uiservices/formposition.h"
 #include "uiservices/hovercommand.h"
 #include "uiservices/twips.h"
 
 #include <QCheckBox>
 #include <QDesktopServices>
-#include <QWindow>
 #include <QProcess>
 #include <QSysInfo>
+#include <QWindow>
 
-#include <csignal>
 #include <sys/resource.h>
+#include <csignal>
 
 using namespace qor;
 using namespace qor::testing;
@@ -26,19 +27,24 @@ class TstFrmQOR : public QObject {
     Q_OBJECT
     Sandbox sb;
 
-    static QLineEdit *company(FrmQOR &w, int i) {
+    static QLineEdit *company(FrmQOR &w, int i)
+    {
         return w.panel(6)->control<QLineEdit>(u"txtCompanyDetails(%1)"_s.arg(i));
     }
-    static int shownPanel(FrmQOR &w) {  // -2 when more than one shows
+    static int shownPanel(FrmQOR &w)
+    {  // -2 when more than one shows
         int shown = -1;
         for (int i = 0; i < 7; ++i)
-            shown = w.panel(i)->isHidden() ? shown : shown == -1 ? i : -2;
+            shown = w.panel(i)->isHidden() ? shown : shown == -1 ? i
+                                                                 : -2;
         return shown;
     }
-    static QString stored(const char *section, const char *key) {
+    static QString stored(const char *section, const char *key)
+    {
         return settings::read(QString::fromLatin1(section), QString::fromLatin1(key));
     }
-    static QString snapshot(const QString &path) {  // bytes and time of change: did anyone write it?
+    static QString snapshot(const QString &path)
+    {  // bytes and time of change: did anyone write it?
         QFile f(path);
         return QFileInfo(f).lastModified().toString(Qt::ISODateWithMs) + u' ' +
                QString::fromLatin1(f.open(QIODevice::ReadOnly) ? f.readAll().toBase64() : QByteArray());
@@ -52,12 +58,14 @@ private:
 
 private slots:
     void initTestCase() { qputenv("XDG_CACHE_HOME", (sb.dir.path() + u"/cache"_s).toLocal8Bit()); }
-    void init() {
+    void init()
+    {
         if (qstrcmp(QTest::currentTestFunction(), "firstStart") != 0)
             writeDatabase(sb.db, {{1, u"Ann"_s, u"Lee"_s}, {2, u"Bob"_s, u"Moss"_s}});
     }
 
-    void firstStart() {
+    void firstStart()
+    {
         QVERIFY(!QFile::exists(sb.db));
         auto w = std::make_unique<FrmQOR>();
         w->formLoad();
@@ -76,7 +84,8 @@ private slots:
         QCOMPARE(QFileInfo(sb.db).size(), 0);
     }
 
-    void lastClickedPanel() {
+    void lastClickedPanel()
+    {
         auto w = openWindow(3);
         QCOMPARE(shownPanel(*w), 3);
         QVERIFY(!w->databaseChanged());
@@ -86,7 +95,8 @@ private slots:
         discard(w);
     }
 
-    void closingWithChanges() {
+    void closingWithChanges()
+    {
         const QByteArray original = sb.fileBytes();
         Answerer a;
         auto w = openWindow(0);
@@ -129,7 +139,8 @@ private slots:
 
     // The title names the file and its state; Ctrl+S, F1 and Ctrl+Q act as
     // the save button, the help button and the close button do.
-    void keysAndTitle() {
+    void keysAndTitle()
+    {
         Answerer a;
         auto w = openWindow(0);
         w->activateWindow();
@@ -151,7 +162,8 @@ private slots:
         QVERIFY(!w->isVisible());
     }
 
-    void abandonAndFailedSave() {
+    void abandonAndFailedSave()
+    {
         const QByteArray original = sb.fileBytes();
         auto w = openWindow(0);
         company(*w, 0)->setText(u"Someone Else"_s);
@@ -160,9 +172,10 @@ private slots:
         QCOMPARE(a.last().title, u"ABANDON ALL CHANGES???"_s);
         QCOMPARE(a.last().icon, QMessageBox::Warning);
         QCOMPARE(a.last().buttons, QMessageBox::Ok | QMessageBox::Cancel);
-        QCOMPARE(a.last().text, u"Are you sure you want to abandon all your changes?\r\n\r\nPress OK to abandon all "
-                                "changes and reload the database file as it was originally.\r\nPress Cancel to keep "
-                                "your changes and continue."_s);
+        QCOMPARE(a.last().text,
+                 u"Are you sure you want to abandon all your changes?\r\n\r\nPress OK to abandon all "
+                 "changes and reload the database file as it was originally.\r\nPress Cancel to keep "
+                 "your changes and continue."_s);
         QCOMPARE(company(*w, 0)->text(), u"Someone Else"_s);
         QVERIFY(w->databaseChanged());
         a.answer = QMessageBox::Ok;
@@ -194,13 +207,13 @@ private slots:
         discard(w);
     }
 
-    void panelSwitching() {
+    void panelSwitching()
+    {
         auto w = openWindow(6);
         QApplication::setActiveWindow(w.get());
         QVERIFY(QTest::qWaitForWindowActive(w.get()));
         // A route on which no panel has another control with the same letter.
-        const QList<QPair<Qt::Key, int>> route = {{Qt::Key_C, 0}, {Qt::Key_P, 1}, {Qt::Key_B, 2}, {Qt::Key_T, 4},
-                                                  {Qt::Key_I, 6}, {Qt::Key_N, 3}, {Qt::Key_I, 6}, {Qt::Key_O, 5}};
+        const QList<QPair<Qt::Key, int>> route = {{Qt::Key_C, 0}, {Qt::Key_P, 1}, {Qt::Key_B, 2}, {Qt::Key_T, 4}, {Qt::Key_I, 6}, {Qt::Key_N, 3}, {Qt::Key_I, 6}, {Qt::Key_O, 5}};
         for (const auto &[key, panel] : route) {
             QTest::keyClick(w.get(), key, Qt::AltModifier);
             QTRY_COMPARE(shownPanel(*w), panel);  // a hot key presses its button a moment later
@@ -212,7 +225,8 @@ private slots:
         discard(w);
     }
 
-    void resizeRules() {
+    void resizeRules()
+    {
         auto w = openWindow(0);
         const auto panelSize = [](int width, int height) { return QSize(twipsToPx(width), twipsToPx(height)); };
         const auto resize = [&](int width, int height) {
@@ -248,7 +262,8 @@ private slots:
         discard(w);
     }
 
-    void expertModeHints() {
+    void expertModeHints()
+    {
         auto w = openWindow(0);
         auto shown = [&](int panel, const char *name) {
             QWidget *c = w->panel(panel)->controlWidget(QString::fromLatin1(name));
@@ -273,7 +288,8 @@ private slots:
         discard(w);
     }
 
-    void filesThatNeedTelling() {
+    void filesThatNeedTelling()
+    {
         // A record of a customer who is gone: placeholder, one-time message, a change.
         for (bool marked : {false, true}) {
             writeDatabase(sb.db, {}, {}, {{7, {}}});
@@ -307,7 +323,8 @@ private slots:
         discard(w);
     }
 
-    void userGuide() {
+    void userGuide()
+    {
         // Not installed beside the program: the built-in copy is written out.
         QTemporaryDir prefix;
         const QString bin = prefix.filePath(u"bin"_s), doc = prefix.filePath(u"share/doc/qorvane"_s);
@@ -330,7 +347,8 @@ private slots:
         QVERIFY2(a.last().text.contains(installed.fileName()), qPrintable(a.last().text));
     }
 
-    void oneCopyPerUser() {  // last: it points the store at another database
+    void oneCopyPerUser()
+    {  // last: it points the store at another database
         QVERIFY(SingleInstanceGuard::lockPath().startsWith(sb.dir.path() + u"/runtime/"_s));
         {
             SingleInstanceGuard first;

@@ -1,21 +1,22 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The seven panels: what the roster builds (every row once at its place, start
 // states, captions, fonts, tab order, accessible names), how the panels follow
 // the window's size and expert mode, and what the panels built on the base do.
-#include "billperiods/billperiodpanel.h"
 #include "billing/invoicetree.h"
 #include "billing/invoicetrees.h"
-#include "uiservices/frmchecking.h"
+#include "billperiods/billperiodpanel.h"
 #include "database/database.h"
 #include "database/rowtypes.h"
 #include "printing/printingpanel.h"
 #include "printing/printoptionspanel.h"
+#include "settings/settingsstore.h"
 #include "shell/appcontext.h"
 #include "shell/companyinfopanel.h"
 #include "shell/optionspanel.h"
 #include "shell/roster.h"
-#include "settings/settingsstore.h"
-#include "uiservices/twips.h"
 #include "tablesedit.h"
+#include "uiservices/frmchecking.h"
+#include "uiservices/twips.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -38,7 +39,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 struct FakeContext : AppContext {
-    FakeContext() { QObject::connect(&database, &Database::changedStateChanged, [this] { ++changeCalls; }); }
+    FakeContext()
+    {
+        QObject::connect(&database, &Database::changedStateChanged, [this] { ++changeCalls; });
+    }
     Database &db() override { return database; }
     QWidget *mainWindow() override { return nullptr; }
     FrmChecking &showCheckingWindow() override { return *checking.show(); }
@@ -76,7 +80,8 @@ class TestPanels : public QObject {
     QList<Panel *> panels;
 
     QWidget *find(const QString &name) const { return window.findChild<QWidget *>(name); }
-    template <class T> T *get(const QString &name) const { return window.findChild<T *>(name); }
+    template <class T>
+    T *get(const QString &name) const { return window.findChild<T *>(name); }
 
 private slots:
     void initTestCase()
@@ -103,7 +108,11 @@ private slots:
             NeedsMissingControl p(ctx, which.constData(), qEnvironmentVariableIsSet("QOR_AS_LABEL"));
             return;  // reached only when nothing stopped it
         }
-        struct Case { const char *name; bool asLabel; bool stops; };
+        struct Case {
+            const char *name;
+            bool asLabel;
+            bool stops;
+        };
         for (const Case &c : {Case{"lblNoSuchControl", false, true}, Case{"txtField(0)", true, true},
                               Case{"lblCustomers", true, false}}) {
             QProcess child;
@@ -147,9 +156,10 @@ private slots:
                              e->name);
                     QCOMPARE(QPair(r.top(), r.height()), QPair(design.top(), design.height()));
                     const Qt::Alignment h = l->alignment() & Qt::AlignHorizontal_Mask;
-                    QVERIFY2(h == Qt::AlignRight ? r.right() == design.right()
+                    QVERIFY2(h == Qt::AlignRight  ? r.right() == design.right()
                              : h == Qt::AlignLeft ? r.left() == design.left()
-                                                  : qAbs(r.center().x() - design.center().x()) <= 1, e->name);
+                                                  : qAbs(r.center().x() - design.center().x()) <= 1,
+                             e->name);
                 }
                 QVERIFY2(w->isHidden() == bool(e->flags & roster::Hidden), e->name);
                 // Spoken names carry no hot-key marks; the face drawn is the design font or its metric stand-in.
@@ -167,7 +177,10 @@ private slots:
         QVERIFY(get<QLabel>("lblQuickestWay")->wordWrap() && !get<QLabel>("lblCustomers")->wordWrap());
 
         // One row of each kind that is not a plain line edit, list or label, nested frames included.
-        const struct { const char *name, *kind, *parent; QRect place; } spots[] = {
+        const struct {
+            const char *name, *kind, *parent;
+            QRect place;
+        } spots[] = {
             {"txtField(7)", "QPlainTextEdit", "fraMain(0)", {336, 232, 217, 129}},
             {"cmbBillPeriod(1)", "QComboBox", "fraMain(2)", {8, 56, 209, 22}},
             {"staPrinting", "QProgressBar", "fraMain(3)", {360, 64, 193, 17}},
@@ -194,15 +207,10 @@ private slots:
 
         // One control for each rule and exception of the fonts.
         auto describe = [](const QFont &f) {
-            return u"%1 %2%3%4%5"_s.arg(f.family()).arg(f.pointSizeF())
-                .arg(f.bold() ? " b" : "", f.italic() ? " i" : "", f.underline() ? " u" : "");
+            return u"%1 %2%3%4%5"_s.arg(f.family()).arg(f.pointSizeF()).arg(f.bold() ? " b" : "", f.italic() ? " i" : "", f.underline() ? " u" : "");
         };
         const char *const fonts[][2] = {
-            {"cmdAddNew", "Tahoma 9.75 b"}, {"cmbBillPeriod(2)", "Tahoma 9 b"}, {"lblCustomers", "Tahoma 9 b"},
-            {"lblFirstName", "Tahoma 9.75 b"}, {"lblExample", "Tahoma 9 i"}, {"lblTop(0)", "Arial 14.25 b"},
-            {"chkAddInvoiceDateToInvoice", "Arial 8.25 b"}, {"lblCompanyName", "Arial 8.25 b"},
-            {"Label11", "Arial 12 b"}, {"lblCheckForNewVersion", "Tahoma 9 b u"},
-            {"cmdPrintPreviewBack", "Arial 18 b"}};
+            {"cmdAddNew", "Tahoma 9.75 b"}, {"cmbBillPeriod(2)", "Tahoma 9 b"}, {"lblCustomers", "Tahoma 9 b"}, {"lblFirstName", "Tahoma 9.75 b"}, {"lblExample", "Tahoma 9 i"}, {"lblTop(0)", "Arial 14.25 b"}, {"chkAddInvoiceDateToInvoice", "Arial 8.25 b"}, {"lblCompanyName", "Arial 8.25 b"}, {"Label11", "Arial 12 b"}, {"lblCheckForNewVersion", "Tahoma 9 b u"}, {"cmdPrintPreviewBack", "Arial 18 b"}};
         for (const auto &f : fonts)
             QCOMPARE(describe(find(f[0])->font()), QString::fromLatin1(f[1]));
     }
@@ -263,17 +271,14 @@ private slots:
         // Into a frame: 127 and 128 after txtInvoiceTitle take no focus.
         QCOMPARE(walk(find("txtInvoiceTitle"), 1), QStringList{"cmdPrintPreviewForward"});
 
-        for (auto [name, spoken] : {std::pair{"cmdPrint", "Print customer list"}, {"chkExpertMode", "Expert Mode"},
-                                    {"cmdAdjustBalance", "Log Payment & Optional Note"},
-                                    {"lblDoubleClickToAdd", "Double-click to Bill *Marked Customers:"}})
+        for (auto [name, spoken] : {std::pair{"cmdPrint", "Print customer list"}, {"chkExpertMode", "Expert Mode"}, {"cmdAdjustBalance", "Log Payment & Optional Note"}, {"lblDoubleClickToAdd", "Double-click to Bill *Marked Customers:"}})
             QCOMPARE(QAccessible::queryAccessibleInterface(find(name))->text(QAccessible::Name), QString::fromLatin1(spoken));
         QCOMPARE(panels[1]->accessibleName(), u"Products & Services"_s);
     }
 
     void middleRoundsHalfToEven()
     {
-        for (auto [w, m] : {std::pair{8400.0, 4200}, {8401.0, 4200}, {8403.0, 4202}, {8399.0, 4200}, {8402.0, 4201},
-                            {8400.8, 4200}, {8401.2, 4201}, {200000.0, 32767}})
+        for (auto [w, m] : {std::pair{8400.0, 4200}, {8401.0, 4200}, {8403.0, 4202}, {8399.0, 4200}, {8402.0, 4201}, {8400.8, 4200}, {8401.2, 4201}, {200000.0, 32767}})
             QCOMPARE(Panel::middleOf(w), m);
         // cmdPrint stands at M - 600: 3908 twips (261 px) at W = 9015, 3922 (261 px) at W = 9045.
         Panel p(0, ctx);
@@ -334,7 +339,7 @@ private slots:
         p.arrange(12000, 9000, 6000);
         QCOMPARE(place(p, "tvwInvoiceRecords(0)"), QRect(8, 104, 784, 440));
         QCOMPARE(products->columnWidth(0), 772);  // 11760 - 180 twips
-        products->setVisible(true);  // (the panel itself still hidden)
+        products->setVisible(true);               // (the panel itself still hidden)
         p.arrange(12000, 9000, 6000);
         QCOMPARE(place(p, "tvwInvoiceRecords(0)"), QRect(8, 104, 384, 440));
         QCOMPARE(place(p, "lvwProducts(1)"), QRect(408, 104, 384, 440));
@@ -359,7 +364,7 @@ private slots:
 
         expertMode(true);
         QVERIFY(hintsShown() == 0 && quickest->isHidden() && dbl->isHidden());  // dbl shows with the bill periods
-        QCOMPARE(p5.controlWidget(u"lblExpertMode1"_s)->y(), 237);  // 3555 twips
+        QCOMPARE(p5.controlWidget(u"lblExpertMode1"_s)->y(), 237);              // 3555 twips
         QCOMPARE(QPair(dbl->text(), roster::backColour(dbl)),
                  QPair(u"List of Products and Services:"_s, app.color(QPalette::Button)));
         expertMode(false);
@@ -547,8 +552,7 @@ private slots:
                                  "chkPrintDuplicateInvoices", "chkPrintDuplicateInvoices"})
             box(name)->click();
         QTest::keyClicks(p->control<QLineEdit>(u"txtInvoiceTitle"_s), "Bill");
-        QCOMPARE(stored("Settings", "InvoiceTitleOption") + stored("Settings", "InvoiceTitleSize")
-                     + stored("Settings", "InvoiceTitleText"), u"21Bill"_s);
+        QCOMPARE(stored("Settings", "InvoiceTitleOption") + stored("Settings", "InvoiceTitleSize") + stored("Settings", "InvoiceTitleText"), u"21Bill"_s);
         QCOMPARE(stored("Printing", "AddInvoiceDateToInvoice") + stored("Printing", "PrintDuplicateInvoices"),
                  u"TrueFalse"_s);
         box("chkKeepTwelveLines")->click();  // off: the move box comes free

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The session without a window: what a read and a save tell the views, and
 // which questions they put to the session's owner, answered in advance.
 #include "../database/dbfiletest.h"
 #include "database/rowtypes.h"
-#include "shell/session.h"
 #include "settings/settingsstore.h"
+#include "shell/session.h"
 
 #include <QDir>
 #include <QSignalSpy>
@@ -86,9 +87,15 @@ private slots:
 
     void loadTellsTheViewsInOrder()
     {
-        struct Case { const char *name; QByteArray bytes; bool exists, fileRead, told; int customers; };
-        const QByteArray good = "<QOR-DB>\r\n\t<Customers>\r\n\t\t<Customer CID=\"1\">\r\n\t\t\t<FName>Ann</FName>\r\n"
-                                "\t\t\t<Current>Yes</Current>\r\n\t\t</Customer>\r\n\t</Customers>\r\n</QOR-DB>\r\n";
+        struct Case {
+            const char *name;
+            QByteArray bytes;
+            bool exists, fileRead, told;
+            int customers;
+        };
+        const QByteArray good =
+            "<QOR-DB>\r\n\t<Customers>\r\n\t\t<Customer CID=\"1\">\r\n\t\t\t<FName>Ann</FName>\r\n"
+            "\t\t\t<Current>Yes</Current>\r\n\t\t</Customer>\r\n\t</Customers>\r\n</QOR-DB>\r\n";
         const QByteArray refused = QByteArray("<QOR-DB>\r\n") + char(0) + QByteArray("\r\n</QOR-DB>\r\n");
         for (const Case &c : {Case{"missing", {}, false, false, false, 0}, Case{"read", good, true, true, false, 1},
                               Case{"refused", refused, true, false, true, 0}}) {

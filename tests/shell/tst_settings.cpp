@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The settings store and the window places kept in it. Every test (and every
 // data row) starts from a never-used store in a private folder.
-#include "uiservices/formposition.h"
 #include "settings/settingsstore.h"
+#include "uiservices/formposition.h"
 
 #include <QDir>
 #include <QScreen>
@@ -28,18 +29,21 @@ struct Row {
     int expected;
     bool writtenBack = false;
 };
-void addRows(std::initializer_list<Row> rows) {
+void addRows(std::initializer_list<Row> rows)
+{
     QTest::addColumn<Row>("r");
     for (const Row &r : rows)
         QTest::addRow("%s '%s'", r.key, r.text ? r.text : "absent") << r;
 }
 
 // Pixels as the store keeps them: twips, in decimal.
-QString twips(double px) {
+QString twips(double px)
+{
     return QString::number(std::lround(px * 1440.0 / QGuiApplication::primaryScreen()->logicalDotsPerInchX()));
 }
 
-std::unique_ptr<QWidget> makeForm(const QString &name, const QRect &geometry = {}) {
+std::unique_ptr<QWidget> makeForm(const QString &name, const QRect &geometry = {})
+{
     auto w = std::make_unique<QWidget>();
     w->setObjectName(name);
     if (geometry.isValid())  // the place is the outer corner, frame included
@@ -47,7 +51,8 @@ std::unique_ptr<QWidget> makeForm(const QString &name, const QRect &geometry = {
     return w;
 }
 
-QPoint centredPlace(const QSize &outer) {
+QPoint centredPlace(const QSize &outer)
+{
     const QRect screen = QGuiApplication::primaryScreen()->geometry();
     return screen.topLeft() + QPoint((screen.width() - outer.width()) / 2, (screen.height() - outer.height()) / 2);
 }
@@ -60,23 +65,27 @@ class TestSettings : public QObject {
     int round = 0;
 
 private slots:
-    void initTestCase() {
+    void initTestCase()
+    {
         QVERIFY(configHome.isValid() && dataHome.isValid());
         qputenv("XDG_DATA_HOME", dataHome.path().toUtf8());
     }
-    void init() {
+    void init()
+    {
         const QString dir = configHome.filePath(u"run%1"_s.arg(++round));
         QVERIFY(QDir().mkpath(dir));
         qputenv("XDG_CONFIG_HOME", dir.toUtf8());
         QVERIFY(!QFile::exists(settings::storePath()));
     }
 
-    void firstRunDefaults() {
+    void firstRunDefaults()
+    {
         // A few spot checks: what an absent key reads as, whether it is written back.
-        const struct { const char *s, *k, *v; bool writtenBack; } rows[] = {
-            {"Settings", "LastClicked", "0", true},           {"Settings", "InvoiceTitleOption", "0", true},
-            {"Settings", "InvoiceTitleSize", "2", true},      {"CustomerListPrint", "Columns", "3", false},
-            {"CustomerListPrint", "PageTitle", "Customer List", false}};
+        const struct {
+            const char *s, *k, *v;
+            bool writtenBack;
+        } rows[] = {
+            {"Settings", "LastClicked", "0", true}, {"Settings", "InvoiceTitleOption", "0", true}, {"Settings", "InvoiceTitleSize", "2", true}, {"CustomerListPrint", "Columns", "3", false}, {"CustomerListPrint", "PageTitle", "Customer List", false}};
         for (const auto &r : rows) {
             const QString s = QString::fromLatin1(r.s), k = QString::fromLatin1(r.k), v = QString::fromLatin1(r.v);
             QCOMPARE(settings::value(s, k), v);
@@ -87,51 +96,48 @@ private slots:
     }
 
     // Read rules, one row each: section, key, stored text (none: absent), what it reads as.
-    void booleans_data() {
-        addRows({{"Settings", "CheckToConfirmEdits", nullptr, true}, {"Printing", "KeepTwelveLines", nullptr, true},
-                 {"Settings", "ExpertMode", nullptr, false}, {"Printing", "PrintDuplicateInvoices", nullptr, false},
-                 {"Settings", "ExpertMode", "tRuE", true}, {"Settings", "ExpertMode", "yes", false},
-                 {"Settings", "ExpertMode", "true ", false}, {"Printing", "KeepTwelveLines", "fAlSe", false},
-                 {"Printing", "KeepTwelveLines", "", true}, {"Printing", "KeepTwelveLines", "no", true},
-                 {"Messages", "DeletedCustomer", "TRUE", true}, {"CustomerListPrint", "PrintNotes", "False", false}});
+    void booleans_data()
+    {
+        addRows({{"Settings", "CheckToConfirmEdits", nullptr, true}, {"Printing", "KeepTwelveLines", nullptr, true}, {"Settings", "ExpertMode", nullptr, false}, {"Printing", "PrintDuplicateInvoices", nullptr, false}, {"Settings", "ExpertMode", "tRuE", true}, {"Settings", "ExpertMode", "yes", false}, {"Settings", "ExpertMode", "true ", false}, {"Printing", "KeepTwelveLines", "fAlSe", false}, {"Printing", "KeepTwelveLines", "", true}, {"Printing", "KeepTwelveLines", "no", true}, {"Messages", "DeletedCustomer", "TRUE", true}, {"CustomerListPrint", "PrintNotes", "False", false}});
     }
-    void booleans() {
+    void booleans()
+    {
         QFETCH(Row, r);
         const QString s = QLatin1String(r.section), k = QLatin1String(r.key);
         if (r.text)
             settings::write(s, k, QLatin1String(r.text));
         QCOMPARE(settings::isOn(s, k), bool(r.expected));
         QCOMPARE(stored(s, k), r.text ? QLatin1String(r.text) : kAbsent);  // reading writes nothing
-        settings::setOn(s, k, !r.expected);  // as a check box writes it
+        settings::setOn(s, k, !r.expected);                                // as a check box writes it
         QCOMPARE(stored(s, k), r.expected ? u"False"_s : u"True"_s);
         QCOMPARE(settings::isOn(s, k), !r.expected);
     }
 
-    void numbers_data() {
+    void numbers_data()
+    {
         // The last field tells whether an absent key's default is written back.
-        addRows({{"CustomerListPrint", "Columns", nullptr, 3}, {"CustomerListPrint", "Columns", "7", 3},
-                 {"CustomerListPrint", "Columns", "4", 4}, {"CustomerListPrint", "Columns", "four", 3},
-                 {"CustomerListPrint", "Columns", "2 columns", 2},
-                 {"CustomerListPrint", "BlankLinesBetween", nullptr, 1, true},
-                 {"CustomerListPrint", "BlankLinesBetween", "0", 0}, {"CustomerListPrint", "BlankLinesBetween", "5", 1},
-                 {"CustomerListPrint", "BlankLinesBetween", "-2", 1},
-                 {"Settings", "LastClicked", "2.5", 2}, {"Settings", "LastClicked", "3.5", 4},  // half to even
-                 {"Settings", "LastClicked", "9", 0}, {"Settings", "InvoiceTitleOption", "x1", 0},
-                 {"FormPositions", "frmX_Left", nullptr, -999}, {"FormPositions", "frmX_Left", "-45", -45}});
+        addRows({{"CustomerListPrint", "Columns", nullptr, 3}, {"CustomerListPrint", "Columns", "7", 3}, {"CustomerListPrint", "Columns", "4", 4}, {"CustomerListPrint", "Columns", "four", 3}, {"CustomerListPrint", "Columns", "2 columns", 2}, {"CustomerListPrint", "BlankLinesBetween", nullptr, 1, true}, {"CustomerListPrint", "BlankLinesBetween", "0", 0}, {"CustomerListPrint", "BlankLinesBetween", "5", 1}, {"CustomerListPrint", "BlankLinesBetween", "-2", 1}, {"Settings", "LastClicked", "2.5", 2}, {"Settings", "LastClicked", "3.5", 4},  // half to even
+                 {"Settings", "LastClicked", "9", 0},
+                 {"Settings", "InvoiceTitleOption", "x1", 0},
+                 {"FormPositions", "frmX_Left", nullptr, -999},
+                 {"FormPositions", "frmX_Left", "-45", -45}});
     }
-    void numbers() {
+    void numbers()
+    {
         QFETCH(Row, r);
         const QString s = QLatin1String(r.section), k = QLatin1String(r.key);
         if (r.text)
             settings::write(s, k, QLatin1String(r.text));
         QCOMPARE(settings::readNumber(s, k, 77), r.expected);
-        QCOMPARE(stored(s, k), r.text ? QLatin1String(r.text) : r.writtenBack ? QString::number(r.expected) : kAbsent);
+        QCOMPARE(stored(s, k), r.text ? QLatin1String(r.text) : r.writtenBack ? QString::number(r.expected)
+                                                                              : kAbsent);
         if (s == u"CustomerListPrint")  // the print form's two readers
             QCOMPARE(k == u"Columns" ? settings::customerListColumns() : settings::customerListBlankLines(),
                      r.expected);
     }
 
-    void storedSettingAndTheFile() {
+    void storedSettingAndTheFile()
+    {
         const QString S = u"Settings"_s, T = u"InvoiceTitleText"_s;
         // Absent: the default is written as given and handed back lower-cased.
         QCOMPARE(settings::getStoredSetting(u"SomeChoice"_s, u"MiXed"_s), u"mixed"_s);
@@ -160,7 +166,8 @@ private slots:
 
     // A store that can't be written is told once, with its path and the
     // system's reason, and nothing stops.
-    void storeThatCannotBeWritten() {
+    void storeThatCannotBeWritten()
+    {
         const QString blocker = configHome.filePath(u"blocker%1"_s.arg(round));
         QFile f(blocker);
         QVERIFY(f.open(QIODevice::WriteOnly));
@@ -176,7 +183,8 @@ private slots:
         QCOMPARE(settings::read(u"Settings"_s, u"ExpertMode"_s, u"absent"_s), u"absent"_s);
     }
 
-    void envelopeMargins() {
+    void envelopeMargins()
+    {
         const QString P = u"Printing"_s, X = u"X-Margin"_s, Y = u"Y-Margin"_s;
         QCOMPARE(settings::envelopeMarginX(), 2.0);
         QCOMPARE(settings::envelopeMarginY(), 12.0);
@@ -198,7 +206,8 @@ private slots:
         QCOMPARE(stored(P, Y), QString());
     }
 
-    void databasePath() {
+    void databasePath()
+    {
         const QString F = u"FileHandling"_s, K = u"DatabasePath"_s;
         // The test program's folder is writable: the file lives beside it, not written back.
         const QString beside = QCoreApplication::applicationDirPath() + u"/QOR.xml"_s;
@@ -220,7 +229,8 @@ private slots:
         QCOMPARE(settings::databasePath(), beside);
     }
 
-    void roundTrips() {
+    void roundTrips()
+    {
         auto first = makeForm(u"frmQOR"_s, QRect(0, 0, 400, 300));
         restoreFormPosition(first.get());  // never placed: centred at its own size, and nothing written
         QCOMPARE(first->geometry(), QRect(centredPlace(QSize(400, 300)), QSize(400, 300)));
@@ -229,7 +239,10 @@ private slots:
         auto update = makeForm(u"frmUpdate"_s, QRect(20, 30, 200, 100));
         saveFormPosition(update.get());
         const QRect normal(41, 57, 333, 222);
-        const struct { Qt::WindowState state; const char *code; } states[] = {
+        const struct {
+            Qt::WindowState state;
+            const char *code;
+        } states[] = {
             {Qt::WindowNoState, "0"}, {Qt::WindowMaximized, "2"}, {Qt::WindowMinimized, "1"}};
         for (const auto &[state, code] : states) {
             auto form = makeForm(u"frmListLVWs"_s, state == Qt::WindowNoState ? normal : QRect(9, 9, 99, 99));
@@ -255,12 +268,15 @@ private slots:
         QCOMPARE(nameless->geometry(), QRect(5, 6, 70, 80));
     }
 
-    void placeOffAllScreensIsCentred() {
+    void placeOffAllScreensIsCentred()
+    {
         const QRect screen = QGuiApplication::primaryScreen()->geometry();
-        const struct { QPoint place; bool centred; } rows[] = {
-            {{screen.right() + 2000, 50}, true}, {{50, screen.bottom() + 500}, true}, {{-2000, -1500}, true},
-            {{screen.right() - 5, 50}, true},  // only a sliver shows
-            {{-100, 20}, false},               // partly off but grabbable
+        const struct {
+            QPoint place;
+            bool centred;
+        } rows[] = {
+            {{screen.right() + 2000, 50}, true}, {{50, screen.bottom() + 500}, true}, {{-2000, -1500}, true}, {{screen.right() - 5, 50}, true},  // only a sliver shows
+            {{-100, 20}, false},                                                                                                                 // partly off but grabbable
             {screen.topLeft() + QPoint(10, 10), false}};
         for (const auto &r : rows) {
             saveFormPosition(makeForm(u"frmChecking"_s, QRect(r.place, QSize(240, 160))).get());
@@ -271,7 +287,8 @@ private slots:
         }
     }
 
-    void sizeRules() {
+    void sizeRules()
+    {
         // A fixed form keeps no size, and a size stored by hand doesn't change it.
         auto fixed = makeForm(u"frmUpdate"_s);
         fixed->setFixedSize(320, 180);

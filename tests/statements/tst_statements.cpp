@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What customers owe: the aging by bill due date at its boundaries, part
 // payments, credits, archived and unknown customers; the statement and the
 // reminder on paper, read back from the PDF; and the Statements window with
@@ -10,15 +11,15 @@
 #include "printing/frmstatements.h"
 #include "settings/settingsstore.h"
 #include "statements/statementsmodel.h"
-#include "uiservices/dialogservice.h"
 #include "tablesedit.h"
+#include "uiservices/dialogservice.h"
 
 #include <QApplication>
 #include <QCheckBox>
-#include <QSpinBox>
 #include <QDateEdit>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QSpinBox>
 #include <QTableView>
 #include <QTest>
 
@@ -46,8 +47,7 @@ struct Books {
     {
         const QString name = customer::displayNameFor(first, last);
         qor::test::TablesEdit tables(db);
-        tables.customers.add(numberKey(qint64(cid)), CustomerRow{archived ? ArchiveMark + name : name, first, last,
-                                                                u"1 Elm St"_s, {}, {}, {}, {}, {}}.text());
+        tables.customers.add(numberKey(qint64(cid)), CustomerRow{archived ? ArchiveMark + name : name, first, last, u"1 Elm St"_s, {}, {}, {}, {}, {}}.text());
         tables.done();
     }
     void period(const QString &name, const QString &due, const QString &end = {})
@@ -96,8 +96,7 @@ private slots:
         auto ago = [](int days) { return chrono(AsOf.addDays(-days)); };
         QTest::newRow("due today") << ago(0) << QString() << int(NotYetDue) << 0;
         QTest::newRow("due in 5 days") << ago(-5) << QString() << int(NotYetDue) << 0;
-        for (const auto &[d, b] : {std::pair{1, Days1To30}, {30, Days1To30}, {31, Days31To60}, {60, Days31To60},
-                                   {61, Days61To90}, {90, Days61To90}, {91, Over90Days}})
+        for (const auto &[d, b] : {std::pair{1, Days1To30}, {30, Days1To30}, {31, Days31To60}, {60, Days31To60}, {61, Days61To90}, {90, Days61To90}, {91, Over90Days}})
             QTest::newRow(qPrintable(u"%1 days past due"_s.arg(d))) << ago(d) << QString() << int(b) << d;
         QTest::newRow("no due date: the end") << QString() << ago(45) << int(Days31To60) << 45;
         QTest::newRow("unreadable due: the end") << u"15th May"_s << ago(100) << int(Over90Days) << 100;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // Drives a real modal dialog from a test: once a dialog of type D is the
 // active modal window, act() gets it (fill it in, accept or reject). A

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The common dialog object: what a new one starts with, what it remembers
 // between runs, the file dialogs' bookkeeping (folders, files, filters,
 // multiple selection), the font rules, colours, page setup, and the real Qt
@@ -272,7 +273,8 @@ private slots:
             QVERIFY(name);
             QTest::keyClicks(name, u"typed.txt"_s);
             QTest::keyClick(name, Qt::Key_Return);
-        }, &seen);
+        },
+                               &seen);
         QCOMPARE(d.strGetSaveFileName(), folder + u"/typed.txt"_s);
         QVERIFY(seen);
         QCOMPARE(d.lngLastSaveFilter(), 2);
@@ -285,7 +287,8 @@ private slots:
             QCOMPARE(QColorDialog::customColor(4), QColor(255, 255, 0));
             c->setCurrentColor(QColor(10, 20, 30));
             c->accept();
-        }, &seen);
+        },
+                                &seen);
         QCOMPARE(d.lngChooseColor(0xFF0000), 10 | (20 << 8) | (30 << 16));
         QVERIFY(seen);
     }

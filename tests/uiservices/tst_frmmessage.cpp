@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // frmMessage: one or two buttons, the answers, and the mark that is stored
 // however the window closes.
 #include "settings/settingsstore.h"
@@ -20,7 +21,8 @@ namespace {
 // Shows the message, runs act on it, and returns the answer (as the modal
 // showing would give it once the window has closed).
 QString showAndDo(const QString &key, const QString &buttons, const QString &preset,
-                  const std::function<void(QDialog *)> &act, const QString &text = QStringLiteral("t")) {
+                  const std::function<void(QDialog *)> &act, const QString &text = QStringLiteral("t"))
+{
     FrmMessage form(nullptr, text, key, buttons, preset);
     form.show();
     act(&form);
@@ -38,7 +40,8 @@ class TestFrmMessage : public QObject {
     QTemporaryDir m_config;
 private slots:
     void initTestCase() { qputenv("XDG_CONFIG_HOME", m_config.path().toLocal8Bit()); }
-    void layoutForOneOrTwoButtons() {
+    void layoutForOneOrTwoButtons()
+    {
         // Only exactly "OK" gives the single button.
         for (const QString &kind : {QStringLiteral("OK"), QString(), QStringLiteral("ok"), QStringLiteral("YesNo")}) {
             showAndDo(QStringLiteral("LayoutKey"), kind, QString(), [&](QDialog *d) {
@@ -52,23 +55,31 @@ private slots:
         }
     }
 
-    void answersAndMarks() {
+    void answersAndMarks()
+    {
         // press: a button name, "close" (the close box keeps the preset) or "esc"; a ticked box is stored however it closes.
-        struct Case { const char *key, *buttons, *preset, *press; bool ticked; const char *answer; } const cases[] = {
-            {"Plain", "", "No", "cmdYes", false, "Yes"},   {"Plain", "", "Yes", "cmdNo", false, "No"},
-            {"Plain", "OK", "Yes", "cmdOkay", false, "OK"}, {"Plain", "", "Maybe", "close", false, "Maybe"},
-            {"Closed", "", "Yes", "close", true, "Yes"},    {"AnsweredNo", "", "Yes", "cmdNo", true, "No"},
+        struct Case {
+            const char *key, *buttons, *preset, *press;
+            bool ticked;
+            const char *answer;
+        } const cases[] = {
+            {"Plain", "", "No", "cmdYes", false, "Yes"},
+            {"Plain", "", "Yes", "cmdNo", false, "No"},
+            {"Plain", "OK", "Yes", "cmdOkay", false, "OK"},
+            {"Plain", "", "Maybe", "close", false, "Maybe"},
+            {"Closed", "", "Yes", "close", true, "Yes"},
+            {"AnsweredNo", "", "Yes", "cmdNo", true, "No"},
             {"Escaped", "OK", "Yes", "esc", true, "Yes"},
         };
         for (const Case &c : cases) {
             const QString answer = showAndDo(QString::fromLatin1(c.key), QString::fromLatin1(c.buttons),
                                              QString::fromLatin1(c.preset), [&c](QDialog *d) {
-                QVERIFY(!tick(d)->isChecked());  // each showing starts unticked
-                tick(d)->setChecked(c.ticked);
-                if (qstrcmp(c.press, "close") == 0) d->close();
-                else if (qstrcmp(c.press, "esc") == 0) QTest::keyClick(d, Qt::Key_Escape);
-                else button(d, c.press)->click();
-            });
+                                                 QVERIFY(!tick(d)->isChecked());  // each showing starts unticked
+                                                 tick(d)->setChecked(c.ticked);
+                                                 if (qstrcmp(c.press, "close") == 0) d->close();
+                                                 else if (qstrcmp(c.press, "esc") == 0) QTest::keyClick(d, Qt::Key_Escape);
+                                                 else button(d, c.press)->click();
+                                             });
             QCOMPARE(answer, QString::fromLatin1(c.answer));
             QCOMPARE(isMessageMarked(QString::fromLatin1(c.key)), c.ticked);
         }
@@ -82,21 +93,24 @@ private slots:
                 !isMessageMarked(QStringLiteral("Spaced")));
     }
 
-    void textIsCentredAboveTheButtons() {
+    void textIsCentredAboveTheButtons()
+    {
         // "&&" shows one ampersand; CR LF breaks lines; the block is centred both ways above the buttons.
         QRect one;
         for (auto [text, shown] : {std::pair{"One line && more", "One line & more"},
                                    std::pair{"First\r\nSecond, longer line\r\n\r\nFourth",
                                              "First\nSecond, longer line\n\nFourth"}}) {
-            showAndDo(QStringLiteral("LabelKey"), QString(), QString(), [&](QDialog *d) {
-                auto *lbl = d->findChild<QLabel *>(QStringLiteral("lblMessage"));
-                const QRect g = lbl->geometry();
-                QCOMPARE(lbl->text(), QString::fromLatin1(shown));
-                QVERIFY(qAbs(g.top() - (twipsToPx(2280) - g.height()) / 2) <= 1);
-                QVERIFY(qAbs(g.center().x() - d->width() / 2) <= 1);
-                if (one.isNull()) one = g;
-                else QVERIFY(g.height() > 3 * one.height() && g.width() > one.width());
-            }, QString::fromLatin1(text));
+            showAndDo(
+                QStringLiteral("LabelKey"), QString(), QString(), [&](QDialog *d) {
+                    auto *lbl = d->findChild<QLabel *>(QStringLiteral("lblMessage"));
+                    const QRect g = lbl->geometry();
+                    QCOMPARE(lbl->text(), QString::fromLatin1(shown));
+                    QVERIFY(qAbs(g.top() - (twipsToPx(2280) - g.height()) / 2) <= 1);
+                    QVERIFY(qAbs(g.center().x() - d->width() / 2) <= 1);
+                    if (one.isNull()) one = g;
+                    else QVERIFY(g.height() > 3 * one.height() && g.width() > one.width());
+                },
+                QString::fromLatin1(text));
         }
     }
 };

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // HoverCommand: paint decisions, placement, the mouse and key state machine,
 // and what lands in the pixels.
 #include "uiservices/assetpaths.h"
@@ -14,32 +15,40 @@ using hover::State;
 
 namespace {
 
-void mouse(QWidget *w, QEvent::Type t, QPointF p, Qt::MouseButton b = Qt::NoButton, Qt::MouseButtons held = {}) {
+void mouse(QWidget *w, QEvent::Type t, QPointF p, Qt::MouseButton b = Qt::NoButton, Qt::MouseButtons held = {})
+{
     QMouseEvent e(t, p, w->mapToGlobal(p), b, held, Qt::NoModifier);
     QCoreApplication::sendEvent(w, &e);
 }
 void move(QWidget *w, QPointF p, Qt::MouseButtons held = {}) { mouse(w, QEvent::MouseMove, p, Qt::NoButton, held); }
 void press(QWidget *w, QPointF p, Qt::MouseButton b = Qt::LeftButton) { mouse(w, QEvent::MouseButtonPress, p, b, b); }
 void release(QWidget *w, QPointF p, Qt::MouseButton b = Qt::LeftButton) { mouse(w, QEvent::MouseButtonRelease, p, b); }
-void key(QWidget *w, QEvent::Type t, int k, bool repeat = false) {
+void key(QWidget *w, QEvent::Type t, int k, bool repeat = false)
+{
     QKeyEvent e(t, k, Qt::NoModifier, k == Qt::Key_Space ? QStringLiteral(" ") : QString(), repeat);
     QCoreApplication::sendEvent(w, &e);
 }
-void focus(QWidget *w, bool in) {
+void focus(QWidget *w, bool in)
+{
     QFocusEvent e(in ? QEvent::FocusIn : QEvent::FocusOut, Qt::TabFocusReason);
     QCoreApplication::sendEvent(w, &e);
 }
 
 // Checks the colours of a few pixels of what the control paints now.
-struct Px { int x, y; QColor c; };
-void expect(QWidget *w, std::initializer_list<Px> want) {
+struct Px {
+    int x, y;
+    QColor c;
+};
+void expect(QWidget *w, std::initializer_list<Px> want)
+{
     const QImage img = w->grab().toImage();
     for (const Px &p : want)
         QVERIFY2(img.pixelColor(p.x, p.y) == p.c, qPrintable(QStringLiteral("pixel %1,%2").arg(p.x).arg(p.y)));
 }
 
 // 10x10: ground colour with a 4x4 square of ink at 3..6.
-QImage square(QColor ground, QColor ink) {
+QImage square(QColor ground, QColor ink)
+{
     QImage img(10, 10, QImage::Format_RGB32);
     img.fill(ground);
     for (int y = 3; y < 7; ++y)
@@ -48,7 +57,8 @@ QImage square(QColor ground, QColor ink) {
 }
 
 QColor px(QWidget *w, int x, int y) { return w->grab().toImage().pixelColor(x, y); }
-int countColour(const QImage &img, QColor c) {
+int countColour(const QImage &img, QColor c)
+{
     int n = 0;
     for (int y = 0; y < img.height(); ++y)
         for (int x = 0; x < img.width(); ++x) n += img.pixelColor(x, y) == c;
@@ -56,7 +66,8 @@ int countColour(const QImage &img, QColor c) {
 }
 
 // 40x20, red back, green highlight, no caption, left aligned: a 10x10 picture lands at (5, 5).
-std::unique_ptr<HoverCommand> plain(int style, const QImage &pic = {}) {
+std::unique_ptr<HoverCommand> plain(int style, const QImage &pic = {})
+{
     auto b = std::make_unique<HoverCommand>();
     b->resize(40, 20);
     b->setCaption(QString());
@@ -74,7 +85,8 @@ std::unique_ptr<HoverCommand> plain(int style, const QImage &pic = {}) {
 class TestHoverCommand : public QObject {
     Q_OBJECT
 private slots:
-    void propertiesAndPaintDecisions() {
+    void propertiesAndPaintDecisions()
+    {
         HoverCommand b;
         QSignalSpy spy(&b, &HoverCommand::propertyChanged);
         QImage pic(4, 4, QImage::Format_RGB32);
@@ -104,17 +116,22 @@ private slots:
 
         // Borders per style bit: 1 flat, 2 thin, 16 none; focus raises a flat one in state up.
         const std::tuple<int, State, bool, Edge> borders[] = {
-            {0, State::Up, false, Edge::Raised},       {1, State::Up, false, Edge::None},
-            {1, State::Hover, false, Edge::Raised},    {3, State::Pressed, false, Edge::ThinSunken},
-            {2, State::Up, false, Edge::ThinRaised},   {16, State::Pressed, false, Edge::None},
-            {17, State::Up, true, Edge::Raised},       {3, State::Up, true, Edge::ThinRaised},
+            {0, State::Up, false, Edge::Raised},
+            {1, State::Up, false, Edge::None},
+            {1, State::Hover, false, Edge::Raised},
+            {3, State::Pressed, false, Edge::ThinSunken},
+            {2, State::Up, false, Edge::ThinRaised},
+            {16, State::Pressed, false, Edge::None},
+            {17, State::Up, true, Edge::Raised},
+            {3, State::Up, true, Edge::ThinRaised},
             {80, State::Up, true, Edge::None},
         };
         for (auto [style, state, focused, edge] : borders) QCOMPARE(hover::borderFor(style, state, focused), edge);
         QCOMPARE(hover::pictureFor(State::Pressed, true, true), hover::PictureChoice::Picture);
     }
 
-    void placementArithmetic() {
+    void placementArithmetic()
+    {
         // Halves round to even: 2.5 -> 2, 18.5 -> 18, 19.5 -> 20; the press offset adds.
         QCOMPARE(hover::pictureOrigin(0, 103, 56, 95, 51, 0, 4, 0, 2), QPoint(6, 4));
         QCOMPARE(hover::pictureOrigin(0, 100, 57, 20, 20, 0, 4, 0, 0).y(), 18);
@@ -139,7 +156,8 @@ private slots:
         QCOMPARE(hover::captionOrigin(-1, 100, 40, 30, 16, 20, 5, 10, 2), QPoint(2, 14));
     }
 
-    void mouseStateMachine() {
+    void mouseStateMachine()
+    {
         HoverCommand b;
         b.resize(40, 20);
         QStringList log;
@@ -190,7 +208,8 @@ private slots:
         QCOMPARE(log.count(QStringLiteral("leave")), 3);
     }
 
-    void keyboardPressAndRelease() {
+    void keyboardPressAndRelease()
+    {
         HoverCommand b;
         QSignalSpy click(&b, &QAbstractButton::clicked);
         for (int k : {int(Qt::Key_Space), int(Qt::Key_Return), int(Qt::Key_Enter)}) {
@@ -215,7 +234,8 @@ private slots:
         QCOMPARE(click.count(), 3);
     }
 
-    void picturesInThePixels() {
+    void picturesInThePixels()
+    {
         // The key colour is whatever the top left pixel holds.
         auto b = plain(16, square(Qt::blue, Qt::white));
         expect(b.get(), {{5, 5, Qt::red}, {9, 9, Qt::white}});
@@ -242,7 +262,8 @@ private slots:
         }
     }
 
-    void bordersFocusAndHighlightInThePixels() {
+    void bordersFocusAndHighlightInThePixels()
+    {
         // Style 80: highlight behind everything while hovered, none pressed, no border;
         // focus draws a dotted rectangle inset by 3.
         auto b = plain(80, square(Qt::white, Qt::black));
@@ -287,7 +308,8 @@ private slots:
         QCOMPARE(inked(Qt::black), 0);
     }
 
-    void backgroundFromParentOrTiles() {
+    void backgroundFromParentOrTiles()
+    {
         QWidget parent;
         QPalette pal;
         pal.setColor(QPalette::Window, QColor(10, 200, 30));
@@ -308,12 +330,14 @@ private slots:
         expect(b, {{10, 6, Qt::black}, {8, 4, Qt::white}});
     }
 
-    void tabImagesAreCompiledIn() {
+    void tabImagesAreCompiledIn()
+    {
         HoverCommand b;  // registers the resources
         for (int i = 0; i < 7; ++i) {
             const QImage face(assets::tabFace(i)), hov(assets::tabFaceHover(i));
             QVERIFY2(face.size() == QSize(95, 51) && countColour(face, QColor(0, 0, 102)) > 150 &&
-                         countColour(hov, QColor(50, 185, 70)) > 150, qPrintable(assets::tabFace(i)));
+                         countColour(hov, QColor(50, 185, 70)) > 150,
+                     qPrintable(assets::tabFace(i)));
         }
     }
 };

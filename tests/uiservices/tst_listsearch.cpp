@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // findListItem: prefix search over the first column, in the order shown.
 #include "uiservices/listsearch.h"
 
@@ -12,7 +13,8 @@ private slots:
     void prefixSearch();
 };
 
-void TestListSearch::prefixSearch() {
+void TestListSearch::prefixSearch()
+{
     QTreeWidget list;
     list.setColumnCount(2);
     QCOMPARE(findListItem(&list, QString()), 0);  // empty list: nothing, even for empty text
@@ -20,8 +22,14 @@ void TestListSearch::prefixSearch() {
     for (const char *n : {"Adams, John", "baker, Ann", "Baxter, Bo", "Bäcker, Eva", "Zed"})
         new QTreeWidgetItem(&list, {QString::fromUtf8(n), QStringLiteral("other column")});
     const std::pair<const char *, int> cases[] = {
-        {"", 1}, {"BA", 2} /* first of several */, {"bax", 3}, {"BÄ", 4} /* case folds beyond ASCII */,
-        {"zED", 5}, {"axter", 0} /* not a prefix */, {"Adams, John Q", 0}, {"other", 0},
+        {"", 1},
+        {"BA", 2} /* first of several */,
+        {"bax", 3},
+        {"BÄ", 4} /* case folds beyond ASCII */,
+        {"zED", 5},
+        {"axter", 0} /* not a prefix */,
+        {"Adams, John Q", 0},
+        {"other", 0},
     };
     for (auto [text, pos] : cases) QCOMPARE(findListItem(&list, QString::fromUtf8(text)), pos);
     // Positions follow the order shown, not the order of insertion.
