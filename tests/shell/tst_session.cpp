@@ -119,40 +119,27 @@ private slots:
             QCOMPARE(db.isChanged(), !c.fileRead);
             QCOMPARE(db.customers().count(), c.customers);
             QCOMPARE(dialogs.seen.size(), c.told ? 1 : 0);
-            if (c.told) {
-                QCOMPARE(dialogs.last().tone, Tone::Warning);
-                QCOMPARE(dialogs.last().title, u"QOR"_s);
-                QCOMPARE(dialogs.last().text, r.message);
-            }
+            if (c.told) QVERIFY(dialogs.last().tone == Tone::Warning && dialogs.last().text == r.message);
         }
     }
 
     void saveTellsAFailureAndKeepsTheChange()
     {
         QFile::remove(path());
-        Session session;
         ScriptedQuestions dialogs;
-        session.setQuestions(&dialogs);
-        session.load();
-        CustomerRow ann;
-        ann.firstName = u"Ann"_s;
-        ann.displayName = ann.firstName;
-        session.db().addCustomer(ann, numberKey(1));
-
+        auto session = changedSession(dialogs);
+        const QString ann = session->db().customers().textOf(u"1k");
         QFile::remove(path());
         QVERIFY(QDir().mkdir(path()));  // a folder under the file's name: nothing may replace it
-        QVERIFY(!session.save());
+        QVERIFY(!session->save());
         QCOMPARE(dialogs.seen.size(), 1);
-        QCOMPARE(dialogs.last().tone, Tone::Critical);
-        QVERIFY(session.db().isChanged());
-
+        QVERIFY(dialogs.last().tone == Tone::Critical && session->db().isChanged());
         QVERIFY(QDir().rmdir(path()));
-        QVERIFY(session.save());
-        QVERIFY(!session.db().isChanged());
+        QVERIFY(session->save() && !session->db().isChanged());
         QCOMPARE(dialogs.seen.size(), 1);
         Session again;
         again.load();
-        QCOMPARE(again.db().customers().textOf(u"1k"), ann.text());
+        QCOMPARE(again.db().customers().textOf(u"1k"), ann);
     }
 
     // A step that can't complete leaves the path, the settings and the books
