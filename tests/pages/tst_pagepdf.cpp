@@ -110,13 +110,6 @@ private slots:
         expectAt(w, u"BILL"_s, Centre, 8257.5, 20, u"07/31/2026"_s);
         expectAt(w, u"BILL"_s, Top, 2835, 40);
         expectAt(w, u"Harbour"_s, Left, 600);
-        // frmPrint1: the company name centred across the page; the due date,
-        // without the invoice date, right-aligned at 10815 in the date's place.
-        w = pdfOf({composeInvoice(sample(1)).first()}, u"head1.pdf"_s);
-        expectAt(w, u"Harbour"_s, Centre, 5707.5, 20, u"Landscaping"_s);
-        expectAt(w, u"Harbour"_s, Top, 1440, 40);
-        expectAt(w, u"07/31/2026"_s, Right, 10815);
-        expectAt(w, u"07/31/2026"_s, Top, 3840, 40);
         // frmPrint2 with the date: date right-aligned at 10635 on 2400, the
         // due date under it on 2760.
         w = pdfOf({composeInvoice(sample(2, true)).first()}, u"head2.pdf"_s);
