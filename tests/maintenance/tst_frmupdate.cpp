@@ -56,17 +56,11 @@ private slots:
     {
         auto w = openWindow(0);
         FrmUpdate *f = FrmUpdate::showFor(w.get());
-        QCOMPARE(f->objectName(), u"frmUpdate"_s);
-        QCOMPARE(f->windowTitle(), u"   Click DOWNLOAD to begin Auto-Update."_s);
         QCOMPARE(f->parentWidget(), w.get());
         QVERIFY(f->isVisible() && !f->isModal());
         QCOMPARE(f->minimumSize(), f->maximumSize());
         QVERIFY(!(f->windowFlags() & (Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint)));
         QCOMPARE(f->size(), QSize(twipsToPx(4215), twipsToPx(2385)));
-        for (const char *name : {"Label2", "lblStatus", "Label1"}) {
-            auto *l = f->findChild<QLabel *>(QString::fromLatin1(name));
-            QVERIFY2(l && l->font().bold() && l->alignment() & Qt::AlignHCenter, name);
-        }
         QCOMPARE(FrmUpdate::showFor(w.get()), f);  // one form
         f->close();
         discard(w);
@@ -158,7 +152,6 @@ private slots:
         QTest::mouseClick(w->panel(5)->controlWidget(u"lblCheckForNewVersion"_s), Qt::LeftButton);
         QTRY_COMPARE(a.seen().size(), 1);
         QCOMPARE(a.last().text, unableToConnectText());
-        QCOMPARE(a.last().title, u"QOR"_s);
         qunsetenv(VersionUrlVariable);
         discard(w);
     }
