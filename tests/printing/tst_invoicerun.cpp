@@ -2,7 +2,7 @@
 // The invoice and envelope runs through the real window: pages in node order
 // with their duplicates, customers without a ticked line skipped, the
 // company-info question, the run's label and bar, no printer and a refused
-// job, the preview of one customer; and the Print Options panel that feeds it.
+// job, the preview of one customer, with the stored print options they use.
 #include "../customers/panelharness.h"
 #include "../pages/pdfwords.h"
 
