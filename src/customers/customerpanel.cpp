@@ -36,14 +36,7 @@
 namespace qor {
 
 namespace {
-const QString kNewCustomer = QStringLiteral("&New Customer");
-const QString kAddNew = QStringLiteral("&Add New");
-const QString kApplyEdit = QStringLiteral("Apply &Edit");
-const QString kDeleteExisting = QStringLiteral("&Delete Existing");
-const QString kCancelNew = QStringLiteral("&Cancel New");
-const QString kUndoEdit = QStringLiteral("&Undo Edit");
-const QString kListOfCustomers = QStringLiteral("List of Customers:");
-const QString kSearch = QStringLiteral("Search:");
+using Mode = CustomerEditor::Mode;
 
 QString fieldName(int i) { return QStringLiteral("txtField(%1)").arg(i); }
 }  // namespace
@@ -116,7 +109,25 @@ CustomerPanel::CustomerPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *pare
 
 void CustomerPanel::showAddNew()
 {
-    m_cmdAddNew->setVisible(true);
+    m_editor.showAddNew();
+    showEditor();
+}
+
+// The buttons, the print button and the fields' colours as the editor holds
+// them. Only what differs is set: a colour set again costs a new palette.
+void CustomerPanel::showEditor()
+{
+    const CustomerEditor::Button add = m_editor.addNew(), undo = m_editor.undo();
+    setButton(m_cmdAddNew, CustomerEditor::addNewCaption(add.mode), add.shown);
+    setButton(m_cmdUndo, CustomerEditor::undoCaption(undo.mode), undo.shown);
+    setPrintShown(m_editor.printShown());
+    for (int i = 0; i < FieldCount; ++i) {
+        const bool asks = m_editor.asksForInput(i);
+        if (m_coloured && m_asksShown[size_t(i)] == asks) continue;
+        m_asksShown[size_t(i)] = asks;
+        setFieldInfoColour(i, asks);
+    }
+    m_coloured = true;
 }
 
 void CustomerPanel::arrange(double W, double H, int M) { Panel::arrange(W, H, M); }
@@ -158,20 +169,16 @@ void CustomerPanel::focusList()
     if (m_list && rowCount() > 0 && m_list->isVisible()) m_list->setFocus(Qt::OtherFocusReason);
 }
 
-bool CustomerPanel::isShown(QWidget *w) const { return w && !w->isHidden(); }
-
-QString CustomerPanel::caption(QAbstractButton *b) const { return b ? b->text() : QString(); }
-
 void CustomerPanel::setButton(QAbstractButton *b, const QString &text, bool visible)
 {
     if (!b) return;
     b->setText(text);
-    b->setVisible(visible);
+    if (b->isHidden() == visible) b->setVisible(visible);
 }
 
 void CustomerPanel::setPrintShown(bool shown)
 {
-    m_cmdPrint->setVisible(shown);
+    if (m_cmdPrint->isHidden() == shown) m_cmdPrint->setVisible(shown);
 }
 
 QString CustomerPanel::fieldText(int index) const
@@ -202,7 +209,6 @@ void CustomerPanel::setFieldText(int index, const QString &text)
 
 void CustomerPanel::setTag(int index, const QString &tag)
 {
-    m_tag[size_t(index)] = tag;
     if (QWidget *w = field(index)) w->setProperty("Tag", tag);
 }
 
@@ -211,15 +217,9 @@ void CustomerPanel::setFieldInfoColour(int index, bool info)
     roster::setBackColour(field(index), info ? syscolor::InfoBackground : syscolor::Window);
 }
 
-QString CustomerPanel::displayName() const { return customer::displayNameFor(fieldText(0), fieldText(1)); }
+QString CustomerPanel::displayName() const { return m_editor.displayName(); }
 
-CustomerRow CustomerPanel::entryRow() const
-{
-    CustomerRow row;
-    row.displayName = displayName();
-    for (int i = 0; i < FieldCount; ++i) row.entry(i) = fieldText(i);
-    return row;
-}
+CustomerRow CustomerPanel::entryRow() const { return m_editor.entryRow(); }
 
 bool CustomerPanel::confirm(const QString &title, const QString &text)
 {
@@ -231,18 +231,17 @@ bool CustomerPanel::confirm(const QString &title, const QString &text)
 
 void CustomerPanel::clearEntryFields()
 {
-    m_loadedKey.clear();
-    for (int i = 0; i < FieldCount; ++i) {
-        setTag(i, QString());
-        setFieldText(i, QString());
-        if (auto *le = qobject_cast<QLineEdit *>(field(i)); le && fieldLimit(i) > 0)
-            le->setMaxLength(fieldLimit(i));
+    {
+        const QScopedValueRollback filling(m_filling, true);
+        for (int i = 0; i < FieldCount; ++i) {
+            setTag(i, QString());
+            setFieldText(i, QString());
+            if (auto *le = qobject_cast<QLineEdit *>(field(i)); le && fieldLimit(i) > 0)
+                le->setMaxLength(fieldLimit(i));
+        }
     }
-}
-
-void CustomerPanel::showNewEntryColours(bool isNew)
-{
-    for (int i = 0; i < FieldCount; ++i) setFieldInfoColour(i, isNew);
+    m_editor.clear();
+    showEditor();
 }
 
 // ---------------------------------------------------------------- list
@@ -284,10 +283,10 @@ void CustomerPanel::refreshCustomerList()
     // A rebuilt list (a reread file, abandoned changes) has a row highlighted:
     // the fields show that row, never blanks or the details of another.
     QTreeWidgetItem *row = selectedRow();
-    if (!held && row && row->data(0, Qt::UserRole).toString() != m_loadedKey && !isNewEntry()) followSelection();
+    if (!held && row && row->data(0, Qt::UserRole).toString() != m_editor.loadedKey() && !isNewEntry()) followSelection();
 }
 
-bool CustomerPanel::isNewEntry() const { return isShown(m_cmdUndo) && caption(m_cmdUndo) == kCancelNew; }
+bool CustomerPanel::isNewEntry() const { return m_editor.isNewEntry(); }
 
 // The highlight moved to another row: its details fill the fields and the
 // panel is back to viewing; an edit not applied is given up, as with Up and Down.
@@ -297,9 +296,8 @@ void CustomerPanel::followSelection()
     if (!row) return;
     if (!row->isSelected()) row->setSelected(true);
     showCustomerDetails();
-    showNewEntryColours(false);
-    setButton(m_cmdAddNew, kNewCustomer, true);
-    setPrintShown(true);
+    m_editor.followed();
+    showEditor();
 }
 
 QTreeWidgetItem *CustomerPanel::makeRow(const QString &key, const QString &name)
@@ -408,33 +406,32 @@ QTreeWidgetItem *CustomerPanel::insertVisibleRow(const QString &key, const QStri
 
 void CustomerPanel::cmdAddNewClick()
 {
-    const QString c = caption(m_cmdAddNew);
-    if (c == kNewCustomer) {
-        startNewCustomer();
-    } else if (c == kAddNew) {
+    switch (m_editor.addNew().mode) {
+    case Mode::Viewing: startNewCustomer(); break;
+    case Mode::Entering: {
         QString key;
         addCustomer(key);
-    } else if (c == kApplyEdit) {
-        applyCustomerEdit();
+        break;
+    }
+    case Mode::Editing: applyCustomerEdit(); break;
     }
 }
 
 void CustomerPanel::cmdUndoClick()
 {
-    const QString c = caption(m_cmdUndo);
-    if (c == kCancelNew) resetCustomerPanel();
-    else if (c == kUndoEdit) undoCustomerEdit();
-    else if (c == kDeleteExisting) deleteCustomer();
+    switch (m_editor.undo().mode) {
+    case Mode::Entering: resetCustomerPanel(); break;
+    case Mode::Editing: undoCustomerEdit(); break;
+    case Mode::Viewing: deleteCustomer(); break;
+    }
 }
 
 void CustomerPanel::startNewCustomer()
 {
     clearEntryFields();
     if (m_list && rowCount() > 0) m_list->clearSelection();
-    setButton(m_cmdAddNew, kAddNew, false);
-    setButton(m_cmdUndo, kCancelNew, true);
-    setPrintShown(false);
-    showNewEntryColours(true);
+    m_editor.startNew();
+    showEditor();
     if (field(0)) field(0)->setFocus(Qt::OtherFocusReason);
 }
 
@@ -458,19 +455,15 @@ bool CustomerPanel::addCustomer(QString &key)
         selectRow(item);
         m_list->setFocus(Qt::OtherFocusReason);
     }
-    showNewEntryColours(false);
-    m_cmdAddNew->setText(kNewCustomer);
-    m_cmdUndo->setText(kDeleteExisting);
-    setPrintShown(true);
+    m_editor.stored();
+    showEditor();
     return true;
 }
 
 // Typed text that the database would take for its own marks is refused here.
 bool CustomerPanel::entryStorable()
 {
-    QStringList typed;
-    for (int i = 0; i < FieldCount; ++i) typed.append(fieldText(i));
-    const QString why = entry::customerProblem(typed);
+    const QString why = entry::customerProblem(m_editor.typedFields());
     if (!why.isEmpty()) DialogService::current().warning(ctx.mainWindow(), AppTitle, why);
     return why.isEmpty();
 }
@@ -485,9 +478,9 @@ void CustomerPanel::applyCustomerEdit()
     }
     // The edit belongs to the customer the fields were filled from, not to
     // whatever row the highlight has reached since.
-    const QString key = m_loadedKey;
+    const QString key = m_editor.loadedKey();
     Database &db = ctx.db();
-    if (fieldText(0).isEmpty()) {
+    if (m_editor.typed(0).isEmpty()) {
         // The first name is the one required field, for an edit as for a new entry.
         DialogService::current().warning(ctx.mainWindow(), AppTitle,
                                          QStringLiteral("A customer needs at least a first name."));
@@ -515,33 +508,31 @@ void CustomerPanel::applyCustomerEdit()
     m_holdFields = false;
     m_list->setFocus(Qt::OtherFocusReason);
     showCustomerDetails();
-    showNewEntryColours(false);
-    m_cmdAddNew->setText(kNewCustomer);
-    m_cmdUndo->setText(kDeleteExisting);
-    setPrintShown(true);
+    m_editor.stored();
+    showEditor();
 }
 
 void CustomerPanel::resetCustomerPanel()
 {
-    if (rowCount() == 0) {
-        clearEntryFields();
-        m_cmdUndo->hide();
-    } else {
+    const bool hasRows = rowCount() > 0;
+    if (hasRows) {
         QTreeWidgetItem *row = selectedRow();
         if (!row) row = m_list->topLevelItem(0);
         selectRow(row);
         m_list->setFocus(Qt::OtherFocusReason);
         showCustomerDetails();
-        setPrintShown(true);
+    } else {
+        clearEntryFields();
     }
-    showNewEntryColours(false);
-    setButton(m_cmdAddNew, kNewCustomer, true);
+    m_editor.backToViewing(hasRows);
+    showEditor();
 }
 
 void CustomerPanel::undoCustomerEdit()
 {
     showCustomerDetails();
-    setButton(m_cmdAddNew, kNewCustomer, true);
+    m_editor.undoEdit();
+    showEditor();
     m_list->setFocus(Qt::OtherFocusReason);
 }
 
@@ -555,13 +546,17 @@ void CustomerPanel::showCustomerDetails()
     if (!table.contains(key)) return;
     const auto customer = CustomerRow::parse(table.textOf(key));
     if (!customer) return;
-    for (int i = 0; i < FieldCount; ++i) {
-        // Tag first, so the change handler finds the field clean.
-        setTag(i, customer->entry(i));
-        setFieldText(i, customer->entry(i));
+    QStringList shownAs;
+    {
+        const QScopedValueRollback filling(m_filling, true);
+        for (int i = 0; i < FieldCount; ++i) {
+            setTag(i, customer->entry(i));
+            setFieldText(i, customer->entry(i));
+            shownAs.append(fieldText(i));
+        }
     }
-    m_loadedKey = key;
-    setButton(m_cmdUndo, kDeleteExisting, true);
+    m_editor.show(key, *customer, shownAs);
+    showEditor();
 }
 
 void CustomerPanel::deleteCustomer()
@@ -590,51 +585,40 @@ void CustomerPanel::deleteCustomer()
     refreshCustomerList();
     checking.enableOK();
 
-    if (rowCount() == 0) {
-        clearEntryFields();
-        setButton(m_cmdUndo, kCancelNew, false);
-        setPrintShown(false);
-    } else {
+    const bool hasRows = rowCount() > 0;
+    if (hasRows) {
         position = std::min(position, rowCount());
         selectPosition(position);
         showCustomerDetails();
-        setPrintShown(true);
+    } else {
+        clearEntryFields();
     }
-    showNewEntryColours(false);
-    m_cmdAddNew->setText(kNewCustomer);
+    m_editor.deleted(hasRows);
+    showEditor();
 }
 
 // ---------------------------------------------------------------- typing
 
+// The panel's own fills are told to the editor whole, once they are done.
 void CustomerPanel::txtFieldChange(int index)
 {
-    if (isShown(m_cmdUndo) && caption(m_cmdUndo) == kCancelNew) {
-        m_cmdAddNew->setVisible(!fieldText(0).isEmpty());
-        setFieldInfoColour(index, fieldText(index).isEmpty());
-        return;
-    }
-    bool edited = false;
-    for (int i = 0; i < FieldCount && !edited; ++i) edited = fieldText(i) != m_tag[size_t(i)];
-    if (edited) {
-        setButton(m_cmdUndo, kUndoEdit, true);
-        setButton(m_cmdAddNew, kApplyEdit, true);
-    } else {
-        m_cmdUndo->hide();
-        m_cmdAddNew->setText(kNewCustomer);
-    }
+    if (m_filling) return;
+    m_editor.typedText(index, fieldText(index));
+    showEditor();
 }
 
 void CustomerPanel::txtFieldClick(int)
 {
-    if (rowCount() == 0 && isShown(m_cmdAddNew) && caption(m_cmdAddNew) == kNewCustomer) cmdAddNewClick();
+    if (rowCount() == 0 && m_editor.addNew() == CustomerEditor::Button{Mode::Viewing, true}) cmdAddNewClick();
 }
 
 // ---------------------------------------------------------------- search
 
 void CustomerPanel::cmdSearchClick()
 {
-    if (m_lblCustomers->text() != kListOfCustomers) {
-        m_lblCustomers->setText(kListOfCustomers);
+    if (m_editor.searching()) {
+        m_editor.setSearching(false);
+        m_lblCustomers->setText(CustomerEditor::listCaption(false));
         m_txtSearch->hide();
         if (m_list && m_list->isVisible()) m_list->setFocus(Qt::OtherFocusReason);
         return;
@@ -646,7 +630,8 @@ void CustomerPanel::cmdSearchClick()
         QCoreApplication::postEvent(m_cmdSearch, new QKeyEvent(QEvent::KeyPress, Qt::Key_Tab, Qt::NoModifier));
         QCoreApplication::postEvent(m_cmdSearch, new QKeyEvent(QEvent::KeyRelease, Qt::Key_Tab, Qt::NoModifier));
     }
-    m_lblCustomers->setText(kSearch);
+    m_editor.setSearching(true);
+    m_lblCustomers->setText(CustomerEditor::listCaption(true));
     if (m_txtSearch) {
         m_txtSearch->clear();
         m_txtSearch->show();

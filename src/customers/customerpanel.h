@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // fraMain(0): the customer list and the entry fields of one customer.
+#include "customers/customereditor.h"
 #include "database/rowtypes.h"
 #include "shell/panel.h"
 
@@ -26,20 +27,19 @@ public:
 
     void arrange(double W, double H, int M) override;
 
-    void refreshCustomerList();            // RefreshCustomerList
-    void showCustomerDetails();            // ShowCustomerDetails
-    void resetCustomerPanel();             // ResetCustomerPanel (also after every database read)
-    void clearEntryFields();               // ClearEntryFields(0): txtField(0..7) text and tag emptied
-    void showNewEntryColours(bool isNew);  // ShowNewEntryColours
-    void showAddNew();                     // cmdAddNew shown (before the first read)
+    void refreshCustomerList();  // RefreshCustomerList
+    void showCustomerDetails();  // ShowCustomerDetails
+    void resetCustomerPanel();   // ResetCustomerPanel (also after every database read)
+    void clearEntryFields();     // ClearEntryFields(0): txtField(0..7) text and tag emptied
+    void showAddNew();           // cmdAddNew shown (before the first read)
 
     QTreeWidget *list() const;     // lvwCustomersVis
     int rowCount() const;          // rows of lvwCustomersVis
     int selectedPosition() const;  // 1-based, 0 when none
     void focusList();              // gives lvwCustomersVis the focus when it has rows and is visible
 
-    // The handlers and routines of the panel. Each button handler reads its
-    // own caption first: the captions are the panel's state.
+    // The handlers and routines of the panel. Each button handler acts on
+    // its button's mode in the editor.
     void cmdAddNewClick();
     void cmdUndoClick();
     void startNewCustomer();
@@ -64,8 +64,9 @@ public:
     QString fieldText(int index) const;
     // The customer row the entry fields make.
     CustomerRow entryRow() const;
-    QString fieldTag(int index) const { return m_tag.at(size_t(index)); }
-    QString loadedKey() const { return m_loadedKey; }
+    QString fieldTag(int index) const { return m_editor.stored(index); }
+    QString loadedKey() const { return m_editor.loadedKey(); }
+    const CustomerEditor &editor() const { return m_editor; }
 
     static constexpr int FieldCount = CustomerRow::EntryCount;
     static constexpr int fieldLimit(int index) { return index <= 4 ? 32 : (index <= 6 ? 128 : 0); }
@@ -91,15 +92,19 @@ private:
     bool duplicateCheck(const QString &name, const QString &excludeKey);
     bool confirm(const QString &title, const QString &text);
     void setButton(QAbstractButton *b, const QString &caption, bool visible);
-    QString caption(QAbstractButton *b) const;
-    bool isShown(QWidget *w) const;
     void setPrintShown(bool shown);
+    void showEditor();
 
     std::array<QWidget *, FieldCount> m_fields{};
-    std::array<QString, FieldCount> m_tag;
-    // The customer whose details the fields were filled from: what an edit
-    // replaces, whatever row is highlighted by then.
-    QString m_loadedKey;
+    // The entry and the buttons' modes; the customer whose details the
+    // fields were filled from is what an edit replaces, whatever row is
+    // highlighted by then.
+    CustomerEditor m_editor;
+    // Set while the panel fills the fields itself: the editor hears of the
+    // fill once, when it is done.
+    bool m_filling = false;
+    std::array<bool, FieldCount> m_asksShown{};
+    bool m_coloured = false;
     // Set while the panel moves the list's rows itself, so that the fields
     // don't follow a current row that is only passing through.
     bool m_holdFields = false;

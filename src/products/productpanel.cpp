@@ -18,15 +18,13 @@
 #include <QEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QScopedValueRollback>
 #include <QTreeWidget>
 
 namespace qor {
 
 namespace {
-const QString kNewItem = QStringLiteral("&New Product or Service");
-const QString kAddNew = QStringLiteral("&Add New");
-const QString kDeleteExisting = QStringLiteral("&Delete Existing");
-const QString kCancelNew = QStringLiteral("&Cancel New");
+using Mode = ProductEditor::Mode;
 }  // namespace
 
 ProductPanel::ProductPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *parent)
@@ -71,14 +69,25 @@ ProductPanel::ProductPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *parent
 // The base lays out the panel, the first column of the list included.
 void ProductPanel::arrange(double W, double H, int M) { Panel::arrange(W, H, M); }
 
-bool ProductPanel::inEntry() const
-{
-    return m_cmdCancelNewItem && m_cmdCancelNewItem->text() == kCancelNew && m_txtPrice && !m_txtPrice->isHidden();
-}
-
 void ProductPanel::setInfoColour(QWidget *w, bool info)
 {
     roster::setBackColour(w, info ? syscolor::InfoBackground : syscolor::Window);
+}
+
+// The buttons, the entry fields and their colours as the editor holds them;
+// only what differs is set.
+void ProductPanel::showEditor()
+{
+    auto setButton = [](QAbstractButton *b, const QString &caption, bool shown) {
+        b->setText(caption);
+        if (b->isHidden() == shown) b->setVisible(shown);
+    };
+    setButton(m_cmdAddNewItem, ProductEditor::addNewCaption(m_editor.addNew().mode), m_editor.addNew().shown);
+    setButton(m_cmdCancelNewItem, ProductEditor::cancelCaption(m_editor.cancel().mode), m_editor.cancel().shown);
+    for (QWidget *w : {m_lblPrice, static_cast<QWidget *>(m_txtPrice), m_lblName, static_cast<QWidget *>(m_txtName)})
+        if (w->isHidden() == m_editor.fieldsShown()) w->setVisible(m_editor.fieldsShown());
+    if (m_priceAsksShown != m_editor.priceAsks()) setInfoColour(m_txtPrice, m_priceAsksShown = m_editor.priceAsks());
+    if (m_nameAsksShown != m_editor.nameAsks()) setInfoColour(m_txtName, m_nameAsksShown = m_editor.nameAsks());
 }
 
 int ProductPanel::findProductRow(const QString &text) const
@@ -118,60 +127,43 @@ void ProductPanel::refreshProductList()
 void ProductPanel::showProductEntry(bool isNew)
 {
     if (isNew) {
-        m_txtPrice->clear();
-        m_txtName->clear();
-        if (m_cmdCancelNewItem) {
-            m_cmdCancelNewItem->setText(kCancelNew);
-            m_cmdCancelNewItem->show();
+        {
+            // The editor empties its copy itself.
+            const QScopedValueRollback filling(m_filling, true);
+            m_txtPrice->clear();
+            m_txtName->clear();
         }
-        m_cmdAddNewItem->setText(kAddNew);
-        setInfoColour(m_txtPrice, true);
-        setInfoColour(m_txtName, true);
+        m_editor.startEntry();
     } else {
-        if (m_cmdCancelNewItem) {
-            m_cmdCancelNewItem->setText(kDeleteExisting);
-            m_cmdCancelNewItem->setVisible(m_list && m_list->topLevelItemCount() > 0);
-        }
-        m_cmdAddNewItem->setText(kNewItem);
+        m_editor.showList(m_list->topLevelItemCount() > 0);
     }
-    for (QWidget *w : {m_lblPrice, static_cast<QWidget *>(m_txtPrice), m_lblName, static_cast<QWidget *>(m_txtName)})
-        if (w) w->setVisible(isNew);
-    m_cmdAddNewItem->setVisible(!isNew);
-    if (isNew && m_txtPrice && !m_txtPrice->isHidden()) {
-        m_txtPrice->setFocus(Qt::OtherFocusReason);
-        m_addIsDefault = true;
-    }
-}
-
-void ProductPanel::updateAddVisibility()
-{
-    m_cmdAddNewItem->setVisible(regional::isNumeric(m_txtPrice->text()) && !m_txtName->text().isEmpty());
+    showEditor();
+    if (isNew) m_txtPrice->setFocus(Qt::OtherFocusReason);
 }
 
 void ProductPanel::txtPriceChange()
 {
-    if (!inEntry()) return;
-    updateAddVisibility();
-    const QString t = m_txtPrice->text();
-    setInfoColour(m_txtPrice, !(t.size() > 0 && regional::isNumeric(t)));
+    if (m_filling) return;
+    m_editor.typedPrice(m_txtPrice->text());
+    showEditor();
 }
 
 void ProductPanel::txtProductOrServiceNameChange()
 {
-    if (!inEntry() || !m_txtName) return;
-    updateAddVisibility();
-    setInfoColour(m_txtName, m_txtName->text().isEmpty());
+    if (m_filling) return;
+    m_editor.typedName(m_txtName->text());
+    showEditor();
 }
 
 void ProductPanel::cmdAddNewItemClick()
 {
-    if (m_cmdAddNewItem->text() == kNewItem) showProductEntry(true);
+    if (m_editor.addNew().mode == Mode::Viewing) showProductEntry(true);
     else addProduct();
 }
 
 void ProductPanel::cmdCancelNewItemClick()
 {
-    if (m_cmdCancelNewItem->text() == kDeleteExisting) deleteProduct();
+    if (m_editor.cancel().mode == Mode::Viewing) deleteProduct();
     else showProductEntry(false);
 }
 
@@ -191,8 +183,8 @@ void ProductPanel::selectKey(const QString &key)
 
 bool ProductPanel::addProduct()
 {
-    const QString price = m_txtPrice ? m_txtPrice->text() : QString();
-    const QString name = m_txtName ? m_txtName->text() : QString();
+    const QString price = m_editor.price();
+    const QString name = m_editor.name();
     // The button only shows for a numeric price; Enter could still reach here.
     if (!regional::isNumeric(price)) return false;
     // The price is kept as the amount it reads as, in the currency form of
@@ -249,7 +241,7 @@ void ProductPanel::deleteProduct()
 
 bool ProductPanel::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::KeyPress && m_addIsDefault && m_cmdAddNewItem) {
+    if (event->type() == QEvent::KeyPress && m_editor.addIsDefault() && m_cmdAddNewItem) {
         auto *k = static_cast<QKeyEvent *>(event);
         if ((k->key() == Qt::Key_Return || k->key() == Qt::Key_Enter) && (watched == m_txtPrice || watched == m_txtName || watched == m_list) && m_cmdAddNewItem->isVisible() && m_cmdAddNewItem->isEnabled()) {
             m_cmdAddNewItem->click();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 // fraMain(1): the catalogue of products and services.
+#include "products/producteditor.h"
 #include "shell/panel.h"
 
 #include <QString>
@@ -26,7 +27,7 @@ public:
     void refreshProductList();
     void showProductEntry(bool isNew);  // ShowProductEntry
 
-    // Handlers and routines; each button handler reads its own caption first.
+    // Handlers and routines; each button handler acts on its button's mode.
     void cmdAddNewItemClick();
     void cmdCancelNewItemClick();
     // False when nothing was added (a duplicate).
@@ -41,17 +42,17 @@ public:
     QTreeWidget *list() const { return m_list; }
     // Enter presses cmdAddNewItem while it is visible, once an entry has made
     // it the default button.
-    bool addIsDefault() const { return m_addIsDefault; }
+    bool addIsDefault() const { return m_editor.addIsDefault(); }
+    const ProductEditor &editor() const { return m_editor; }
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     InvoiceTrees &m_trees;
-    void updateAddVisibility();
     void setInfoColour(QWidget *w, bool info);
+    void showEditor();
     void selectKey(const QString &key);
-    bool inEntry() const;
 
     QAbstractButton *m_cmdAddNewItem = nullptr;
     QAbstractButton *m_cmdCancelNewItem = nullptr;
@@ -60,7 +61,10 @@ private:
     QWidget *m_lblPrice = nullptr;
     QWidget *m_lblName = nullptr;
     QTreeWidget *m_list = nullptr;
-    bool m_addIsDefault = false;
+    ProductEditor m_editor;
+    bool m_filling = false;  // the panel empties the fields itself
+    // Both fields start with the info background.
+    bool m_priceAsksShown = true, m_nameAsksShown = true;
 };
 
 }  // namespace qor

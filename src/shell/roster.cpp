@@ -4,6 +4,7 @@
 // caption and start state of a control is changed in one spot.
 #include "shell/roster.h"
 #include "uiservices/caption.h"
+#include "uiservices/captions.h"
 #include "uiservices/fonts.h"
 
 #include "uiservices/assetpaths.h"
@@ -50,8 +51,8 @@ const Entry kRows[] = {
 {0, nullptr, "txtField(7)", K::TextBox, "", 5040, 3480, 3255, 1935, 8, MultiLine, 0, "Notes"},
 {0, nullptr, "txtField(5)", K::TextBox, "", 5400, 2640, 2895, 315, 6, NoFlags, 128, "Email"},
 {0, nullptr, "txtField(6)", K::TextBox, "", 5400, 3000, 2895, 315, 7, NoFlags, 128, "Phone #'s"},
-{0, nullptr, "cmdUndo", K::Button, "&Delete Existing", 4200, 5520, 1935, 615, 9, Hidden},
-{0, nullptr, "cmdAddNew", K::Button, "&New Customer", 6360, 5520, 1935, 615, 0},
+{0, nullptr, "cmdUndo", K::Button, captions::DeleteExisting, 4200, 5520, 1935, 615, 9, Hidden},
+{0, nullptr, "cmdAddNew", K::Button, captions::NewCustomer, 6360, 5520, 1935, 615, 0},
 {0, nullptr, "cmdPrint", K::Button, "", 3600, 585, 375, 360, 11, NoFlags, 0, "Print customer list"},
 {0, nullptr, "lvwCustomersVis", K::ListView, "", 120, 960, 3855, 5175, 10, NoFlags, 0, "List of Customers"},
 {0, nullptr, "lblFirstName", K::Label, "First Name:", 4080, 615, 1275, 255, 76, NoFlags, 0, nullptr, F::FieldLabel, A::Right},
@@ -60,13 +61,13 @@ const Entry kRows[] = {
 {0, nullptr, "lblNotes", K::Label, "Notes:", 4080, 3495, 900, 255, 73, NoFlags, 0, nullptr, F::FieldLabel, A::Right},
 {0, nullptr, "lblEmail", K::Label, "Email:", 4080, 2655, 1275, 255, 72, NoFlags, 0, nullptr, F::FieldLabel, A::Right},
 {0, nullptr, "lblPhone", K::Label, "Phone #'s:", 4080, 3015, 1275, 255, 71, NoFlags, 0, nullptr, F::FieldLabel, A::Right},
-{0, nullptr, "lblCustomers", K::Label, "List of Customers:", 120, 690, 2730, 210, 70},
+{0, nullptr, "lblCustomers", K::Label, captions::ListOfCustomers, 120, 690, 2730, 210, 70},
 {0, nullptr, "lblTop(0)", K::Label, "Customers", 0, 0, 8415, 375, 57, NoFlags, 0, nullptr, F::Title, A::Centre, rgb(0, 128, 0), rgb(255, 255, 255)},
 
 // panel 1, Products && Services
 {1, nullptr, "txtProductOrServiceName", K::TextBox, "", 2160, 840, 6105, 315, 13, NoFlags, 0, "Product or Service Name", F::ByRule, A::ByRule, NoColour, syscolor::InfoBackground},
-{1, nullptr, "cmdAddNewItem", K::Button, "&New Product or Service", 6360, 5520, 1935, 615, 14},
-{1, nullptr, "cmdCancelNewItem", K::Button, "&Cancel New", 4200, 5520, 1935, 615, 15, Hidden},
+{1, nullptr, "cmdAddNewItem", K::Button, captions::NewProductOrService, 6360, 5520, 1935, 615, 14},
+{1, nullptr, "cmdCancelNewItem", K::Button, captions::CancelNew, 4200, 5520, 1935, 615, 15, Hidden},
 {1, nullptr, "txtPrice", K::TextBox, "", 120, 840, 1815, 315, 12, NoFlags, 0, "Price", F::ByRule, A::ByRule, NoColour, syscolor::InfoBackground},
 {1, nullptr, "lvwProducts(0)", K::ListView, "", 120, 1560, 8175, 3855, 16, NoFlags, 0, "List of Products and Services"},
 {1, nullptr, "lblTop(1)", K::Label, "Products && Services", 0, 0, 8415, 375, 59, NoFlags, 0, nullptr, F::Title, A::Centre, rgb(0, 128, 0), rgb(255, 255, 255)},
@@ -75,12 +76,12 @@ const Entry kRows[] = {
 {1, nullptr, "lblListOfProductsAndServices", K::Label, "List of Products and Services:", 120, 1320, 2730, 210, 93},
 
 // panel 2, Bill Periods
-{2, nullptr, "cmdCancelNewBP", K::Button, "&Cancel New", 4200, 5520, 1935, 615, 23, Hidden},
+{2, nullptr, "cmdCancelNewBP", K::Button, captions::CancelNew, 4200, 5520, 1935, 615, 23, Hidden},
 {2, nullptr, "txtPField(3)", K::TextBox, "", 6960, 840, 1335, 315, 21, ReadOnly, 0, "Bill Due"},
 {2, nullptr, "txtPField(2)", K::TextBox, "", 5520, 840, 1335, 315, 20, ReadOnly, 0, "Period End"},
 {2, nullptr, "txtPField(1)", K::TextBox, "", 4080, 840, 1335, 315, 19, ReadOnly, 0, "Period Start"},
-{2, nullptr, "cmdAddNewBP", K::Button, "&New Bill Period", 6360, 5520, 1935, 615, 22},
-{2, nullptr, "cmdResetCustomerAccounts", K::Button, "&Log Full Payment", 120, 5520, 1935, 615, 25, Hidden},
+{2, nullptr, "cmdAddNewBP", K::Button, captions::NewBillPeriod, 6360, 5520, 1935, 615, 22},
+{2, nullptr, "cmdResetCustomerAccounts", K::Button, captions::LogFullPayment, 120, 5520, 1935, 615, 25, Hidden},
 {2, nullptr, "cmdAdjustBalance", K::Button, "Log &Payment && Optional Note", 2280, 5520, 1935, 615, 24, Hidden},
 {2, nullptr, "tvwInvoiceRecords(0)", K::TreeView, "", 120, 1560, 3975, 3855, 26, NoFlags, 0, "Customer Accounts for This Period"},
 {2, nullptr, "lvwProducts(1)", K::ListView, "", 4320, 1560, 3975, 3855, 27, Hidden, 0, "List of Products and Services"},

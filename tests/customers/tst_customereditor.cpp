@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The Customers panel's editor without a window: each step a user takes, and
+// what the buttons, the print button and the fields' colours then show.
+#include "customers/customereditor.h"
+
+#include <QtTest>
+
+using namespace qor;
+
+class TstCustomerEditor : public QObject {
+    Q_OBJECT
+
+    // The two buttons ("-" marks a hidden one), the print button, the fields
+    // that ask for input, the customer loaded.
+    static QString view(const CustomerEditor &e)
+    {
+        auto button = [](CustomerEditor::Button b, const QString &caption) { return (b.shown ? "" : "-") + caption; };
+        QString asks;
+        for (int i = 0; i < CustomerEditor::FieldCount; ++i) asks += e.asksForInput(i) ? 'A' : '.';
+        return QStringLiteral("%1 / %2 | %3print | %4 | %5")
+            .arg(button(e.addNew(), CustomerEditor::addNewCaption(e.addNew().mode)),
+                 button(e.undo(), CustomerEditor::undoCaption(e.undo().mode)), e.printShown() ? "" : "-", asks,
+                 e.loadedKey());
+    }
+    // Steps as the panel tells them: "show" fills Jo Smith (key 1k), "t6=55"
+    // is typing into field 6, "back1"/"del0" say whether rows are left.
+    static void run(CustomerEditor &e, const QString &steps)
+    {
+        CustomerRow jo{"Smith, Jo", "Jo", "Smith", "1 Main St", "", "", "", "", "gate\r\ndog"};
+        for (const QString &step : steps.split(' ', Qt::SkipEmptyParts)) {
+            if (step == "show") e.show("1k", jo);
+            else if (step == "showLf") e.show("1k", jo, {"Jo", "Smith", "1 Main St", "", "", "", "", "gate\ndog"});
+            else if (step.startsWith('t')) e.typedText(step.mid(1, 1).toInt(), step.mid(3));
+            else if (step == "clear") e.clear();
+            else if (step == "new") e.startNew();
+            else if (step == "stored") e.stored();
+            else if (step == "undoEdit") e.undoEdit();
+            else if (step.startsWith("back")) e.backToViewing(step.endsWith('1'));
+            else if (step.startsWith("del")) e.deleted(step.endsWith('1'));
+            else if (step == "follow") e.followed();
+            else QFAIL(qPrintable("no such step: " + step));
+        }
+    }
+
+private slots:
+    void transitions_data()
+    {
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("shown");
+        const QString viewing = "&New Customer / &Delete Existing | print | ........ | 1k";
+        QTest::newRow("start") << ""
+                               << "&New Customer / -&Delete Existing | print | ........ | ";
+        QTest::newRow("a customer shown") << "show" << viewing;
+        QTest::newRow("typing is an edit") << "show t6=55"
+                                           << "Apply &Edit / &Undo Edit | print | ........ | 1k";
+        QTest::newRow("typed back, no edit") << "show t6=55 t6="
+                                             << "&New Customer / -&Undo Edit | print | ........ | 1k";
+        QTest::newRow("undo refills") << "show t6=55 show undoEdit" << viewing;
+        QTest::newRow("edit applied") << "show t1=Adams show stored" << viewing;
+        QTest::newRow("a box that shows line ends its way")
+            << "showLf"
+            << "Apply &Edit / &Delete Existing | print | ........ | 1k";
+        QTest::newRow("new entry") << "show new"
+                                   << "-&Add New / &Cancel New | -print | AAAAAAAA | ";
+        QTest::newRow("a last name alone") << "new t1=Lee"
+                                           << "-&Add New / &Cancel New | -print | A.AAAAAA | ";
+        QTest::newRow("a first name") << "new t1=Lee t0=Al"
+                                      << "&Add New / &Cancel New | -print | ..AAAAAA | ";
+        QTest::newRow("first name taken back") << "new t0=Al t0="
+                                               << "-&Add New / &Cancel New | -print | AAAAAAAA | ";
+        QTest::newRow("added") << "new t0=Al show stored" << viewing;
+        QTest::newRow("cancelled, rows") << "show new show back1" << viewing;
+        QTest::newRow("cancelled, no rows") << "new t0=Al back0"
+                                            << "&New Customer / -&Cancel New | -print | ........ | ";
+        // An arrow key during an entry shows that row: its delete is offered,
+        // while the entry's fields are added as typed.
+        QTest::newRow("arrow key in an entry") << "new t0=Al show"
+                                               << "&Add New / &Delete Existing | -print | ...AAAA. | 1k";
+        QTest::newRow("highlight moved") << "new t0=Al show follow" << viewing;
+        QTest::newRow("deleted, rows left") << "show t0=X show del1" << viewing;
+        QTest::newRow("deleted the last") << "show del0"
+                                          << "&New Customer / -&Cancel New | -print | ........ | ";
+        QTest::newRow("emptied while viewing") << "show clear"
+                                               << "&New Customer / -&Delete Existing | print | ........ | ";
+    }
+    void transitions()
+    {
+        QFETCH(QString, steps);
+        QFETCH(QString, shown);
+        CustomerEditor e;
+        run(e, steps);
+        QCOMPARE(view(e), shown);
+    }
+};
+
+QTEST_GUILESS_MAIN(TstCustomerEditor)
+#include "tst_customereditor.moc"
