@@ -2,8 +2,11 @@
 #include "pages/textlayout.h"
 
 #include <QFontDatabase>
+#include <QGlyphRun>
 #include <QHash>
+#include <QTextLayout>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 
@@ -58,6 +61,46 @@ double PageFont::advance(const QString &text) const
     const double w = metrics.horizontalAdvance(text);
     m_advances.insert(text, w);
     return w;
+}
+
+ShapedText PageFont::shaped(const QString &text) const
+{
+    auto it = m_shaped.constFind(text);
+    if (it != m_shaped.constEnd())
+        return *it;
+    if (m_shaped.size() > 20000)
+        m_shaped.clear();
+    ShapedText s;
+    const bool plain = std::all_of(text.cbegin(), text.cend(), [](QChar c) {
+        return c.unicode() >= 0x20 && c.direction() != QChar::DirR && c.direction() != QChar::DirAL &&
+               c.category() != QChar::Other_Format && c.category() != QChar::Other_Control &&
+               c.category() != QChar::Separator_Line && c.category() != QChar::Separator_Paragraph;
+    });
+    if (plain && !text.isEmpty()) {
+        QTextLayout layout(text, font);
+        QTextOption option;
+        option.setTextDirection(Qt::LeftToRight);
+        option.setWrapMode(QTextOption::NoWrap);
+        layout.setTextOption(option);
+        layout.beginLayout();
+        layout.createLine();
+        layout.endLayout();
+        const QList<QGlyphRun> runs = layout.glyphRuns();
+        if (runs.size() == 1 && !runs[0].isRightToLeft()) {
+            s.face = runs[0].rawFont();
+            s.glyphs = runs[0].glyphIndexes();
+            const QList<QPointF> positions = runs[0].positions();
+            s.offsets.reserve(positions.size());
+            for (const QPointF &p : positions)
+                s.offsets << p.x();
+            // Marks placed above or below their letter keep the long way.
+            if (std::any_of(positions.cbegin(), positions.cend(),
+                            [&](const QPointF &p) { return p.y() != positions.first().y(); }))
+                s = ShapedText();
+        }
+    }
+    m_shaped.insert(text, s);
+    return s;
 }
 
 namespace {

@@ -9,6 +9,7 @@
 #include <QFontMetricsF>
 #include <QHash>
 #include <QList>
+#include <QRawFont>
 #include <QSizeF>
 
 namespace qor::pages {
@@ -17,6 +18,17 @@ namespace qor::pages {
 // Sans, which has Arial's metrics, where the system lacks them. Safe to call
 // more than once; needs a QGuiApplication.
 void ensurePageFonts();
+
+// One line of text shaped once: its glyphs in one face and where each starts
+// along the baseline, from the line's start. Shaping is the dearest step of
+// drawing a text and a run of pages draws the same texts again and again.
+// No glyphs where the text needs more than that (a fallback face, right to
+// left, control characters): such a line is drawn the long way.
+struct ShapedText {
+    QRawFont face;
+    QList<quint32> glyphs;
+    QList<double> offsets;
+};
 
 // The font of a text element, pixel size in twips, and its metrics. Cached:
 // the same face, size and style give the same objects.
@@ -27,9 +39,12 @@ struct PageFont {
     // The width of a text in this font, remembered: a run of invoices measures
     // the same labels, company lines and item names over and over.
     double advance(const QString &text) const;
+    // The text shaped with this font, remembered as the widths are.
+    ShapedText shaped(const QString &text) const;
 
 private:
     mutable QHash<QString, double> m_advances;
+    mutable QHash<QString, ShapedText> m_shaped;
 };
 const PageFont &pageFont(const QString &family, double points, bool bold, bool italic);
 inline const PageFont &pageFont(const Element &e) { return pageFont(e.fontName, e.fontSize, e.bold, e.italic); }
