@@ -52,24 +52,23 @@ const PageFont &pageFont(const QString &family, double points, bool bold, bool i
 
 double PageFont::advance(const QString &text) const
 {
-    auto it = m_advances.constFind(text);
-    if (it != m_advances.constEnd())
-        return *it;
-    // Bounded: a long run with ever new texts doesn't grow without end.
-    if (m_advances.size() > 20000)
-        m_advances.clear();
-    const double w = metrics.horizontalAdvance(text);
+    double w = 0;
+    if (m_advances.find(text, w))
+        return w;
+    w = metrics.horizontalAdvance(text);
     m_advances.insert(text, w);
     return w;
 }
 
 ShapedText PageFont::shaped(const QString &text) const
 {
-    auto it = m_shaped.constFind(text);
-    if (it != m_shaped.constEnd())
-        return *it;
-    if (m_shaped.size() > 20000)
-        m_shaped.clear();
+    Shaping known;
+    if (!m_shaped.find(text, known)) {
+        m_shaped.insert(text, known);
+        return {};
+    }
+    if (!known.once)
+        return known.text;
     ShapedText s;
     const bool plain = std::all_of(text.cbegin(), text.cend(), [](QChar c) {
         return c.unicode() >= 0x20 && c.direction() != QChar::DirR && c.direction() != QChar::DirAL &&
@@ -99,7 +98,7 @@ ShapedText PageFont::shaped(const QString &text) const
                 s = ShapedText();
         }
     }
-    m_shaped.insert(text, s);
+    m_shaped.insert(text, {false, s});
     return s;
 }
 
