@@ -192,14 +192,39 @@ QList<TextLine> layoutText(const Element &e)
         return out;
     const PageFont &fm = pageFont(e);
     const bool sized = e.autoSize != AutoSize::Fixed;
+    const double ascent = fm.metrics.ascent();
+    // Places a line of the given width inside the box.
+    auto place = [&](const QString &text, double width, qsizetype i, double boxLeft, double boxWidth) {
+        TextLine tl;
+        tl.text = text;
+        tl.width = width;
+        tl.baseline = e.top + (ascent + double(i) * fm.metrics.lineSpacing());
+        switch (e.align) {
+        case Align::Left: tl.x = boxLeft; break;
+        case Align::Right: tl.x = boxLeft + boxWidth - tl.width; break;
+        case Align::Centre: tl.x = boxLeft + (boxWidth - tl.width) / 2.0; break;
+        }
+        out << tl;
+    };
 
-    QStringList lines;
     const bool plain = !e.text.contains(u'\r') && !e.text.contains(u'\n');
     if (plain) {
-        if (sized)
-            lines << e.text;
-        else
-            wrapInto(e.text, e.width, fm, lines);
+        // Most texts of a page are one line that fits: measured once.
+        const double width = fm.advance(e.text);
+        if (sized) {
+            place(e.text, width, 0, e.autoSize == AutoSize::KeepRight ? e.left + e.width - width : e.left, width);
+            return out;
+        }
+        if (width <= e.width) {
+            if (ascent <= e.height)
+                place(e.text, width, 0, e.left, e.width);
+            return out;
+        }
+    }
+
+    QStringList lines;
+    if (plain) {
+        wrapInto(e.text, e.width, fm, lines);
     } else {
         for (const QString &l : splitLines(e.text)) {
             if (sized)
@@ -209,7 +234,6 @@ QList<TextLine> layoutText(const Element &e)
         }
     }
 
-    const double ascent = fm.metrics.ascent();
     const double pitch = fm.metrics.lineSpacing();
     double boxLeft = e.left;
     double boxWidth = e.width;
@@ -224,19 +248,9 @@ QList<TextLine> layoutText(const Element &e)
     }
     out.reserve(lines.size());
     for (qsizetype i = 0; i < lines.size(); ++i) {
-        const double baseline = ascent + double(i) * pitch;
-        if (!sized && baseline > e.height)
+        if (!sized && ascent + double(i) * pitch > e.height)
             break;
-        TextLine tl;
-        tl.text = lines[i];
-        tl.width = fm.advance(tl.text);
-        tl.baseline = e.top + baseline;
-        switch (e.align) {
-        case Align::Left: tl.x = boxLeft; break;
-        case Align::Right: tl.x = boxLeft + boxWidth - tl.width; break;
-        case Align::Centre: tl.x = boxLeft + (boxWidth - tl.width) / 2.0; break;
-        }
-        out << tl;
+        place(lines[i], fm.advance(lines[i]), i, boxLeft, boxWidth);
     }
     return out;
 }
