@@ -3,7 +3,9 @@
 
 #include "pages/textlayout.h"
 
+#include <QGlyphRun>
 #include <QPaintDevice>
+#include <QPaintEngine>
 #include <QPainter>
 
 #include <cmath>
@@ -19,6 +21,32 @@ namespace {
 // Pixels of line widths and pictures are screen pixels of the forms'
 // design: 15 twips each.
 constexpr double TwipsPerPixel = 15.0;
+
+// Draws one line of text as the glyphs its font shaped the first time the
+// text came up, where the device is a PDF: shaping is the dearest step of a
+// text and a run of pages draws the same texts again and again. The PDF
+// comes out byte for byte as from the same line drawn as a string. False
+// where the line must be drawn as a string (another device, a text the
+// font doesn't shape into one plain run).
+bool drawShaped(QPainter &p, const PageFont &font, const TextLine &l)
+{
+    const QPaintEngine *engine = p.paintEngine();
+    if (!engine || engine->type() != QPaintEngine::Pdf)
+        return false;
+    const ShapedText s = font.shaped(l.text);
+    if (s.glyphs.isEmpty())
+        return false;
+    QList<QPointF> positions;
+    positions.reserve(s.offsets.size());
+    for (double x : s.offsets)
+        positions << QPointF(l.x + x, l.baseline);
+    QGlyphRun run;
+    run.setRawFont(s.face);
+    run.setGlyphIndexes(s.glyphs);
+    run.setPositions(positions);
+    p.drawGlyphRun(QPointF(0, 0), run);
+    return true;
+}
 
 void drawText(QPainter &p, const Element &e)
 {
@@ -39,11 +67,18 @@ void drawText(QPainter &p, const Element &e)
     const QList<TextLine> lines = layoutText(e);
     if (lines.isEmpty())
         return;
-    p.setFont(pageFont(e).font);
+    const PageFont &font = pageFont(e);
     p.setPen(e.colour);
+    bool fontSet = false;
     for (const TextLine &l : lines) {
         // A line the wrapping couldn't narrow enough is cut at the box.
         const bool tooWide = e.autoSize == AutoSize::Fixed && l.width > e.width + 0.5;
+        if (!tooWide && drawShaped(p, font, l))
+            continue;
+        if (!fontSet) {
+            p.setFont(font.font);
+            fontSet = true;
+        }
         if (tooWide) {
             p.save();
             p.setClipRect(QRectF(e.left, e.top, e.width, e.height), Qt::IntersectClip);

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <memory>
 
 namespace qor::pages {
 
@@ -103,6 +105,36 @@ bool isInvoiceBody(const QString &name)
     return false;
 }
 
+// An invoice form without the parts a statement draws its own way, and the
+// form's foot lines for the last page: the same for every statement in that
+// layout, so sorted out once.
+struct StatementForm {
+    Page page;
+    Element foot[3];
+};
+
+const StatementForm &statementForm(const Page *form)
+{
+    static QHash<const Page *, std::shared_ptr<const StatementForm>> forms;
+    if (const auto it = forms.constFind(form); it != forms.constEnd())
+        return **it;
+    auto made = std::make_shared<StatementForm>();
+    QList<Element> kept;
+    for (const Element &e : form->elements()) {
+        if (!isInvoiceBody(e.name))
+            kept << e;
+        else if (e.name == u"lblChecksPayableTo")
+            made->foot[0] = e;
+        else if (e.name == u"lblCompanyPhone")
+            made->foot[1] = e;
+        else if (e.name == u"lblInvoiceClosing")
+            made->foot[2] = e;
+    }
+    made->page = Page(form->name(), form->width(), form->height(), std::move(kept));
+    forms.insert(form, made);
+    return *made;
+}
+
 class Composer {
 public:
     explicit Composer(const StatementInput &in) : in(in)
@@ -145,7 +177,9 @@ private:
     // with the title and the date of the statement.
     void firstPage()
     {
-        Page p = *form;
+        const StatementForm &shape = statementForm(form);
+        Page p = shape.page;
+        std::copy(std::begin(shape.foot), std::end(shape.foot), std::begin(foot));
         const int number = form == invoiceTemplate(1) ? 1 : form == invoiceTemplate(2) ? 2
                                                                                        : 0;
         Element &t = p.at(QStringLiteral("lblInvoiceTitle"));
@@ -185,27 +219,8 @@ private:
         if (number == 0)
             due.top = 3030;
 
-        QList<Element> elements;
-        elements.reserve(p.elements().size());
-        for (Element &e : p.elements()) {
-            if (isInvoiceBody(e.name))
-                closingLine(e);
-            else
-                elements << std::move(e);
-        }
-        pages << elements;
+        pages << std::move(p.elements());
         y = in.reminder ? LetterTop : TableTop;
-    }
-
-    // Keeps the invoice form's foot lines for the last page.
-    void closingLine(const Element &e)
-    {
-        if (e.name == u"lblChecksPayableTo")
-            foot[0] = e;
-        else if (e.name == u"lblCompanyPhone")
-            foot[1] = e;
-        else if (e.name == u"lblInvoiceClosing")
-            foot[2] = e;
     }
 
     // A further page: a short heading, then the content from the top.

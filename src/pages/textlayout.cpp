@@ -2,8 +2,11 @@
 #include "pages/textlayout.h"
 
 #include <QFontDatabase>
+#include <QGlyphRun>
 #include <QHash>
+#include <QTextLayout>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 
@@ -49,15 +52,54 @@ const PageFont &pageFont(const QString &family, double points, bool bold, bool i
 
 double PageFont::advance(const QString &text) const
 {
-    auto it = m_advances.constFind(text);
-    if (it != m_advances.constEnd())
-        return *it;
-    // Bounded: a long run with ever new texts doesn't grow without end.
-    if (m_advances.size() > 20000)
-        m_advances.clear();
-    const double w = metrics.horizontalAdvance(text);
+    double w = 0;
+    if (m_advances.find(text, w))
+        return w;
+    w = metrics.horizontalAdvance(text);
     m_advances.insert(text, w);
     return w;
+}
+
+ShapedText PageFont::shaped(const QString &text) const
+{
+    Shaping known;
+    if (!m_shaped.find(text, known)) {
+        m_shaped.insert(text, known);
+        return {};
+    }
+    if (!known.once)
+        return known.text;
+    ShapedText s;
+    const bool plain = std::all_of(text.cbegin(), text.cend(), [](QChar c) {
+        return c.unicode() >= 0x20 && c.direction() != QChar::DirR && c.direction() != QChar::DirAL &&
+               c.category() != QChar::Other_Format && c.category() != QChar::Other_Control &&
+               c.category() != QChar::Separator_Line && c.category() != QChar::Separator_Paragraph;
+    });
+    if (plain && !text.isEmpty()) {
+        QTextLayout layout(text, font);
+        QTextOption option;
+        option.setTextDirection(Qt::LeftToRight);
+        option.setWrapMode(QTextOption::NoWrap);
+        layout.setTextOption(option);
+        layout.beginLayout();
+        layout.createLine();
+        layout.endLayout();
+        const QList<QGlyphRun> runs = layout.glyphRuns();
+        if (runs.size() == 1 && !runs[0].isRightToLeft()) {
+            s.face = runs[0].rawFont();
+            s.glyphs = runs[0].glyphIndexes();
+            const QList<QPointF> positions = runs[0].positions();
+            s.offsets.reserve(positions.size());
+            for (const QPointF &p : positions)
+                s.offsets << p.x();
+            // Marks placed above or below their letter keep the long way.
+            if (std::any_of(positions.cbegin(), positions.cend(),
+                            [&](const QPointF &p) { return p.y() != positions.first().y(); }))
+                s = ShapedText();
+        }
+    }
+    m_shaped.insert(text, {false, s});
+    return s;
 }
 
 namespace {
@@ -150,14 +192,39 @@ QList<TextLine> layoutText(const Element &e)
         return out;
     const PageFont &fm = pageFont(e);
     const bool sized = e.autoSize != AutoSize::Fixed;
+    const double ascent = fm.metrics.ascent();
+    // Places a line of the given width inside the box.
+    auto place = [&](const QString &text, double width, qsizetype i, double boxLeft, double boxWidth) {
+        TextLine tl;
+        tl.text = text;
+        tl.width = width;
+        tl.baseline = e.top + (ascent + double(i) * fm.metrics.lineSpacing());
+        switch (e.align) {
+        case Align::Left: tl.x = boxLeft; break;
+        case Align::Right: tl.x = boxLeft + boxWidth - tl.width; break;
+        case Align::Centre: tl.x = boxLeft + (boxWidth - tl.width) / 2.0; break;
+        }
+        out << tl;
+    };
 
-    QStringList lines;
     const bool plain = !e.text.contains(u'\r') && !e.text.contains(u'\n');
     if (plain) {
-        if (sized)
-            lines << e.text;
-        else
-            wrapInto(e.text, e.width, fm, lines);
+        // Most texts of a page are one line that fits: measured once.
+        const double width = fm.advance(e.text);
+        if (sized) {
+            place(e.text, width, 0, e.autoSize == AutoSize::KeepRight ? e.left + e.width - width : e.left, width);
+            return out;
+        }
+        if (width <= e.width) {
+            if (ascent <= e.height)
+                place(e.text, width, 0, e.left, e.width);
+            return out;
+        }
+    }
+
+    QStringList lines;
+    if (plain) {
+        wrapInto(e.text, e.width, fm, lines);
     } else {
         for (const QString &l : splitLines(e.text)) {
             if (sized)
@@ -167,7 +234,6 @@ QList<TextLine> layoutText(const Element &e)
         }
     }
 
-    const double ascent = fm.metrics.ascent();
     const double pitch = fm.metrics.lineSpacing();
     double boxLeft = e.left;
     double boxWidth = e.width;
@@ -182,19 +248,9 @@ QList<TextLine> layoutText(const Element &e)
     }
     out.reserve(lines.size());
     for (qsizetype i = 0; i < lines.size(); ++i) {
-        const double baseline = ascent + double(i) * pitch;
-        if (!sized && baseline > e.height)
+        if (!sized && ascent + double(i) * pitch > e.height)
             break;
-        TextLine tl;
-        tl.text = lines[i];
-        tl.width = fm.advance(tl.text);
-        tl.baseline = e.top + baseline;
-        switch (e.align) {
-        case Align::Left: tl.x = boxLeft; break;
-        case Align::Right: tl.x = boxLeft + boxWidth - tl.width; break;
-        case Align::Centre: tl.x = boxLeft + (boxWidth - tl.width) / 2.0; break;
-        }
-        out << tl;
+        place(lines[i], fm.advance(lines[i]), i, boxLeft, boxWidth);
     }
     return out;
 }

@@ -9,6 +9,7 @@
 #include <QFontMetricsF>
 #include <QHash>
 #include <QList>
+#include <QRawFont>
 #include <QSizeF>
 
 namespace qor::pages {
@@ -17,6 +18,50 @@ namespace qor::pages {
 // Sans, which has Arial's metrics, where the system lacks them. Safe to call
 // more than once; needs a QGuiApplication.
 void ensurePageFonts();
+
+// One line of text shaped once: its glyphs in one face and where each starts
+// along the baseline, from the line's start. Shaping is the dearest step of
+// drawing a text and a run of pages draws the same texts again and again.
+// No glyphs where the text needs more than that (a fallback face, right to
+// left, control characters): such a line is drawn the long way.
+struct ShapedText {
+    QRawFont face;
+    QList<quint32> glyphs;
+    QList<double> offsets;
+};
+
+// What a font remembers of its texts, bounded: when it is full the older
+// half goes, so the texts that keep coming up (labels, company lines, dates)
+// stay while a stream of one-off amounts passes through.
+template <typename T>
+class TextMemo {
+public:
+    bool find(const QString &text, T &out)
+    {
+        if (auto it = m_new.constFind(text); it != m_new.constEnd()) {
+            out = *it;
+            return true;
+        }
+        if (auto it = m_old.constFind(text); it != m_old.constEnd()) {
+            out = *it;
+            insert(text, out);
+            return true;
+        }
+        return false;
+    }
+    void insert(const QString &text, const T &value)
+    {
+        if (m_new.size() >= Half) {
+            m_old = std::move(m_new);
+            m_new = QHash<QString, T>();
+        }
+        m_new.insert(text, value);
+    }
+
+private:
+    static constexpr qsizetype Half = 20000;
+    QHash<QString, T> m_new, m_old;
+};
 
 // The font of a text element, pixel size in twips, and its metrics. Cached:
 // the same face, size and style give the same objects.
@@ -27,9 +72,18 @@ struct PageFont {
     // The width of a text in this font, remembered: a run of invoices measures
     // the same labels, company lines and item names over and over.
     double advance(const QString &text) const;
+    // The text shaped with this font, remembered as the widths are. A text
+    // is shaped here from the second time it is asked for: one drawn only
+    // once is drawn as a string at no more cost. No glyphs the first time.
+    ShapedText shaped(const QString &text) const;
 
 private:
-    mutable QHash<QString, double> m_advances;
+    struct Shaping {
+        bool once = true;  // asked for once, not shaped yet
+        ShapedText text;
+    };
+    mutable TextMemo<double> m_advances;
+    mutable TextMemo<Shaping> m_shaped;
 };
 const PageFont &pageFont(const QString &family, double points, bool bold, bool italic);
 inline const PageFont &pageFont(const Element &e) { return pageFont(e.fontName, e.fontSize, e.bold, e.italic); }
