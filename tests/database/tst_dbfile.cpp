@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The database file as a whole: refused files, the copy kept of a file that
-// could not be read, saves that fail, the placeholder customer, big files, and
-// the scans and archive step of a delete.
+// could not be read, saves that fail, versions kept, the placeholder customer
+// and big files.
 #include "database/filesafety.h"
 #include "database/versions.h"
 #include "dbfiletest.h"
@@ -545,39 +545,6 @@ private slots:
             QVERIFY(l.problems.last().contains(QLatin1String("4000 more")));
             QVERIFY(back.serialize() == bytes);
         }
-    }
-
-    void scans()
-    {
-        Database db;
-        QCOMPARE(Database::nextKeyNumber(db.customers()), 0);
-        qor::test::TablesEdit tables(db);
-        tables.customers.add("2k", fields({"Bee, B", "B", "Bee", "", "", "", "", "", ""}));
-        tables.customers.add("10k", fields({"Ace, A", "A", "Ace", "", "", "", "", "", ""}));
-        tables.customers.add("7k", fields({"Cee, C", "C", "Cee", "", "", "", "", "", ""}));
-        tables.items.add("12k", QStringLiteral("000000005.00$5.00 - Twelve"));
-        tables.items.add("1k", QStringLiteral("000000040.00$40.00 - One"));
-        tables.items.add("3k", QStringLiteral("000000001.00$1.00 - Three"));
-        tables.invoiceRecords.add("May|70|", fields({"May", "X", "70", "0", "3", ""}));
-        tables.invoiceRecords.add("May|10|", fields({"May", "Ace, A", "10", "0", "12x3", ""}));
-        tables.invoiceRecords.add("Jun|10|", fields({"Jun", "Ace, A", "10", "0", "3\u000212x2", ""}));
-        QCOMPARE(Database::nextKeyNumber(tables.customers), 10);
-        tables.done();
-        QCOMPARE(Database::nextKeyNumber(db.items()), 12);
-
-        std::vector<float> steps;
-        auto progress = [&steps](float p) { steps.push_back(p); };
-        QVERIFY(!db.customerIsBilled(QStringLiteral("7k"), progress));
-        QVERIFY(steps.size() == 3 && steps.back() == 100.0f);
-        steps.clear();
-        QVERIFY(db.customerIsBilled(QStringLiteral("10k"), progress));
-        QVERIFY(steps.size() < 3);  // stopped at the first match
-        QVERIFY(db.customerIsBilled(QStringLiteral("70")));
-        QVERIFY(!db.customerIsBilled(QStringLiteral("0")));
-        QVERIFY(db.productIsBilled(QStringLiteral("12k")));  // as 12x3 and 12x2
-        QVERIFY(db.productIsBilled(QStringLiteral("3")));
-        QVERIFY(!db.productIsBilled(QStringLiteral("1k")));  // 12 is not 1
-        QVERIFY(!Database().productIsBilled(QStringLiteral("1k")));
     }
 };
 

@@ -78,36 +78,24 @@ private slots:
         QTest::addColumn<int>("problem");
         const int ok = int(Money::EntryProblem::None), nan = int(Money::EntryProblem::NotAPrice),
                   decimals = int(Money::EntryProblem::TooManyDecimals);
-        QTest::newRow("grouped balance") << "en_US"
-                                         << "1,200" << qint64(120000) << ok;
-        QTest::newRow("english thousandth") << "en_US"
-                                            << "1.234" << qint64(0) << decimals;
-        QTest::newRow("german thousands") << "de_DE"
-                                          << "1.234" << qint64(123400) << ok;
-        QTest::newRow("german thousandth") << "de_DE"
-                                           << "1,234" << qint64(0) << decimals;
-        QTest::newRow("tenth of a cent") << "en_US"
-                                         << "0.001" << qint64(0) << decimals;
-        QTest::newRow("four decimals") << "de_DE"
-                                       << "1.2345" << qint64(0) << decimals;
-        QTest::newRow("mixed marks, three after") << "en_US"
-                                                  << "1.234,567" << qint64(0) << decimals;
-        QTest::newRow("short group") << "en_US"
-                                     << "1,23.00" << qint64(0) << nan;
-        QTest::newRow("long first group") << "en_US"
-                                          << "1234,567.00" << qint64(0) << nan;
-        QTest::newRow("indian groups") << "en_IN"
-                                       << "1,23,456.00" << qint64(12345600) << ok;
-        QTest::newRow("same mark twice") << "en_US"
-                                         << "1.234.50" << qint64(0) << nan;
-        QTest::newRow("zero grouped") << "de_DE"
-                                      << "0.001" << qint64(0) << nan;
-        QTest::newRow("plain cents") << "de_DE"
-                                     << "12,5" << qint64(1250) << ok;
-        QTest::newRow("currency form") << "en_US"
-                                       << "($1,234.50)" << qint64(-123450) << ok;
-        QTest::newRow("words") << "en_US"
-                               << "ten" << qint64(0) << nan;
+        auto row = [](const char *name, const char *locale, const char *text, qint64 cents, int problem) {
+            QTest::newRow(name) << QString::fromUtf8(locale) << QString::fromUtf8(text) << cents << problem;
+        };
+        row("grouped balance", "en_US", "1,200", 120000, ok);
+        row("english thousandth", "en_US", "1.234", 0, decimals);
+        row("german thousands", "de_DE", "1.234", 123400, ok);
+        row("german thousandth", "de_DE", "1,234", 0, decimals);
+        row("tenth of a cent", "en_US", "0.001", 0, decimals);
+        row("four decimals", "de_DE", "1.2345", 0, decimals);
+        row("mixed marks, three after", "en_US", "1.234,567", 0, decimals);
+        row("short group", "en_US", "1,23.00", 0, nan);
+        row("long first group", "en_US", "1234,567.00", 0, nan);
+        row("indian groups", "en_IN", "1,23,456.00", 12345600, ok);
+        row("same mark twice", "en_US", "1.234.50", 0, nan);
+        row("zero grouped", "de_DE", "0.001", 0, nan);
+        row("plain cents", "de_DE", "12,5", 1250, ok);
+        row("currency form", "en_US", "($1,234.50)", -123450, ok);
+        row("words", "en_US", "ten", 0, nan);
     }
     void typedAmounts()
     {

@@ -39,16 +39,7 @@ const QString Password = u"pässword 1"_s;
 
 MailAccount account(int port, Security s)
 {
-    MailAccount a;
-    a.server = u"localhost"_s;
-    a.port = port;
-    a.security = s;
-    a.user = u"billing"_s;
-    a.senderName = u"Bäcker & Co"_s;
-    a.senderAddress = u"billing@example.com"_s;
-    a.replyTo = u"office@example.com"_s;
-    a.sendMeACopy = true;
-    return a;
+    return {u"localhost"_s, port, s, u"billing"_s, u"Bäcker & Co"_s, u"billing@example.com"_s, u"office@example.com"_s, true, {}};
 }
 
 // A real invoice page of the customer, as one PDF.
