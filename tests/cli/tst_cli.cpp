@@ -2,7 +2,10 @@
 // qorvane-cli run as a separate program: its output, exit codes, and that it
 // neither creates nor overwrites what it must not.
 #include "../database/dbfiletest.h"
+#include "../pages/pdfwords.h"
 #include "database/money.h"
+#include "database/regional.h"
+#include "database/rowtypes.h"
 #include "settings/settingsstore.h"
 #include "tablesedit.h"
 
@@ -320,6 +323,96 @@ private slots:
         QCOMPARE(cli({"invoices", file, "--period", "May", "--paper", "legal", "-o", out}).exitCode, 1);
         QCOMPARE(cli({"invoices", file, "--period", "May"}).exitCode, 1);
         QCOMPARE(cli({"invoices", file, "--period", "May", "--all", "--customer", "1", "-o", out}).exitCode, 1);
+    }
+
+    // Random books printed under several language settings and read back:
+    // every invoice's "TOTAL DUE:" is the balance `owing` reports, its lines
+    // add up to what its items bill, and a part payment shows both.
+    void moneyProperty()
+    {
+        QRandomGenerator rng(20240517);
+        Database db;
+        qor::test::TablesEdit tables(db);
+        tables.periods.add(QStringLiteral("P") + FieldSep, fields({"2024/05/01", "P", "2024/05/31", "2024/06/15"}));
+        // Prices typed under several language settings; names with " - ", "(x" and digits.
+        const char *const forms[] = {"en_US", "de_DE", "fr_FR", "de_CH", "en_GB", "C"};
+        const char *const names[] = {"Hedge trim - large", "Filters (x2)", "Bag 12", "Lawn (x", "Pack - 3 (x10)"};
+        std::vector<qint64> price(61);
+        for (int n = 1; n <= 60; ++n) {
+            price[size_t(n)] = 1 + rng.bounded(n % 7 == 0 ? 99999999 : 500000);
+            const QString text = Money::fromCents(price[size_t(n)]).toCurrencyText(QLocale(forms[n % 6]));
+            tables.items.add(numberKey(n), regional::sortPrice(text) + text + " - " + names[n % 5] + QString::number(n));
+        }
+        QHash<QString, std::pair<qint64, qint64>> truth;  // customer: billed, balance
+        qint64 allBilled = 0;
+        for (int cid = 1; cid <= 12; ++cid) {
+            const QString c = QString::number(cid);
+            QStringList entries;
+            qint64 billed = 0;
+            for (int n = 1 + int(rng.bounded(30)), count = cid <= 2 ? 30 : 1 + int(rng.bounded(30)); count--; ++n) {
+                const int q = 1 + int(rng.bounded(99));
+                entries << ItemEntry::make(QString::number(n), q);
+                billed += price[size_t(n)] * q;
+            }
+            const qint64 balance = cid % 3 == 0 ? 0 : cid % 3 == 1 ? billed
+                                                                   : 1 + qint64(rng.bounded(quint64(billed)));
+            truth.insert(c, {billed, balance});
+            allBilled += billed;
+            tables.customers.add(numberKey(cid), QStringList{"Zed, C" + c, "C" + c, "Zed", "", "", "", "", "", ""}.join(FieldSep));
+            tables.invoiceRecords.add(QStringList{"P", c, ""}.join(FieldSep),
+                                      QStringList{"P", "Zed, C" + c, c, Money::fromCents(balance).toStoredText(),
+                                                  ItemEntry::join(entries), ""}
+                                          .join(FieldSep));
+        }
+        tables.done();
+        const QString file = dir.filePath(QStringLiteral("property.xml"));
+        QVERIFY(db.save(file).ok);
+        QTemporaryDir config;
+        qputenv("XDG_CONFIG_HOME", config.path().toUtf8());
+        QCOMPARE(cli({"periods", file, "--plain"}).out.section(u'\t', 5, 5), Money::fromCents(allBilled).toPlainText());
+        QHash<QString, qint64> owed;
+        QString who;
+        for (const QString &line : cli({"owing", file, "--plain"}).out.split(u'\n', Qt::SkipEmptyParts)) {
+            if (!line.startsWith(u'\t')) who = line.section(u'\t', 1, 1);
+            else if (line.section(u'\t', 1, 1) == u"P") owed[who] = Money::fromStoredText(line.section(u'\t', 2))->cents();
+        }
+        for (const char *locale : {"en_US", "de_DE", "fr_FR", "de_CH"}) {
+            const QString pdf = dir.filePath(QStringLiteral("property-%1.pdf").arg(locale));
+            QCOMPARE(cli({"invoices", file, "--period", "P", "--all", "--template", "0", "-o", pdf}, locale).exitCode, 0);
+            // The words of each line of the item box and of the total row (row 12), by page.
+            QMap<std::pair<int, int>, std::pair<QString, QString>> rows;  // caption, amount
+            QHash<int, QString> customerOf;
+            for (const PdfWord &w : readPdfWords(pdf)) {
+                if (std::abs(w.top - 4560) < 150 && w.left < 5700 && w.text.startsWith(u'C'))
+                    customerOf[w.page] = w.text.mid(1);  // the bill-to line "C12 Zed"
+                const int row = int(std::floor((w.top - 7320 + 60) / 360));
+                if (row < 0 || row > 12) continue;
+                QString &part = w.left >= 8640 ? rows[{w.page, row}].second : rows[{w.page, row}].first;
+                part += (part.isEmpty() ? "" : " ") + w.text;
+            }
+            struct Read {
+                qint64 lines = 0, billed = -1, paid = -1, total = -1, totals = 0;
+            };
+            QHash<QString, Read> read;
+            for (auto it = rows.cbegin(); it != rows.cend(); ++it) {
+                if (it->second.isEmpty()) continue;
+                const auto amount = Money::fromPriceText(it->second);
+                QVERIFY2(amount, qPrintable(it->second));
+                Read &r = read[customerOf.value(it.key().first)];
+                if (it.key().second == 12) r.total = amount->cents(), ++r.totals;
+                else if (it->first == u"Billed:") r.billed = amount->cents();
+                else if (it->first == u"Paid:") r.paid = amount->cents();
+                else r.lines += amount->cents();
+            }
+            QCOMPARE(read.size(), truth.size());
+            for (auto it = truth.cbegin(); it != truth.cend(); ++it) {
+                const Read r = read.value(it.key());
+                const auto [billed, balance] = *it;
+                const bool part = balance > 0 && balance < billed;
+                QVERIFY2(r.lines == billed && r.total == balance && r.total == owed.value(it.key()) && r.totals == 1 && (part ? r.billed == billed && r.paid == billed - balance : r.billed < 0 && r.paid < 0),
+                         qPrintable(QStringLiteral("%1, customer %2").arg(locale, it.key())));
+            }
+        }
     }
 
     void periodsAndOwing()
