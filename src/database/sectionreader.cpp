@@ -37,18 +37,6 @@ void SectionReader::freshRecord()
     rec.truncate(0);
 }
 
-bool SectionReader::appendCleaned(const char *b, qsizetype n, qsizetype start)
-{
-    if (start) rec.append('\n');
-    const qsizetype mark = rec.size();
-    const bool bang = cleanLine(b, n, rec);
-    curSpan = {mark, rec.size() - mark};
-    if (bang && hasComment(rec.constData() + mark, curSpan.len)) {
-        rec.truncate(start);
-        return false;
-    }
-    return true;
-}
 
 void SectionReader::recordLine()
 {

@@ -57,7 +57,18 @@ public:
     // written over several lines keeps its breaks; between elements the break
     // means nothing. False for a comment line: it adds nothing, the record
     // is as it was.
-    bool appendCleaned(const char *b, qsizetype n, qsizetype start);
+    bool appendCleaned(const char *b, qsizetype n, qsizetype start)
+    {
+        if (start) rec.append('\n');
+        const qsizetype mark = rec.size();
+        const bool bang = cleanLine(b, n, rec);
+        curSpan = {mark, rec.size() - mark};
+        if (bang && hasComment(rec.constData() + mark, curSpan.len)) {
+            rec.truncate(start);
+            return false;
+        }
+        return true;
+    }
     // The next significant line of a record, appended to it as CurrentLine.
     void recordLine();
     // XmlNextRecord: the attribute value of a record header line, in lower
