@@ -101,11 +101,6 @@ private slots:
         QCOMPARE(rows(db.items()), rows(original.items()));
         QCOMPARE(rows(db.invoiceRecords()), rows(original.invoiceRecords()));
         QVERIFY(db.company() == original.company());
-        // From here on the file is stable: read and saved, it is byte for byte itself.
-        const QByteArray once = db.serialize();
-        Database again;
-        load(again, dir, once);
-        QVERIFY(again.serialize() == once);
 
         Database empty;
         QCOMPARE(load(empty, dir, Empty).result.status, ReadResult::Status::Read);
@@ -177,7 +172,7 @@ private slots:
     }
 
 
-    void controlBytesIndentationAndReferences()
+    void controlBytesAndReferences()
     {
         Database db;
         // A vertical tab, ESC and DEL are text, kept and saved as references;
@@ -196,16 +191,6 @@ private slots:
         const QByteArray saved = db.serialize();
         QVERIFY(saved.contains("<CompanyName>a&#11;b&#27;c&#127;d</CompanyName>"));
         QVERIFY(saved.contains("<CompanyAdd1>&#9;&#13;\r\n&#0;&amp;#1;</CompanyAdd1>"));
-        // A file of nothing but NUL bytes is refused at its first block, not read to its end.
-        const QString nul = dir.filePath(QStringLiteral("nul.xml"));
-        {
-            QFile f(nul);
-            QVERIFY(f.open(QIODevice::WriteOnly) && f.resize(qint64(3) << 30));  // sparse: costs no disk
-        }
-        const ReadResult r = db.read(nul);
-        QCOMPARE(r.status, ReadResult::Status::Rejected);
-        QCOMPARE(r.line, 1);
-        QFile::remove(nul);
     }
 
     // Files as people and older versions leave them, each read to its rows.
