@@ -19,8 +19,10 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
+#include <array>
 #include <optional>
 #include <type_traits>
+#include <utility>
 
 namespace qor {
 
@@ -93,7 +95,106 @@ S take(QStringView v)
     if constexpr (std::is_same_v<S, QString>) return v.toString();
     else return v;
 }
+
+// The fields of a row kind in row order, one call fn(field, place) each with
+// the field's index as a constant. The field `skip` (an index, or -1) is left
+// out, and the fields after it stand one place earlier.
+template <class Row, class Fn>
+Q_ALWAYS_INLINE void eachField(Fn &&fn, int skip = -1)
+{
+    [&]<int... I>(std::integer_sequence<int, I...>)
+    {
+        int at = 0;
+        ((I == skip ? void() : (fn(std::integral_constant<int, I>{}, at), void(++at))), ...);
+    }
+    (std::make_integer_sequence<int, Row::FieldCount>{});
+}
+
+// Fills a row from the texts of its fields, f[place].
+template <class Row>
+Q_ALWAYS_INLINE void assignFields(Row &r, const QStringView *f, int skip = -1)
+{
+    eachField<Row>([&](auto i, int at) { r.*Row::members()[i] = take<typename Row::String>(f[at]); }, skip);
+}
+
+// The row text: the fields joined by FieldSep.
+template <class Row>
+QString joinFields(const Row &r, int skip = -1)
+{
+    qsizetype size = Row::SeparatorCount - (skip >= 0);
+    eachField<Row>([&](auto i, int) { size += QStringView(r.*Row::members()[i]).size(); }, skip);
+    QString t;
+    t.reserve(size);
+    eachField<Row>(
+        [&](auto i, int at) {
+            if (at) t += FieldSep;
+            t += r.*Row::members()[i];
+        },
+        skip);
+    return t;
+}
+
+// Writes a row in place from d on: put(Field, d) writes the characters of
+// one field and gives their end. For the reader, which decodes straight into
+// a row sized beforehand.
+template <class Row, class Put>
+Q_ALWAYS_INLINE char16_t *composeFields(char16_t *d, Put &&put, int skip = -1)
+{
+    eachField<Row>(
+        [&](auto i, int at) {
+            if (at) *d++ = FieldSep.unicode();
+            d = put(typename Row::Field(int(i)), d);
+        },
+        skip);
+    return d;
+}
 }  // namespace rowdetail
+
+// A row kind is generated from its field list, FIELDS(X) with one
+// X(member, Enumerator) per field in row order. QOR_ROW_FIELDS gives a member
+// of type S per field, the enum Field in row order, FieldCount,
+// SeparatorCount, members() (the member of each field by its index) and
+// loose() (the fields of any text by their places, missing ones empty,
+// further ones left out: the writer saves whatever a table holds).
+// QOR_ROW_KIND adds parse() (a text of exactly FieldCount fields, else
+// nothing), text() and compose() over all the fields.
+#define QOR_ROW_MEMBER(name, Name) S name;
+#define QOR_ROW_ENUMERATOR(name, Name) Name,
+#define QOR_ROW_POINTER(name, Name) &Row::name,
+#define QOR_ROW_ONE(name, Name) +1
+#define QOR_ROW_FIELDS(RowName, FIELDS)                                                                   \
+    using String = S;                                                                                     \
+    using Row = RowName;                                                                                  \
+    FIELDS(QOR_ROW_MEMBER)                                                                                \
+    enum class Field { FIELDS(QOR_ROW_ENUMERATOR) };                                                      \
+    static constexpr int FieldCount = 0 FIELDS(QOR_ROW_ONE);                                              \
+    static constexpr int SeparatorCount = FieldCount - 1;                                                 \
+    static constexpr std::array<S RowName::*, FieldCount> members() { return {FIELDS(QOR_ROW_POINTER)}; } \
+    static RowName loose(QStringView text)                                                                \
+    {                                                                                                     \
+        QStringView f[FieldCount];                                                                        \
+        rowdetail::looseFields(text, f, FieldCount);                                                      \
+        RowName r;                                                                                        \
+        rowdetail::assignFields(r, f);                                                                    \
+        return r;                                                                                         \
+    }
+#define QOR_ROW_KIND(RowName, FIELDS)                                                       \
+    QOR_ROW_FIELDS(RowName, FIELDS)                                                         \
+    static std::optional<RowName> parse(QStringView text)                                   \
+    {                                                                                       \
+        QStringView f[FieldCount];                                                          \
+        if (rowdetail::splitFields(text, f, FieldCount) != FieldCount) return std::nullopt; \
+        RowName r;                                                                          \
+        rowdetail::assignFields(r, f);                                                      \
+        return r;                                                                           \
+    }                                                                                       \
+    QString text() const { return rowdetail::joinFields(*this); }                           \
+    template <class Put>                                                                    \
+    static char16_t *compose(char16_t *d, Put &&put)                                        \
+    {                                                                                       \
+        return rowdetail::composeFields<RowName>(d, put);                                   \
+    }
+
 
 // Keys of customers and items: the number in plain decimal and a lower-case "k".
 QString numberKey(qint64 number);
@@ -103,40 +204,27 @@ QString plainNumber(QStringView key);
 
 // ---------------------------------------------------------------------------
 // lvwCustomers: nine fields.
+#define QOR_CUSTOMER_FIELDS(X)  \
+    X(displayName, DisplayName) \
+    X(firstName, FirstName)     \
+    X(lastName, LastName)       \
+    X(address1, Address1)       \
+    X(address2, Address2)       \
+    X(address3, Address3)       \
+    X(email, Email)             \
+    X(phone, Phone)             \
+    X(notes, Notes)
+
+// displayName: ArchiveMark first when archived, then "Last, First" or the
+// first name alone.
 template <class S>
 struct BasicCustomerRow {
-    static constexpr int FieldCount = 9;
-    static constexpr int EntryCount = 8;  // the eight entry fields, first name to notes
+    QOR_ROW_KIND(BasicCustomerRow, QOR_CUSTOMER_FIELDS)
 
-    S displayName;  // ArchiveMark first when archived, then "Last, First" or the first name alone
-    S firstName, lastName, address1, address2, address3, email, phone, notes;
+    static constexpr int EntryCount = FieldCount - 1;  // the entry fields, first name to notes
 
     // Entry field i (0..7) in the order of the customer panel's fields.
-    // The fields in row order, for compose().
-    enum class Field { DisplayName,
-                       FirstName,
-                       LastName,
-                       Address1,
-                       Address2,
-                       Address3,
-                       Email,
-                       Phone,
-                       Notes };
-    static constexpr int SeparatorCount = FieldCount - 1;
-
-    S &entry(int i)
-    {
-        switch (i) {
-        case 0: return firstName;
-        case 1: return lastName;
-        case 2: return address1;
-        case 3: return address2;
-        case 4: return address3;
-        case 5: return email;
-        case 6: return phone;
-        default: return notes;
-        }
-    }
+    S &entry(int i) { return this->*members()[i >= 0 && i < EntryCount ? i + 1 : FieldCount - 1]; }
     const S &entry(int i) const { return const_cast<BasicCustomerRow *>(this)->entry(i); }
 
     bool archived() const { return QStringView(displayName).startsWith(ArchiveMark); }
@@ -145,52 +233,6 @@ struct BasicCustomerRow {
     {
         const QStringView n(displayName);
         return n.startsWith(ArchiveMark) ? n.mid(ArchiveMark.size()) : n;
-    }
-
-    // A row of exactly nine fields; anything else is not a customer row.
-    static std::optional<BasicCustomerRow> parse(QStringView text)
-    {
-        QStringView f[FieldCount];
-        if (rowdetail::splitFields(text, f, FieldCount) != FieldCount) return std::nullopt;
-        BasicCustomerRow r;
-        r.displayName = rowdetail::take<S>(f[0]);
-        for (int i = 0; i < EntryCount; ++i) r.entry(i) = rowdetail::take<S>(f[i + 1]);
-        return r;
-    }
-    // The fields of any text by their places, missing ones empty: the writer
-    // saves whatever a table holds.
-    static BasicCustomerRow loose(QStringView text)
-    {
-        QStringView f[FieldCount];
-        rowdetail::looseFields(text, f, FieldCount);
-        BasicCustomerRow r;
-        r.displayName = rowdetail::take<S>(f[0]);
-        for (int i = 0; i < EntryCount; ++i) r.entry(i) = rowdetail::take<S>(f[i + 1]);
-        return r;
-    }
-    // Writes a row in place from d on: put(Field, d) writes the characters of
-    // one field and gives their end. For the reader, which decodes straight
-    // into a row sized beforehand (the fields' lengths and SeparatorCount).
-    template <class Put>
-    static char16_t *compose(char16_t *d, Put &&put)
-    {
-        d = put(Field::DisplayName, d);
-        for (Field f : {Field::FirstName, Field::LastName, Field::Address1, Field::Address2, Field::Address3,
-                        Field::Email, Field::Phone, Field::Notes}) {
-            *d++ = FieldSep.unicode();
-            d = put(f, d);
-        }
-        return d;
-    }
-    QString text() const
-    {
-        QString t;
-        t += displayName;
-        for (int i = 0; i < EntryCount; ++i) {
-            t += FieldSep;
-            t += entry(i);
-        }
-        return t;
     }
 };
 using CustomerRow = BasicCustomerRow<QString>;
@@ -292,40 +334,17 @@ QString archivedText(QStringView text);
 }  // namespace item
 
 // ---------------------------------------------------------------------------
-// lvwPeriods: four fields.
+// lvwPeriods: four fields; the dates in the chrono form "yyyy/mm/dd", the
+// name unique among periods.
+#define QOR_PERIOD_FIELDS(X) \
+    X(start, Start)          \
+    X(name, Name)            \
+    X(end, End)              \
+    X(billDue, BillDue)
+
 template <class S>
 struct BasicPeriodRow {
-    static constexpr int FieldCount = 4;
-    S start;    // chrono form "yyyy/mm/dd"
-    S name;     // unique among periods
-    S end;      // chrono form
-    S billDue;  // chrono form
-
-    static std::optional<BasicPeriodRow> parse(QStringView text)
-    {
-        QStringView f[FieldCount];
-        if (rowdetail::splitFields(text, f, FieldCount) != FieldCount) return std::nullopt;
-        return BasicPeriodRow{rowdetail::take<S>(f[0]), rowdetail::take<S>(f[1]), rowdetail::take<S>(f[2]),
-                              rowdetail::take<S>(f[3])};
-    }
-    // The fields of any text by their places, missing ones empty.
-    static BasicPeriodRow loose(QStringView text)
-    {
-        QStringView f[FieldCount];
-        rowdetail::looseFields(text, f, FieldCount);
-        return BasicPeriodRow{rowdetail::take<S>(f[0]), rowdetail::take<S>(f[1]), rowdetail::take<S>(f[2]),
-                              rowdetail::take<S>(f[3])};
-    }
-    QString text() const
-    {
-        QString t;
-        t += start;
-        for (const S *f : {&name, &end, &billDue}) {
-            t += FieldSep;
-            t += *f;
-        }
-        return t;
-    }
+    QOR_ROW_KIND(BasicPeriodRow, QOR_PERIOD_FIELDS)
 };
 using PeriodRow = BasicPeriodRow<QString>;
 using PeriodView = BasicPeriodRow<QStringView>;
@@ -392,26 +411,24 @@ struct ItemEntry {
 };
 
 // lvwInvoiceRecords: six fields, or five right after a read (no customer
-// name yet: the fields after it stand one place earlier).
+// name yet: the fields after it stand one place earlier). cid is plain
+// decimal without "k"; balance is what is still owed, "0" when paid; items
+// are entries joined by ItemSep (see ItemEntry); customerName is the
+// customer's display name without the archive mark.
+#define QOR_RECORD_FIELDS(X)      \
+    X(period, Period)             \
+    X(customerName, CustomerName) \
+    X(cid, Cid)                   \
+    X(balance, Balance)           \
+    X(items, Items)               \
+    X(note, Note)
+
 template <class S>
 struct BasicInvoiceRecord {
-    static constexpr int FieldCount = 6;
-    static constexpr int UnnamedFieldCount = 5;
-    S period;        // BPName
-    S customerName;  // the customer's display name without the archive mark
-    S cid;           // plain decimal, no "k"
-    S balance;       // what is still owed, plain decimal; "0" means paid
-    S items;         // entries joined by ItemSep (see ItemEntry)
-    S note;
+    QOR_ROW_FIELDS(BasicInvoiceRecord, QOR_RECORD_FIELDS)
     bool named = true;  // false for the five-field form
 
-    // The fields in row order, for compose() and composeKey().
-    enum class Field { Period,
-                       CustomerName,
-                       Cid,
-                       Balance,
-                       Items,
-                       Note };
+    static constexpr int UnnamedFieldCount = FieldCount - 1;
     static constexpr int separatorCount(bool named) { return (named ? FieldCount : UnnamedFieldCount) - 1; }
     static constexpr int KeySeparatorCount = 2;
 
@@ -420,39 +437,10 @@ struct BasicInvoiceRecord {
     {
         QStringView f[FieldCount];
         const int n = rowdetail::splitFields(text, f, FieldCount);
+        if (n != FieldCount && n != UnnamedFieldCount) return std::nullopt;
         BasicInvoiceRecord r;
-        if (n == FieldCount) {
-            r.period = rowdetail::take<S>(f[0]);
-            r.customerName = rowdetail::take<S>(f[1]);
-            r.cid = rowdetail::take<S>(f[2]);
-            r.balance = rowdetail::take<S>(f[3]);
-            r.items = rowdetail::take<S>(f[4]);
-            r.note = rowdetail::take<S>(f[5]);
-        } else if (n == UnnamedFieldCount) {
-            r.named = false;
-            r.period = rowdetail::take<S>(f[0]);
-            r.cid = rowdetail::take<S>(f[1]);
-            r.balance = rowdetail::take<S>(f[2]);
-            r.items = rowdetail::take<S>(f[3]);
-            r.note = rowdetail::take<S>(f[4]);
-        } else {
-            return std::nullopt;
-        }
-        return r;
-    }
-    // The fields of any text by the places of the six-field form, missing
-    // ones empty: the writer saves whatever a table holds.
-    static BasicInvoiceRecord loose(QStringView text)
-    {
-        QStringView f[FieldCount];
-        rowdetail::looseFields(text, f, FieldCount);
-        BasicInvoiceRecord r;
-        r.period = rowdetail::take<S>(f[0]);
-        r.customerName = rowdetail::take<S>(f[1]);
-        r.cid = rowdetail::take<S>(f[2]);
-        r.balance = rowdetail::take<S>(f[3]);
-        r.items = rowdetail::take<S>(f[4]);
-        r.note = rowdetail::take<S>(f[5]);
+        r.named = n == FieldCount;
+        rowdetail::assignFields(r, f, r.named ? -1 : int(Field::CustomerName));
         return r;
     }
     // Writes a row in place from d on, the six-field form when named, else
@@ -460,17 +448,7 @@ struct BasicInvoiceRecord {
     template <class Put>
     static char16_t *compose(char16_t *d, bool named, Put &&put)
     {
-        d = put(Field::Period, d);
-        *d++ = FieldSep.unicode();
-        if (named) {
-            d = put(Field::CustomerName, d);
-            *d++ = FieldSep.unicode();
-        }
-        for (Field f : {Field::Cid, Field::Balance, Field::Items}) {
-            d = put(f, d);
-            *d++ = FieldSep.unicode();
-        }
-        return put(Field::Note, d);
+        return rowdetail::composeFields<BasicInvoiceRecord>(d, put, named ? -1 : int(Field::CustomerName));
     }
     // Writes a record's key in place (see record::keyFor): put is called
     // for Field::Period and Field::Cid.
@@ -485,34 +463,15 @@ struct BasicInvoiceRecord {
     }
 
     // The six-field form (the five-field form when named is false).
-    QString text() const
-    {
-        QString t;
-        t.reserve(QStringView(period).size() + QStringView(customerName).size() + QStringView(cid).size() +
-                  QStringView(balance).size() + QStringView(items).size() + QStringView(note).size() + 5);
-        t += period;
-        t += FieldSep;
-        if (named) {
-            t += customerName;
-            t += FieldSep;
-        }
-        t += cid;
-        t += FieldSep;
-        t += balance;
-        t += FieldSep;
-        t += items;
-        t += FieldSep;
-        t += note;
-        return t;
-    }
+    QString text() const { return rowdetail::joinFields(*this, named ? -1 : int(Field::CustomerName)); }
     // Calls f(ItemEntry, QStringView) for each entry of the item list.
     template <class F>
     void forEachEntry(F &&f) const { ItemEntry::forEach(QStringView(items), f); }
 
     // Single fields of the six-field form, read without going past them: the
     // scans before a delete look at one field of every record.
-    static bool cidOf(QStringView text, QStringView &cid) { return rowdetail::fieldAt(text, 2, cid); }
-    static bool itemsOf(QStringView text, QStringView &items) { return rowdetail::fieldAt(text, 4, items); }
+    static bool cidOf(QStringView text, QStringView &cid) { return rowdetail::fieldAt(text, int(Field::Cid), cid); }
+    static bool itemsOf(QStringView text, QStringView &items) { return rowdetail::fieldAt(text, int(Field::Items), items); }
 };
 using InvoiceRecordRow = BasicInvoiceRecord<QString>;
 using InvoiceRecordView = BasicInvoiceRecord<QStringView>;
