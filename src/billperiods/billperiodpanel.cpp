@@ -11,6 +11,7 @@
 #include "database/rowtypes.h"
 #include "shell/appcontext.h"
 #include "shell/roster.h"
+#include "uiservices/captions.h"
 #include "uiservices/dialogservice.h"
 #include "uiservices/twips.h"
 
@@ -28,19 +29,6 @@
 namespace qor {
 
 namespace {
-// The captions by which the panel's state is read: a button's caption says
-// what it does now.
-namespace caption {
-const QString NewBillPeriod = QStringLiteral("&New Bill Period");
-const QString AddNew = QStringLiteral("&Add New");
-const QString CancelNew = QStringLiteral("&Cancel New");
-const QString LogFullPayment = QStringLiteral("&Log Full Payment");
-const QString ResetCustomerAccounts = QStringLiteral("&Reset Customer Accounts");
-const QString NameInEntry = QStringLiteral("Bill Period Name:");
-const QString NameInView = QStringLiteral("Bill Period:");
-}  // namespace caption
-
-
 QString titleOf(const billing::Prompt &p) { return p.title.isEmpty() ? AppTitle : p.title; }
 
 // A customer the list of the Customers panel shows: nine fields, not archived.
@@ -88,7 +76,7 @@ BillPeriodPanel::BillPeriodPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *
     connect(m_mnuSelectAll, &QAction::triggered, this, [this] { billing::markAllCustomers(treeModel()); });
     connect(m_mnuDeleteItem, &QAction::triggered, this, [this] {
         billing::deleteBilledItem(treeModel(), m_binding->selectedNode());
-        showResetButton();
+        entryTouched();
     });
 
     connect(m_cmdAddNewBP, &QAbstractButton::clicked, this, &BillPeriodPanel::cmdAddNewBPClick);
@@ -96,15 +84,24 @@ BillPeriodPanel::BillPeriodPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *
     connect(m_cmdResetCustomerAccounts, &QAbstractButton::clicked, this,
             &BillPeriodPanel::cmdResetCustomerAccountsClick);
     connect(m_cmdAdjustBalance, &QAbstractButton::clicked, this, &BillPeriodPanel::cmdAdjustBalanceClick);
-    connect(m_txtBillPeriod, &QLineEdit::textChanged, this, &BillPeriodPanel::txtBillPeriodChange);
-    for (int i = 1; i <= 3; ++i)
-        connect(m_periodFields[size_t(i - 1)], &QLineEdit::textChanged, this, [this, i] { txtPFieldChange(i); });
+    // The editor follows every change of the fields; only an entry reads the
+    // name and the due date, so only an entry shows what they decide.
+    connect(m_txtBillPeriod, &QLineEdit::textChanged, this, [this](const QString &text) {
+        m_editor.setName(text);
+        if (m_editor.entering()) showLook();
+    });
+    connect(m_periodFields[0], &QLineEdit::textChanged, this, [this](const QString &text) { m_editor.setStart(text); });
+    connect(m_periodFields[1], &QLineEdit::textChanged, this, [this](const QString &text) { m_editor.setEnd(text); });
+    connect(m_periodFields[2], &QLineEdit::textChanged, this, [this](const QString &text) {
+        m_editor.setDue(text);
+        if (m_editor.entering()) showLook();
+    });
     connect(m_products, &QTreeWidget::itemDoubleClicked, this, &BillPeriodPanel::lvwProductsDblClick);
     connect(m_chooser, &QComboBox::currentIndexChanged, this,
             [this](int index) { m_trees.showPeriod(index, m_chooser->itemText(index)); });
     connect(&m_trees, &InvoiceTrees::periodShown, this, &BillPeriodPanel::periodShown);
     connect(&m_trees, &InvoiceTrees::entryDropped, this, [this] {
-        if (inEntry()) showViewControls();
+        if (m_editor.entering()) showViewControls();
     });
     // An entry lives in tree 0 and the fields only; each change of it is
     // told, so the recovery copy can follow.
@@ -218,8 +215,6 @@ void BillPeriodPanel::refreshProductList()
 
 // ---------------------------------------------------------------- modes
 
-bool BillPeriodPanel::inEntry() const { return m_lblBillPeriodName->text() == caption::NameInEntry; }
-
 void BillPeriodPanel::rearrange()
 {
     const double W = pxToTwips(width()), H = pxToTwips(height());
@@ -228,8 +223,8 @@ void BillPeriodPanel::rearrange()
 
 void BillPeriodPanel::cmdAddNewBPClick()
 {
-    if (m_cmdAddNewBP->text() == caption::NewBillPeriod) showBillPeriodEntry(true);
-    else addBillPeriod();
+    if (m_editor.entering()) addBillPeriod();
+    else showBillPeriodEntry(true);
 }
 
 void BillPeriodPanel::cmdCancelNewBPClick() { showBillPeriodEntry(false); }
@@ -242,39 +237,31 @@ void BillPeriodPanel::showBillPeriodEntry(bool isNew)
                                                                 billing::text::AddCustomersFirst.text});
             return;
         }
-        m_cmdCancelNewBP->setText(caption::CancelNew);
-        m_cmdAddNewBP->setText(caption::AddNew);
-        m_lblBillPeriodName->setText(caption::NameInEntry);
-        roster::setBackColour(m_txtBillPeriod, syscolor::InfoBackground);
+        m_editor.beginEntry();
         m_lblExample->setText(billing::exampleText(QDate::currentDate()));
         clearEntryFields(1);
         m_trees.beginEntry();
-        m_cmdResetCustomerAccounts->setText(caption::ResetCustomerAccounts);
-        m_cmdResetCustomerAccounts->hide();
-        m_cmdAdjustBalance->hide();
+        showMode();
     } else {
         m_trees.endEntry();
-        m_cmdAddNewBP->setText(caption::NewBillPeriod);
-        m_lblBillPeriodName->setText(caption::NameInView);
+        m_editor.endEntry();
         // cmbBillPeriod_Click(1): the period the chooser holds, if any. After
         // finalising, the refresh of the lists has just shown it; it is built
         // again only when the tree holds something else (an entry).
         if (treeModel().isEmpty() || treeModel().chosenPeriod() != m_chooser->currentText() || m_chooser->currentIndex() != m_trees.chosenIndex())
             m_trees.showPeriod(m_chooser->currentIndex(), m_chooser->currentText());
         showViewControls();
-        return;
     }
-    showModeControls(true);
 }
 
 std::optional<billing::BillEntry> BillPeriodPanel::openEntry() const
 {
     if (!m_trees.entryOpen()) return std::nullopt;
     billing::BillEntry e = billing::entryOf(treeModel());
-    e.name = m_txtBillPeriod->text();
-    e.start = m_periodFields[0]->text();
-    e.end = m_periodFields[1]->text();
-    e.due = m_periodFields[2]->text();
+    e.name = m_editor.name();
+    e.start = m_editor.start();
+    e.end = m_editor.end();
+    e.due = m_editor.due();
     return e;
 }
 
@@ -292,62 +279,46 @@ void BillPeriodPanel::reopenEntry(const billing::BillEntry &entry)
 
 void BillPeriodPanel::showViewControls()
 {
-    m_cmdAddNewBP->setText(caption::NewBillPeriod);
-    m_lblBillPeriodName->setText(caption::NameInView);
+    m_editor.endEntry();
     clearEntryFields(2);
-    m_cmdResetCustomerAccounts->hide();
-    m_cmdResetCustomerAccounts->setText(caption::LogFullPayment);
-    showModeControls(false);
+    showMode();
 }
 
-void BillPeriodPanel::showModeControls(bool isNew)
+void BillPeriodPanel::showLook()
 {
-    for (QWidget *w : std::initializer_list<QWidget *>{m_products, m_lblDoubleClickToAdd, m_lblExample, m_cmdCancelNewBP,
-                                                       m_txtBillPeriod})
-        w->setVisible(isNew);
-    for (QWidget *w : std::initializer_list<QWidget *>{m_cmdAddNewBP, m_chooser, m_lblCustomerAccounts})
-        w->setVisible(!isNew);
-    if (isNew && !m_txtBillPeriod->isHidden()) m_txtBillPeriod->setFocus();
+    const BillPeriodEditor::Look look = m_editor.look();
+    m_cmdAddNewBP->setText(look.addCaption);
+    m_cmdAddNewBP->setVisible(look.addShown);
+    m_cmdCancelNewBP->setText(captions::CancelNew);
+    m_cmdCancelNewBP->setVisible(look.cancelShown);
+    m_cmdResetCustomerAccounts->setText(look.resetCaption);
+    m_cmdResetCustomerAccounts->setVisible(look.resetShown);
+    m_cmdAdjustBalance->setVisible(look.adjustShown);
+    m_lblBillPeriodName->setText(look.nameCaption);
+    for (QWidget *w : std::initializer_list<QWidget *>{m_products, m_lblDoubleClickToAdd, m_txtBillPeriod})
+        w->setVisible(look.entryShown);
+    m_chooser->setVisible(look.chooserShown);
+    m_lblExample->setVisible(look.exampleShown);
+    m_lblCustomerAccounts->setVisible(look.accountsShown);
+    for (QLineEdit *f : m_periodFields)
+        f->setReadOnly(look.datesLocked);
+    const auto fill = [](bool wanted) { return wanted ? syscolor::InfoBackground : syscolor::Window; };
+    roster::setBackColour(m_txtBillPeriod, fill(look.nameWanted));
+    roster::setBackColour(m_periodFields[2], fill(look.dueWanted));
+}
+
+void BillPeriodPanel::showMode()
+{
+    showLook();
+    if (m_editor.entering() && !m_txtBillPeriod->isHidden()) m_txtBillPeriod->setFocus();
     rearrange();
-}
-
-void BillPeriodPanel::txtBillPeriodChange()
-{
-    // Only an entry reads the name; in view mode the field is hidden and a
-    // refresh that empties it must not hide "&New Bill Period".
-    if (!inEntry()) return;
-    if (!m_txtBillPeriod->text().isEmpty()) {
-        roster::setBackColour(m_txtBillPeriod, syscolor::Window);
-        m_cmdAddNewBP->setVisible(billing::dueDateAllowsAdd(m_periodFields[2]->text()));
-        if (!m_lblExample->isHidden()) {
-            m_lblExample->hide();
-            m_lblCustomerAccounts->show();
-        }
-    } else {
-        roster::setBackColour(m_txtBillPeriod, syscolor::InfoBackground);
-        m_cmdAddNewBP->hide();
-        if (m_lblExample->isHidden()) {
-            m_lblExample->show();
-            m_lblCustomerAccounts->hide();
-        }
-    }
-}
-
-void BillPeriodPanel::txtPFieldChange(int index)
-{
-    if (m_cmdAddNewBP->text() == caption::NewBillPeriod || index != 3) return;
-    const QString due = m_periodFields[2]->text();
-    m_cmdAddNewBP->setVisible(!m_txtBillPeriod->text().isEmpty() && billing::dueDateAllowsAdd(due));
-    roster::setBackColour(m_periodFields[2], billing::dueDateLooksGood(due, regional::dateSeparator())
-                                                 ? syscolor::Window
-                                                 : syscolor::InfoBackground);
 }
 
 void BillPeriodPanel::addBillPeriod()
 {
     DialogService &dialogs = DialogService::current();
     QWidget *owner = ctx.mainWindow();
-    const QString name = m_txtBillPeriod->text();
+    const QString name = m_editor.name();
     switch (billing::checkNewBillPeriod(ctx.db(), treeModel(), name)) {
     case billing::AddCheck::DuplicateName:
         dialogs.warning(owner, billing::text::DuplicateName.title, billing::text::DuplicateName.text);
@@ -365,8 +336,7 @@ void BillPeriodPanel::addBillPeriod()
     // The entry ends first: the database tells of the new period as it adds
     // it, and the lists that follow show it as a period, not as an entry.
     m_trees.endEntry();
-    billing::finaliseBillPeriod(ctx.db(), treeModel(), name, m_periodFields[0]->text(), m_periodFields[1]->text(),
-                                m_periodFields[2]->text());
+    billing::finaliseBillPeriod(ctx.db(), treeModel(), name, m_editor.start(), m_editor.end(), m_editor.due());
     showBillPeriodEntry(false);
 }
 
@@ -384,27 +354,28 @@ void BillPeriodPanel::periodShown(int listIndex, const QString &row)
         m_periodFields[1]->setText(billing::screenDate(period->end));
         m_periodFields[2]->setText(billing::screenDate(period->billDue));
     }
-    m_cmdResetCustomerAccounts->hide();
-    m_cmdAdjustBalance->hide();
+    m_editor.paymentDone();
+    showLook();
 }
 
 // ---------------------------------------------------------------- billing items
 
-void BillPeriodPanel::showResetButton()
+void BillPeriodPanel::entryTouched()
 {
-    if (m_cmdResetCustomerAccounts->isHidden()) m_cmdResetCustomerAccounts->show();
+    m_editor.entryTouched();
+    showLook();
 }
 
 void BillPeriodPanel::lvwProductsDblClick()
 {
-    if (m_lblDoubleClickToAdd->isHidden()) return;
+    if (!m_editor.entering()) return;
     QTreeWidgetItem *row = m_products->currentItem();
     if (!row) return;
     const billing::BillOutcome outcome =
         billing::billProductToMarked(treeModel(), row->data(0, Qt::UserRole).toString(), row->text(0));
     if (!outcome.refused.isEmpty())
         DialogService::current().warning(ctx.mainWindow(), billing::text::QuantityFullTitle, outcome.refusalText());
-    showResetButton();
+    entryTouched();
 }
 
 bool BillPeriodPanel::selectedHasRecord() const
@@ -414,14 +385,21 @@ bool BillPeriodPanel::selectedHasRecord() const
     return ctx.db().invoiceRecords().contains(record::keyFor(m_trees.chosenName(), v.customer));
 }
 
+std::optional<NodeKind> BillPeriodPanel::selectedKind() const
+{
+    const int node = treeModel().isEmpty() ? 0 : m_binding->selectedNode();
+    if (node == 0) return std::nullopt;
+    return treeModel().kind(node);
+}
+
 void BillPeriodPanel::tvwInvoiceRecordsMouseUp(Qt::MouseButton button, bool ctrl)
 {
+    const std::optional<NodeKind> selected = selectedKind();
+    if (!selected) return;
+    const NodeKind kind = *selected;
     InvoiceTree &t = treeModel();
-    if (t.isEmpty()) return;
     const int node = m_binding->selectedNode();
-    if (node == 0) return;
-    const NodeKind kind = t.kind(node);
-    if (inEntry()) {
+    if (m_editor.entering()) {
         if (button != Qt::LeftButton) {
             if (kind == NodeKind::Customer) m_mnuPopupC->popup(QCursor::pos());
             else if (kind == NodeKind::EnteredItem) m_mnuPopupB->popup(QCursor::pos());
@@ -430,31 +408,30 @@ void BillPeriodPanel::tvwInvoiceRecordsMouseUp(Qt::MouseButton button, bool ctrl
                 billing::toggleMark(t, node);
             } else {
                 billing::markOnlyCustomer(t, node);
-                showResetButton();
+                entryTouched();
             }
         }
         return;
     }
     // A finalised period: the payment buttons for a customer of its records.
-    const bool customer = selectedHasRecord();
-    m_cmdResetCustomerAccounts->setVisible(customer);
-    m_cmdAdjustBalance->setVisible(customer);
+    m_editor.customerChosen(selectedHasRecord());
+    showLook();
 }
 
 void BillPeriodPanel::tvwInvoiceRecordsDblClick()
 {
+    const std::optional<NodeKind> selected = selectedKind();
+    if (!selected) return;
+    const NodeKind kind = *selected;
     InvoiceTree &t = treeModel();
-    if (t.isEmpty()) return;
     const int node = m_binding->selectedNode();
-    if (node == 0) return;
-    const NodeKind kind = t.kind(node);
-    if (inEntry()) {
+    if (m_editor.entering()) {
         if (kind == NodeKind::EnteredItem) {
             billing::deleteBilledItem(t, node);
             // The button's release that ends the double-click lands on
             // whatever moved under the mouse: it must not mark anybody.
             m_binding->ignoreNextMouseUp();
-            showResetButton();
+            entryTouched();
         } else if (kind == NodeKind::Customer) {
             t.setExpanded(node, true);
         } else if (kind == NodeKind::Root) {
@@ -479,13 +456,13 @@ void BillPeriodPanel::logPayment(Money balance, const QString &note)
     if (!billing::logPayment(treeModel(), m_trees.tree(1), ctx.db(), m_binding->selectedNode(), balance, note,
                              m_trees.chosenName()))
         return;
-    m_cmdResetCustomerAccounts->hide();
-    m_cmdAdjustBalance->hide();
+    m_editor.paymentDone();
+    showLook();
 }
 
 void BillPeriodPanel::cmdResetCustomerAccountsClick()
 {
-    if (m_cmdResetCustomerAccounts->text() == caption::ResetCustomerAccounts) {
+    if (m_editor.entering()) {
         m_trees.beginEntry();
         return;
     }

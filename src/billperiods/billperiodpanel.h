@@ -6,6 +6,8 @@
 // a new period in the tree until "&Add New" finalises it. The rules live in
 // billing.h; this class reads its controls, calls them and shows the outcome.
 #include "billing/billing.h"
+#include "billing/invoicetree.h"
+#include "billperiods/billperiodeditor.h"
 #include "database/money.h"
 #include "shell/panel.h"
 
@@ -50,6 +52,7 @@ public:
     QTreeWidget *productList() const { return m_products; }  // lvwProducts(1)
     InvoiceTree &treeModel() const;
     InvoiceTreeView *treeBinding() const { return m_binding; }
+    const BillPeriodEditor &editor() const { return m_editor; }
     QMenu *popupC() const { return m_mnuPopupC; }  // mnuPopupC
     QMenu *popupB() const { return m_mnuPopupB; }  // mnuPopupB
 
@@ -83,19 +86,21 @@ signals:
     void entryEdited();
 
 private:
-    bool inEntry() const;
     // The controls of view mode, whatever the trees show.
     void showViewControls();
-    // What shows only in one mode, and the layout of the panel.
-    void showModeControls(bool isNew);
-    void txtBillPeriodChange();
-    void txtPFieldChange(int index);
+    // The editor's look on the controls; showMode() also lays the panel out
+    // for the mode and puts the focus where typing starts.
+    void showLook();
+    void showMode();
     void periodShown(int listIndex, const QString &row);
-    void showResetButton();
+    void entryTouched();
     void rearrange();
     bool selectedHasRecord() const;
+    // The kind of the selected node of tree 0; none when nothing is selected.
+    std::optional<NodeKind> selectedKind() const;
 
     InvoiceTrees &m_trees;
+    BillPeriodEditor m_editor;
     InvoiceTreeView *m_binding = nullptr;
     QComboBox *m_chooser = nullptr;     // cmbBillPeriod(1)
     QTreeView *m_treeView = nullptr;    // tvwInvoiceRecords(0)
