@@ -40,7 +40,7 @@ class TstCustomerPanel : public QObject {
     {
         discard(m_w);
         writeDatabase(m_box.db, customers, {}, records);
-        settings::write("BrowseRecall", "LastViewedCustomer", recall);
+        settings::LastViewedCustomer.store(recall);
         m_w = openWindow(0);
     }
     void newCustomer(const QString &first, const QString &last = {})
@@ -56,7 +56,7 @@ private slots:
     void init()
     {
         m_answers = std::make_unique<Answerer>();
-        settings::putStoredSetting("CheckToConfirmEdits", "True");
+        settings::CheckToConfirmEdits.set(true);
     }
     void cleanup() { discard(m_w); }
 
@@ -194,7 +194,7 @@ private slots:
         QCOMPARE(m_answers->seen().size(), 1);
 
         // OK: a second Jo Smith, sorting before the first (which has an address).
-        settings::putStoredSetting("CheckToConfirmEdits", "False");
+        settings::CheckToConfirmEdits.set(false);
         select("Smith, Jo");
         QTest::keyClicks(field(2), "Z St");
         click(btn("cmdAddNew"));
@@ -255,7 +255,7 @@ private slots:
         open(seven, {}, "3");
         QCOMPARE(cp()->selectedPosition(), 3);
         QCOMPARE(cp()->fieldText(0), "N3");
-        settings::write("BrowseRecall", "LastViewedCustomer", "9");
+        settings::LastViewedCustomer.set(9);
         cp()->refreshCustomerList();
         QCOMPARE(cp()->selectedPosition(), 1);
         clickRow(list(), 4);
@@ -320,7 +320,7 @@ private slots:
     void saveAndReload()
     {
         open({{1, "Ann", "Lee"}, {2, "Bob", "Moss"}, {3, "Cy", "Pike"}}, {{3, {"1"}}});
-        settings::putStoredSetting("CheckToConfirmEdits", "false");
+        settings::CheckToConfirmEdits.store("false");
         m_answers->answer = QMessageBox::Ok;
         click(btn("cmdAddNew"));
         QTest::keyClicks(field(7), "back\rdoor");
@@ -344,7 +344,7 @@ private slots:
         QVERIFY(!bytes.contains("CID=\"2\"") && bytes.contains("<LName>Pike</LName>\r\n\t\t\t<Current>No</Current>"));
 
         discard(m_w);
-        settings::write("BrowseRecall", "LastViewedCustomer", "2");
+        settings::LastViewedCustomer.set(2);
         m_w = openWindow(0);
         QCOMPARE(rowTexts(list()), QStringList({"Adams, Eve", "Zeller, Ann"}));
         QCOMPARE(currentText(list()), "Zeller, Ann");  // the recalled position

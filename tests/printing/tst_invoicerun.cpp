@@ -72,7 +72,7 @@ private slots:
     {
         Sandbox box;
         writeBooks(box);
-        settings::write(u"Printing"_s, u"PrintPreviewSelected"_s, u"1"_s);
+        settings::PrintPreviewSelected.set(1);
         auto w = openWindow(3);
         PrintingPanel *panel = w->printingPanel();
         Answerer answers;
@@ -188,13 +188,13 @@ private slots:
         QCOMPARE(w->currentPanel(), 3);
 
         // Marked not to be shown again: no question.
-        settings::write(u"Messages"_s, u"DontShowNeedToFillCompanyInfo"_s, u"true"_s);
+        settings::DontShowNeedToFillCompanyInfo.store(u"true"_s);
         click(button);
         QCOMPARE(jobs, 6);
         QCOMPARE(asking->dialogs.seen.size(), 2);
 
         // An address without a name: not asked either.
-        settings::write(u"Messages"_s, u"DontShowNeedToFillCompanyInfo"_s, QString());
+        settings::DontShowNeedToFillCompanyInfo.store(QString());
         w->db().setCompanyField(1, u"1 Main St"_s);
         click(button);
         QCOMPARE(jobs, 9);
@@ -265,12 +265,12 @@ private slots:
         panel->printEnvelopes({});
         QVERIFY(jobs.isEmpty());
         QVERIFY(answers.seen().isEmpty());
-        QCOMPARE(settings::read(u"Printing"_s, u"X-Margin"_s), u"2"_s);
-        QCOMPARE(settings::read(u"Printing"_s, u"Y-Margin"_s), u"12"_s);
+        QCOMPARE(settings::XMargin.stored(), u"2"_s);
+        QCOMPARE(settings::YMargin.stored(), u"12"_s);
 
         // Three customers, the second job refused.
-        settings::write(u"Printing"_s, u"X-Margin"_s, u"3.5"_s);
-        settings::write(u"Printing"_s, u"Y-Margin"_s, u"2.5"_s);
+        settings::XMargin.store(u"3.5"_s);
+        settings::YMargin.store(u"2.5"_s);
         bool eventRan = false;
         QMetaObject::invokeMethod(
             this, [&] { eventRan = true; }, Qt::QueuedConnection);
@@ -345,8 +345,8 @@ private slots:
     {
         Sandbox box;
         writeBooks(box);
-        settings::write(u"Printing"_s, u"KeepTwelveLines"_s, u"False"_s);
-        settings::write(u"Printing"_s, u"MoveBottomTextAccordingly"_s, u"True"_s);
+        settings::KeepTwelveLines.set(false);
+        settings::MoveBottomTextAccordingly.set(true);
         auto w = openWindow(4);
         PrintOptionsPanel *p = w->printOptionsPanel();
         auto visible = [&](const char *name) {
@@ -373,7 +373,7 @@ private slots:
         QCOMPARE(visible("picPrintPreviewTop"), u"0"_s);
         QCOMPARE(visible("picPrintPreviewBottom"), u"2"_s);
         QVERIFY(!back->isEnabled() && forward->isEnabled());
-        QCOMPARE(settings::read(u"Printing"_s, u"PrintPreviewSelected"_s), QString());
+        QCOMPARE(settings::PrintPreviewSelected.stored(), QString());
 
         click(forward);
         QCOMPARE(visible("picPrintPreviewTop"), u"1"_s);
@@ -381,33 +381,33 @@ private slots:
         click(forward);
         QCOMPARE(visible("picPrintPreviewTop"), u"2"_s);
         QVERIFY(!forward->isEnabled());
-        QCOMPARE(settings::read(u"Printing"_s, u"PrintPreviewSelected"_s), u"2"_s);
+        QCOMPARE(settings::PrintPreviewSelected.stored(), u"2"_s);
         click(back);
-        QCOMPARE(settings::read(u"Printing"_s, u"PrintPreviewSelected"_s), u"1"_s);
+        QCOMPARE(settings::PrintPreviewSelected.stored(), u"1"_s);
         QCOMPARE(p->invoiceOptions().templateNumber, 1);
 
         // Twelve lines ticked: the move box keeps its tick but is disabled.
         click(twelve);
         QVERIFY(move->isChecked() && !move->isEnabled());
         QCOMPARE(visible("picPrintPreviewBottom"), u"0"_s);
-        QCOMPARE(settings::read(u"Printing"_s, u"KeepTwelveLines"_s), u"True"_s);
+        QCOMPARE(settings::KeepTwelveLines.stored(), u"True"_s);
         click(twelve);
         QCOMPARE(visible("picPrintPreviewBottom"), u"2"_s);
         click(move);
         QCOMPARE(visible("picPrintPreviewBottom"), u"1"_s);
-        QCOMPARE(settings::read(u"Printing"_s, u"MoveBottomTextAccordingly"_s), u"False"_s);
+        QCOMPARE(settings::MoveBottomTextAccordingly.stored(), u"False"_s);
 
         // Re-applying the settings stores nothing through the guarded boxes.
-        settings::write(u"Printing"_s, u"KeepTwelveLines"_s, u"TRUE"_s);
+        settings::KeepTwelveLines.store(u"TRUE"_s);
         w->applySettings();
         QVERIFY(twelve->isChecked());
-        QCOMPARE(settings::read(u"Printing"_s, u"KeepTwelveLines"_s), u"TRUE"_s);
+        QCOMPARE(settings::KeepTwelveLines.stored(), u"TRUE"_s);
         QCOMPARE(visible("picPrintPreviewBottom"), u"0"_s);
         QCOMPARE(visible("picPrintPreviewTop"), u"1"_s);
 
         // Typed with "Invoice" selected: stored, not used.
         retype(p->findChild<QLineEdit *>(u"txtInvoiceTitle"_s), u"Receipt"_s);
-        QCOMPARE(settings::read(u"Settings"_s, u"InvoiceTitleText"_s), u"Receipt"_s);
+        QCOMPARE(settings::InvoiceTitleText.stored(), u"Receipt"_s);
         QVERIFY(p->findChild<QRadioButton *>(u"optInvoiceTitle(0)"_s)->isChecked());
         discard(w);
     }
