@@ -138,6 +138,7 @@ private slots:
                      ini.value(u"CustomerListPrint/Columns"_s).toString(),
                  u"TrueFalse4"_s);
         QCOMPARE(ini.value(u"Settings/InvoiceTitleText"_s).toString(), u"ACME, Inc. Statement"_s);
+        QCOMPARE(settings::customerListColumns() * 10 + settings::customerListBlankLines(), 41);  // the print form's readers
     }
 
     // A store that can't be written is told once, with its path and the
