@@ -233,9 +233,9 @@ int main(int argc, char **argv)
     std::printf("bench_gui: %s, %.1f MB, locale %s, best of %d runs, target %.0f ms\n", qPrintable(work),
                 QFileInfo(work).size() / 1048576.0, qPrintable(locale), runs, TargetMs);
 
-    settings::write(QStringLiteral("FileHandling"), QStringLiteral("DatabasePath"), work);
-    settings::write(QStringLiteral("Settings"), QStringLiteral("CheckToConfirmEdits"), QStringLiteral("False"));
-    settings::write(QStringLiteral("Settings"), QStringLiteral("LastClicked"), QStringLiteral("0"));
+    settings::DatabasePath.set(work);
+    settings::CheckToConfirmEdits.set(false);
+    settings::LastClicked.set(0);
     settings::sync();
     watchForDialogs();
 

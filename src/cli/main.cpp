@@ -329,9 +329,8 @@ int envelopes(const QStringList &args)
     }
     // The margins as the program reads them; the settings are not written:
     // an empty X-Margin means the defaults.
-    const QString printing = QStringLiteral("Printing");
-    QString xText = qor::settings::read(printing, QStringLiteral("X-Margin"));
-    QString yText = qor::settings::read(printing, QStringLiteral("Y-Margin"));
+    QString xText = qor::settings::XMargin.stored();
+    QString yText = qor::settings::YMargin.stored();
     if (xText.isEmpty()) {
         xText = QStringLiteral("2");
         yText = QStringLiteral("12");
@@ -468,18 +467,17 @@ int customers(const QStringList &args)
         return NothingToPrint;
     }
     namespace s = qor::settings;
-    const QString S = QStringLiteral("CustomerListPrint");
     qor::pages::CustomerListOptions o;
-    o.pageTitle = a.hasTitle ? a.title : s::value(S, QStringLiteral("PageTitle"));
+    o.pageTitle = a.hasTitle ? a.title : s::PageTitle.get();
     o.columns = a.columns ? a.columns : s::customerListColumns();
     o.blankLines = s::customerListBlankLines();
-    o.printAddress = s::isOn(S, QStringLiteral("PrintAddress"));
-    o.printEmail = s::isOn(S, QStringLiteral("PrintEmail"));
-    o.printPhone = s::isOn(S, QStringLiteral("PrintPhone"));
-    o.printNotes = s::isOn(S, QStringLiteral("PrintNotes"));
-    o.printPageNumbers = s::isOn(S, QStringLiteral("PrintPageNumbers"));
-    o.fontName = s::value(S, QStringLiteral("PrintFontName"));
-    o.fontStyleSize = s::value(S, QStringLiteral("PrintFontStyleSize"));
+    o.printAddress = s::PrintAddress.isOn();
+    o.printEmail = s::PrintEmail.isOn();
+    o.printPhone = s::PrintPhone.isOn();
+    o.printNotes = s::PrintNotes.isOn();
+    o.printPageNumbers = s::PrintPageNumbers.isOn();
+    o.fontName = s::PrintFontName.get();
+    o.fontStyleSize = s::PrintFontStyleSize.get();
     // Measured as the PDF draws: a twip a unit, no device of its own.
     const QList<qor::pages::Page> pages = qor::pages::composeCustomerList(db.customers(), o);
     const int rc = writePages(pages, a.out, qor::pages::defaultPaper(), QStringLiteral("customers"));

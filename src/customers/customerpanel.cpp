@@ -271,8 +271,7 @@ void CustomerPanel::refreshCustomerList()
         m_list->addTopLevelItems(items);
     }
 
-    const QString stored = settings::read(QStringLiteral("BrowseRecall"),
-                                          QStringLiteral("LastViewedCustomer"), QStringLiteral("1"));
+    const QString stored = settings::LastViewedCustomer.text();
     bool ok = false;
     int wanted = stored.trimmed().toInt(&ok);
     if (!ok) wanted = int(regional::val(stored));

@@ -39,9 +39,6 @@ QFont designFont(const char *family, double points, bool bold)
     return f;
 }
 
-QString key(const char *k) { return QString::fromLatin1(k); }
-QString section() { return key(FrmPrintCustomers::Section); }
-
 // One sunken rule: a line in the shadow colour and one in the highlight
 // colour 15 twips below it.
 void addRule(QWidget *parent, int y)
@@ -146,7 +143,7 @@ FrmPrintCustomers::FrmPrintCustomers(const KeyedList &customers, QWidget *owner)
         addRule(this, y);
 
     // Opening: everything from the settings, nothing stored while loading.
-    m_txtPageTitle->setText(settings::value(section(), key("PageTitle")));
+    m_txtPageTitle->setText(settings::PageTitle.get());
     for (int i = 1; i <= 4; ++i)
         m_cmbColumns->addItem(QString::number(i));
     for (int i = 0; i <= 4; ++i)
@@ -154,32 +151,32 @@ FrmPrintCustomers::FrmPrintCustomers(const KeyedList &customers, QWidget *owner)
     m_cmbColumns->setCurrentIndex(settings::customerListColumns() - 1);
     m_cmbBlankLines->setCurrentIndex(settings::customerListBlankLines());
     for (int i = 0; i < 5; ++i)
-        m_chkPCL[size_t(i)]->setChecked(settings::isOn(section(), key(CheckKeys[i])));
-    m_lblFontName[0]->setText(settings::value(section(), key("PrintFontName")));
-    m_lblFontName[1]->setText(settings::value(section(), key("PrintFontStyleSize")));
+        m_chkPCL[size_t(i)]->setChecked(settings::CustomerListParts[size_t(i)].isOn());
+    m_lblFontName[0]->setText(settings::PrintFontName.get());
+    m_lblFontName[1]->setText(settings::PrintFontStyleSize.get());
     m_loading = false;
 
     for (int i = 0; i < 5; ++i) {
         connect(m_chkPCL[size_t(i)], &QCheckBox::clicked, this, [this, i] {
-            settings::setOn(section(), key(CheckKeys[i]), m_chkPCL[size_t(i)]->isChecked());
+            settings::CustomerListParts[size_t(i)].set(m_chkPCL[size_t(i)]->isChecked());
         });
     }
     connect(m_cmbColumns, &QComboBox::activated, this, [this](int index) {
         if (m_loading)
             return;
-        settings::write(section(), key("Columns"), QString::number(index + 1));
+        settings::Columns.set(index + 1);
         sendRightKey();
     });
     connect(m_cmbBlankLines, &QComboBox::activated, this, [this](int index) {
         if (m_loading)
             return;
-        settings::write(section(), key("BlankLinesBetween"), QString::number(index));
+        settings::BlankLinesBetween.set(index);
         sendRightKey();
     });
     // The typed title is kept for the next list as well: every option here is
     // stored as it changes, and a title typed once is the one wanted again.
     connect(m_txtPageTitle, &QLineEdit::textEdited, this,
-            [](const QString &text) { settings::write(section(), key("PageTitle"), text); });
+            [](const QString &text) { settings::PageTitle.set(text); });
     connect(m_cmdChangeFont, &QPushButton::clicked, this, &FrmPrintCustomers::cmdChangeFontClick);
     connect(m_cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
     connect(m_cmdPrint, &QPushButton::clicked, this, &FrmPrintCustomers::cmdPrintClick);
@@ -243,8 +240,8 @@ void FrmPrintCustomers::cmdChangeFontClick()
     const bool bold = chosen->weight() >= QFont::DemiBold;
     m_lblFontName[0]->setText(face);
     m_lblFontName[1]->setText(pages::fontStyleText(bold, chosen->italic(), size));
-    settings::write(section(), key("PrintFontName"), m_lblFontName[0]->text());
-    settings::write(section(), key("PrintFontStyleSize"), m_lblFontName[1]->text());
+    settings::PrintFontName.set(m_lblFontName[0]->text());
+    settings::PrintFontStyleSize.set(m_lblFontName[1]->text());
 }
 
 void FrmPrintCustomers::cmdPrintClick()

@@ -42,10 +42,6 @@ public:
     void finishPrint();
     QTimer *closeTimer() const { return m_timer; }
 
-    static constexpr const char *Section = "CustomerListPrint";
-    static constexpr const char *CheckKeys[5] = {"PrintAddress", "PrintEmail", "PrintPhone", "PrintNotes",
-                                                 "PrintPageNumbers"};
-
 private:
     pages::PrintOutcome printOnDefaultPrinter(const pages::CustomerListOptions &o);
     void sendRightKey();

@@ -6,26 +6,6 @@
 
 namespace qor::mail {
 
-namespace {
-
-QString get(const char *key)
-{
-    return settings::value(QString::fromLatin1(Section), QString::fromLatin1(key));
-}
-
-void put(const char *key, const QString &v)
-{
-    settings::write(QString::fromLatin1(Section), QString::fromLatin1(key), v);
-}
-
-QString tableDefault(const char *key)
-{
-    const settings::KeyInfo *k = settings::findKey(QString::fromLatin1(Section), QString::fromLatin1(key));
-    return k && k->defaultValue ? QString::fromUtf8(k->defaultValue) : QString();
-}
-
-}  // namespace
-
 QString securityText(Security s)
 {
     return s == Security::StartTls ? QStringLiteral("STARTTLS") : QStringLiteral("SSL/TLS");
@@ -57,49 +37,49 @@ QString MailAccount::problem() const
 MailAccount loadAccount()
 {
     MailAccount a;
-    a.server = get(keys::Server).trimmed();
-    a.security = get(keys::Security).trimmed().compare(QLatin1String("STARTTLS"), Qt::CaseInsensitive) == 0
+    a.server = settings::SmtpServer.get().trimmed();
+    a.security = settings::MailSecurity.get().trimmed().compare(QLatin1String("STARTTLS"), Qt::CaseInsensitive) == 0
                      ? Security::StartTls
                      : Security::SslTls;
-    const int port = settings::readNumber(QString::fromLatin1(Section), QString::fromLatin1(keys::Port), 0);
+    const int port = settings::SmtpPort.get();
     a.port = port >= 1 && port <= 65535 ? port : defaultPort(a.security);
-    a.user = get(keys::User);
-    a.senderName = get(keys::SenderName);
-    a.senderAddress = get(keys::SenderAddress).trimmed();
-    a.replyTo = get(keys::ReplyTo).trimmed();
-    a.sendMeACopy = settings::isOn(QString::fromLatin1(Section), QString::fromLatin1(keys::SendMeACopy));
-    a.caFile = get(keys::CaFile);
+    a.user = settings::UserName.get();
+    a.senderName = settings::SenderName.get();
+    a.senderAddress = settings::SenderAddress.get().trimmed();
+    a.replyTo = settings::ReplyTo.get().trimmed();
+    a.sendMeACopy = settings::SendMeACopy.isOn();
+    a.caFile = settings::CAFile.get();
     return a;
 }
 
 void saveAccount(const MailAccount &a)
 {
-    put(keys::Server, a.server);
-    put(keys::Port, QString::number(a.port));
-    put(keys::Security, securityText(a.security));
-    put(keys::User, a.user);
-    put(keys::SenderName, a.senderName);
-    put(keys::SenderAddress, a.senderAddress);
-    put(keys::ReplyTo, a.replyTo);
-    settings::setOn(QString::fromLatin1(Section), QString::fromLatin1(keys::SendMeACopy), a.sendMeACopy);
+    settings::SmtpServer.set(a.server);
+    settings::SmtpPort.set(a.port);
+    settings::MailSecurity.set(securityText(a.security));
+    settings::UserName.set(a.user);
+    settings::SenderName.set(a.senderName);
+    settings::SenderAddress.set(a.senderAddress);
+    settings::ReplyTo.set(a.replyTo);
+    settings::SendMeACopy.set(a.sendMeACopy);
 }
 
 QString defaultSubject(MailKind k)
 {
-    return tableDefault(keys::Subject[size_t(k)]);
+    return settings::MailSubject[size_t(k)].defaultText();
 }
 
 QString defaultBody(MailKind k)
 {
-    return tableDefault(keys::Body[size_t(k)]);
+    return settings::MailBody[size_t(k)].defaultText();
 }
 
 MailTexts loadTexts()
 {
     MailTexts t;
     for (size_t i = 0; i < 3; ++i) {
-        t.subject[i] = get(keys::Subject[i]);
-        t.body[i] = get(keys::Body[i]);
+        t.subject[i] = settings::MailSubject[i].get();
+        t.body[i] = settings::MailBody[i].get();
     }
     return t;
 }

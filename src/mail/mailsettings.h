@@ -54,22 +54,8 @@ struct MailTexts {
     QString bodyOf(MailKind k) const { return body[size_t(k)]; }
 };
 
-// The settings store's section and keys.
-inline constexpr const char *Section = "EMail";
-namespace keys {
-inline constexpr const char *Server = "SmtpServer";
-inline constexpr const char *Port = "SmtpPort";
-inline constexpr const char *Security = "Security";
-inline constexpr const char *User = "UserName";
-inline constexpr const char *SenderName = "SenderName";
-inline constexpr const char *SenderAddress = "SenderAddress";
-inline constexpr const char *ReplyTo = "ReplyTo";
-inline constexpr const char *SendMeACopy = "SendMeACopy";
-inline constexpr const char *CaFile = "CAFile";
-inline constexpr std::array<const char *, 3> Subject = {"InvoiceSubject", "StatementSubject", "ReminderSubject"};
-inline constexpr std::array<const char *, 3> Body = {"InvoiceBody", "StatementBody", "ReminderBody"};
-}  // namespace keys
-
+// The account and the texts live in the settings store's section "EMail"
+// (settings::SmtpServer, settings::MailSubject and the rest).
 MailAccount loadAccount();
 void saveAccount(const MailAccount &a);
 MailTexts loadTexts();

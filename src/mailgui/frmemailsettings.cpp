@@ -30,11 +30,6 @@ namespace {
 
 const QString Title = QStringLiteral("E-mail Settings");
 
-void store(const char *key, const QString &value)
-{
-    settings::write(QString::fromLatin1(mail::Section), QString::fromLatin1(key), value);
-}
-
 QLineEdit *lineEdit(const char *name, QWidget *parent)
 {
     auto *e = new QLineEdit(parent);
@@ -115,36 +110,36 @@ FrmEmailSettings::FrmEmailSettings(QWidget *owner) : QDialog(owner)
     loadAll();
 
     // Each control stores its value as it changes.
-    connect(m_server, &QLineEdit::textEdited, this, [](const QString &t) { store(mail::keys::Server, t.trimmed()); });
-    connect(m_user, &QLineEdit::textEdited, this, [](const QString &t) { store(mail::keys::User, t); });
-    connect(m_senderName, &QLineEdit::textEdited, this, [](const QString &t) { store(mail::keys::SenderName, t); });
+    connect(m_server, &QLineEdit::textEdited, this, [](const QString &t) { settings::SmtpServer.set(t.trimmed()); });
+    connect(m_user, &QLineEdit::textEdited, this, [](const QString &t) { settings::UserName.set(t); });
+    connect(m_senderName, &QLineEdit::textEdited, this, [](const QString &t) { settings::SenderName.set(t); });
     connect(m_senderAddress, &QLineEdit::textEdited, this,
-            [](const QString &t) { store(mail::keys::SenderAddress, t.trimmed()); });
-    connect(m_replyTo, &QLineEdit::textEdited, this, [](const QString &t) { store(mail::keys::ReplyTo, t.trimmed()); });
+            [](const QString &t) { settings::SenderAddress.set(t.trimmed()); });
+    connect(m_replyTo, &QLineEdit::textEdited, this, [](const QString &t) { settings::ReplyTo.set(t.trimmed()); });
     connect(m_port, &QSpinBox::valueChanged, this, [this](int p) {
         if (!m_loading)
-            store(mail::keys::Port, QString::number(p));
+            settings::SmtpPort.set(p);
     });
     connect(m_security, &QComboBox::currentIndexChanged, this, [this](int i) {
         if (m_loading)
             return;
         const auto now = i == 1 ? mail::Security::StartTls : mail::Security::SslTls;
         const auto before = i == 1 ? mail::Security::SslTls : mail::Security::StartTls;
-        store(mail::keys::Security, mail::securityText(now));
+        settings::MailSecurity.set(mail::securityText(now));
         // The port follows the usual one of the choice unless the user set
         // another.
         if (m_port->value() == mail::defaultPort(before))
             m_port->setValue(mail::defaultPort(now));
     });
     connect(m_copy, &QCheckBox::toggled, this, [](bool on) {
-        settings::setOn(QString::fromLatin1(mail::Section), QString::fromLatin1(mail::keys::SendMeACopy), on);
+        settings::SendMeACopy.set(on);
     });
     connect(m_kind, &QComboBox::currentIndexChanged, this, &FrmEmailSettings::showTexts);
     connect(m_subject, &QLineEdit::textEdited, this,
-            [this](const QString &t) { store(mail::keys::Subject[size_t(m_kind->currentIndex())], t); });
+            [this](const QString &t) { settings::MailSubject[size_t(m_kind->currentIndex())].set(t); });
     connect(m_body, &QPlainTextEdit::textChanged, this, [this] {
         if (!m_loading)
-            store(mail::keys::Body[size_t(m_kind->currentIndex())], m_body->toPlainText());
+            settings::MailBody[size_t(m_kind->currentIndex())].set(m_body->toPlainText());
     });
     // The password is stored when the user leaves the field, and again under
     // the new account when the server or user changes.

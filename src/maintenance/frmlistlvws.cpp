@@ -261,7 +261,7 @@ void FrmListLVWs::closeEvent(QCloseEvent *event)
 
 void picLogoClick(QWidget *owner, const Database &db, FrmListLVWs::PathSource xmlPath)
 {
-    if (settings::read(QStringLiteral("BrowseRecall"), QStringLiteral("view")) == QLatin1String("lvwpeek"))
+    if (settings::BrowseView.stored() == QLatin1String("lvwpeek"))
         FrmListLVWs::open(owner, db, std::move(xmlPath));
 }
 

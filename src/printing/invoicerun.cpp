@@ -14,9 +14,9 @@ namespace qor::invoicerun {
 
 namespace {
 
-int storedIndex(const QString &section, const QString &key, int defaultValue)
+int storedIndex(const settings::Key &key, int defaultValue)
 {
-    const QString text = settings::read(section, key);
+    const QString text = key.stored();
     if (text.trimmed().isEmpty())
         return defaultValue;
     return int(std::nearbyint(regional::val(text)));
@@ -26,26 +26,25 @@ int storedIndex(const QString &section, const QString &key, int defaultValue)
 
 pages::InvoiceOptions storedInvoiceOptions()
 {
-    const QString S = QStringLiteral("Settings"), P = QStringLiteral("Printing");
     pages::InvoiceOptions o;
     // A number other than 0, 1 or 2 stays as it is: the run then prints nothing.
-    const double selected = regional::val(settings::read(P, QStringLiteral("PrintPreviewSelected"), QStringLiteral("0")));
+    const double selected = regional::val(settings::PrintPreviewSelected.stored());
     o.templateNumber = selected == 0 ? 0 : selected == 1 ? 1
                                        : selected == 2   ? 2
                                                          : -1;
-    const int title = storedIndex(S, QStringLiteral("InvoiceTitleOption"), 0);
+    const int title = storedIndex(settings::InvoiceTitleOption, 0);
     o.title = title == 1 ? pages::TitleOption::Estimate : title == 2 ? pages::TitleOption::Other
                                                                      : pages::TitleOption::Invoice;
-    o.titleText = settings::read(S, QStringLiteral("InvoiceTitleText"));
-    const int size = storedIndex(S, QStringLiteral("InvoiceTitleSize"), 2);
+    o.titleText = settings::InvoiceTitleText.stored();
+    const int size = storedIndex(settings::InvoiceTitleSize, 2);
     o.titleSize = size == 0 ? pages::TitleSize::Small : size == 1 ? pages::TitleSize::Medium
                                                                   : pages::TitleSize::Large;
-    o.addInvoiceDate = settings::isOn(P, QStringLiteral("AddInvoiceDateToInvoice"));
-    o.printDuplicates = settings::isOn(P, QStringLiteral("PrintDuplicateInvoices"));
-    o.keepTwelveLines = settings::read(P, QStringLiteral("KeepTwelveLines")).toLower() != u"false";
+    o.addInvoiceDate = settings::AddInvoiceDateToInvoice.isOn();
+    o.printDuplicates = settings::PrintDuplicateInvoices.isOn();
+    o.keepTwelveLines = settings::KeepTwelveLines.isOn();
     // chkMoveAccordingly counts only while it is enabled, that is without
     // twelve lines kept.
-    o.moveBottomText = settings::isOn(P, QStringLiteral("MoveBottomTextAccordingly"));
+    o.moveBottomText = settings::MoveBottomTextAccordingly.isOn();
     return o;
 }
 

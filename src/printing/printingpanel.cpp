@@ -184,8 +184,8 @@ bool PrintingPanel::needCompanyInfoFirst()
 {
     if (!invoicerun::companyInfoMissing(ctx.db()))
         return false;
-    const QString key = QStringLiteral("DontShowNeedToFillCompanyInfo");
-    if (settings::read(QStringLiteral("Messages"), key).toLower() == u"true")
+    const QString key = settings::DontShowNeedToFillCompanyInfo.name();
+    if (settings::DontShowNeedToFillCompanyInfo.isOn())
         return false;
     const QString text = QStringLiteral(
         "You have not entered your company's name or address.\r\n\r\n"

@@ -19,9 +19,6 @@ namespace qor {
 
 namespace {
 
-const QString Printing = QStringLiteral("Printing");
-
-QString onOff(bool on) { return on ? QStringLiteral("True") : QStringLiteral("False"); }
 QString indexed(const char *name, int i) { return QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(i); }
 
 }  // namespace
@@ -56,21 +53,21 @@ PrintOptionsPanel::PrintOptionsPanel(AppContext &ctx, QWidget *parent) : Panel(4
     for (int i = 0; i < 3; ++i) {
         connect(m_optTitle[size_t(i)], &QRadioButton::toggled, this, [i](bool on) {
             if (on)
-                settings::putStoredSetting(QStringLiteral("InvoiceTitleOption"), QString::number(i));
+                settings::InvoiceTitleOption.set(i);
         });
         connect(m_optTitleSize[size_t(i)], &QRadioButton::toggled, this, [i](bool on) {
             if (on)
-                settings::putStoredSetting(QStringLiteral("InvoiceTitleSize"), QString::number(i));
+                settings::InvoiceTitleSize.set(i);
         });
     }
     connect(m_txtTitle, &QLineEdit::textChanged, this, [](const QString &text) {
-        settings::putStoredSetting(QStringLiteral("InvoiceTitleText"), text);
+        settings::InvoiceTitleText.set(text);
     });
     connect(m_chkAddDate, &QCheckBox::toggled, this, [](bool on) {
-        settings::write(Printing, QStringLiteral("AddInvoiceDateToInvoice"), onOff(on));
+        settings::AddInvoiceDateToInvoice.set(on);
     });
     connect(m_chkDuplicates, &QCheckBox::toggled, this, [](bool on) {
-        settings::write(Printing, QStringLiteral("PrintDuplicateInvoices"), onOff(on));
+        settings::PrintDuplicateInvoices.set(on);
     });
     connect(m_chkKeepTwelve, &QCheckBox::toggled, this, &PrintOptionsPanel::keepTwelveLinesClicked);
     connect(m_chkMove, &QCheckBox::toggled, this, &PrintOptionsPanel::moveAccordinglyClicked);
@@ -85,7 +82,7 @@ void PrintOptionsPanel::stepPreview(int step)
     if (next < 0 || next > 2)
         return;
     m_printPreviewSelected = next;
-    settings::write(Printing, QStringLiteral("PrintPreviewSelected"), regional::str(double(next)).trimmed());
+    settings::PrintPreviewSelected.set(int(next));
     showPreviewTemplate();
 }
 
@@ -113,7 +110,7 @@ void PrintOptionsPanel::keepTwelveLinesClicked()
     if (m_isApplyingSettings)
         return;
     const bool on = m_chkKeepTwelve->isChecked();
-    settings::write(Printing, QStringLiteral("KeepTwelveLines"), onOff(on));
+    settings::KeepTwelveLines.set(on);
     m_chkMove->setEnabled(!on);
     showPreviewBottom();
 }
@@ -122,7 +119,7 @@ void PrintOptionsPanel::moveAccordinglyClicked()
 {
     if (m_isApplyingSettings)
         return;
-    settings::write(Printing, QStringLiteral("MoveBottomTextAccordingly"), onOff(m_chkMove->isChecked()));
+    settings::MoveBottomTextAccordingly.set(m_chkMove->isChecked());
     showPreviewBottom();
 }
 
@@ -133,30 +130,25 @@ void PrintOptionsPanel::applySettings()
         if (index >= 0 && index < 3)
             options[size_t(index)]->setChecked(true);
     };
-    auto storedIndex = [](const char *key, const char *defaultValue) {
-        const QString text = settings::getStoredSetting(QString::fromLatin1(key), QString::fromLatin1(defaultValue));
-        return int(std::nearbyint(regional::val(text)));
+    auto storedIndex = [](const settings::Number &key) {
+        return int(std::nearbyint(regional::val(key.storedSetting())));
     };
-    auto setBox = [](QCheckBox *c, const char *key) {
-        c->setChecked(settings::isOn(Printing, QString::fromLatin1(key)));
-    };
+    auto setBox = [](QCheckBox *c, const settings::Flag &key) { c->setChecked(key.isOn()); };
 
-    turnOn(m_optTitle, storedIndex("InvoiceTitleOption", "0"));
-    m_txtTitle->setText(
-        settings::getStoredSetting(QStringLiteral("InvoiceTitleText"), QString(), QStringLiteral("KeepCaps")));
-    turnOn(m_optTitleSize, storedIndex("InvoiceTitleSize", "2"));
-    setBox(m_chkAddDate, "AddInvoiceDateToInvoice");
-    setBox(m_chkDuplicates, "PrintDuplicateInvoices");
+    turnOn(m_optTitle, storedIndex(settings::InvoiceTitleOption));
+    m_txtTitle->setText(settings::InvoiceTitleText.storedSetting());
+    turnOn(m_optTitleSize, storedIndex(settings::InvoiceTitleSize));
+    setBox(m_chkAddDate, settings::AddInvoiceDateToInvoice);
+    setBox(m_chkDuplicates, settings::PrintDuplicateInvoices);
 
     m_isApplyingSettings = true;
-    setBox(m_chkKeepTwelve, "KeepTwelveLines");
-    setBox(m_chkMove, "MoveBottomTextAccordingly");
+    setBox(m_chkKeepTwelve, settings::KeepTwelveLines);
+    setBox(m_chkMove, settings::MoveBottomTextAccordingly);
     m_chkMove->setEnabled(!m_chkKeepTwelve->isChecked());
     showPreviewBottom();
     m_isApplyingSettings = false;
 
-    m_printPreviewSelected =
-        float(regional::val(settings::read(Printing, QStringLiteral("PrintPreviewSelected"), QStringLiteral("0"))));
+    m_printPreviewSelected = float(regional::val(settings::PrintPreviewSelected.stored()));
     showPreviewTemplate();
 }
 

@@ -25,88 +25,6 @@ namespace qor::settings {
 
 namespace {
 
-using R = ReadRule;
-
-// Every key the program keeps, with its default and how it is read. The rest
-// of the program asks this table instead of repeating defaults at each read.
-// Indexes of panels, title options and preview templates only ever come from
-// the program itself; one edited by hand to a value with no control behind
-// it reads as the default instead.
-const KeyInfo kKeys[] = {
-    // section, key, default, read rule, written back when absent, range...
-    {"Settings", "CheckToConfirmEdits", "True", R::FalseCheck, false},
-    {"Settings", "ExpertMode", "False", R::TrueCheck, false},
-    {"Settings", "LastClicked", "0", R::Plain, true, 0, 6, "0"},
-    {"Settings", "InvoiceTitleOption", "0", R::Plain, true, 0, 2, "0"},
-    {"Settings", "InvoiceTitleText", "", R::Plain, false, 1, 0, nullptr, true},
-    {"Settings", "InvoiceTitleSize", "2", R::Plain, true, 0, 2, "2"},
-    {"FileHandling", "DatabasePath", nullptr, R::Plain, false},
-    // Earlier versions kept by each save: the newest so many, one a day for
-    // so many days, and all of them within so many megabytes.
-    {"FileHandling", "VersionsKept", "20", R::Plain, false, 1, 10000, "20"},
-    {"FileHandling", "VersionsDays", "60", R::Plain, false, 0, 36500, "60"},
-    {"FileHandling", "VersionsMaxMB", "2048", R::Plain, false, 1, 1 << 30, "2048"},
-    {"Printing", "AddInvoiceDateToInvoice", "False", R::TrueCheck, false},
-    {"Printing", "PrintDuplicateInvoices", "False", R::TrueCheck, false},
-    {"Printing", "KeepTwelveLines", "True", R::FalseCheck, false},
-    {"Printing", "MoveBottomTextAccordingly", "False", R::TrueCheck, false},
-    {"Printing", "PrintPreviewSelected", "0", R::Plain, false, 0, 2, "0"},
-    {"Printing", "X-Margin", "2", R::Plain, true},
-    {"Printing", "Y-Margin", "12", R::Plain, true},
-    // The Statements window: reminders after so many days, the letter (its
-    // default lives with the statements), one PDF per customer or one for all.
-    {"Printing", "ReminderDays", "14", R::Plain, false, 1, 9999, "14"},
-    {"Printing", "ReminderText", nullptr, R::Plain, false, 1, 0, nullptr, true},
-    {"Printing", "StatementsOneFilePerCustomer", "False", R::TrueCheck, false},
-    {"BrowseRecall", "view", "lvwpeek", R::Plain, false},
-    {"BrowseRecall", "LastViewedCustomer", "1", R::Plain, false},
-    {"Messages", "DontShowExplanationOfClosingBooks", "False", R::TrueCheck, false},
-    {"Messages", "DontShowNeedToFillCompanyInfo", "False", R::TrueCheck, false},
-    {"Messages", "DeletedCustomer", "False", R::TrueCheck, false},
-    {"FormPositions", "_WindowState", "0", R::Plain, false, 1, 0, nullptr, false, true},
-    {"FormPositions", "_Left", "-999", R::Plain, false, 1, 0, nullptr, false, true},
-    {"FormPositions", "_Top", "-999", R::Plain, false, 1, 0, nullptr, false, true},
-    {"FormPositions", "_Width", nullptr, R::Plain, false, 1, 0, nullptr, false, true},
-    {"FormPositions", "_Height", nullptr, R::Plain, false, 1, 0, nullptr, false, true},
-    {"CustomerListPrint", "PageTitle", "Customer List", R::Plain, false},
-    {"CustomerListPrint", "Columns", "3", R::Plain, false, 1, 4, "3"},
-    {"CustomerListPrint", "BlankLinesBetween", "1", R::Plain, true, 0, 4, "1"},
-    {"CustomerListPrint", "PrintAddress", "True", R::FalseCheck, false},
-    {"CustomerListPrint", "PrintEmail", "True", R::FalseCheck, false},
-    {"CustomerListPrint", "PrintPhone", "True", R::FalseCheck, false},
-    {"CustomerListPrint", "PrintNotes", "True", R::FalseCheck, false},
-    {"CustomerListPrint", "PrintPageNumbers", "True", R::FalseCheck, false},
-    {"CustomerListPrint", "PrintFontName", "Arial", R::Plain, false},
-    {"CustomerListPrint", "PrintFontStyleSize", "Regular 8", R::Plain, false},
-    // The e-mail account (the password is kept in the keyring, never here)
-    // and the texts of the messages; SmtpPort's default follows Security.
-    {"EMail", "SmtpServer", "", R::Plain, false},
-    {"EMail", "SmtpPort", nullptr, R::Plain, false, 1, 65535},
-    {"EMail", "Security", "SSL/TLS", R::Plain, false},
-    {"EMail", "UserName", "", R::Plain, false},
-    {"EMail", "SenderName", "", R::Plain, false},
-    {"EMail", "SenderAddress", "", R::Plain, false},
-    {"EMail", "ReplyTo", "", R::Plain, false},
-    {"EMail", "SendMeACopy", "False", R::TrueCheck, false},
-    {"EMail", "CAFile", "", R::Plain, false},
-    {"EMail", "InvoiceSubject", "Invoice {period} from {company}", R::Plain, false},
-    {"EMail", "InvoiceBody",
-     "Dear {customer},\n\nplease find attached our invoice for {period}. The amount of {amount} is due by "
-     "{due date}.\n\nThank you for your business.\n\n{company}\n",
-     R::Plain, false},
-    {"EMail", "StatementSubject", "Statement of account from {company}", R::Plain, false},
-    {"EMail", "StatementBody",
-     "Dear {customer},\n\nplease find attached your statement of account as of {period}. The balance is "
-     "{amount}.\n\nKind regards,\n\n{company}\n",
-     R::Plain, false},
-    {"EMail", "ReminderSubject", "Payment reminder from {company}", R::Plain, false},
-    {"EMail", "ReminderBody",
-     "Dear {customer},\n\nour records show {amount} that was due by {due date} and is still open. The details are "
-     "attached. If you have paid in the meantime, please disregard this reminder.\n\nKind regards,\n\n"
-     "{company}\n",
-     R::Plain, false},
-};
-
 QString fullKey(const QString &section, const QString &key)
 {
     return section + u'/' + key;
@@ -145,34 +63,6 @@ int toWhole(double v)
 
 }  // namespace
 
-const KeyInfo *allKeys(int *count)
-{
-    if (count)
-        *count = int(std::size(kKeys));
-    return kKeys;
-}
-
-const KeyInfo *findKey(QStringView section, QStringView key)
-{
-    for (const KeyInfo &k : kKeys) {
-        if (section.compare(QLatin1String(k.section), Qt::CaseInsensitive) != 0)
-            continue;
-        if (k.perForm) {
-            if (key.endsWith(QLatin1String(k.key), Qt::CaseInsensitive) && key.size() > qsizetype(qstrlen(k.key)))
-                return &k;
-        } else if (key.compare(QLatin1String(k.key), Qt::CaseInsensitive) == 0) {
-            return &k;
-        }
-    }
-    return nullptr;
-}
-
-QString read(const QString &section, const QString &key, const QString &defaultValue)
-{
-    const QString t = rawText(section, key);
-    return t.isNull() ? defaultValue : t;
-}
-
 namespace {
 
 std::function<void(const QString &)> s_reporter;
@@ -193,14 +83,7 @@ QString reasonStoreFails(const QString &path)
     return QStringLiteral("the file could not be written");
 }
 
-}  // namespace
-
-void setProblemReporter(std::function<void(const QString &)> report)
-{
-    s_reporter = std::move(report);
-    s_reported = false;
-}
-
+// Every write of the store goes through here.
 void write(const QString &section, const QString &key, const QString &value)
 {
     QSettings store(storePath(), QSettings::IniFormat);
@@ -213,93 +96,117 @@ void write(const QString &section, const QString &key, const QString &value)
                    .arg(QDir::toNativeSeparators(storePath()), reasonStoreFails(storePath())));
 }
 
-QString value(const QString &section, const QString &key, const QString &defaultValue)
+}  // namespace
+
+void setProblemReporter(std::function<void(const QString &)> report)
 {
-    const QString stored = rawText(section, key);
+    s_reporter = std::move(report);
+    s_reported = false;
+}
+
+namespace {
+
+// A key read by the table: a stored empty text counts as absent.
+QString value(const KeyInfo &info, const QString &key, const QString &fallback)
+{
+    const QString stored = rawText(QString::fromLatin1(info.section), key);
     if (!stored.isEmpty())
         return stored;
-    const KeyInfo *info = findKey(section, key);
-    if (!info || !info->defaultValue)
-        return defaultValue;
-    const QString def = QString::fromUtf8(info->defaultValue);
-    if (info->writtenBack)
-        write(section, key, def);
+    if (!info.defaultValue)
+        return fallback;
+    const QString def = QString::fromUtf8(info.defaultValue);
+    if (info.writtenBack)
+        write(QString::fromLatin1(info.section), key, def);
     return def;
 }
 
-bool isOn(const QString &section, const QString &key)
+int readNumber(const KeyInfo &info, const QString &key, int fallback)
 {
-    const QString t = rawText(section, key).toLower();
-    const KeyInfo *info = findKey(section, key);
-    if (info && info->rule == ReadRule::FalseCheck)
-        return t != QLatin1String("false");
-    return t == QLatin1String("true");
-}
-
-void setOn(const QString &section, const QString &key, bool on)
-{
-    write(section, key, on ? QStringLiteral("True") : QStringLiteral("False"));
-}
-
-double readDouble(const QString &section, const QString &key, double defaultValue)
-{
-    const KeyInfo *info = findKey(section, key);
-    const QString stored = rawText(section, key);
-    if (stored.isEmpty() && (!info || !info->defaultValue))
-        return defaultValue;
-    return regional::val(value(section, key));
-}
-
-int readNumber(const QString &section, const QString &key, int defaultValue)
-{
-    const KeyInfo *info = findKey(section, key);
-    const QString stored = rawText(section, key);
-    if (stored.isEmpty() && (!info || !info->defaultValue))
-        return defaultValue;
-    const int n = toWhole(regional::val(value(section, key)));
-    if (info && info->low <= info->high && (n < info->low || n > info->high) && info->outOfRange)
-        return toWhole(regional::val(QString::fromUtf8(info->outOfRange)));
+    const QString stored = rawText(QString::fromLatin1(info.section), key);
+    if (stored.isEmpty() && !info.defaultValue)
+        return fallback;
+    const int n = toWhole(regional::val(value(info, key, {})));
+    if (info.low <= info.high && (n < info.low || n > info.high) && info.outOfRange)
+        return toWhole(regional::val(QString::fromUtf8(info.outOfRange)));
     return n;
 }
 
-QString getStoredSetting(const QString &key, const QString &defaultValue, const QString &option)
+QString onOff(bool on) { return on ? QStringLiteral("True") : QStringLiteral("False"); }
+
+}  // namespace
+
+QString Key::stored() const { return rawText(section(), name()); }
+
+void Key::store(const QString &text) const { write(section(), name(), text); }
+
+QString Key::text(const QString &fallback) const { return value(info(), name(), fallback); }
+
+QString Key::storedSetting() const
 {
-    const QString section = QStringLiteral("Settings");
-    const bool keepCaps = option == QLatin1String("KeepCaps");
-    QString v = read(section, key);
-    if (!keepCaps)
+    QString v = stored();
+    if (!info().keepCaps)
         v = v.toLower();
     if (v.isEmpty()) {
-        write(section, key, defaultValue);
-        v = keepCaps ? defaultValue : defaultValue.toLower();
+        const QString def = defaultText();
+        store(def);
+        v = info().keepCaps ? def : def.toLower();
     }
     return v;
 }
 
-void putStoredSetting(const QString &key, const QString &value)
+bool Flag::isOn() const
 {
-    write(QStringLiteral("Settings"), key, value);
+    const QString t = stored().toLower();
+    if (info().rule == ReadRule::FalseCheck)
+        return t != QLatin1String("false");
+    return t == QLatin1String("true");
 }
 
-int customerListColumns()
+void Flag::set(bool on) const { store(onOff(on)); }
+
+int Number::get(int fallback) const { return readNumber(info(), name(), fallback); }
+
+void Number::set(int n) const { store(QString::number(n)); }
+
+QString FormKey::stored(const QString &form) const
 {
-    return readNumber(QStringLiteral("CustomerListPrint"), QStringLiteral("Columns"));
+    return rawText(QString::fromLatin1(info().section), name(form));
 }
 
-int customerListBlankLines()
+int FormKey::get(const QString &form, int fallback) const { return readNumber(info(), name(form), fallback); }
+
+void FormKey::set(const QString &form, const QString &text) const
 {
-    return readNumber(QStringLiteral("CustomerListPrint"), QStringLiteral("BlankLinesBetween"));
+    write(QString::fromLatin1(info().section), name(form), text);
 }
+
+QString confirmEditsText()
+{
+    const QString t = CheckToConfirmEdits.stored();
+    return t.isNull() ? QStringLiteral("True") : t;
+}
+
+namespace {
+const QString MessagesSection = QStringLiteral("Messages");
+}  // namespace
+
+bool isMessageMarked(const QString &key)
+{
+    return rawText(MessagesSection, key).toLower() == QLatin1String("true");
+}
+
+void markMessage(const QString &key) { write(MessagesSection, key, QStringLiteral("True")); }
+
+int customerListColumns() { return Columns.get(); }
+
+int customerListBlankLines() { return BlankLinesBetween.get(); }
 
 namespace {
 void ensureEnvelopeMargins()
 {
-    const QString printing = QStringLiteral("Printing");
-    if (rawText(printing, QStringLiteral("X-Margin")).isEmpty()) {
-        const KeyInfo *x = findKey(printing, u"X-Margin");
-        const KeyInfo *y = findKey(printing, u"Y-Margin");
-        write(printing, QStringLiteral("X-Margin"), QString::fromUtf8(x->defaultValue));
-        write(printing, QStringLiteral("Y-Margin"), QString::fromUtf8(y->defaultValue));
+    if (XMargin.stored().isEmpty()) {
+        XMargin.store(XMargin.defaultText());
+        YMargin.store(YMargin.defaultText());
     }
 }
 }  // namespace
@@ -307,7 +214,7 @@ void ensureEnvelopeMargins()
 double envelopeMarginX()
 {
     ensureEnvelopeMargins();
-    return regional::val(rawText(QStringLiteral("Printing"), QStringLiteral("X-Margin")));
+    return regional::val(XMargin.stored());
 }
 
 double envelopeMarginY()
@@ -315,7 +222,7 @@ double envelopeMarginY()
     ensureEnvelopeMargins();
     // Read as it stands: an empty Y-Margin beside a stored X-Margin is 0 and
     // stays empty; only an empty X-Margin brings the defaults back.
-    return regional::val(rawText(QStringLiteral("Printing"), QStringLiteral("Y-Margin")));
+    return regional::val(YMargin.stored());
 }
 
 QString defaultDatabasePath()
@@ -342,7 +249,7 @@ QString defaultDatabasePath(const QString &appDir)
 
 QString databasePath()
 {
-    const QString stored = rawText(QStringLiteral("FileHandling"), QStringLiteral("DatabasePath"));
+    const QString stored = DatabasePath.stored();
     return stored.isEmpty() ? defaultDatabasePath() : stored;
 }
 
@@ -362,11 +269,10 @@ bool reportedProblem() { return s_reported; }
 
 versions::Policy versionPolicy()
 {
-    const QString s = QStringLiteral("FileHandling");
     versions::Policy p;
-    p.newest = readNumber(s, QStringLiteral("VersionsKept"));
-    p.days = readNumber(s, QStringLiteral("VersionsDays"));
-    p.maxBytes = qint64(readNumber(s, QStringLiteral("VersionsMaxMB"))) << 20;
+    p.newest = VersionsKept.get();
+    p.days = VersionsDays.get();
+    p.maxBytes = qint64(VersionsMaxMB.get()) << 20;
     return p;
 }
 

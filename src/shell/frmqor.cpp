@@ -319,7 +319,7 @@ void FrmQOR::formLoad()
 {
     for (Panel *panel : m_panels)
         panel->move(twipsToPx(PanelLeft), 0);
-    settings::write(QStringLiteral("BrowseRecall"), QStringLiteral("view"), QStringLiteral("lvwpeek"));
+    settings::BrowseView.set(settings::BrowseView.defaultText());
     m_loadingForm = true;
 
     m_dateFormatString = regional::dateFormatString();
@@ -333,8 +333,7 @@ void FrmQOR::formLoad()
 
     optionsPanel()->showVersion();
 
-    const double stored =
-        regional::val(settings::getStoredSetting(QStringLiteral("LastClicked"), QStringLiteral("0")));
+    const double stored = regional::val(settings::LastClicked.storedSetting());
     int index = int(std::nearbyint(stored));
     // Only the program writes this value; anything else opens the first panel.
     if (index < 0 || index > 6)
@@ -565,7 +564,7 @@ bool FrmQOR::cmdOpenHelpClick() { return userguide::open(this); }
 
 void FrmQOR::closeEvent(QCloseEvent *event)
 {
-    settings::putStoredSetting(QStringLiteral("LastClicked"), QString::number(m_currentPanel));
+    settings::LastClicked.set(m_currentPanel);
     // The notice of a new version is answered first; DOWNLOAD hides it.
     if (maintenance::FrmUpdate::isShowing()) {
         event->ignore();
@@ -600,8 +599,7 @@ void FrmQOR::closeEvent(QCloseEvent *event)
     if (customerPanel()->rowCount() > 0) {
         const int position = customerPanel()->selectedPosition();
         if (position > 0)
-            settings::write(QStringLiteral("BrowseRecall"), QStringLiteral("LastViewedCustomer"),
-                            QString::number(position));
+            settings::LastViewedCustomer.set(position);
     }
     saveFormPosition(this);
     maintenance::closeMaintenanceForms();

@@ -24,10 +24,6 @@
 
 namespace qor {
 
-namespace {
-const char *onOff(bool on) { return on ? "True" : "False"; }
-}  // namespace
-
 OptionsPanel::OptionsPanel(AppContext &ctx, QWidget *parent) : Panel(5, ctx, parent)
 {
     m_version = require<QLabel>("lblVersionNumber");
@@ -61,10 +57,10 @@ OptionsPanel::OptionsPanel(AppContext &ctx, QWidget *parent) : Panel(5, ctx, par
     // A box set from code runs its handler as a click does, so ApplySettings
     // writes back what it has just read.
     connect(m_confirmEdits, &QCheckBox::toggled, this, [](bool on) {
-        settings::putStoredSetting(QStringLiteral("CheckToConfirmEdits"), QString::fromLatin1(onOff(on)));
+        settings::CheckToConfirmEdits.set(on);
     });
     connect(m_expertMode, &QCheckBox::toggled, this, [this](bool on) {
-        settings::putStoredSetting(QStringLiteral("ExpertMode"), QString::fromLatin1(onOff(on)));
+        settings::ExpertMode.set(on);
         emit expertModeClicked(on);
     });
     for (int i = 0; i < 4; ++i)
@@ -88,14 +84,14 @@ OptionsPanel::OptionsPanel(AppContext &ctx, QWidget *parent) : Panel(5, ctx, par
 }
 
 namespace {
-// The version limits: settings key, caption before, caption after, range.
+// The version limits: settings key (and its range), caption before, caption after.
 struct Limit {
-    const char *key, *before, *after;
-    int low, high;
+    settings::Number key;
+    const char *before, *after;
 };
-const Limit Limits[3] = {{"VersionsKept", "Keep the newest", "versions,", 1, 10000},
-                         {"VersionsDays", "and one a day for", "days,", 0, 36500},
-                         {"VersionsMaxMB", "all within", "MB.", 1, 1 << 30}};
+const Limit Limits[3] = {{settings::VersionsKept, "Keep the newest", "versions,"},
+                         {settings::VersionsDays, "and one a day for", "days,"},
+                         {settings::VersionsMaxMB, "all within", "MB."}};
 }  // namespace
 
 void OptionsPanel::buildVersionControls()
@@ -129,8 +125,8 @@ void OptionsPanel::buildVersionControls()
         before->setFont(labelFont);
         before->setGeometry(twipsToPx(120), twipsToPx(top), twipsToPx(1700), twipsToPx(255));
         auto *spin = new QSpinBox(frame);
-        spin->setObjectName(QStringLiteral("spn%1").arg(QString::fromLatin1(Limits[i].key)));
-        spin->setRange(Limits[i].low, Limits[i].high);
+        spin->setObjectName(QStringLiteral("spn%1").arg(Limits[i].key.name()));
+        spin->setRange(Limits[i].key.info().low, Limits[i].key.info().high);
         spin->setAccessibleName(QString::fromLatin1(Limits[i].before) + u' ' + QString::fromLatin1(Limits[i].after));
         spin->setGeometry(twipsToPx(1860), twipsToPx(top - 30), twipsToPx(1080), twipsToPx(285));
         before->setBuddy(spin);
@@ -139,7 +135,7 @@ void OptionsPanel::buildVersionControls()
         after->setGeometry(twipsToPx(3000), twipsToPx(top), twipsToPx(1300), twipsToPx(255));
         // Stored the moment it changes, as every option is.
         connect(spin, &QSpinBox::valueChanged, this, [i](int value) {
-            settings::write(QStringLiteral("FileHandling"), QString::fromLatin1(Limits[i].key), QString::number(value));
+            Limits[i].key.set(value);
         });
         m_limits[size_t(i)] = spin;
     }
@@ -191,12 +187,11 @@ void OptionsPanel::showDatabasePath()
 void OptionsPanel::applySettings()
 {
     showDatabasePath();
-    m_confirmEdits->setChecked(settings::isOn(QStringLiteral("Settings"), QStringLiteral("CheckToConfirmEdits")));
-    m_expertMode->setChecked(settings::isOn(QStringLiteral("Settings"), QStringLiteral("ExpertMode")));
+    m_confirmEdits->setChecked(settings::CheckToConfirmEdits.isOn());
+    m_expertMode->setChecked(settings::ExpertMode.isOn());
     for (int i = 0; i < 3; ++i) {
         const QSignalBlocker quiet(m_limits[size_t(i)]);
-        m_limits[size_t(i)]->setValue(
-            settings::readNumber(QStringLiteral("FileHandling"), QString::fromLatin1(Limits[i].key)));
+        m_limits[size_t(i)]->setValue(Limits[i].key.get());
     }
 }
 

@@ -198,7 +198,7 @@ void Session::becomeFile(const QString &path, std::unique_ptr<FileLock> lock, bo
         m_lock = std::move(lock);
     }
     if (!samePath(path, settings::databasePath()))
-        settings::write(QStringLiteral("FileHandling"), QStringLiteral("DatabasePath"), path);
+        settings::DatabasePath.set(path);
     const bool moved = m_path != path;
     m_path = path;
     setReadOnly(readOnly);

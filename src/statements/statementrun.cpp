@@ -13,38 +13,34 @@
 
 namespace qor::statements {
 
-namespace {
-const QString Section = QStringLiteral("Printing");
-}  // namespace
-
 int reminderDays()
 {
-    return settings::readNumber(Section, QStringLiteral("ReminderDays"), 14);
+    return settings::ReminderDays.get();
 }
 
 void setReminderDays(int days)
 {
-    settings::write(Section, QStringLiteral("ReminderDays"), QString::number(days));
+    settings::ReminderDays.set(days);
 }
 
 QString reminderText()
 {
-    return settings::value(Section, QStringLiteral("ReminderText"), defaultReminderText());
+    return settings::ReminderText.get(defaultReminderText());
 }
 
 void setReminderText(const QString &text)
 {
-    settings::write(Section, QStringLiteral("ReminderText"), text);
+    settings::ReminderText.set(text);
 }
 
 bool oneFilePerCustomer()
 {
-    return settings::isOn(Section, QStringLiteral("StatementsOneFilePerCustomer"));
+    return settings::StatementsOneFilePerCustomer.isOn();
 }
 
 void setOneFilePerCustomer(bool on)
 {
-    settings::setOn(Section, QStringLiteral("StatementsOneFilePerCustomer"), on);
+    settings::StatementsOneFilePerCustomer.set(on);
 }
 
 RunValues storedRunValues(const Database &db, const QDate &asOf, bool reminder)
@@ -52,7 +48,7 @@ RunValues storedRunValues(const Database &db, const QDate &asOf, bool reminder)
     RunValues run;
     run.company = db.company();
     // The layout the invoices print in; a number the forms don't have draws the first.
-    const double chosen = regional::val(settings::read(Section, QStringLiteral("PrintPreviewSelected")));
+    const double chosen = regional::val(settings::PrintPreviewSelected.stored());
     run.templateNumber = chosen == 1 ? 1 : chosen == 2 ? 2
                                                        : 0;
     run.asOf = asOf;

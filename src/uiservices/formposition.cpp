@@ -17,7 +17,6 @@ namespace qor {
 
 namespace {
 
-const QString kSection = QStringLiteral("FormPositions");
 constexpr int kNoPlace = -999;
 
 QScreen *screenOf(const QWidget *form)
@@ -131,21 +130,19 @@ void restoreFormPosition(QWidget *form)
     if (!form || form->objectName().isEmpty())
         return;
     const QString stem = form->objectName();
-    const int state = settings::readNumber(kSection, stem + QStringLiteral("_WindowState"), 0);
+    const int state = settings::FormWindowState.get(stem, 0);
 
     // The normal place and size are applied even when the window opens
     // minimised or maximised, so that going back to normal lands where the
     // user last had the window rather than at the designed place.
     if (!isFixedSize(form)) {
-        const int w = settings::readNumber(kSection, stem + QStringLiteral("_Width"),
-                                           int(std::lround(formWidthTwips(form))));
-        const int h = settings::readNumber(kSection, stem + QStringLiteral("_Height"),
-                                           int(std::lround(formHeightTwips(form))));
+        const int w = settings::FormWidth.get(stem, int(std::lround(formWidthTwips(form))));
+        const int h = settings::FormHeight.get(stem, int(std::lround(formHeightTwips(form))));
         if (w > 0 && h > 0)
             setFormSizeTwips(form, w, h);
     }
-    const int left = settings::readNumber(kSection, stem + QStringLiteral("_Left"), kNoPlace);
-    const int top = settings::readNumber(kSection, stem + QStringLiteral("_Top"), kNoPlace);
+    const int left = settings::FormLeft.get(stem, kNoPlace);
+    const int top = settings::FormTop.get(stem, kNoPlace);
     if (left == kNoPlace && top == kNoPlace) {
         centre(form);
     } else {
@@ -170,16 +167,16 @@ void saveFormPosition(QWidget *form)
         return;
     const QString stem = form->objectName();
     const int state = storedState(form);
-    settings::write(kSection, stem + QStringLiteral("_WindowState"), QString::number(state));
+    settings::FormWindowState.set(stem, QString::number(state));
     // A minimised or maximised window leaves the earlier normal place in the
     // store, and a later normal window opens there.
     if (state != 0)
         return;
-    settings::write(kSection, stem + QStringLiteral("_Left"), number(form->x() * twipsPerPixelX(form)));
-    settings::write(kSection, stem + QStringLiteral("_Top"), number(form->y() * twipsPerPixelY(form)));
+    settings::FormLeft.set(stem, number(form->x() * twipsPerPixelX(form)));
+    settings::FormTop.set(stem, number(form->y() * twipsPerPixelY(form)));
     if (!isFixedSize(form)) {
-        settings::write(kSection, stem + QStringLiteral("_Width"), number(formWidthTwips(form)));
-        settings::write(kSection, stem + QStringLiteral("_Height"), number(formHeightTwips(form)));
+        settings::FormWidth.set(stem, number(formWidthTwips(form)));
+        settings::FormHeight.set(stem, number(formHeightTwips(form)));
     }
 }
 

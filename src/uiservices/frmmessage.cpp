@@ -16,8 +16,6 @@ namespace qor {
 
 namespace {
 
-const QString MessagesSection = QStringLiteral("Messages");
-
 QFont tahomaBold9()
 {
     QFont f(QStringLiteral("Tahoma"));
@@ -137,12 +135,12 @@ void FrmMessage::storeMark()
 {
     if (m_stored || !m_dontShow->isChecked()) return;
     m_stored = true;
-    settings::write(MessagesSection, m_key, QStringLiteral("True"));
+    settings::markMessage(m_key);
 }
 
 bool isMessageMarked(const QString &key)
 {
-    return settings::read(MessagesSection, key).toLower() == QLatin1String("true");
+    return settings::isMessageMarked(key);
 }
 
 QString showMessageForm(QWidget *owner, const QString &text, const QString &key,

@@ -294,8 +294,8 @@ private slots:
 
         // One customer, the stored duplicates and title (the large title
         // reads whole on layout 2 too).
-        settings::write(QStringLiteral("Printing"), QStringLiteral("PrintDuplicateInvoices"), QStringLiteral("True"));
-        settings::write(QStringLiteral("Settings"), QStringLiteral("InvoiceTitleOption"), QStringLiteral("1"));
+        settings::PrintDuplicateInvoices.set(true);
+        settings::InvoiceTitleOption.set(1);
         r = cli({"invoices", file, "--period", "May", "--customer", "4", "--template", "2", "-o", out});
         QCOMPARE(r.out, QStringLiteral("2 pages\n"));
         pages = pagesOf(out);
@@ -318,7 +318,7 @@ private slots:
         QCOMPARE(cli({"invoices", file, "--period", "June", "-o", out}).exitCode, 4);
         QCOMPARE(cli({"invoices", file, "--period", "May", "--customer", "4k", "-o", out}).exitCode, 1);
         QCOMPARE(cli({"invoices", file, "--period", "May", "--template", "3", "-o", out}).exitCode, 1);
-        settings::write(QStringLiteral("Printing"), QStringLiteral("PrintPreviewSelected"), QStringLiteral("7"));
+        settings::PrintPreviewSelected.set(7);
         QCOMPARE(cli({"invoices", file, "--period", "May", "-o", out}).exitCode, 1);
         QCOMPARE(cli({"invoices", file, "--period", "May", "--paper", "legal", "-o", out}).exitCode, 1);
         QCOMPARE(cli({"invoices", file, "--period", "May"}).exitCode, 1);

@@ -108,8 +108,8 @@ struct Sandbox {
         QDir().mkpath(dir.path() + "/runtime");
         QFile::setPermissions(dir.path() + "/runtime", QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         qputenv("XDG_RUNTIME_DIR", (dir.path() + "/runtime").toLocal8Bit());
-        settings::write("FileHandling", "DatabasePath", db);
-        settings::write("Messages", "DeletedCustomer", "True");
+        settings::DatabasePath.set(db);
+        settings::DeletedCustomer.set(true);
     }
     QByteArray fileBytes() const
     {
@@ -120,7 +120,7 @@ struct Sandbox {
 
 inline std::unique_ptr<FrmQOR> openWindow(int panel)
 {
-    settings::write("Settings", "LastClicked", QString::number(panel));
+    settings::LastClicked.set(panel);
     auto w = std::make_unique<FrmQOR>();
     w->formLoad();
     return w;

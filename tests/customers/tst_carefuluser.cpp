@@ -37,7 +37,7 @@ class TstCarefulUser : public QObject {
         const char *names[][2] = {{"Ann", "Lee"}, {"Bob", "Moss"}, {"Cy", "Pike"}, {"Di", "Ross"}, {"Ed", "Shaw"}, {"Flo", "Todd"}, {"Gus", "Urry"}, {"Hal", "Vane"}};
         for (int i = 0; i < 8; ++i) people.append({i + 1, names[i][0], names[i][1]});
         writeDatabase(m_box.db, people, {{1, "Tea", "1.00"}, {2, "Cake", "2.00"}, {3, "Jam", "3.00"}});
-        settings::write("BrowseRecall", "LastViewedCustomer", "1");
+        settings::LastViewedCustomer.set(1);
         m_w = openWindow(panel);
         QVERIFY(QTest::qWaitForWindowActive(m_w.get()));
     }
@@ -61,7 +61,7 @@ private slots:
     {
         m_answers = std::make_unique<Answerer>();
         m_answers->answer = QMessageBox::Ok;
-        settings::putStoredSetting("CheckToConfirmEdits", "True");
+        settings::CheckToConfirmEdits.set(true);
     }
     void cleanup() { discard(m_w); }
 
@@ -238,7 +238,7 @@ private slots:
                 return ScriptedDialogs::messageForm(owner, m);
             }
         } dialogs;
-        settings::write("Messages", "DeletedCustomer", "False");
+        settings::DeletedCustomer.set(false);
         discard(m_w);
         writeDatabase(m_box.db, {{1, "Ann", "Lee"}}, {}, {{7, {}}});
         m_w = openWindow(0);

@@ -40,7 +40,7 @@ class TstCustomerPanel : public QObject {
     {
         discard(m_w);
         writeDatabase(m_box.db, customers, {}, records);
-        settings::write("BrowseRecall", "LastViewedCustomer", recall);
+        settings::LastViewedCustomer.store(recall);
         m_w = openWindow(0);
     }
     void newCustomer(const QString &first, const QString &last = {})
@@ -70,7 +70,7 @@ private slots:
     void init()
     {
         m_answers = std::make_unique<Answerer>();
-        settings::putStoredSetting("CheckToConfirmEdits", "True");
+        settings::CheckToConfirmEdits.set(true);
     }
     void cleanup() { discard(m_w); }
 
@@ -249,7 +249,7 @@ private slots:
         open(seven, {}, "3");
         QCOMPARE(cp()->selectedPosition(), 3);
         QCOMPARE(cp()->fieldText(0), "N3");
-        settings::write("BrowseRecall", "LastViewedCustomer", "9");
+        settings::LastViewedCustomer.set(9);
         cp()->refreshCustomerList();
         QCOMPARE(cp()->selectedPosition(), 1);
         clickRow(list(), 4);
@@ -314,7 +314,7 @@ private slots:
     void saveAndReload()
     {
         open({{1, "Ann", "Lee"}, {2, "Bob", "Moss"}, {3, "Cy", "Pike"}}, {{3, {"1"}}});
-        settings::putStoredSetting("CheckToConfirmEdits", "false");
+        settings::CheckToConfirmEdits.store("false");
         m_answers->answer = QMessageBox::Ok;
         click(btn("cmdAddNew"));
         QTest::keyClicks(field(7), "back\rdoor");
@@ -338,7 +338,7 @@ private slots:
         QVERIFY(!bytes.contains("CID=\"2\"") && bytes.contains("<LName>Pike</LName>\r\n\t\t\t<Current>No</Current>"));
 
         discard(m_w);
-        settings::write("BrowseRecall", "LastViewedCustomer", "2");
+        settings::LastViewedCustomer.set(2);
         m_w = openWindow(0);
         QCOMPARE(rowTexts(list()), QStringList({"Adams, Eve", "Zeller, Ann"}));
         QCOMPARE(currentText(list()), "Zeller, Ann");  // the recalled position

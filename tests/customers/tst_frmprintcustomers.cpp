@@ -35,7 +35,6 @@ class TstFrmPrintCustomers : public QObject {
     Q_OBJECT
     QTemporaryDir m_config;
     int m_round = 0;
-    const QString S = u"CustomerListPrint"_s;
 
     template <class T>
     static T *child(QWidget &w, const QString &name) { return w.findChild<T *>(name); }
@@ -50,10 +49,10 @@ private slots:
 
     void opensFromSettingsWithLimits()
     {
-        settings::write(S, u"Columns"_s, u"9"_s);
-        settings::write(S, u"BlankLinesBetween"_s, u"7"_s);
-        settings::write(S, u"PrintEmail"_s, u"FALSE"_s);
-        settings::write(S, u"PrintFontStyleSize"_s, u"Bold 11"_s);
+        settings::Columns.store(u"9"_s);
+        settings::BlankLinesBetween.store(u"7"_s);
+        settings::PrintEmail.store(u"FALSE"_s);
+        settings::PrintFontStyleSize.store(u"Bold 11"_s);
         KeyedList t;
         QWidget owner;
         owner.setGeometry(100, 100, 800, 600);
@@ -74,7 +73,7 @@ private slots:
         QCOMPARE(child<QPushButton>(f, u"cmdChangeFont"_s)->text(), u"C&hange"_s);
         QVERIFY(child<QPushButton>(f, u"cmdPrint"_s)->isDefault());
         // Opening stored nothing over the out-of-range values.
-        QCOMPARE(settings::read(S, u"Columns"_s), u"9"_s);
+        QCOMPARE(settings::Columns.stored(), u"9"_s);
         const pages::CustomerListOptions o = f.options();
         QCOMPARE(o.columns, 3);
         QCOMPARE(o.blankLines, 1);
@@ -93,20 +92,20 @@ private slots:
         columns->installEventFilter(&spy);
         columns->setCurrentIndex(3);
         emit columns->activated(3);
-        QCOMPARE(settings::read(S, u"Columns"_s), u"4"_s);
+        QCOMPARE(settings::Columns.stored(), u"4"_s);
         auto *blank = child<QComboBox>(f, u"cmbBlankLines"_s);
         blank->setCurrentIndex(0);
         emit blank->activated(0);
-        QCOMPARE(settings::read(S, u"BlankLinesBetween"_s), u"0"_s);
+        QCOMPARE(settings::BlankLinesBetween.stored(), u"0"_s);
         QCoreApplication::processEvents();
         QCOMPARE(spy.rights, 2);  // {RIGHT} after each pick
 
         child<QCheckBox>(f, u"chkPCL(4)"_s)->click();
-        QCOMPARE(settings::read(S, u"PrintPageNumbers"_s), u"False"_s);
+        QCOMPARE(settings::PrintPageNumbers.stored(), u"False"_s);
         child<QCheckBox>(f, u"chkPCL(4)"_s)->click();
-        QCOMPARE(settings::read(S, u"PrintPageNumbers"_s), u"True"_s);
+        QCOMPARE(settings::PrintPageNumbers.stored(), u"True"_s);
         QTest::keyClicks(child<QLineEdit>(f, u"txtPageTitle"_s), u" & Co"_s);
-        QCOMPARE(settings::read(S, u"PageTitle"_s), u"Customer List & Co"_s);
+        QCOMPARE(settings::PageTitle.stored(), u"Customer List & Co"_s);
     }
 
     void changeFont()
@@ -124,8 +123,8 @@ private slots:
         QCOMPARE(dialogs.last().kind, u"font"_s);
         QCOMPARE(child<QLabel>(f, u"lblFontName(0)"_s)->text(), u"DejaVu Serif"_s);
         QCOMPARE(child<QLabel>(f, u"lblFontName(1)"_s)->text(), u"Bold Italic 10"_s);
-        QCOMPARE(settings::read(S, u"PrintFontName"_s), u"DejaVu Serif"_s);
-        QCOMPARE(settings::read(S, u"PrintFontStyleSize"_s), u"Bold Italic 10"_s);
+        QCOMPARE(settings::PrintFontName.stored(), u"DejaVu Serif"_s);
+        QCOMPARE(settings::PrintFontStyleSize.stored(), u"Bold Italic 10"_s);
         f.cmdChangeFontClick();  // cancel: nothing changes
         QCOMPARE(child<QLabel>(f, u"lblFontName(1)"_s)->text(), u"Bold Italic 10"_s);
         const pages::ListFont lf = pages::parseListFont(f.options().fontName, f.options().fontStyleSize);

@@ -142,7 +142,7 @@ private slots:
         QCOMPARE(a.port, 465);
         QVERIFY(a.security == Security::SslTls && !a.sendMeACopy && !a.problem().isEmpty());
         QCOMPARE(loadTexts().subjectOf(MailKind::Reminder), u"Payment reminder from {company}"_s);
-        settings::write(u"EMail"_s, u"Security"_s, u"STARTTLS"_s);
+        settings::MailSecurity.store(u"STARTTLS"_s);
         QCOMPARE(loadAccount().port, 587);  // the port follows the security while none is stored
         a = {u"smtp.example.com"_s, 2525, Security::StartTls, u"me"_s, u"Me"_s, u"me@example.com"_s, {}, true, {}};
         saveAccount(a);

@@ -205,7 +205,7 @@ private slots:
     {
         const int port = smtp.start(u"implicit"_s, {"--user", "billing", "--password", Password});
         QVERIFY2(port, qPrintable(smtp.error));
-        settings::write(u"EMail"_s, u"CAFile"_s, smtp.caFile());
+        settings::CAFile.set(smtp.caFile());
         MemoryPasswordStore keyring;
         keyring.keyringRunning = false;
         ScriptedDialogs dialogs;
@@ -257,7 +257,7 @@ private slots:
         const int port = smtp.start(u"starttls"_s, {"--user", "billing", "--password", Password});
         QVERIFY2(port, qPrintable(smtp.error));
         saveAccount(account(port, Security::StartTls));
-        settings::write(u"EMail"_s, u"CAFile"_s, smtp.caFile());
+        settings::CAFile.set(smtp.caFile());
         Database db;
         {
             test::TablesEdit tables(db);

@@ -60,13 +60,13 @@ private slots:
     void logoOpensOnlyForLvwpeek()
     {
         auto w = openWindow(0);
-        QCOMPARE(settings::read(u"BrowseRecall"_s, u"view"_s), u"lvwpeek"_s);  // written at every start
+        QCOMPARE(settings::BrowseView.stored(), u"lvwpeek"_s);  // written at every start
         for (const QString value : {u"LvwPeek"_s, u"lvwpeek "_s, u""_s}) {
-            settings::write(u"BrowseRecall"_s, u"view"_s, value);
+            settings::BrowseView.set(value);
             QTest::mouseClick(logo(*w), Qt::LeftButton);
             QVERIFY2(!FrmListLVWs::existing(), qPrintable(value));
         }
-        settings::write(u"BrowseRecall"_s, u"view"_s, u"lvwpeek"_s);
+        settings::BrowseView.store(u"lvwpeek"_s);
         QTest::mouseClick(logo(*w), Qt::RightButton);
         QVERIFY(!FrmListLVWs::existing());
         QTest::mouseClick(logo(*w), Qt::LeftButton);
@@ -89,8 +89,8 @@ private slots:
         QPointer<FrmListLVWs> gone = v;
         discard(w);
         QTRY_VERIFY(!gone);
-        QCOMPARE(settings::read(u"FormPositions"_s, u"frmListLVWs_Left"_s), QString::number(qRound(pxToTwips(150))));
-        QVERIFY(!settings::read(u"FormPositions"_s, u"frmListLVWs_Width"_s).isEmpty());
+        QCOMPARE(settings::FormLeft.stored(u"frmListLVWs"_s), QString::number(qRound(pxToTwips(150))));
+        QVERIFY(!settings::FormWidth.stored(u"frmListLVWs"_s).isEmpty());
     }
 
     void rowsOfEachTable()

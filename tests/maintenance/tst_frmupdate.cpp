@@ -34,7 +34,6 @@ class TstFrmUpdate : public QObject {
         f.close();
         QVERIFY(f.setPermissions(f.permissions() | QFileDevice::ExeOwner | QFileDevice::ExeUser));
     }
-    static QString stored(const char *key) { return settings::read(u"FormPositions"_s, QString::fromLatin1(key)); }
 
 private slots:
     void initTestCase()
@@ -70,21 +69,21 @@ private slots:
     {
         auto w = openWindow(2);
         writeStandIn(updater);
-        settings::write(u"Settings"_s, u"LastClicked"_s, u"0"_s);
+        settings::LastClicked.set(0);
         FrmUpdate::showFor(w.get());
         w->showDatabaseChanged(true);
         Answerer a;
         QVERIFY(!w->close());
         QVERIFY(w->isVisible() && FrmUpdate::isShowing());
         QVERIFY(a.seen().isEmpty());  // refused before the question about changes
-        QCOMPARE(settings::read(u"Settings"_s, u"LastClicked"_s), u"2"_s);
+        QCOMPARE(settings::LastClicked.stored(), u"2"_s);
 
         // Closed by the user: no updater, no stored place, and the window closes as usual.
         QPointer<FrmUpdate> f = FrmUpdate::existing();
         QVERIFY(f->close());
         QTRY_VERIFY(!f);
         QVERIFY(w->isVisible());
-        QVERIFY(stored("frmUpdate_Left").isEmpty());
+        QVERIFY(settings::FormLeft.stored(u"frmUpdate"_s).isEmpty());
         QTest::qWait(200);
         QVERIFY(!QFile::exists(marker));
         a.answer = QMessageBox::No;
@@ -117,9 +116,9 @@ private slots:
         QVERIFY(m.open(QIODevice::ReadOnly));
         const QStringList lines = QString::fromLocal8Bit(m.readAll()).split(u'\n', Qt::SkipEmptyParts);
         QCOMPARE(lines, (QStringList{QFileInfo(QCoreApplication::applicationDirPath()).canonicalFilePath(), u"0"_s}));
-        QCOMPARE(stored("frmUpdate_WindowState"), u"0"_s);
-        QCOMPARE(stored("frmUpdate_Left"), QString::number(qRound(pxToTwips(300))));
-        QVERIFY(stored("frmUpdate_Width").isEmpty());  // a fixed form keeps no size
+        QCOMPARE(settings::FormWindowState.stored(u"frmUpdate"_s), u"0"_s);
+        QCOMPARE(settings::FormLeft.stored(u"frmUpdate"_s), QString::number(qRound(pxToTwips(300))));
+        QVERIFY(settings::FormWidth.stored(u"frmUpdate"_s).isEmpty());  // a fixed form keeps no size
         w.reset();
     }
 

@@ -70,7 +70,7 @@ private slots:
     {
         Sandbox box;
         writeBooks(box);
-        settings::write(u"Printing"_s, u"PrintPreviewSelected"_s, u"1"_s);
+        settings::PrintPreviewSelected.set(1);
         auto w = openWindow(3);
         PrintingPanel *panel = w->printingPanel();
         Answerer answers;
@@ -176,12 +176,12 @@ private slots:
         QVERIFY(jobs == 3 && w->currentPanel() == 3);
 
         // Marked not to be shown again: no question.
-        settings::write(u"Messages"_s, u"DontShowNeedToFillCompanyInfo"_s, u"true"_s);
+        settings::DontShowNeedToFillCompanyInfo.store(u"true"_s);
         click(button);
         QVERIFY(jobs == 6 && asking->dialogs.seen.size() == 2);
 
         // An address without a name: not asked either.
-        settings::write(u"Messages"_s, u"DontShowNeedToFillCompanyInfo"_s, QString());
+        settings::DontShowNeedToFillCompanyInfo.store(QString());
         w->db().setCompanyField(1, u"1 Main St"_s);
         click(button);
         QVERIFY(jobs == 9 && asking->dialogs.seen.size() == 2);
@@ -246,12 +246,12 @@ private slots:
         };
         panel->printEnvelopes({});
         QVERIFY(jobs.isEmpty() && answers.seen().isEmpty());
-        QCOMPARE(settings::read(u"Printing"_s, u"X-Margin"_s), u"2"_s);
-        QCOMPARE(settings::read(u"Printing"_s, u"Y-Margin"_s), u"12"_s);
+        QCOMPARE(settings::XMargin.stored(), u"2"_s);
+        QCOMPARE(settings::YMargin.stored(), u"12"_s);
 
         // Three customers, the second job refused.
-        settings::write(u"Printing"_s, u"X-Margin"_s, u"3.5"_s);
-        settings::write(u"Printing"_s, u"Y-Margin"_s, u"2.5"_s);
+        settings::XMargin.store(u"3.5"_s);
+        settings::YMargin.store(u"2.5"_s);
         bool eventRan = false;
         QMetaObject::invokeMethod(
             this, [&] { eventRan = true; }, Qt::QueuedConnection);

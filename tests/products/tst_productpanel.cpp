@@ -41,7 +41,7 @@ private slots:
     {
         QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
         m_answers = std::make_unique<Answerer>();
-        settings::putStoredSetting("CheckToConfirmEdits", "True");
+        settings::CheckToConfirmEdits.set(true);
     }
     void cleanup() { discard(m_w); }
 
@@ -132,7 +132,7 @@ private slots:
         click(btn("cmdCancelNewItem"));
         QCOMPARE(m_answers->last().title, "Delete Existing Product or Service???");
         QCOMPARE(table().count(), 3);
-        settings::putStoredSetting("CheckToConfirmEdits", "false");
+        settings::CheckToConfirmEdits.store("false");
         m_answers->answer = QMessageBox::Ok;
         click(btn("cmdCancelNewItem"));
         QCOMPARE(m_answers->seen().size(), 2);
@@ -140,7 +140,7 @@ private slots:
         QCOMPARE(table().textOf(u"2k"), "000000008.00" + ArchiveMark + "$8.00 - Brush");
         QCOMPARE(rowTexts(list()), QStringList({"$5.00 - Soap", "$20.00 - Mop"}));
         QCOMPARE(currentText(list()), "$5.00 - Soap");
-        settings::putStoredSetting("CheckToConfirmEdits", "False");
+        settings::CheckToConfirmEdits.set(false);
         click(btn("cmdCancelNewItem"));
         QCOMPARE(m_answers->seen().size(), 2);
         QCOMPARE(statusText(*m_w), "Entry deleted.");

@@ -28,7 +28,7 @@ class TstAppearance : public QObject {
     QStringList overAllModes(const Check &check)
     {
         writeDatabase(sb.db, {{1, "Ann", "Lee"}}, {{1, "Lawn care", "90.50"}}, {{1, {"1"}}});
-        settings::write("Settings", "ExpertMode", "False");
+        settings::ExpertMode.set(false);
         ScriptedDialogs dialogs;
         auto w = openWindow(0);
         QStringList problems;

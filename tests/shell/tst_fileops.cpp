@@ -69,8 +69,8 @@ private slots:
         writeDatabase(sb.db, {{1, u"Ann"_s, u"Lee"_s}, {2, u"Bob"_s, u"Moss"_s}, {3, u"Old"_s, u"Gone"_s, false}},
                       {{1, u"Mowing"_s, u"10"_s}, {2, u"Raking"_s, u"5"_s, false}},
                       {{1, {u"1"_s}}, {2, {u"1"_s, u"1"_s}}});
-        settings::write(u"FileHandling"_s, u"DatabasePath"_s, sb.db);
-        settings::write(u"Messages"_s, u"DontShowExplanationOfClosingBooks"_s, u"False"_s);
+        settings::DatabasePath.set(sb.db);
+        settings::DontShowExplanationOfClosingBooks.set(false);
         dialogs = std::make_unique<ClsDIALOGS>(false);
         answers = std::make_unique<ScriptedDialogs>();
         w = openWindow(5);
@@ -240,7 +240,7 @@ private slots:
         // Without pending changes the old file is not written. The statements
         // saved first hold what is owed as of today.
         const QByteArray original = sb.fileBytes();
-        settings::write(u"Messages"_s, u"DontShowExplanationOfClosingBooks"_s, u"TRUE"_s);
+        settings::DontShowExplanationOfClosingBooks.store(u"TRUE"_s);
         const qsizetype asked = answers->seen.size();
         answers->nextAnswers = {QMessageBox::Save};
         answers->nextFileNames = {at(u"Owed"_s), at(u"Year2"_s)};

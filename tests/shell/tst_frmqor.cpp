@@ -39,10 +39,6 @@ class TstFrmQOR : public QObject {
                                                                  : -2;
         return shown;
     }
-    static QString stored(const char *section, const char *key)
-    {
-        return settings::read(QString::fromLatin1(section), QString::fromLatin1(key));
-    }
     static QString snapshot(const QString &path)
     {  // bytes and time of change: did anyone write it?
         QFile f(path);
@@ -72,7 +68,7 @@ private slots:
         QCOMPARE(QFileInfo(sb.db).size(), 0);  // created empty
         // The designed closing line was emptied by the read: that is a change.
         QVERIFY(w->cmdSave()->isVisible() && w->cmdCancel()->isVisible());
-        QCOMPARE(stored("Settings", "LastClicked"), u"0"_s);
+        QCOMPARE(settings::LastClicked.stored(), u"0"_s);
         QCOMPARE(shownPanel(*w), 0);
         QCOMPARE(QSize(qRound(formWidthTwips(w.get())), qRound(formHeightTwips(w.get()))), QSize(10110, 6765));
         QVERIFY(qAbs(w->x() - (w->screen()->geometry().width() - w->width()) / 2) <= 8);  // centred
@@ -124,14 +120,14 @@ private slots:
         QVERIFY(w->close());
         QCOMPARE(a.seen().size(), 3);
         QVERIFY(sb.fileBytes().contains("Harbour Ltd"));
-        QCOMPARE(stored("BrowseRecall", "LastViewedCustomer"), u"2"_s);
+        QCOMPARE(settings::LastViewedCustomer.stored(), u"2"_s);
 
         // A file just read is no change: no question. An empty list keeps the stored customer.
         writeDatabase(sb.db, {});
         w = openWindow(0);
         QVERIFY(w->close());
         QCOMPARE(a.seen().size(), 3);
-        QCOMPARE(stored("BrowseRecall", "LastViewedCustomer"), u"2"_s);
+        QCOMPARE(settings::LastViewedCustomer.stored(), u"2"_s);
     }
 
     // The title names the file and its state; Ctrl+S, F1 and Ctrl+Q act as
@@ -265,6 +261,7 @@ private slots:
         QTest::mouseClick(w->cmdTab(5), Qt::LeftButton);
         QVERIFY(shown(5, "cmdChangePath(2)"));
         w->panel(5)->control<QCheckBox>(u"chkExpertMode"_s)->click();
+        QCOMPARE(settings::ExpertMode.stored(), u"True"_s);
         QVERIFY(!shown(3, "lblRightClickForNote") && !shown(6, "lblSaveDatabaseToUpdate"));
         discard(w);
     }
@@ -274,7 +271,7 @@ private slots:
         // A record of a customer who is gone: placeholder, one-time message, a change.
         for (bool marked : {false, true}) {
             writeDatabase(sb.db, {}, {}, {{7, {}}});
-            settings::setOn(u"Messages"_s, u"DeletedCustomer"_s, marked);
+            settings::DeletedCustomer.set(marked);
             ScriptedDialogs dialogs;
             dialogs.nextFormAnswers.push_back(u"OK"_s);
             auto w = openWindow(0);
@@ -347,7 +344,7 @@ private slots:
 
         // Two real copies (offscreen, as this test runs): the second touches nothing.
         const QString db = sb.dir.path() + u"/proc-test.xml"_s;
-        settings::write(u"FileHandling"_s, u"DatabasePath"_s, db);
+        settings::DatabasePath.set(db);
         settings::sync();
         QProcess first, second;
         first.start(QStringLiteral(QORVANE_BINARY), {});

@@ -60,7 +60,7 @@ struct NeedsMissingControl : Panel {
         else require(name);
     }
 };
-QString stored(const char *section, const char *key) { return settings::read(section, key, u"<absent>"_s); }
+QString stored(const settings::Key &key) { return key.stored().isNull() ? u"<absent>"_s : key.stored(); }
 QRect place(const Panel &p, const QString &name) { return p.controlWidget(name)->geometry(); }
 QList<int> shownOf(const Panel &p, const QString &set)  // which of set(0)..set(2) show
 {
@@ -389,19 +389,19 @@ private slots:
         // A store where the program never ran: confirm on, expert off; only the box that changed writes.
         p.applySettings();
         QVERIFY(confirm->isChecked() && !expert->isChecked() && !p.expertMode());
-        QCOMPARE(stored("Settings", "ExpertMode") + stored("Settings", "CheckToConfirmEdits"), u"False<absent>"_s);
+        QCOMPARE(stored(settings::ExpertMode) + stored(settings::CheckToConfirmEdits), u"False<absent>"_s);
         QCOMPARE(expertSpy.count(), 1);
         QCOMPARE(p.control<QLineEdit>(u"txtChangePath"_s)->text(), settings::databasePath());
         expert->click();
         confirm->click();
-        QCOMPARE(stored("Settings", "ExpertMode") + stored("Settings", "CheckToConfirmEdits"), u"TrueFalse"_s);
+        QCOMPARE(stored(settings::ExpertMode) + stored(settings::CheckToConfirmEdits), u"TrueFalse"_s);
         QCOMPARE(expertSpy.last().at(0).toBool(), true);
         QVERIFY(!p.checkToConfirmEdits() && !ctx.database.isChanged());  // options are no change to the database
 
         expert->setChecked(false);
-        settings::write(u"Settings"_s, u"ExpertMode"_s, u"tRUe"_s);  // any case
-        settings::write(u"Settings"_s, u"CheckToConfirmEdits"_s, u"true"_s);
-        settings::write(u"FileHandling"_s, u"DatabasePath"_s, u"/tmp/x/Books.xml"_s);
+        settings::ExpertMode.store(u"tRUe"_s);  // any case
+        settings::CheckToConfirmEdits.store(u"true"_s);
+        settings::DatabasePath.store(u"/tmp/x/Books.xml"_s);
         p.applySettings();
         QVERIFY(confirm->isChecked() && expert->isChecked());
         QCOMPARE(p.control<QLineEdit>(u"txtChangePath"_s)->text(), u"/tmp/x/Books.xml"_s);
@@ -528,10 +528,10 @@ private slots:
         // Never ran: "Invoice" large, twelve lines kept, the rest off; title option and size written back.
         p->applySettings();
         QVERIFY(box("optInvoiceTitle(0)")->isChecked() && box("optInvoiceTitleSize(2)")->isChecked());
-        QCOMPARE(stored("Settings", "InvoiceTitleOption") + stored("Settings", "InvoiceTitleSize"), u"02"_s);
+        QCOMPARE(stored(settings::InvoiceTitleOption) + stored(settings::InvoiceTitleSize), u"02"_s);
         QVERIFY(box("chkKeepTwelveLines")->isChecked() && !box("chkMoveAccordingly")->isEnabled());
         QVERIFY(!box("chkMoveAccordingly")->isChecked() && !box("chkPrintDuplicateInvoices")->isChecked());
-        QCOMPARE(stored("Printing", "KeepTwelveLines") + stored("Printing", "PrintPreviewSelected"),
+        QCOMPARE(stored(settings::KeepTwelveLines) + stored(settings::PrintPreviewSelected),
                  u"<absent><absent>"_s);  // set under the guard
         QCOMPARE(p->control<QLabel>(u"picPrintPreviewTop(1)"_s)->pixmap().toImage().convertToFormat(QImage::Format_RGB32),
                  pages::makePreviewPictures().top[1].convertToFormat(QImage::Format_RGB32));
@@ -544,30 +544,30 @@ private slots:
                                  "chkPrintDuplicateInvoices", "chkPrintDuplicateInvoices"})
             box(name)->click();
         QTest::keyClicks(p->control<QLineEdit>(u"txtInvoiceTitle"_s), "Bill");
-        QCOMPARE(stored("Settings", "InvoiceTitleOption") + stored("Settings", "InvoiceTitleSize") + stored("Settings", "InvoiceTitleText"), u"21Bill"_s);
-        QCOMPARE(stored("Printing", "AddInvoiceDateToInvoice") + stored("Printing", "PrintDuplicateInvoices"),
+        QCOMPARE(stored(settings::InvoiceTitleOption) + stored(settings::InvoiceTitleSize) + stored(settings::InvoiceTitleText), u"21Bill"_s);
+        QCOMPARE(stored(settings::AddInvoiceDateToInvoice) + stored(settings::PrintDuplicateInvoices),
                  u"TrueFalse"_s);
         box("chkKeepTwelveLines")->click();  // off: the move box comes free
         QVERIFY(box("chkMoveAccordingly")->isEnabled() && bottom() == QList<int>{1});
         box("chkMoveAccordingly")->click();
-        QCOMPARE(stored("Printing", "KeepTwelveLines") + stored("Printing", "MoveBottomTextAccordingly"),
+        QCOMPARE(stored(settings::KeepTwelveLines) + stored(settings::MoveBottomTextAccordingly),
                  u"FalseTrue"_s);
         QCOMPARE(bottom(), QList<int>{2});
         box("chkKeepTwelveLines")->click();  // on again: the move box keeps its tick, disabled
         QVERIFY(box("chkMoveAccordingly")->isChecked() && !box("chkMoveAccordingly")->isEnabled());
-        QVERIFY(bottom() == QList<int>{0} && stored("Printing", "KeepTwelveLines") == u"True");
+        QVERIFY(bottom() == QList<int>{0} && stored(settings::KeepTwelveLines) == u"True");
         box("chkKeepTwelveLines")->click();
         box("chkMoveAccordingly")->click();
-        QVERIFY(bottom() == QList<int>{1} && stored("Printing", "MoveBottomTextAccordingly") == u"False");
+        QVERIFY(bottom() == QList<int>{1} && stored(settings::MoveBottomTextAccordingly) == u"False");
 
         // A later start reads the store; the guard keeps the handlers from rewriting what was read.
-        settings::putStoredSetting(u"InvoiceTitleOption"_s, u"1"_s);
-        settings::putStoredSetting(u"InvoiceTitleText"_s, u"Statement OF Account"_s);
-        settings::putStoredSetting(u"InvoiceTitleSize"_s, u"0"_s);
-        settings::write(u"Printing"_s, u"KeepTwelveLines"_s, u"false"_s);
-        settings::write(u"Printing"_s, u"MoveBottomTextAccordingly"_s, u"TRUE"_s);
-        settings::write(u"Printing"_s, u"PrintDuplicateInvoices"_s, u"True"_s);
-        settings::write(u"Printing"_s, u"PrintPreviewSelected"_s, u"2"_s);
+        settings::InvoiceTitleOption.set(1);
+        settings::InvoiceTitleText.store(u"Statement OF Account"_s);
+        settings::InvoiceTitleSize.set(0);
+        settings::KeepTwelveLines.store(u"false"_s);
+        settings::MoveBottomTextAccordingly.store(u"TRUE"_s);
+        settings::PrintDuplicateInvoices.set(true);
+        settings::PrintPreviewSelected.set(2);
         p = std::make_unique<PrintOptionsPanel>(ctx);
         p->applySettings();
         QVERIFY(box("optInvoiceTitle(1)")->isChecked() && !box("optInvoiceTitle(0)")->isChecked());
@@ -575,14 +575,14 @@ private slots:
         QVERIFY(box("optInvoiceTitleSize(0)")->isChecked() && !box("chkKeepTwelveLines")->isChecked());
         QVERIFY(box("chkMoveAccordingly")->isChecked() && box("chkMoveAccordingly")->isEnabled());
         QVERIFY(box("chkPrintDuplicateInvoices")->isChecked());
-        QCOMPARE(stored("Printing", "KeepTwelveLines") + stored("Printing", "MoveBottomTextAccordingly"),
+        QCOMPARE(stored(settings::KeepTwelveLines) + stored(settings::MoveBottomTextAccordingly),
                  u"falseTRUE"_s);
         QCOMPARE(shownOf(*p, u"picPrintPreviewTop"_s) + bottom(), QList<int>({2, 2}));
         QVERIFY(box("cmdPrintPreviewBack")->isEnabled() && !box("cmdPrintPreviewForward")->isEnabled());
         // The arrows step through the forms, store the one shown and feed the run.
         box("cmdPrintPreviewBack")->click();
         QCOMPARE(shownOf(*p, u"picPrintPreviewTop"_s), QList<int>{1});
-        QVERIFY(box("cmdPrintPreviewForward")->isEnabled() && stored("Printing", "PrintPreviewSelected") == u"1");
+        QVERIFY(box("cmdPrintPreviewForward")->isEnabled() && stored(settings::PrintPreviewSelected) == u"1");
         box("cmdPrintPreviewBack")->click();
         QVERIFY(!box("cmdPrintPreviewBack")->isEnabled() && p->invoiceOptions().templateNumber == 0);
         box("cmdPrintPreviewForward")->click();

@@ -63,7 +63,7 @@ private slots:
     {
         qputenv("XDG_CONFIG_HOME", (dir.path() + u"/config"_s).toLocal8Bit());
         qputenv("XDG_DATA_HOME", (dir.path() + u"/data"_s).toLocal8Bit());
-        settings::write(u"FileHandling"_s, u"DatabasePath"_s, path());
+        settings::DatabasePath.set(path());
     }
 
     // An unsaved customer in the books.
@@ -76,7 +76,7 @@ private slots:
     // A loaded session whose books hold one unsaved customer.
     std::unique_ptr<Session> changedSession(SessionQuestions &questions, const QString &first = u"Ann"_s)
     {
-        settings::write(u"FileHandling"_s, u"DatabasePath"_s, path());
+        settings::DatabasePath.set(path());
         auto session = std::make_unique<Session>();
         session->setQuestions(&questions);
         session->load();
@@ -288,7 +288,7 @@ private slots:
                 QCOMPARE(dbtest::readFile(crashed->recovery().databaseCopy()), unsaved);
                 QCOMPARE(QFileInfo(crashed->recovery().databaseCopy()).permissions() & 0x0077, QFileDevice::Permissions());
             }  // ends without a save or an abandon
-            settings::write(u"FileHandling"_s, u"DatabasePath"_s, at(u"elsewhere.xml"_s));
+            settings::DatabasePath.set(at(u"elsewhere.xml"_s));
             Session next;
             next.setQuestions(&dialogs);
             next.load();

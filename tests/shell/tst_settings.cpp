@@ -18,22 +18,32 @@ using namespace qor;
 using namespace Qt::StringLiterals;
 
 namespace {
-// Absent keys are told from stored ones by a default no setting ever holds.
+// Absent keys are told from stored ones by a text no setting ever holds.
 const QString kAbsent = u"<absent>"_s;
-QString stored(const QString &section, const QString &key) { return settings::read(section, key, kAbsent); }
-// Window places live under FormPositions, keyed by the form's name.
-QString kept(const QString &formKey) { return stored(u"FormPositions"_s, formKey); }
+QString orAbsent(const QString &t) { return t.isNull() ? kAbsent : t; }
+QString stored(const settings::Key &k) { return orAbsent(k.stored()); }
+QString kept(const settings::FormKey &k, const char *form) { return orAbsent(k.stored(QLatin1String(form))); }
 
+// How a row reads its key: as a Boolean, a number (fallback 77; rounded half
+// to even; a range without a stand-in keeps the number), the text by the
+// table (fallback "fallback"), or as GetStoredSetting does.
+enum class How { On,
+                 Number,
+                 Text,
+                 StoredSetting };
 struct Row {
-    const char *section, *key, *text;  // text: nullptr when nothing is stored
-    int expected;
-    bool writtenBack = false;
+    How how;
+    const settings::Key *key;
+    const char *text;  // nullptr when nothing is stored
+    const char *reads;
+    const char *after = nullptr;  // stored afterwards; nullptr: as before
 };
-void addRows(std::initializer_list<Row> rows)
+
+QString readAs(How how, const settings::Key &k)
 {
-    QTest::addColumn<Row>("r");
-    for (const Row &r : rows)
-        QTest::addRow("%s '%s'", r.key, r.text ? r.text : "absent") << r;
+    if (how == How::On) return static_cast<const settings::Flag &>(k).isOn() ? u"on"_s : u"off"_s;
+    if (how == How::Number) return QString::number(static_cast<const settings::Number &>(k).get(77));
+    return how == How::Text ? k.text(u"fallback"_s) : k.storedSetting();
 }
 
 // Pixels as the store keeps them: twips, in decimal.
@@ -78,90 +88,57 @@ private slots:
         QVERIFY(!QFile::exists(settings::storePath()));
     }
 
-    void firstRunDefaults()
+    // Each read rule of the table, one row per telling case: absent, empty,
+    // out of range, case, written back or not.
+    void reads_data()
     {
-        // A few spot checks: what an absent key reads as, whether it is written back.
-        const struct {
-            const char *s, *k, *v;
-            bool writtenBack;
-        } rows[] = {
-            {"Settings", "LastClicked", "0", true}, {"Settings", "InvoiceTitleOption", "0", true}, {"Settings", "InvoiceTitleSize", "2", true}, {"CustomerListPrint", "Columns", "3", false}, {"CustomerListPrint", "PageTitle", "Customer List", false}};
-        for (const auto &r : rows) {
-            const QString s = QString::fromLatin1(r.s), k = QString::fromLatin1(r.k), v = QString::fromLatin1(r.v);
-            QCOMPARE(settings::value(s, k), v);
-            QCOMPARE(stored(s, k), r.writtenBack ? v : kAbsent);
-            settings::write(s, k, QString());  // a stored empty text is no value either
-            QCOMPARE(settings::value(s, k), v);
-        }
+        using namespace settings;
+        QTest::addColumn<Row>("r");
+        const How On = How::On, N = How::Number, T = How::Text, G = How::StoredSetting;
+        // clang-format off
+        const Row rows[] = {
+            {On, &CheckToConfirmEdits, nullptr, "on"}, {On, &KeepTwelveLines, "fAlSe", "off"}, {On, &KeepTwelveLines, "", "on"},
+            {On, &KeepTwelveLines, "no", "on"}, {On, &ExpertMode, nullptr, "off"}, {On, &ExpertMode, "tRuE", "on"},
+            {On, &ExpertMode, "true ", "off"}, {On, &DeletedCustomer, "yes", "off"},
+            {N, &Columns, nullptr, "3"}, {N, &Columns, "7", "3"}, {N, &Columns, "4", "4"}, {N, &Columns, "four", "3"},
+            {N, &Columns, "2 columns", "2"}, {N, &BlankLinesBetween, nullptr, "1", "1"}, {N, &BlankLinesBetween, "", "1", "1"},
+            {N, &BlankLinesBetween, "0", "0"}, {N, &BlankLinesBetween, "-2", "1"},
+            {N, &LastClicked, "2.5", "2"}, {N, &LastClicked, "3.5", "4"}, {N, &InvoiceTitleOption, "x1", "0"},
+            {N, &SmtpPort, nullptr, "77"}, {N, &SmtpPort, "70000", "70000"},
+            {T, &PageTitle, nullptr, "Customer List"}, {T, &PageTitle, "", "Customer List"},
+            {T, &PageTitle, "Smith, Jones & Co", "Smith, Jones & Co"}, {T, &XMargin, nullptr, "2", "2"},
+            {T, &DatabasePath, nullptr, "fallback"}, {G, &LastClicked, nullptr, "0", "0"}, {G, &InvoiceTitleSize, "", "2", "2"},
+            {G, &InvoiceTitleOption, "ONE", "one"}, {G, &InvoiceTitleText, "ACME Inc", "ACME Inc"},
+            {G, &InvoiceTitleText, nullptr, "", ""}};
+        // clang-format on
+        for (const Row &r : rows)
+            QTest::addRow("%s '%s'", r.key->info().key, r.text ? r.text : "absent") << r;
     }
-
-    // Read rules, one row each: section, key, stored text (none: absent), what it reads as.
-    void booleans_data()
-    {
-        addRows({{"Settings", "CheckToConfirmEdits", nullptr, true}, {"Printing", "KeepTwelveLines", nullptr, true}, {"Settings", "ExpertMode", nullptr, false}, {"Printing", "PrintDuplicateInvoices", nullptr, false}, {"Settings", "ExpertMode", "tRuE", true}, {"Settings", "ExpertMode", "yes", false}, {"Settings", "ExpertMode", "true ", false}, {"Printing", "KeepTwelveLines", "fAlSe", false}, {"Printing", "KeepTwelveLines", "", true}, {"Printing", "KeepTwelveLines", "no", true}, {"Messages", "DeletedCustomer", "TRUE", true}, {"CustomerListPrint", "PrintNotes", "False", false}});
-    }
-    void booleans()
+    void reads()
     {
         QFETCH(Row, r);
-        const QString s = QLatin1String(r.section), k = QLatin1String(r.key);
-        if (r.text)
-            settings::write(s, k, QLatin1String(r.text));
-        QCOMPARE(settings::isOn(s, k), bool(r.expected));
-        QCOMPARE(stored(s, k), r.text ? QLatin1String(r.text) : kAbsent);  // reading writes nothing
-        settings::setOn(s, k, !r.expected);                                // as a check box writes it
-        QCOMPARE(stored(s, k), r.expected ? u"False"_s : u"True"_s);
-        QCOMPARE(settings::isOn(s, k), !r.expected);
+        if (r.text) r.key->store(QString::fromUtf8(r.text));
+        QCOMPARE(readAs(r.how, *r.key), QString::fromUtf8(r.reads));
+        const char *after = r.after ? r.after : r.text;
+        QCOMPARE(stored(*r.key), after ? QString::fromUtf8(after) : kAbsent);
     }
 
-    void numbers_data()
+    // What the typed objects write, into one INI file in the user's config
+    // folder: one group per section, the text as given.
+    void writesAndTheFile()
     {
-        // The last field tells whether an absent key's default is written back.
-        addRows({{"CustomerListPrint", "Columns", nullptr, 3}, {"CustomerListPrint", "Columns", "7", 3}, {"CustomerListPrint", "Columns", "4", 4}, {"CustomerListPrint", "Columns", "four", 3}, {"CustomerListPrint", "Columns", "2 columns", 2}, {"CustomerListPrint", "BlankLinesBetween", nullptr, 1, true}, {"CustomerListPrint", "BlankLinesBetween", "0", 0}, {"CustomerListPrint", "BlankLinesBetween", "5", 1}, {"CustomerListPrint", "BlankLinesBetween", "-2", 1}, {"Settings", "LastClicked", "2.5", 2}, {"Settings", "LastClicked", "3.5", 4},  // half to even
-                 {"Settings", "LastClicked", "9", 0},
-                 {"Settings", "InvoiceTitleOption", "x1", 0},
-                 {"FormPositions", "frmX_Left", nullptr, -999},
-                 {"FormPositions", "frmX_Left", "-45", -45}});
-    }
-    void numbers()
-    {
-        QFETCH(Row, r);
-        const QString s = QLatin1String(r.section), k = QLatin1String(r.key);
-        if (r.text)
-            settings::write(s, k, QLatin1String(r.text));
-        QCOMPARE(settings::readNumber(s, k, 77), r.expected);
-        QCOMPARE(stored(s, k), r.text ? QLatin1String(r.text) : r.writtenBack ? QString::number(r.expected)
-                                                                              : kAbsent);
-        if (s == u"CustomerListPrint")  // the print form's two readers
-            QCOMPARE(k == u"Columns" ? settings::customerListColumns() : settings::customerListBlankLines(),
-                     r.expected);
-    }
-
-    void storedSettingAndTheFile()
-    {
-        const QString S = u"Settings"_s, T = u"InvoiceTitleText"_s;
-        // Absent: the default is written as given and handed back lower-cased.
-        QCOMPARE(settings::getStoredSetting(u"SomeChoice"_s, u"MiXed"_s), u"mixed"_s);
-        QCOMPARE(stored(S, u"SomeChoice"_s), u"MiXed"_s);
-        // Stored text comes back lower-cased unless the option is exactly "KeepCaps".
-        settings::putStoredSetting(T, u"ACME, Inc. Statement"_s);
-        QCOMPARE(settings::getStoredSetting(T, QString(), u"KeepCaps"_s), u"ACME, Inc. Statement"_s);
-        QCOMPARE(settings::getStoredSetting(T, QString(), u"keepcaps"_s), u"acme, inc. statement"_s);
-        QCOMPARE(settings::getStoredSetting(u"Caption"_s, u"Big T"_s, u"KeepCaps"_s), u"Big T"_s);
-        // A stored empty text counts as absent.
-        settings::putStoredSetting(u"InvoiceTitleSize"_s, QString());
-        QCOMPARE(settings::getStoredSetting(u"InvoiceTitleSize"_s, u"2"_s), u"2"_s);
-        QCOMPARE(stored(S, u"InvoiceTitleSize"_s), u"2"_s);
-        QCOMPARE(stored(u"Printing"_s, u"Caption"_s), kAbsent);
-
-        // One INI file in the user's config folder, one group per section, the
-        // text with its capitals and comma intact.
-        settings::write(u"Printing"_s, u"X-Margin"_s, u"2.5"_s);
+        settings::ExpertMode.set(true);
+        settings::KeepTwelveLines.set(false);
+        settings::Columns.set(4);
+        settings::InvoiceTitleText.set(u"ACME, Inc. Statement"_s);
         settings::sync();
-        const QString path = qEnvironmentVariable("XDG_CONFIG_HOME") + u"/QOR/QOR.conf"_s;
-        QCOMPARE(settings::storePath(), path);
-        QSettings ini(path, QSettings::IniFormat);
-        QCOMPARE(ini.childGroups(), QStringList({u"Printing"_s, S}));
+        QSettings ini(qEnvironmentVariable("XDG_CONFIG_HOME") + u"/QOR/QOR.conf"_s, QSettings::IniFormat);
+        QCOMPARE(ini.childGroups(), QStringList({u"CustomerListPrint"_s, u"Printing"_s, u"Settings"_s}));
+        QCOMPARE(ini.value(u"Settings/ExpertMode"_s).toString() + ini.value(u"Printing/KeepTwelveLines"_s).toString() +
+                     ini.value(u"CustomerListPrint/Columns"_s).toString(),
+                 u"TrueFalse4"_s);
         QCOMPARE(ini.value(u"Settings/InvoiceTitleText"_s).toString(), u"ACME, Inc. Statement"_s);
+        QCOMPARE(settings::customerListColumns() * 10 + settings::customerListBlankLines(), 41);  // the print form's readers
     }
 
     // A store that can't be written is told once, with its path and the
@@ -174,45 +151,38 @@ private slots:
         qputenv("XDG_CONFIG_HOME", (blocker + u"/config"_s).toUtf8());
         QStringList told;
         settings::setProblemReporter([&told](const QString &problem) { told << problem; });
-        settings::write(u"Settings"_s, u"ExpertMode"_s, u"True"_s);
-        settings::write(u"Settings"_s, u"LastClicked"_s, u"3"_s);
+        settings::ExpertMode.set(true);
+        settings::LastClicked.set(3);
         settings::setProblemReporter({});
         QCOMPARE(told.size(), 1);
         QVERIFY2(told[0].contains(QDir::toNativeSeparators(settings::storePath())) && told[0].contains(u"Not a directory"_s),
                  qPrintable(told[0]));
-        QCOMPARE(settings::read(u"Settings"_s, u"ExpertMode"_s, u"absent"_s), u"absent"_s);
+        QCOMPARE(stored(settings::ExpertMode), kAbsent);
     }
 
     void envelopeMargins()
     {
-        const QString P = u"Printing"_s, X = u"X-Margin"_s, Y = u"Y-Margin"_s;
-        QCOMPARE(settings::envelopeMarginX(), 2.0);
+        using settings::XMargin, settings::YMargin;
         QCOMPARE(settings::envelopeMarginY(), 12.0);
-        QCOMPARE(stored(P, X) + stored(P, Y), u"212"_s);  // both written
-        // Stored margins are read by their leading number and left alone.
-        settings::write(P, X, u"3.5cm"_s);
-        settings::write(P, Y, u"7"_s);
+        QCOMPARE(stored(XMargin) + stored(YMargin), u"212"_s);  // both written
+        XMargin.store(u"3.5cm"_s);                              // read by its leading number and left alone
         QCOMPARE(settings::envelopeMarginX(), 3.5);
-        QCOMPARE(settings::envelopeMarginY(), 7.0);
-        QCOMPARE(stored(P, X), u"3.5cm"_s);
-        // An empty X-Margin resets both.
-        settings::write(P, X, QString());
+        QCOMPARE(stored(XMargin), u"3.5cm"_s);
+        // An empty X-Margin resets both; a stored one beside an empty Y-Margin isn't mended.
+        XMargin.store(QString());
+        YMargin.store(u"7"_s);
         QCOMPARE(settings::envelopeMarginY(), 12.0);
-        QCOMPARE(settings::envelopeMarginX(), 2.0);
-        // A stored X-Margin with an empty Y-Margin isn't mended.
-        settings::write(P, Y, QString());
-        QCOMPARE(settings::envelopeMarginY(), 0.0);
-        QCOMPARE(settings::envelopeMarginX(), 2.0);
-        QCOMPARE(stored(P, Y), QString());
+        YMargin.store(QString());
+        QCOMPARE(settings::envelopeMarginY() + settings::envelopeMarginX(), 2.0);
+        QCOMPARE(stored(YMargin), QString());
     }
 
     void databasePath()
     {
-        const QString F = u"FileHandling"_s, K = u"DatabasePath"_s;
         // The test program's folder is writable: the file lives beside it, not written back.
         const QString beside = QCoreApplication::applicationDirPath() + u"/QOR.xml"_s;
         QCOMPARE(settings::databasePath(), beside);
-        QCOMPARE(stored(F, K), kAbsent);
+        QCOMPARE(stored(settings::DatabasePath), kAbsent);
         // A program folder that can't take the file: the per-user data folder, made on the way.
         const QString userDir = dataHome.path() + u"/QOR"_s;
         QVERIFY(!QDir(userDir).exists());
@@ -222,27 +192,16 @@ private slots:
         // Installed with the system's programs: the user's folder, even when
         // the folder could be written (as root can).
         QCOMPARE(settings::defaultDatabasePath(u"/usr/bin"_s), userDir + "/QOR.xml");
-        // A stored path wins exactly as stored; an empty one counts as none.
-        settings::write(F, K, u"/srv/books/Firm 2024.xml"_s);
-        QCOMPARE(settings::databasePath(), u"/srv/books/Firm 2024.xml"_s);
-        settings::write(F, K, QString());
+        settings::DatabasePath.set(QString());  // a stored empty path counts as none
         QCOMPARE(settings::databasePath(), beside);
     }
 
     void roundTrips()
     {
-        auto first = makeForm(u"frmQOR"_s, QRect(0, 0, 400, 300));
-        restoreFormPosition(first.get());  // never placed: centred at its own size, and nothing written
-        QCOMPARE(first->geometry(), QRect(centredPlace(QSize(400, 300)), QSize(400, 300)));
-        QCOMPARE(kept(u"frmQOR_Left"_s) + kept(u"frmQOR_WindowState"_s), kAbsent + kAbsent);
-
         auto update = makeForm(u"frmUpdate"_s, QRect(20, 30, 200, 100));
         saveFormPosition(update.get());
         const QRect normal(41, 57, 333, 222);
-        const struct {
-            Qt::WindowState state;
-            const char *code;
-        } states[] = {
+        const std::pair<Qt::WindowState, const char *> states[] = {
             {Qt::WindowNoState, "0"}, {Qt::WindowMaximized, "2"}, {Qt::WindowMinimized, "1"}};
         for (const auto &[state, code] : states) {
             auto form = makeForm(u"frmListLVWs"_s, state == Qt::WindowNoState ? normal : QRect(9, 9, 99, 99));
@@ -251,13 +210,13 @@ private slots:
             form->setWindowState(state);
             QTRY_COMPARE(form->windowState(), Qt::WindowStates(state));
             saveFormPosition(form.get());  // not normal: the earlier normal place stays in the store
-            QCOMPARE(kept(u"frmListLVWs_WindowState"_s), QLatin1String(code));
+            QCOMPARE(kept(settings::FormWindowState, "frmListLVWs"), QLatin1String(code));
             auto again = makeForm(u"frmListLVWs"_s, QRect(0, 0, 500, 400));  // its designed size counts for nothing
             restoreFormPosition(again.get());
             QCOMPARE(again->windowState(), Qt::WindowStates(state));
             QCOMPARE(again->geometry(), normal);  // the place to go back to
         }
-        QCOMPARE(kept(u"frmListLVWs_Left"_s) + u' ' + kept(u"frmListLVWs_Height"_s), twips(41) + u' ' + twips(222));
+        QCOMPARE(kept(settings::FormLeft, "frmListLVWs") + u' ' + kept(settings::FormHeight, "frmListLVWs"), twips(41) + u' ' + twips(222));
         // Each form keeps its own values; a form without a name has none.
         auto update2 = makeForm(u"frmUpdate"_s);
         restoreFormPosition(update2.get());
@@ -271,19 +230,19 @@ private slots:
     void placeOffAllScreensIsCentred()
     {
         const QRect screen = QGuiApplication::primaryScreen()->geometry();
-        const struct {
-            QPoint place;
-            bool centred;
-        } rows[] = {
-            {{screen.right() + 2000, 50}, true}, {{50, screen.bottom() + 500}, true}, {{-2000, -1500}, true}, {{screen.right() - 5, 50}, true},  // only a sliver shows
-            {{-100, 20}, false},                                                                                                                 // partly off but grabbable
-            {screen.topLeft() + QPoint(10, 10), false}};
-        for (const auto &r : rows) {
-            saveFormPosition(makeForm(u"frmChecking"_s, QRect(r.place, QSize(240, 160))).get());
+        const std::pair<QPoint, bool> rows[] = {// where it was, whether it comes back centred
+                                                {{screen.right() + 2000, 50}, true},
+                                                {{50, screen.bottom() + 500}, true},
+                                                {{-2000, -1500}, true},
+                                                {{screen.right() - 5, 50}, true},  // only a sliver shows
+                                                {{-100, 20}, false},               // partly off but grabbable
+                                                {screen.topLeft() + QPoint(10, 10), false}};
+        for (const auto &[place, centred] : rows) {
+            saveFormPosition(makeForm(u"frmChecking"_s, QRect(place, QSize(240, 160))).get());
             auto form = makeForm(u"frmChecking"_s);
             restoreFormPosition(form.get());
             QCOMPARE(form->size(), QSize(240, 160));
-            QCOMPARE(form->pos(), r.centred ? centredPlace(QSize(240, 160)) : r.place);
+            QCOMPARE(form->pos(), centred ? centredPlace(QSize(240, 160)) : place);
         }
     }
 
@@ -294,15 +253,14 @@ private slots:
         fixed->setFixedSize(320, 180);
         fixed->move(70, 80);
         saveFormPosition(fixed.get());
-        QCOMPARE(kept(u"frmUpdate_Left"_s), twips(70));
-        QCOMPARE(kept(u"frmUpdate_Width"_s) + kept(u"frmUpdate_Height"_s), kAbsent + kAbsent);
-        settings::write(u"FormPositions"_s, u"frmUpdate_Width"_s, u"9000"_s);
+        QCOMPARE(kept(settings::FormWidth, "frmUpdate"), kAbsent);
+        settings::FormWidth.set(u"frmUpdate"_s, u"9000"_s);
         restoreFormPosition(fixed.get());
         QCOMPARE(fixed->geometry(), QRect(70, 80, 320, 180));
         // A sizable form with a stored zero width keeps its own size.
         auto zero = makeForm(u"frmZero"_s, QRect(30, 40, 210, 110));
         saveFormPosition(zero.get());
-        settings::write(u"FormPositions"_s, u"frmZero_Width"_s, u"0"_s);
+        settings::FormWidth.set(u"frmZero"_s, u"0"_s);
         zero->setGeometry(0, 0, 250, 150);
         restoreFormPosition(zero.get());
         QCOMPARE(QRect(zero->pos(), zero->size()), QRect(30, 40, 250, 150));
@@ -314,7 +272,7 @@ private slots:
         const double tpp = 1440.0 / QGuiApplication::primaryScreen()->logicalDotsPerInchX();
         QCOMPARE(form->pos(), centredPlace(QSize(600 + std::lround(120 / tpp), 400 + std::lround(450 / tpp))));
         saveFormPosition(form.get());
-        QCOMPARE(kept(u"frmQOR_Height"_s), QString::number(twips(400).toInt() + 450));
+        QCOMPARE(kept(settings::FormHeight, "frmQOR"), QString::number(twips(400).toInt() + 450));
     }
 };
 

@@ -315,7 +315,7 @@ private slots:
         w.printSelected();
         QCOMPARE(readPdfWords(dir.filePath(u"all.pdf"_s)).last().page, 2);
         w.eachFileBox()->setChecked(true);
-        QVERIFY(settings::isOn(u"Printing"_s, u"StatementsOneFilePerCustomer"_s));
+        QVERIFY(settings::StatementsOneFilePerCustomer.isOn());
         answers.nextFolders = {dir.filePath(u"each"_s)};
         w.saveSelected();
         QCOMPARE(QDir(dir.filePath(u"each"_s)).entryList(QDir::Files).size(), 3);

@@ -65,7 +65,7 @@ private slots:
             {"Plain", "", "Yes", "cmdNo", false, "No"},
             {"Plain", "OK", "Yes", "cmdOkay", false, "OK"},
             {"Plain", "", "Maybe", "close", false, "Maybe"},
-            {"Closed", "", "Yes", "close", true, "Yes"},
+            {"DeletedCustomer", "", "Yes", "close", true, "Yes"},
             {"AnsweredNo", "", "Yes", "cmdNo", true, "No"},
             {"Escaped", "OK", "Yes", "esc", true, "Yes"},
         };
@@ -81,14 +81,15 @@ private slots:
             QCOMPARE(answer, QString::fromLatin1(c.answer));
             QCOMPARE(isMessageMarked(QString::fromLatin1(c.key)), c.ticked);
         }
-        QCOMPARE(settings::read(QStringLiteral("Messages"), QStringLiteral("Closed")), QStringLiteral("True"));
+        QCOMPARE(settings::DeletedCustomer.stored(), QStringLiteral("True"));
 
         // The mark is read without regard to case, and nothing else counts.
-        settings::write(QStringLiteral("Messages"), QStringLiteral("Upper"), QStringLiteral("TRUE"));
-        settings::write(QStringLiteral("Messages"), QStringLiteral("Other"), QStringLiteral("yes"));
-        settings::write(QStringLiteral("Messages"), QStringLiteral("Spaced"), QStringLiteral("true "));
-        QVERIFY(isMessageMarked(QStringLiteral("Upper")) && !isMessageMarked(QStringLiteral("Other")) &&
-                !isMessageMarked(QStringLiteral("Spaced")));
+        settings::DontShowExplanationOfClosingBooks.store(QStringLiteral("TRUE"));
+        settings::DontShowNeedToFillCompanyInfo.store(QStringLiteral("yes"));
+        settings::DeletedCustomer.store(QStringLiteral("true "));
+        QVERIFY(isMessageMarked(settings::DontShowExplanationOfClosingBooks.name()) &&
+                !isMessageMarked(settings::DontShowNeedToFillCompanyInfo.name()) &&
+                !isMessageMarked(settings::DeletedCustomer.name()));
     }
 
     void textIsCentredAboveTheButtons()
