@@ -157,7 +157,7 @@ private slots:
         QCOMPARE(table().count(), 3);
         QCOMPARE(m_answers->seen().size(), 2);
 
-        settings::putStoredSetting("CheckToConfirmEdits", "False");
+        settings::CheckToConfirmEdits.set(false);
         select("Yu, Kim");
         retype(field(0), ArchiveMark);
         click(btn("cmdAddNew"));
