@@ -329,6 +329,11 @@ private slots:
         const QList<Session::EarlierCopy> copies = session->earlierCopies();
         QCOMPARE(copies.size(), 2);  // the empty file of the first start, then the first save
         QCOMPARE(dbtest::readFile(copies[0].path), first);
+        // Unsaved changes and Cancel: nothing is restored; Discard restores.
+        session->db().setCompanyField(0, u"Third"_s);
+        QVERIFY(!session->restoreCopy(copies[0].path));
+        QCOMPARE(session->db().company()[0], u"Third"_s);
+        dialogs.nextAnswers = {Answer::Discard};
         QVERIFY(session->restoreCopy(copies[0].path));
         QVERIFY(session->db().isChanged());
         QCOMPARE(session->db().company()[0], QString());
