@@ -370,8 +370,10 @@ private slots:
         QVERIFY(w.bp->isVisible() && !w.button("cmdAddNewBP")->isHidden());
 
         // "&Drop the Entry": the books read again, the panel in view mode.
+        QVERIFY(w.w->databaseChanged());  // restored books count as changed
         a.dialogs.nextAnswers = {QMessageBox::Ok, QMessageBox::Discard};
         w.w->cmdCancelClick();
+        QVERIFY(!w.w->databaseChanged());
         QCOMPARE(w.tree0().text(w.tree0().root()), u"Jan"_s);
         QCOMPARE(state(w), ViewState);
     }
