@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Billing without a window: the entry of a period, its finalising, the trees
-// rebuilt from the records, payments and invoice notes, and the file.
+// rebuilt from the records, payments and invoice notes.
 #include "billingfixture.h"
 
 #include "billing/invoicetrees.h"
 #include "database/regional.h"
 
 #include <QAbstractItemModelTester>
-#include <QFile>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace qor;
@@ -449,35 +447,6 @@ private slots:
         QCOMPARE(t.nodes(), (std::vector<int>{root, b, b1}));
         QCOMPARE(t.data(t.indexOf(b), InvoiceTree::KeyRole).toString(), QStringLiteral("2k"));
         QVERIFY(t.flags(t.indexOf(b)) & Qt::ItemIsUserCheckable);
-    }
-
-    // A period entered, finalised, paid in part and in full, saved and read
-    // again: the same tables, the same trees, and the file holds the lists.
-    void endToEndThroughTheFile()
-    {
-        QTemporaryDir dir;
-        const QString path = dir.filePath("QOR.xml");
-        MayTrees m;
-        auto &[db, t0, t1] = m;
-        QVERIFY(logPayment(t0, t1, db, customerNode(t0, 2), Money(), QString(), "May"));
-        QVERIFY(logPayment(t0, t1, db, customerNode(t0, 1), Money::fromCents(1025), "Part by check #7", "May"));
-        QVERIFY(db.save(path).ok);
-
-        Database again;
-        QVERIFY(again.read(path).ok());
-        QVERIFY(again.fillInvoiceRecordNames().isEmpty());
-        for (auto table : {&Database::customers, &Database::periods, &Database::items, &Database::invoiceRecords}) {
-            QStringList a, b;
-            (db.*table)().forEach([&](QStringView, QStringView t) { return a << t.toString(), true; });
-            (again.*table)().forEach([&](QStringView, QStringView t) { return b << t.toString(), true; });
-            QCOMPARE(b, a);
-        }
-        InvoiceTree r0(0), r1(1);
-        rebuildInvoiceTrees(r0, r1, again, "May");
-        rebuildInvoiceTrees(t0, t1, db, "May");
-        QCOMPARE(dump(r0), dump(t0));
-        QCOMPARE(dump(r1), dump(t1));
-        QVERIFY(dump(r0).contains("    1knote = NOTE: Part by check #7"));
     }
 };
 

@@ -1,11 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The Customers panel driven through its controls inside the main window.
+// The Customers panel driven through its controls inside the main window,
+// also as a keyboard user and a careful user drive it: every way of moving in
+// the list, hot keys and the tab order.
 #include "panelharness.h"
 
 #include "customers/customerpanel.h"
 #include "database/database.h"
 #include "database/rowtypes.h"
+#include "products/productpanel.h"
 #include "tablesedit.h"
+#include "uiservices/frmmessage.h"
+
+#include <QCheckBox>
 
 using namespace qor;
 using namespace qor::testing;
@@ -35,6 +41,34 @@ class TstCustomerPanel : public QObject {
         for (int i = 0; i < cp()->rowCount(); ++i) shownKeys << list()->topLevelItem(i)->data(0, Qt::UserRole).toString();
         QCOMPARE(rowTexts(list()), names);
         QCOMPARE(shownKeys, keys);
+    }
+    CustomerRow stored(const QString &key) { return CustomerRow::parse(table().textOf(key)).value_or(CustomerRow{}); }
+    // Eight customers and three items, the window shown and active.
+    void openEight(int panel = 0)
+    {
+        discard(m_w);
+        QList<DbCustomer> people;
+        const char *names[][2] = {{"Ann", "Lee"}, {"Bob", "Moss"}, {"Cy", "Pike"}, {"Di", "Ross"}, {"Ed", "Shaw"}, {"Flo", "Todd"}, {"Gus", "Urry"}, {"Hal", "Vane"}};
+        for (int i = 0; i < 8; ++i) people.append({i + 1, names[i][0], names[i][1]});
+        writeDatabase(m_box.db, people, {{1, "Tea", "1.00"}, {2, "Cake", "2.00"}, {3, "Jam", "3.00"}});
+        settings::LastViewedCustomer.set(1);
+        m_answers->answer = QMessageBox::Ok;
+        m_w = openWindow(panel);
+        QVERIFY(QTest::qWaitForWindowActive(m_w.get()));
+    }
+    // Gives the fields' first name a mark and applies it; the key of the
+    // customer that changed comes back, the rest must be as they were.
+    QString applyMark()
+    {
+        QTest::keyClick(field(0), Qt::Key_End);
+        QTest::keyClicks(field(0), "X");
+        click(btn("cmdAddNew"));
+        QString changed;
+        table().forEach([&](QStringView k, QStringView t) {
+            if (t.left(t.indexOf(FieldSep)).endsWith(u'X')) changed = k.toString();
+            return true;
+        });
+        return changed;
     }
     void open(const QList<DbCustomer> &customers, const QList<DbRecord> &records = {}, const char *recall = "1")
     {
@@ -254,7 +288,6 @@ private slots:
         QCOMPARE(cp()->selectedPosition(), 1);
         clickRow(list(), 4);
         QCOMPARE(cp()->fieldText(0), seven[3].first);
-        QCOMPARE(buttons(), "&New Customer / &Delete Existing");
         clickRow(list(), 5);
         QCOMPARE(qobject_cast<QLineEdit *>(field(0))->maxLength(), 32);
 
@@ -308,43 +341,136 @@ private slots:
         QCOMPARE(cp()->rowCount(), 0);
     }
 
-    // What the panel did is in the file after a save and back after a restart.
-    // CheckToConfirmEdits "false": only exactly "False" spares the edit question,
-    // the delete one goes in any case.
-    void saveAndReload()
+    // Every way the highlight moves refills the fields (abandoning the
+    // changes rereads the file first); the edit then applied lands on the
+    // row the fields show and on no other.
+    void moveThenEdit_data()
     {
-        open({{1, "Ann", "Lee"}, {2, "Bob", "Moss"}, {3, "Cy", "Pike"}}, {{3, {"1"}}});
-        settings::CheckToConfirmEdits.store("false");
-        m_answers->answer = QMessageBox::Ok;
-        click(btn("cmdAddNew"));
-        QTest::keyClicks(field(7), "back\rdoor");
-        QTest::keyClicks(field(1), "Adams");
-        QTest::keyClicks(field(0), "Eve");
-        click(btn("cmdAddNew"));
-        select("Lee, Ann");
-        retype(field(1), "Zeller");
-        click(btn("cmdAddNew"));
-        for (const char *gone : {"Moss, Bob", "Pike, Cy"}) {  // removed, archived
-            select(gone);
-            click(btn("cmdUndo"));
+        QTest::addColumn<QString>("move");
+        for (const char *m : {"Down", "PageUp", "letter", "abandon"}) QTest::newRow(m) << QString(m);
+    }
+    void moveThenEdit()
+    {
+        QFETCH(QString, move);
+        openEight();
+        clickRow(list(), 4);
+        list()->setFocus();
+        const QString start = currentKey(list());
+        if (move == "Down") QTest::keyClick(list(), Qt::Key_Down);
+        else if (move == "PageUp") QTest::keyClick(list(), Qt::Key_End), QTest::keyClick(list(), Qt::Key_PageUp);
+        else if (move == "letter") QTest::keyClicks(list(), "T");
+        else {
+            QTest::keyClicks(field(0), "Q");
+            click(btn("cmdAddNew"));  // a change, so that the red cross shows
+            click(m_w->findChild<QAbstractButton *>("cmdCancel"));
+            QCOMPARE(m_answers->last().title, "ABANDON ALL CHANGES???");
+            QVERIFY(list()->currentItem() && list()->currentItem()->isSelected());
         }
-        QCOMPARE(m_answers->seen().size(), 1);
-        QVERIFY(m_w->saveDatabase());
-        const QByteArray bytes = m_box.fileBytes();
-        QVERIFY(bytes.contains(
-            "<Customer CID=\"4\">\r\n\t\t\t<FName>Eve</FName>\r\n\t\t\t<LName>Adams</LName>\r\n"
-            "\t\t\t<Notes>back\r\ndoor</Notes>"));
-        QVERIFY(bytes.contains("<FName>Ann</FName>\r\n\t\t\t<LName>Zeller</LName>"));
-        QVERIFY(!bytes.contains("CID=\"2\"") && bytes.contains("<LName>Pike</LName>\r\n\t\t\t<Current>No</Current>"));
+        const QString now = currentKey(list());
+        QVERIFY2(now != start || move == "abandon", "the highlight did not move");
+        QCOMPARE(field(0)->property("Tag").toString() + " " + cp()->fieldText(1), stored(now).firstName + " " + stored(now).lastName);
+        QCOMPARE(cp()->loadedKey(), now);
+        QCOMPARE(buttons(), "&New Customer / &Delete Existing");
+        QCOMPARE(applyMark(), now);
+        QCOMPARE(table().count(), 8);
+    }
 
+    // An edit is applied to the customer it was loaded from, even if the
+    // highlight was taken away or moved without a refill in between.
+    void editFollowsLoadedCustomer()
+    {
+        openEight();
+        clickRow(list(), 2);
+        const QString loaded = currentKey(list());
+        QTest::keyClicks(field(6), "555");
+        {
+            const QSignalBlocker quiet(list());  // a move nobody reports
+            list()->setCurrentItem(list()->topLevelItem(6));
+        }
+        click(btn("cmdAddNew"));
+        QCOMPARE(stored(loaded).phone, "555");
+        QCOMPARE(stored(loaded).firstName, "Bob");
+        QCOMPARE(stored("7k").phone, "");
+    }
+
+    // Alt+letter switches panels and takes the focus to the panel's tab; Tab
+    // goes on from there. Every control is reached by Tab and by Shift+Tab.
+    void hotKeysAndTabOrder()
+    {
+        openEight();
+        QTest::keyClick(m_w.get(), Qt::Key_P, Qt::AltModifier);
+        QTRY_VERIFY(m_w->productPanel()->isVisible());
+        auto *tab1 = m_w->findChild<QWidget *>("cmdTab(1)");
+        QCOMPARE(QApplication::focusWidget(), tab1);
+
+        // Tab goes on from the tab, into the panel on show.
+        QTest::keyClick(tab1, Qt::Key_Tab);
+        QVERIFY(QApplication::focusWidget() != tab1);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
+        QCOMPARE(QApplication::focusWidget(), tab1);
+        QTest::keyClick(m_w.get(), Qt::Key_C, Qt::AltModifier);
+        QTRY_VERIFY(cp()->isVisible());
+        QCOMPARE(QApplication::focusWidget(), m_w->findChild<QWidget *>("cmdTab(0)"));
+        // Tab reaches the chosen option of each group of options, both ways,
+        // also the title size inside the title frame.
+        m_w->findChild<QAbstractButton *>("cmdTab(4)")->click();
+        QVERIFY(m_w->findChild<QWidget *>("optInvoiceTitleSize(0)")->isVisible());
+        QSet<QString> forward, backward;
+        for (int i = 0; i < 150; ++i) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            forward << QApplication::focusWidget()->objectName();
+        }
+        for (int i = 0; i < 150; ++i) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
+            backward << QApplication::focusWidget()->objectName();
+        }
+        for (const char *group : {"optInvoiceTitleSize", "optInvoiceTitle"}) {
+            QAbstractButton *chosen = nullptr;
+            for (int i = 0; i < 3; ++i)
+                if (auto *o = m_w->findChild<QAbstractButton *>(QStringLiteral("%1(%2)").arg(group).arg(i)); o->isChecked())
+                    chosen = o;
+            QVERIFY2(chosen && forward.contains(chosen->objectName()) && backward.contains(chosen->objectName()), group);
+        }
+    }
+
+    // The placeholder customer's message comes over the shown main window,
+    // which owns it (and so centres it); the form's box shares the text's face.
+    void placeholderMessageOverWindow()
+    {
+        m_answers.reset();
+        struct Watching : ScriptedDialogs {
+            QList<QPair<QWidget *, bool>> owners;
+            QString messageForm(QWidget *owner, const MessageForm &m) override
+            {
+                owners.append({owner, owner && owner->isVisible()});
+                return ScriptedDialogs::messageForm(owner, m);
+            }
+        } dialogs;
+        settings::DeletedCustomer.set(false);
         discard(m_w);
-        settings::LastViewedCustomer.set(2);
+        writeDatabase(m_box.db, {{1, "Ann", "Lee"}}, {}, {{7, {}}});
         m_w = openWindow(0);
-        QCOMPARE(rowTexts(list()), QStringList({"Adams, Eve", "Zeller, Ann"}));
-        QCOMPARE(currentText(list()), "Zeller, Ann");  // the recalled position
-        QVERIFY(customer::isArchived(table().textOf(u"3k")));
+        QCOMPARE(dialogs.owners.size(), 1);
+        QCOMPARE(dialogs.owners.at(0).first, m_w.get());
+        QVERIFY(dialogs.owners.at(0).second);
+        QVERIFY(m_w->databaseChanged());
+
+        FrmMessage form(m_w.get(), "text", "Key", "OK", "OK");
+        QCOMPARE(form.findChild<QCheckBox *>("chkDontShow")->font().family(),
+                 form.findChild<QLabel *>("lblMessage")->font().family());
+    }
+
+    // A stored value longer than its field shows its start.
+    void longValueShowsStart()
+    {
+        openEight();
+        clickRow(list(), 2);
+        QTest::keyClicks(field(2), "A very long street name that runs on and on");
+        click(btn("cmdAddNew"));
         clickRow(list(), 1);
-        QCOMPARE(cp()->fieldText(7), "back\ndoor");  // the note keeps its line break
+        clickRow(list(), 2);
+        auto *le = qobject_cast<QLineEdit *>(field(2));
+        QCOMPARE(le->cursorPosition(), 0);
     }
 };
 

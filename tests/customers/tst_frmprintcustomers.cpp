@@ -57,7 +57,6 @@ private slots:
         QWidget owner;
         owner.setGeometry(100, 100, 800, 600);
         FrmPrintCustomers f(t, &owner);
-        QCOMPARE(f.windowTitle(), u"Customer List Print Options"_s);
         QVERIFY(f.isModal());
         QCOMPARE(f.minimumSize(), f.maximumSize());
         QCOMPARE(f.geometry().center(), owner.frameGeometry().center());
@@ -70,8 +69,12 @@ private slots:
         QVERIFY(!child<QCheckBox>(f, u"chkPCL(1)"_s)->isChecked());
         QCOMPARE(child<QLabel>(f, u"lblFontName(0)"_s)->text(), u"Arial"_s);
         QCOMPARE(child<QLabel>(f, u"lblFontName(1)"_s)->text(), u"Bold 11"_s);
-        QCOMPARE(child<QPushButton>(f, u"cmdChangeFont"_s)->text(), u"C&hange"_s);
         QVERIFY(child<QPushButton>(f, u"cmdPrint"_s)->isDefault());
+        // A rule is sunken: its upper line in the shadow colour, the lower in the light.
+        QList<QColor> rules;
+        for (auto *line : f.findChildren<QFrame *>(Qt::FindDirectChildrenOnly))
+            if (line->metaObject() == &QFrame::staticMetaObject) rules << line->palette().color(QPalette::Window);
+        QCOMPARE(rules.mid(0, 2), (QList<QColor>{f.palette().color(QPalette::Dark), f.palette().color(QPalette::Light)}));
         // Opening stored nothing over the out-of-range values.
         QCOMPARE(settings::Columns.stored(), u"9"_s);
         const pages::CustomerListOptions o = f.options();
@@ -171,7 +174,6 @@ private slots:
         QCOMPARE(asked[0].pageTitle, u"Route 7"_s);
         QVERIFY(f.isVisible());
         QVERIFY(f.closeTimer()->isActive());
-        QCOMPARE(f.closeTimer()->interval(), 1000);
         QVERIFY(f.closeTimer()->isSingleShot());
         f.finishPrint();
         QVERIFY(!f.isVisible());

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The Products and Services panel driven through its controls inside the main window.
+// The Products and Services panel driven through its controls inside the
+// main window, also by a keyboard user: Enter and held keys.
 #include "panelharness.h"
 
 #include "database/database.h"
@@ -123,41 +124,74 @@ private slots:
         QCOMPARE(rowTexts(list()), QStringList({"$7.00 - Soap", shown}));
     }
 
-    // Delete removes an unbilled item, archives a billed one (also as 2x2); the
-    // question comes unless the setting is exactly "False"; all of it reaches the file.
-    void deleteArchiveAndReload()
+    // Delete removes only a highlighted item: an unbilled one goes, a billed
+    // one is archived (also as 2x2); the question comes unless the setting is
+    // exactly "False"; the last one gone, there is nothing to delete.
+    void deleteAndArchive()
     {
         open({{1, "Soap", "$5.00"}, {2, "Brush", "$8.00"}, {3, "Mop", "$20.00"}}, {{1, {"3", "2x2"}}});
         select("$8.00 - Brush");
+        list()->clearSelection();
+        m_answers->answer = QMessageBox::Ok;
+        click(btn("cmdCancelNewItem"));  // OK, but nothing highlighted: nothing goes
+        QCOMPARE(table().count(), 3);
+        list()->currentItem()->setSelected(true);
+        m_answers->answer = QMessageBox::Cancel;
         click(btn("cmdCancelNewItem"));
         QCOMPARE(m_answers->last().title, "Delete Existing Product or Service???");
         QCOMPARE(table().count(), 3);
         settings::CheckToConfirmEdits.store("false");
         m_answers->answer = QMessageBox::Ok;
         click(btn("cmdCancelNewItem"));
-        QCOMPARE(m_answers->seen().size(), 2);
+        QCOMPARE(m_answers->seen().size(), 3);
         QCOMPARE(statusText(*m_w), "Entry archived.");
         QCOMPARE(table().textOf(u"2k"), "000000008.00" + ArchiveMark + "$8.00 - Brush");
         QCOMPARE(rowTexts(list()), QStringList({"$5.00 - Soap", "$20.00 - Mop"}));
         QCOMPARE(currentText(list()), "$5.00 - Soap");
         settings::CheckToConfirmEdits.set(false);
         click(btn("cmdCancelNewItem"));
-        QCOMPARE(m_answers->seen().size(), 2);
         QCOMPARE(statusText(*m_w), "Entry deleted.");
-        addItem("1234.5", "Fence & gate");
-        QVERIFY(m_w->saveDatabase());
-        const QByteArray bytes = m_box.fileBytes();
-        QVERIFY(bytes.contains(
-            "<PS PSID=\"4\">\r\n\t\t\t<Item>Fence &amp; gate</Item>\r\n"
-            "\t\t\t<ItemPrice>$1,234.50</ItemPrice>\r\n\t\t\t<Current>Yes</Current>"));
-        QVERIFY(bytes.contains("<ItemPrice>$8.00</ItemPrice>\r\n\t\t\t<Current>No</Current>") && !bytes.contains("PSID=\"1\""));
-        discard(m_w);
-        m_w = openWindow(1);
-        QCOMPARE(rowTexts(list()), QStringList({"$20.00 - Mop", "$1,234.50 - Fence & gate"}));
-        QCOMPARE(table().textOf(u"4k"), "000001234.50$1,234.50 - Fence & gate");
-        QVERIFY(item::isArchived(table().textOf(u"2k")));
-        for (int i = 0; i < 2; ++i) click(btn("cmdCancelNewItem"));  // the last one gone: nothing to delete
+        QVERIFY(!table().contains(u"1k"));
+        click(btn("cmdCancelNewItem"));
+        QCOMPARE(m_answers->seen().size(), 3);
         QCOMPARE(buttons(), "&New Product or Service / -&Delete Existing");
+    }
+
+    // Enter presses a focused button as Space does; a held key clicks once.
+    void enterAndKeyRepeat()
+    {
+        open({});
+        QVERIFY(QTest::qWaitForWindowActive(m_w.get()));
+        auto *pp = m_w->productPanel();
+        auto *add = pp->control<QAbstractButton>("cmdAddNewItem");
+        int clicks = 0;
+        connect(add, &QAbstractButton::clicked, this, [&clicks] { ++clicks; });
+        add->setFocus();
+        QTest::keyClick(add, Qt::Key_Return);
+        QCOMPARE(clicks, 1);
+        QVERIFY(pp->controlWidget("txtPrice")->isVisible());  // it did what a click does
+        pp->cmdCancelNewItemClick();
+
+        // Held down with Space or Enter, a plain button clicks once, on release.
+        for (Qt::Key k : {Qt::Key_Space, Qt::Key_Return}) {
+            pp->showProductEntry(false);
+            add->setFocus();
+            int n = 0;
+            auto c = connect(add, &QAbstractButton::clicked, this, [&n] { ++n; });
+            QKeyEvent press(QEvent::KeyPress, k, Qt::NoModifier);
+            QApplication::sendEvent(add, &press);
+            for (int i = 0; i < 5; ++i) {
+                QKeyEvent rp(QEvent::KeyRelease, k, Qt::NoModifier, {}, true);
+                QKeyEvent pp2(QEvent::KeyPress, k, Qt::NoModifier, {}, true);
+                QApplication::sendEvent(add, &rp);
+                QApplication::sendEvent(add, &pp2);
+            }
+            QCOMPARE(n, 0);  // nothing while held
+            QKeyEvent release(QEvent::KeyRelease, k, Qt::NoModifier);
+            QApplication::sendEvent(add, &release);
+            QCOMPARE(n, 1);
+            disconnect(c);
+        }
     }
 };
 
