@@ -343,10 +343,27 @@ private slots:
                                        "  4k = Dunn, Di - owes $1.50 red", "    2bi = $1.50 - Bolt"}));
     }
 
-    void payments()
+    // Invoice notes, then payments.
+    void notesAndPayments()
     {
         MayTrees m;
         auto &[db, t0, t1] = m;
+        const int amesNode = customerNode(t1, 1);
+        QCOMPARE(addInvoiceNote(t1, amesNode, QString()), 0);
+        QCOMPARE(addInvoiceNote(t1, t1.find("1bi"), "x"), 0);
+        const int note = addInvoiceNote(t1, amesNode, "Thank you!");
+        QVERIFY(note);
+        QCOMPARE(t1.nodes().back(), note);
+        QCOMPARE(t1.childrenOf(amesNode).back(), note);
+        QCOMPARE(t1.text(note), QStringLiteral("INVOICE NOTE: Thank you!"));
+        QVERIFY(t1.checked(note));
+        t1.setChecked(note, false);
+        QCOMPARE(addInvoiceNote(t1, amesNode, "Another"), note);
+        QCOMPARE(t1.text(note), QStringLiteral("INVOICE NOTE: Thank you!"));
+        QVERIFY(t1.checked(note));
+        rebuildInvoiceTree(t1, db, "May");
+        QVERIFY(!t1.find("1kn"));
+
         const int ames = customerNode(t0, 1);
         addInvoiceNote(t1, customerNode(t1, 1), "Pay soon");
 
@@ -399,27 +416,6 @@ private slots:
         InvoiceTree entry(0);
         resetNewPeriodTree(entry, db);
         QVERIFY(!logPayment(entry, t1, db, customerNode(entry, 4), Money(), "x", "May"));
-    }
-
-    void invoiceNotes()
-    {
-        MayTrees m;
-        auto &[db, t0, t1] = m;
-        const int ames = customerNode(t1, 1);
-        QCOMPARE(addInvoiceNote(t1, ames, QString()), 0);
-        QCOMPARE(addInvoiceNote(t1, t1.find("1bi"), "x"), 0);
-        const int note = addInvoiceNote(t1, ames, "Thank you!");
-        QVERIFY(note);
-        QCOMPARE(t1.nodes().back(), note);
-        QCOMPARE(t1.childrenOf(ames).back(), note);
-        QCOMPARE(t1.text(note), QStringLiteral("INVOICE NOTE: Thank you!"));
-        QVERIFY(t1.checked(note));
-        t1.setChecked(note, false);
-        QCOMPARE(addInvoiceNote(t1, ames, "Another"), note);
-        QCOMPARE(t1.text(note), QStringLiteral("INVOICE NOTE: Thank you!"));
-        QVERIFY(t1.checked(note));
-        rebuildInvoiceTree(t1, db, "May");
-        QVERIFY(!t1.find("1kn"));
     }
 
     // The model tells views about every change in order.
