@@ -109,6 +109,7 @@ private slots:
         const QString out = dir.filePath(QStringLiteral("out.xml"));
         QCOMPARE(cli({"resave", dup, out}).exitCode, 2);
         QCOMPARE(cli({"resave", missing, out}).exitCode, 2);
+        QCOMPARE(cli({"invoices", missing, "--period", "May", "-o", out}).exitCode, 2);
         QVERIFY(!QFileInfo::exists(out) && !QFileInfo::exists(missing));
     }
 

@@ -22,10 +22,10 @@ class TstPagePdf : public QObject {
 
     QTemporaryDir m_dir;
 
-    static InvoiceInput sample(int form, bool withDate = false)
+    static InvoiceInput sample(int form)
     {
         InvoiceInput in = sampleInvoice(form, 3, true, false);
-        in.options.addInvoiceDate = withDate;
+        in.options.addInvoiceDate = false;
         return in;
     }
     QList<PdfWord> pdfOf(const QList<Page> &pages, const QString &name)
@@ -99,26 +99,6 @@ private slots:
         QVERIFY(findWord(w, u"$97.50"_s));                            // 45 + 2 x 20 + 12.50
         expectAt(w, u"THANK"_s, Centre, 5707.5, 20, u"BUSINESS!"_s);  // the page's box, 600 + 10215 / 2
         QVERIFY(findWord(w, u"&"_s));                                 // ampersands print as ampersands
-    }
-
-    void headOfEachForm()
-    {
-        // frmPrint0: the title's right edge at 10815; the due date centred in
-        // the right half of the box, 5700 + 5115 / 2.
-        QList<PdfWord> w = pdfOf({composeInvoice(sample(0)).first()}, u"head0.pdf"_s);
-        expectAt(w, u"INVOICE"_s, Right, 10815, 40);
-        expectAt(w, u"BILL"_s, Centre, 8257.5, 20, u"07/31/2026"_s);
-        expectAt(w, u"BILL"_s, Top, 2835, 40);
-        expectAt(w, u"Harbour"_s, Left, 600);
-        // frmPrint2 with the date: date right-aligned at 10635 on 2400, the
-        // due date under it on 2760.
-        w = pdfOf({composeInvoice(sample(2, true)).first()}, u"head2.pdf"_s);
-        expectAt(w, u"07/01/2026"_s, Right, 10635);
-        expectAt(w, u"07/01/2026"_s, Top, 2400, 40);
-        expectAt(w, u"07/31/2026"_s, Right, 10635);
-        expectAt(w, u"07/31/2026"_s, Top, 2760, 40);
-        expectAt(w, u"Bill"_s, Left, 840);
-        expectAt(w, u"Bill"_s, Top, 4320, 40);
     }
 
     void manyPagesShareFontsAndStamp()

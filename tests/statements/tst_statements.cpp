@@ -173,7 +173,8 @@ private slots:
         b.period(u"A late"_s, chrono(AsOf.addDays(-5)));
         b.period(u"B early"_s, chrono(AsOf.addDays(-70)));
         b.period(u"C undated"_s, {});
-        for (const QString &p : {u"A late"_s, u"B early"_s, u"C undated"_s}) b.record(p, 1, u"1"_s);
+        b.period(u"D undated"_s, {});
+        for (const QString &p : {u"A late"_s, u"B early"_s, u"C undated"_s, u"D undated"_s}) b.record(p, 1, u"1"_s);
         b.record(u"A late"_s, 2, u"30"_s);
         b.record(u"A late"_s, 9, u"2"_s);
         b.record(u"B early"_s, 3, u"0.5"_s);
@@ -183,9 +184,10 @@ private slots:
         QCOMPARE(order, (QStringList{u"1"_s, u"3"_s, u"2*"_s, u"9"_s}));
         QStringList periods;
         for (const OpenRecord &o : r.accounts[0].records) periods << o.period;
-        QCOMPARE(periods, (QStringList{u"B early"_s, u"A late"_s, u"C undated"_s}));
+        // Two undated: the table's order.
+        QCOMPARE(periods, (QStringList{u"B early"_s, u"A late"_s, u"C undated"_s, u"D undated"_s}));
         QCOMPARE(r.accounts[0].oldestDue, AsOf.addDays(-70));
-        QCOMPARE(r.total.cents(), 300 + 3000 + 200 + 50);
+        QCOMPARE(r.total.cents(), 400 + 3000 + 200 + 50);
         QCOMPARE(report(b.db, AsOf, Detail::Totals, {u"3k"_s}).accounts.size(), size_t(1));
 
         StatementsModel m;
