@@ -423,6 +423,9 @@ private slots:
         e.text = QStringLiteral("a\r\nb\nc");
         e.autoSize = AutoSize::KeepLeft;
         QCOMPARE(layoutText(e).size(), 3);
+        e.text = QStringLiteral("a\nb");
+        QCOMPARE(layoutText(e).size(), 2);
+        e.text = QStringLiteral("a\r\nb\nc");
         fitAutoSize(e);
         QVERIFY(e.height > 2 * 195 && e.height < 4 * 260);
     }
