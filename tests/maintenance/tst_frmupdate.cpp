@@ -51,26 +51,17 @@ private slots:
     }
     void cleanupTestCase() { QFile::remove(updater); }
 
-    void form()
-    {
-        auto w = openWindow(0);
-        FrmUpdate *f = FrmUpdate::showFor(w.get());
-        QCOMPARE(f->parentWidget(), w.get());
-        QVERIFY(f->isVisible() && !f->isModal());
-        QCOMPARE(f->minimumSize(), f->maximumSize());
-        QVERIFY(!(f->windowFlags() & (Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint)));
-        QCOMPARE(f->size(), QSize(twipsToPx(4215), twipsToPx(2385)));
-        QCOMPARE(FrmUpdate::showFor(w.get()), f);  // one form
-        f->close();
-        discard(w);
-    }
-
+    // A fixed, modeless form owned by the main window, which refuses to close while it shows.
     void mainWindowRefusesWhileShown()
     {
         auto w = openWindow(2);
         writeStandIn(updater);
         settings::LastClicked.set(0);
-        FrmUpdate::showFor(w.get());
+        FrmUpdate *shown = FrmUpdate::showFor(w.get());
+        QVERIFY(shown->parentWidget() == w.get() && shown->isVisible() && !shown->isModal());
+        QCOMPARE(shown->minimumSize(), shown->maximumSize());
+        QVERIFY(!(shown->windowFlags() & (Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint)));
+        QCOMPARE(FrmUpdate::showFor(w.get()), shown);  // one form
         w->showDatabaseChanged(true);
         Answerer a;
         QVERIFY(!w->close());

