@@ -14,6 +14,15 @@
 
 namespace dbtest {
 
+// The common ground of the file tests: prices in US English, and a folder of their own.
+class Fixture : public QObject {
+public:
+    Fixture() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
+
+protected:
+    QTemporaryDir dir;
+};
+
 // "key = text" per row, with FieldSep shown as "|" and ItemSep as "+".
 inline QStringList rows(const qor::KeyedList &t)
 {

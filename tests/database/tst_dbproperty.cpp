@@ -64,17 +64,10 @@ QString withoutMark(const QString &s) { return s.startsWith(ArchiveMark) ? s.mid
 
 }  // namespace
 
-class TestDbProperty : public QObject {
+class TestDbProperty : public Fixture {
     Q_OBJECT
-    QTemporaryDir dir;
 
 private slots:
-    void initTestCase()
-    {
-        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-        QVERIFY(dir.isValid());
-    }
-
     void randomTextInEveryField()
     {
         const quint32 seed = QRandomGenerator::global()->generate();
@@ -155,25 +148,19 @@ private slots:
         QVERIFY(refusedCustomers > 0 && refusedItems > 0 && stored == 150);
     }
 
+    // What the random test can't tell apart: which field may lead with the mark.
     void entryRules()
     {
-        QStringList typed(8);
+        QStringList typed{u"Ann"_qs, u"Lee zzzz\u00BB"_qs, ArchiveMark, {}, {}, {}, {}, u"zzzz\u00BB - <tags>\n"_qs};
         QVERIFY(entry::customerProblem(typed).isEmpty());
-        typed[0] = ArchiveMark + QStringLiteral("Ann");
-        QVERIFY(entry::customerProblem(typed).contains(ArchiveMark));
-        typed[0] = u"Ann"_qs;
-        typed[1] = ArchiveMark;
-        QVERIFY(!entry::customerProblem(typed).isEmpty());
-        typed[1] = u"Lee zzzz\u00BB"_qs;  // not at the front: harmless
-        typed[7] = u"notes may hold zzzz\u00BB and \" - \" and <tags>\n"_qs;
-        QVERIFY(entry::customerProblem(typed).isEmpty());
-        typed[4] = QString(FieldSep);
-        QVERIFY(entry::customerProblem(typed).contains(QLatin1String("U+0001")));
-
-        QVERIFY(entry::productProblem(u"$5.00", u"Name - with zzzz\u00BB dash").isEmpty());
+        for (int name : {0, 1}) {
+            QStringList marked(8);
+            marked[name] = ArchiveMark;
+            QVERIFY(entry::customerProblem(marked).contains(ArchiveMark));
+        }
+        QVERIFY(entry::productProblem(u"$5.00", u"zzzz\u00BB - x").isEmpty());
         QVERIFY(entry::productProblem(u"zzzz\u00BB$5.00", u"N").contains(ArchiveMark));
         QVERIFY(entry::productProblem(u"$5 - 6", u"N").contains(QLatin1String("\" - \"")));
-        QVERIFY(!entry::productProblem(u"$5", u"a\u0002b").isEmpty());
     }
 };
 
