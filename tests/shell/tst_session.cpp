@@ -50,6 +50,7 @@ struct ScriptedQuestions : SessionQuestions {
 class TstSession : public QObject {
     Q_OBJECT
     QTemporaryDir dir;
+    ScriptedQuestions dialogs;  // anew for each test
     QString path() const { return dir.path() + u"/QOR.xml"_s; }
     void writeFile(const QByteArray &bytes)
     {
@@ -64,6 +65,11 @@ private slots:
         qputenv("XDG_CONFIG_HOME", (dir.path() + u"/config"_s).toLocal8Bit());
         qputenv("XDG_DATA_HOME", (dir.path() + u"/data"_s).toLocal8Bit());
         settings::DatabasePath.set(path());
+    }
+    void init()
+    {
+        QFile::remove(path());
+        dialogs = ScriptedQuestions();
     }
 
     // An unsaved customer in the books.
@@ -125,8 +131,6 @@ private slots:
 
     void saveTellsAFailureAndKeepsTheChange()
     {
-        QFile::remove(path());
-        ScriptedQuestions dialogs;
         auto session = changedSession(dialogs);
         const QString ann = session->db().customers().textOf(u"1k");
         QFile::remove(path());
@@ -157,10 +161,8 @@ private slots:
     {
         QFETCH(int, button);
         QFETCH(QString, target);
-        QFile::remove(path());
         QVERIFY(dbtest::writeFile(at(u"blocker"_s), "a file, not a folder"));  // not a folder, even for root
         QVERIFY(dbtest::writeFile(at(u"damaged.xml"_s), "<QOR-DB>\r\n<Customers>\r\n</QOR-DB>\r\n"));
-        ScriptedQuestions dialogs;
         auto session = changedSession(dialogs);
         dialogs.nextAnswers = {Answer::Discard};
         dialogs.nextFileNames = {at(target)};
@@ -179,9 +181,7 @@ private slots:
     // folder; when neither can be written, nothing goes without the user's word.
     void unsavedChangesAreAskedAboutAndKept()
     {
-        QFile::remove(path());
         QVERIFY(dbtest::writeFile(at(u"other.xml"_s), QByteArray()));
-        ScriptedQuestions dialogs;
         auto session = changedSession(dialogs);
         const QByteArray unsaved = session->db().serialize();
         QVERIFY(!session->changePath(Session::FileButton::Open));  // Cancel: not even the file is asked for
@@ -223,7 +223,6 @@ private slots:
     {
         QVERIFY(dbtest::writeFile(path(), QByteArray()));
         const QString lock = FileLock::lockPathOf(path());
-        ScriptedQuestions dialogs;
         QVERIFY(dbtest::writeFile(lock, "4242\nqorvane\nelsewhere\n"));
         {
             Session cancelled;
@@ -250,12 +249,9 @@ private slots:
         QVERIFY(dbtest::readFile(lock).startsWith(QByteArray::number(QCoreApplication::applicationPid())));
     }
 
-    // A save notices a file another program changed since it was read, and
-    // Save As asks before it replaces a file.
+    // A save notices a file another program changed since it was read.
     void savesAskBeforeOverwriting()
     {
-        QFile::remove(path());
-        ScriptedQuestions dialogs;
         auto session = changedSession(dialogs);
         QVERIFY(dbtest::writeFile(path(), "<QOR-DB>\r\n</QOR-DB>\r\n"));
         for (auto answer : {Answer::Cancel, Answer::Yes}) {
@@ -264,20 +260,12 @@ private slots:
             QVERIFY(dialogs.last().text.contains(u"changed on disk"_s));
             QCOMPARE(dbtest::readFile(path()).contains("Ann"), answer == Answer::Yes);
         }
-        QVERIFY(dbtest::writeFile(at(u"taken.xml"_s), "keep me"));
-        dialogs.nextFileNames = {at(u"taken.xml"_s)};
-        dialogs.nextAnswers = {Answer::No};
-        QVERIFY(!session->changePath(Session::FileButton::SaveAs));
-        QVERIFY(dialogs.last().text.contains(u"already exists"_s));
-        QCOMPARE(dbtest::readFile(at(u"taken.xml"_s)), QByteArray("keep me"));
     }
 
     // Unsaved changes left by a crash come back at the next start, marked
     // changed, for the file they belong to; a save or Discard ends them.
     void recoveryAfterACrash()
     {
-        QFile::remove(path());
-        ScriptedQuestions dialogs;
         QByteArray unsaved;
         for (auto answer : {Answer::Yes, Answer::Discard}) {
             QFile::remove(path());
@@ -317,10 +305,8 @@ private slots:
     // as changed books, and stand in for a file that can't be read.
     void earlierVersions()
     {
-        QFile::remove(path());
         QDir(path() + u".versions"_s).removeRecursively();
         QDir(Session::unsavedFolder()).removeRecursively();
-        ScriptedQuestions dialogs;
         auto session = changedSession(dialogs, u"First"_s);
         QVERIFY(session->save());
         const QByteArray first = dbtest::readFile(path());
