@@ -103,8 +103,7 @@ class TstVersionCheck : public QObject {
         QVERIFY2(openssl.waitForFinished(60000) && openssl.exitCode() == 0, openssl.readAllStandardError().constData());
         QFile cf(c), kf(k);
         QVERIFY(cf.open(QIODevice::ReadOnly) && kf.open(QIODevice::ReadOnly));
-        cert = QSslCertificate(cf.readAll());
-        key = QSslKey(kf.readAll(), QSsl::Ec);
+        cert = QSslCertificate(cf.readAll()), key = QSslKey(kf.readAll(), QSsl::Ec);
         QVERIFY(!cert.isNull() && !key.isNull());
     }
 
@@ -137,14 +136,6 @@ class TstVersionCheck : public QObject {
         return r;
     }
 
-    static void closeUpdateForm()
-    {
-        if (FrmUpdate *f = FrmUpdate::existing()) {
-            f->close();
-            delete f;
-        }
-    }
-
 private slots:
     void initTestCase()
     {
@@ -159,7 +150,7 @@ private slots:
     }
     void cleanup()
     {
-        closeUpdateForm();
+        delete FrmUpdate::existing();
         qunsetenv(VersionUrlVariable);
     }
 
@@ -267,7 +258,7 @@ private slots:
         QWidget window;
         VersionCheck *vc = VersionCheck::of(&window);
         vc->setTimeout(std::chrono::milliseconds(300));
-        QCOMPARE(VersionCheck::of(&window), vc);
+        QCOMPARE(VersionCheck::of(&window), vc);  // one per window
         Answerer a;
         a.answer = QMessageBox::Ok;
         QSignalSpy done(vc, &VersionCheck::finished);

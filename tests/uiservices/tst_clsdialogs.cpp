@@ -3,22 +3,47 @@
 // between runs, the file dialogs' bookkeeping (folders, files, filters,
 // multiple selection), the font rules, colours, page setup, and the real Qt
 // dialogs behind it, driven as a user would.
-#include "modaldriver.h"
 #include "settings/settingsstore.h"
 #include "uiservices/clsdialogs.h"
 
+#include <QApplication>
 #include <QColorDialog>
 #include <QComboBox>
+#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QPointer>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <QtTest>
 
 using namespace qor;
-using namespace qor::testing;
 using namespace Qt::StringLiterals;
+
+namespace {
+// Drives a real modal dialog: once a D is the active modal window, act()
+// fills it in and closes it. Whatever is modal after five seconds, or left
+// open by act() for three, is rejected, so a failing test ends instead of
+// waiting for a user.
+template <class D>
+void whenModal(std::function<void(D *)> act, bool *seen)
+{
+    auto *poll = new QTimer;
+    QObject::connect(poll, &QTimer::timeout, [poll, act, seen, clock = QElapsedTimer()]() mutable {
+        if (!clock.isValid()) clock.start();
+        auto *d = qobject_cast<D *>(QApplication::activeModalWidget());
+        if (!d && clock.elapsed() < 5000) return;
+        poll->stop();
+        poll->deleteLater();
+        if (d) *seen = true, act(d);
+        if (QPointer<QDialog> left = qobject_cast<QDialog *>(QApplication::activeModalWidget()))
+            QTimer::singleShot(d ? 3000 : 0, [left] { if (left && left->isVisible()) left->reject(); });
+    });
+    poll->start(10);
+}
+}  // namespace
 
 class TstClsDialogs : public QObject {
     Q_OBJECT
