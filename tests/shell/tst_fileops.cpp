@@ -316,7 +316,9 @@ private slots:
         addCustomer(u"Cara"_s);
         settings::sync();
         const QByteArray settingsBefore = bytes(settings::storePath());
-        answers->nextAnswers = {QMessageBox::Ok};
+        answers->nextAnswers = {QMessageBox::Cancel, QMessageBox::Ok};  // Cancel keeps the changes
+        click(w->cmdCancel());
+        QVERIFY(answers->last().message.buttons == (QMessageBox::Ok | QMessageBox::Cancel) && w->databaseChanged());
         click(w->cmdCancel());
         QVERIFY(rowTexts(w->customerPanel()->list()) == shown && !w->databaseChanged());
         settings::sync();
