@@ -133,8 +133,7 @@ private slots:
         QSet<QString> names;
         for (Panel *p : panels) {
             QCOMPARE(p->objectName(), u"fraMain(%1)"_s.arg(p->index()));
-            QVERIFY(p->isHidden() && p->size() == QSize(560, 416));
-            QCOMPARE(p->palette().color(QPalette::Window), QColor(Qt::white));
+            QVERIFY(p->isHidden() && p->size() == QSize(560, 416) && p->palette().color(QPalette::Window) == Qt::white);
             qsizetype built = 0;
             for (QWidget *w : p->findChildren<QWidget *>()) {
                 if (roster::tabIndexOf(w) < 0)
@@ -162,10 +161,9 @@ private slots:
                 }
                 QVERIFY2(w->isHidden() == bool(e->flags & roster::Hidden), e->name);
                 // The kind's widget class, start state and caption as the row gives them.
-                static const char *const classes[] = {"QLineEdit", "QTreeWidget", "QTreeView", "QComboBox",
-                                                      "QLabel", "QPushButton", "qor::HoverCommand",
-                                                      "QCheckBox", "QRadioButton", "QGroupBox", "QLabel",
-                                                      "QProgressBar"};
+                static const char *const classes[] = {"QLineEdit", "QTreeWidget", "QTreeView", "QComboBox", "QLabel",
+                                                      "QPushButton", "qor::HoverCommand", "QCheckBox", "QRadioButton",
+                                                      "QGroupBox", "QLabel", "QProgressBar"};
                 QVERIFY2(w->inherits(e->flags & roster::MultiLine ? "QPlainTextEdit" : classes[int(e->kind)]), e->name);
                 if (auto *t = qobject_cast<QLineEdit *>(w))
                     QVERIFY2(t->isReadOnly() == bool(e->flags & roster::ReadOnly) &&

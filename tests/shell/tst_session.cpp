@@ -93,20 +93,15 @@ private slots:
 
     void loadTellsTheViewsInOrder()
     {
-        struct Case {
-            const char *name;
-            QByteArray bytes;
-            bool exists, fileRead, told;
-            int customers;
-        };
         const QByteArray good =
             "<QOR-DB>\r\n\t<Customers>\r\n\t\t<Customer CID=\"1\">\r\n\t\t\t<FName>Ann</FName>\r\n"
             "\t\t\t<Current>Yes</Current>\r\n\t\t</Customer>\r\n\t</Customers>\r\n</QOR-DB>\r\n";
         const QByteArray refused = QByteArray("<QOR-DB>\r\n") + char(0) + QByteArray("\r\n</QOR-DB>\r\n");
-        for (const Case &c : {Case{"missing", {}, false, false, false, 0}, Case{"read", good, true, true, false, 1},
-                              Case{"refused", refused, true, false, true, 0}}) {
+        // No file; one that reads; one that is refused (and told).
+        for (const auto &[bytes, customers] : {std::pair{QByteArray(), 0}, {good, 1}, {refused, 0}}) {
+            const bool exists = !bytes.isNull(), fileRead = customers > 0, told = exists && !fileRead;
             QFile::remove(path());
-            if (c.exists) writeFile(c.bytes);
+            if (exists) writeFile(bytes);
             Session session;
             Database &db = session.db();
             db.setChanged(true);
@@ -119,10 +114,10 @@ private slots:
             const ReadResult r = session.load();
             QCOMPARE(session.path(), path());
             // The changed state ends before the views hear the file was read.
-            QCOMPARE(heard.join(u' '), c.fileRead ? u"about read reloaded"_s : u"about reloaded"_s);
-            QVERIFY2(db.isChanged() != c.fileRead && db.customers().count() == c.customers, c.name);
-            QCOMPARE(dialogs.seen.size(), c.told ? 1 : 0);
-            if (c.told) QVERIFY(dialogs.last().tone == Tone::Warning && dialogs.last().text == r.message);
+            QCOMPARE(heard.join(u' '), fileRead ? u"about read reloaded"_s : u"about reloaded"_s);
+            QVERIFY(db.isChanged() != fileRead && db.customers().count() == customers);
+            QCOMPARE(dialogs.seen.size(), told ? 1 : 0);
+            if (told) QVERIFY(dialogs.last().tone == Tone::Warning && dialogs.last().text == r.message);
         }
     }
 
