@@ -189,10 +189,8 @@ private slots:
         ScriptedDialogs answers;
         QFont tiny(u"DejaVu Sans"_s);
         tiny.setPointSizeF(0.5);
-        QFont bigBoldItalic(u"DejaVu Serif"_s);
+        QFont bigBoldItalic(u"DejaVu Serif"_s, -1, QFont::Bold, true);
         bigBoldItalic.setPointSizeF(11.6);
-        bigBoldItalic.setBold(true);
-        bigBoldItalic.setItalic(true);
         QFont styled(u"DejaVu Sans"_s, 9);
         styled.setStyleName(u"Condensed"_s);
         answers.nextFonts = {tiny, bigBoldItalic, styled, std::nullopt};
@@ -223,11 +221,7 @@ private slots:
         QCOMPARE(d.lngChooseColor(0x00FF00), 0x0000FF);
         QVERIFY(d.lngChooseColor(0x00FF00) == -1 && d.lngColor() == 0x0000FF);  // a cancel leaves it
 
-        DialogService::PageSetup a4;
-        a4.paperWidth = 8268;
-        a4.paperHeight = 11693;
-        a4.margins = QMargins(400, 300, 600, 700);
-        answers.nextPageSetups = {a4, std::nullopt};
+        answers.nextPageSetups = {DialogService::PageSetup{8268, 11693, QMargins(400, 300, 600, 700)}, std::nullopt};
         QVERIFY(d.blnPageSetup());
         QCOMPARE(QList<int>({d.lngPaperWidth(), d.lngPaperHeight(), d.intLeftMargin(), d.intTopMargin(),
                              d.intRightMargin(), d.intBottomMargin(), d.intMinMarginLeft()}),
