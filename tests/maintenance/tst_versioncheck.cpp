@@ -103,8 +103,7 @@ class TstVersionCheck : public QObject {
         QVERIFY2(openssl.waitForFinished(60000) && openssl.exitCode() == 0, openssl.readAllStandardError().constData());
         QFile cf(c), kf(k);
         QVERIFY(cf.open(QIODevice::ReadOnly) && kf.open(QIODevice::ReadOnly));
-        cert = QSslCertificate(cf.readAll());
-        key = QSslKey(kf.readAll(), QSsl::Ec);
+        cert = QSslCertificate(cf.readAll()), key = QSslKey(kf.readAll(), QSsl::Ec);
         QVERIFY(!cert.isNull() && !key.isNull());
     }
 
@@ -137,14 +136,6 @@ class TstVersionCheck : public QObject {
         return r;
     }
 
-    static void closeUpdateForm()
-    {
-        if (FrmUpdate *f = FrmUpdate::existing()) {
-            f->close();
-            delete f;
-        }
-    }
-
 private slots:
     void initTestCase()
     {
@@ -159,7 +150,7 @@ private slots:
     }
     void cleanup()
     {
-        closeUpdateForm();
+        delete FrmUpdate::existing();
         qunsetenv(VersionUrlVariable);
     }
 
@@ -201,22 +192,16 @@ private slots:
         QVERIFY(r.returnedAtOnce);
         QCOMPARE(int(r.outcome), outcome);
         QCOMPARE(server.paths, QStringList{u"GET /qorver.txt HTTP/1.1"_s});
-        switch (VersionCheck::Outcome(outcome)) {
-        case VersionCheck::Outcome::UpToDate:
-            QCOMPARE(r.messages, QStringList{u"You are currently running the latest version of the software."_s});
-            QVERIFY(!FrmUpdate::existing());
-            break;
-        case VersionCheck::Outcome::Failed:
-            QCOMPARE(r.messages, QStringList{unableToConnectText()});
-            QVERIFY(!FrmUpdate::existing());
-            break;
-        case VersionCheck::Outcome::NewVersion:
-            QVERIFY(r.messages.isEmpty());
-            QVERIFY(FrmUpdate::isShowing());
-            QCOMPARE(FrmUpdate::existing()->parentWidget(), &window);  // owned: stays above the main window
-            QVERIFY(!FrmUpdate::existing()->isModal());
-            break;
-        }
+        // A new version shows the form, owned (it stays above the main window) and modeless; else one message.
+        const bool fresh = outcome == int(VersionCheck::Outcome::NewVersion);
+        QCOMPARE(r.messages, fresh ? QStringList()
+                             : outcome == int(VersionCheck::Outcome::Failed)
+                                 ? QStringList{unableToConnectText()}
+                                 : QStringList{u"You are currently running the latest version of the software."_s});
+        QCOMPARE(FrmUpdate::existing() != nullptr, fresh);
+        if (fresh)
+            QVERIFY(FrmUpdate::isShowing() && FrmUpdate::existing()->parentWidget() == &window &&
+                    !FrmUpdate::existing()->isModal());
         // Nothing is written anywhere: no local copy in the program's folder.
         QCOMPARE(QDir(QCoreApplication::applicationDirPath()).entryList(QDir::Files), before);
     }
@@ -233,11 +218,8 @@ private slots:
     void connectionFailures()
     {
         QFETCH(QString, kind);
-        Responder good(trusted, trustedKey), bad(untrusted, untrustedKey);
-        Responder plain;
-        plain.response = ok("3019001");
-        good.response = ok("3019001");
-        bad.response = ok("3019001");
+        Responder good(trusted, trustedKey), bad(untrusted, untrustedKey), plain;
+        for (Responder *r : {&good, &bad, &plain}) r->response = ok("3019001");
         QUrl url = good.url(u"https"_s);
         if (kind == u"untrusted")
             url = bad.url(u"https"_s);
@@ -265,12 +247,8 @@ private slots:
         const Run r = check(window, std::chrono::milliseconds(kind == u"silent" ? 500 : 10000));
         QCOMPARE(int(r.outcome), int(VersionCheck::Outcome::Failed));
         QCOMPARE(r.messages, QStringList{unableToConnectText()});
-        QVERIFY(!FrmUpdate::existing());
-        QVERIFY(plain.paths.isEmpty());  // nothing was asked over plain HTTP
-        if (kind == u"silent") {
-            QCOMPARE(good.paths.size(), 1);
-            QVERIFY2(ticks >= 10, qPrintable(QString::number(ticks)));
-        }
+        QVERIFY(!FrmUpdate::existing() && plain.paths.isEmpty());  // nothing was asked over plain HTTP
+        if (kind == u"silent") QVERIFY2(good.paths.size() == 1 && ticks >= 10, qPrintable(QString::number(ticks)));
     }
 
     void oneCheckAtATime()
@@ -280,12 +258,11 @@ private slots:
         QWidget window;
         VersionCheck *vc = VersionCheck::of(&window);
         vc->setTimeout(std::chrono::milliseconds(300));
-        QCOMPARE(VersionCheck::of(&window), vc);
+        QCOMPARE(VersionCheck::of(&window), vc);  // one per window
         Answerer a;
         a.answer = QMessageBox::Ok;
         QSignalSpy done(vc, &VersionCheck::finished);
-        QVERIFY(vc->start());
-        QVERIFY(!vc->start());
+        QVERIFY(vc->start() && !vc->start());
         QVERIFY(done.wait(10000));
         QTest::qWait(100);
         QVERIFY(done.size() == 1 && a.seen().size() == 1 && !vc->isRunning());
@@ -303,8 +280,7 @@ private slots:
         window.reset();  // the request goes with the window; nothing is shown
         Answerer a;
         QTest::qWait(200);
-        QVERIFY(a.seen().isEmpty());
-        QVERIFY(!FrmUpdate::existing());
+        QVERIFY(a.seen().isEmpty() && !FrmUpdate::existing());
     }
 };
 

@@ -109,24 +109,22 @@ private slots:
             NeedsMissingControl p(ctx, which.constData(), qEnvironmentVariableIsSet("QOR_AS_LABEL"));
             return;  // reached only when nothing stopped it
         }
-        struct Case {
-            const char *name;
-            bool asLabel;
-            bool stops;
-        };
-        for (const Case &c : {Case{"lblNoSuchControl", false, true}, Case{"txtField(0)", true, true},
-                              Case{"lblCustomers", true, false}}) {
+        // clang-format off: (name, asked for as a label, stops)
+        const std::tuple<const char *, bool, bool> cases[] = {
+            {"lblNoSuchControl", false, true}, {"txtField(0)", true, true}, {"lblCustomers", true, false}};
+        // clang-format on
+        for (auto [name, asLabel, stops] : cases) {
             QProcess child;
             QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-            env.insert(u"QOR_NEEDS_CONTROL"_s, QString::fromLatin1(c.name));
-            if (c.asLabel) env.insert(u"QOR_AS_LABEL"_s, u"1"_s);
+            env.insert(u"QOR_NEEDS_CONTROL"_s, QString::fromLatin1(name));
+            if (asLabel) env.insert(u"QOR_AS_LABEL"_s, u"1"_s);
             child.setProcessEnvironment(env);
             child.start(QCoreApplication::applicationFilePath(), {u"missingControlStopsTheProgram"_s});
             QVERIFY(child.waitForFinished(60000));
-            const QString err = QString::fromLocal8Bit(child.readAllStandardError() + child.readAllStandardOutput());
+            const QString out = QString::fromLocal8Bit(child.readAllStandardError() + child.readAllStandardOutput());
             const bool stopped = child.exitStatus() == QProcess::CrashExit || child.exitCode() != 0;
-            QVERIFY2(stopped == c.stops, qPrintable(QString::fromLatin1(c.name) + u": "_s + err));
-            if (c.stops) QVERIFY2(err.contains(QString::fromLatin1(c.name)), qPrintable(err));
+            QVERIFY2(stopped == stops && (!stops || out.contains(QString::fromLatin1(name))),
+                     qPrintable(QString::fromLatin1(name) + u": "_s + out));
         }
     }
 
@@ -135,8 +133,7 @@ private slots:
         QSet<QString> names;
         for (Panel *p : panels) {
             QCOMPARE(p->objectName(), u"fraMain(%1)"_s.arg(p->index()));
-            QVERIFY(p->isHidden() && p->size() == QSize(560, 416));
-            QCOMPARE(p->palette().color(QPalette::Window), QColor(Qt::white));
+            QVERIFY(p->isHidden() && p->size() == QSize(560, 416) && p->palette().color(QPalette::Window) == Qt::white);
             qsizetype built = 0;
             for (QWidget *w : p->findChildren<QWidget *>()) {
                 if (roster::tabIndexOf(w) < 0)
@@ -164,10 +161,9 @@ private slots:
                 }
                 QVERIFY2(w->isHidden() == bool(e->flags & roster::Hidden), e->name);
                 // The kind's widget class, start state and caption as the row gives them.
-                static const char *const classes[] = {"QLineEdit", "QTreeWidget", "QTreeView", "QComboBox",
-                                                      "QLabel", "QPushButton", "qor::HoverCommand",
-                                                      "QCheckBox", "QRadioButton", "QGroupBox", "QLabel",
-                                                      "QProgressBar"};
+                static const char *const classes[] = {"QLineEdit", "QTreeWidget", "QTreeView", "QComboBox", "QLabel",
+                                                      "QPushButton", "qor::HoverCommand", "QCheckBox", "QRadioButton",
+                                                      "QGroupBox", "QLabel", "QProgressBar"};
                 QVERIFY2(w->inherits(e->flags & roster::MultiLine ? "QPlainTextEdit" : classes[int(e->kind)]), e->name);
                 if (auto *t = qobject_cast<QLineEdit *>(w))
                     QVERIFY2(t->isReadOnly() == bool(e->flags & roster::ReadOnly) &&
@@ -212,13 +208,13 @@ private slots:
     void startStatesAndColours()
     {
         auto *notes = get<QPlainTextEdit>("txtField(7)");
-        QVERIFY(notes->verticalScrollBarPolicy() == Qt::ScrollBarAlwaysOn && notes->tabChangesFocus());
-        QCOMPARE(find("lblCheckForNewVersion")->cursor().shape(), Qt::PointingHandCursor);
+        QVERIFY(notes->verticalScrollBarPolicy() == Qt::ScrollBarAlwaysOn && notes->tabChangesFocus() &&
+                find("lblCheckForNewVersion")->cursor().shape() == Qt::PointingHandCursor);
         // System colours resolve through the palette; a label on a colour fills its ground.
         const QColor info = app.color(QPalette::Active, QPalette::ToolTipBase);
         QVERIFY(info != app.color(QPalette::Active, QPalette::Base));  // else the checks prove nothing
-        QCOMPARE(roster::backColour(find("lblDoubleClickToAdd")), info);
-        QVERIFY(find("lblDoubleClickToAdd")->autoFillBackground());
+        QVERIFY(roster::backColour(find("lblDoubleClickToAdd")) == info &&
+                find("lblDoubleClickToAdd")->autoFillBackground());
         QCOMPARE(roster::backColour(find("txtField(0)")), app.color(QPalette::Active, QPalette::Base));
         QCOMPARE(roster::foreColour(find("lblRightClickForNote")), roster::colour(syscolor::GrayText));
         QCOMPARE(roster::foreColour(find("lblTop(6)")), QColor(0, 128, 0));
@@ -266,10 +262,11 @@ private slots:
         // cmdPrint stands at M - 600: 3908 twips (261 px) at W = 9015, 3922 (261 px) at W = 9045.
         Panel p(0, ctx);
         p.arrange(9015, 6240, Panel::middleOf(9015));
-        QCOMPARE(place(p, "cmdPrint").x(), 261);
+        const int x = place(p, "cmdPrint").x();
         p.arrange(9045, 7310, Panel::middleOf(9045));
-        QCOMPARE(place(p, "cmdPrint").x(), 261);
-        QCOMPARE(place(p, "txtField(7)").height(), 200);  // H - 4305 = 3005 twips
+        // The notes fill down to H - 4305 = 3005 twips.
+        QCOMPARE(QList<int>({x, place(p, "cmdPrint").x(), place(p, "txtField(7)").height()}),
+                 QList<int>({261, 261, 200}));
     }
 
     // Places in pixels at the smallest size (W 8400, H 6240, M 4200) and at W 12000, H 9000, M 6000.
@@ -307,8 +304,7 @@ private slots:
         QCOMPARE(place(p, name), small);
         QVERIFY(p.size() == QSize(560, 416) && p.isHidden());  // laid out while hidden
         p.arrange(12000, 9000, 6000);
-        QCOMPARE(place(p, name), large);
-        QCOMPARE(p.size(), QSize(800, 600));
+        QVERIFY(place(p, name) == large && p.size() == QSize(800, 600));
         if (name == u"staPrinting")  // its label moves with it, and may be wider than designed
             QCOMPARE(p.controlWidget(u"lblPrinting"_s)->pos(), QPoint(600, 48));
         p.arrange(8400, 6240, 4200);  // back at the smallest size nothing has drifted
@@ -324,8 +320,8 @@ private slots:
         QCOMPARE(products->columnWidth(0), 772);  // 11760 - 180 twips
         products->setVisible(true);               // (the panel itself still hidden)
         p.arrange(12000, 9000, 6000);
-        QCOMPARE(place(p, "tvwInvoiceRecords(0)"), QRect(8, 104, 384, 440));
-        QCOMPARE(place(p, "lvwProducts(1)"), QRect(408, 104, 384, 440));
+        QCOMPARE(QList<QRect>({place(p, "tvwInvoiceRecords(0)"), place(p, "lvwProducts(1)")}),
+                 QList<QRect>({QRect(8, 104, 384, 440), QRect(408, 104, 384, 440)}));
         QCOMPARE(products->columnWidth(0), 372);
         Panel p1(1, ctx);
         p1.arrange(12000, 9000, 6000);
@@ -376,16 +372,15 @@ private slots:
     void optionsPanelStoresBoxes()
     {
         OptionsPanel p(ctx);
-        auto *expert = p.control<QCheckBox>(u"chkExpertMode"_s);
-        auto *confirm = p.control<QCheckBox>(u"chkCheckToConfirmEdits"_s);
+        auto *expert = p.control<QCheckBox>(u"chkExpertMode"_s),
+             *confirm = p.control<QCheckBox>(u"chkCheckToConfirmEdits"_s);
         QSignalSpy expertSpy(&p, &OptionsPanel::expertModeClicked);
 
         // A store where the program never ran: confirm on, expert off; only the box that changed writes.
         p.applySettings();
         QVERIFY(confirm->isChecked() && !expert->isChecked() && !p.expertMode());
         QCOMPARE(stored(settings::ExpertMode) + stored(settings::CheckToConfirmEdits), u"False<absent>"_s);
-        QCOMPARE(expertSpy.count(), 1);
-        QCOMPARE(p.control<QLineEdit>(u"txtChangePath"_s)->text(), settings::databasePath());
+        QVERIFY(expertSpy.count() == 1 && p.control<QLineEdit>(u"txtChangePath"_s)->text() == settings::databasePath());
         expert->click();
         confirm->click();
         QCOMPARE(stored(settings::ExpertMode) + stored(settings::CheckToConfirmEdits), u"TrueFalse"_s);
@@ -397,8 +392,8 @@ private slots:
         settings::CheckToConfirmEdits.store(u"true"_s);
         settings::DatabasePath.store(u"/tmp/x/Books.xml"_s);
         p.applySettings();
-        QVERIFY(confirm->isChecked() && expert->isChecked());
-        QCOMPARE(p.control<QLineEdit>(u"txtChangePath"_s)->text(), u"/tmp/x/Books.xml"_s);
+        QVERIFY(confirm->isChecked() && expert->isChecked() &&
+                p.control<QLineEdit>(u"txtChangePath"_s)->text() == u"/tmp/x/Books.xml");
 
         QSignalSpy help(&p, &OptionsPanel::helpRequested), version(&p, &OptionsPanel::checkForNewVersionRequested);
         p.control<QAbstractButton>(u"cmdOpenHelp"_s)->click();
@@ -418,8 +413,7 @@ private slots:
         ctx.changeCalls = 0;
         p.readCompanyInfo();  // filling from the database is no change
         QVERIFY(ctx.changeCalls == 0 && !p.isReadingCompanyInfo());
-        for (int i = 0; i < CompanyFieldCount; ++i)
-            QCOMPARE(p.field(i), u"value %1"_s.arg(i));
+        for (int i = 0; i < CompanyFieldCount; ++i) QCOMPARE(p.field(i), u"value %1"_s.arg(i));
         auto *three = p.control<QLineEdit>(u"txtCompanyDetails(3)"_s);
         QCOMPARE(three->cursorPosition(), 0);  // a value longer than the field shows its start
         QTest::keyClick(three, Qt::Key_End);
@@ -445,15 +439,16 @@ private slots:
         bills.treeModel().add(0, u"root_node"_s, NodeValues{NodeKind::Other, u"old"_s});
         bills.control<QLineEdit>(u"txtBillPeriod"_s)->setText(u"typed"_s);
         bills.refreshBillPeriodList();  // an empty table empties everything
-        QVERIFY(one->count() == 0 && bills.treeModel().isEmpty() && oneChanged.isEmpty());
-        QCOMPARE(bills.control<QLineEdit>(u"txtBillPeriod"_s)->text(), QString());
+        QVERIFY(one->count() == 0 && bills.treeModel().isEmpty() && oneChanged.isEmpty() &&
+                bills.control<QLineEdit>(u"txtBillPeriod"_s)->text().isEmpty());
 
         // Table order; a row without exactly three separators is left out.
         qor::test::TablesEdit periods(ctx.database);
-        periods.periods.add(u"1k"_s, QStringList({"2024/01/31", "January 2024", "2024/01/01", "2024/02/15"}).join(FieldSep));
-        periods.periods.add(u"2k"_s, QStringList({"2024/02/29", "February 2024", "2024/02/01", "2024/03/15"}).join(FieldSep));
-        periods.periods.add(u"3k"_s, QStringList({"2024/02/30", "broken", "2024/02/01"}).join(FieldSep));
-        periods.periods.add(u"4k"_s, QStringList({"2024/03/31", "March 2024", "2024/03/01", "2024/04/15"}).join(FieldSep));
+        int key = 0;
+        for (const char *row : {"2024/01/31|January 2024|2024/01/01|2024/02/15",
+                                "2024/02/29|February 2024|2024/02/01|2024/03/15", "2024/02/30|broken|2024/02/01",
+                                "2024/03/31|March 2024|2024/03/01|2024/04/15"})
+            periods.periods.add(u"%1k"_s.arg(++key), QString::fromLatin1(row).replace(u'|', FieldSep));
         periods.done();
         oneChanged.clear();
         twoChanged.clear();
@@ -476,22 +471,19 @@ private slots:
     {
         BillPeriodPanel p(ctx, ctx.trees);
         const QColor window = app.color(QPalette::Active, QPalette::Base);
-        const QList<QLineEdit *> f = {p.control<QLineEdit>(u"txtPField(1)"_s), p.control<QLineEdit>(u"txtPField(2)"_s),
-                                      p.control<QLineEdit>(u"txtPField(3)"_s)};
-        for (QLineEdit *e : f)
-            e->setText(u"2024/01/01"_s);
+        QList<QLineEdit *> f;
+        for (int i = 1; i <= 3; ++i) f << p.control<QLineEdit>(u"txtPField(%1)"_s.arg(i));
+        for (QLineEdit *e : f) e->setText(u"2024/01/01"_s);
         p.treeModel().add(0, u"root_node"_s, NodeValues{NodeKind::Other, u"Smith, Ann"_s});
         p.control<QLineEdit>(u"txtBillPeriod"_s)->setText(u"old"_s);
         p.clearEntryFields(1);  // entering a new period
-        for (QLineEdit *e : f)
-            QVERIFY(e->text().isEmpty() && !e->isReadOnly());
+        for (QLineEdit *e : f) QVERIFY(e->text().isEmpty() && !e->isReadOnly());
         QCOMPARE(roster::backColour(f[1]), window);
         QCOMPARE(roster::backColour(f[2]), app.color(QPalette::Active, QPalette::ToolTipBase));
         QVERIFY(p.treeModel().isEmpty() && p.control<QLineEdit>(u"txtBillPeriod"_s)->text().isEmpty());
         f[2]->setText(u"2024/04/15"_s);
         p.clearEntryFields(2);  // locked, showing what they hold
-        for (QLineEdit *e : f)
-            QVERIFY(e->isReadOnly() && roster::backColour(e) == window);
+        for (QLineEdit *e : f) QVERIFY(e->isReadOnly() && roster::backColour(e) == window);
         p.clearEntryFields(0);  // other kinds do nothing here
         p.clearEntryFields(3);
         QVERIFY(f[0]->isReadOnly() && f[2]->text() == u"2024/04/15");
@@ -505,11 +497,10 @@ private slots:
         items.done();
         for (int twice = 0; twice < 2; ++twice) {  // rebuilt from nothing
             p.refreshProductList();
-            QCOMPARE(list->topLevelItemCount(), 2);
-            QCOMPARE(list->topLevelItem(0)->text(0), u"$1.00 - Stamp"_s);
-            QCOMPARE(list->topLevelItem(1)->text(0), QStringList({"$12.50 - Mowing", "Mowing", "12.50"}).join(FieldSep));
-            QCOMPARE(list->topLevelItem(1)->data(0, Qt::UserRole).toString(), u"1k"_s);
-            QCOMPARE(list->currentItem(), list->topLevelItem(0));
+            QVERIFY(list->topLevelItemCount() == 2 && list->currentItem() == list->topLevelItem(0));
+            QCOMPARE(list->topLevelItem(0)->text(0) + u'|' + list->topLevelItem(1)->text(0) + u'|' +
+                         list->topLevelItem(1)->data(0, Qt::UserRole).toString(),
+                     u"$1.00 - Stamp|$12.50 - Mowing"_s + FieldSep + u"Mowing"_s + FieldSep + u"12.50|1k"_s);
         }
     }
 

@@ -56,19 +56,17 @@ private slots:
     void answersAndMarks()
     {
         // press: a button name, "close" (the close box keeps the preset) or "esc"; a ticked box is stored however it closes.
+        // clang-format off
         struct Case {
             const char *key, *buttons, *preset, *press;
             bool ticked;
             const char *answer;
         } const cases[] = {
-            {"Plain", "", "No", "cmdYes", false, "Yes"},
-            {"Plain", "", "Yes", "cmdNo", false, "No"},
-            {"Plain", "OK", "Yes", "cmdOkay", false, "OK"},
-            {"Plain", "", "Maybe", "close", false, "Maybe"},
-            {"DeletedCustomer", "", "Yes", "close", true, "Yes"},
-            {"AnsweredNo", "", "Yes", "cmdNo", true, "No"},
-            {"Escaped", "OK", "Yes", "esc", true, "Yes"},
-        };
+            {"Plain", "", "No", "cmdYes", false, "Yes"}, {"Plain", "", "Yes", "cmdNo", false, "No"},
+            {"Plain", "OK", "Yes", "cmdOkay", false, "OK"}, {"Plain", "", "Maybe", "close", false, "Maybe"},
+            {"DeletedCustomer", "", "Yes", "close", true, "Yes"}, {"AnsweredNo", "", "Yes", "cmdNo", true, "No"},
+            {"Escaped", "OK", "Yes", "esc", true, "Yes"}};
+        // clang-format on
         for (const Case &c : cases) {
             const QString answer = showAndDo(QString::fromLatin1(c.key), QString::fromLatin1(c.buttons),
                                              QString::fromLatin1(c.preset), [&c](QDialog *d) {
