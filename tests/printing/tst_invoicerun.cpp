@@ -26,12 +26,9 @@ namespace {
 // The words of each page of a PDF, joined with blanks.
 QStringList pageTexts(const QString &pdf)
 {
-    QString error;
-    const QList<PdfWord> words = readPdfWords(pdf, &error);
     QStringList pages;
-    for (const PdfWord &w : words) {
-        while (pages.size() <= w.page)
-            pages << QString();
+    for (const PdfWord &w : readPdfWords(pdf)) {
+        pages.resize(std::max(pages.size(), qsizetype(w.page + 1)));
         pages[w.page] += w.text + u' ';
     }
     return pages;
@@ -41,13 +38,10 @@ QStringList pageTexts(const QString &pdf)
 QStringList addressees(const QStringList &pages)
 {
     QStringList out;
-    for (const QString &p : pages) {
-        QString who = u"?"_s;
-        for (const char *name : {"Ann Lee", "Bob Ray", "Cy"})
-            if (p.contains(QString::fromLatin1(name) + u' ') && who == u"?")
-                who = QString::fromLatin1(name);
-        out << who;
-    }
+    for (const QString &p : pages)
+        out << (p.contains(u"Ann Lee "_s) ? u"Ann Lee"_s : p.contains(u"Bob Ray "_s) ? u"Bob Ray"_s
+                                                       : p.contains(u"Cy "_s)        ? u"Cy"_s
+                                                                                     : u"?"_s);
     return out;
 }
 
