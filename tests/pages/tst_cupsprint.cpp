@@ -39,44 +39,28 @@ QString run(const QString &program, const QStringList &args, QString *errors = n
 {
     QProcess p;
     p.start(tool(program), args);
-    if (!p.waitForFinished(60000) || p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0) {
-        if (errors)
-            *errors = QString::fromLocal8Bit(p.readAllStandardError()) + p.errorString();
-        return QString();
-    }
+    const bool ok = p.waitForFinished(60000) && p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0;
+    if (!ok && errors) *errors = QString::fromLocal8Bit(p.readAllStandardError()) + p.errorString();
     const QString out = QString::fromLocal8Bit(p.readAllStandardOutput());
-    return out.isNull() ? QStringLiteral("") : out;
+    return !ok ? QString() : out.isNull() ? QStringLiteral("")
+                                          : out;
 }
 
 bool schedulerRunning() { return run("lpstat", {"-r"}).contains(QLatin1String("scheduler is running")); }
 
-// Where cups-pdf puts its files: the "Out" folder of its configuration, with
-// ${HOME} the submitting user's home, and its folder for anonymous jobs.
-QStringList outputFolders()
-{
-    QStringList dirs;
-    QFile conf(QStringLiteral("/etc/cups/cups-pdf.conf"));
-    if (conf.open(QIODevice::ReadOnly)) {
-        for (const QByteArray &raw : conf.readAll().split('\n')) {
-            const QString line = QString::fromLocal8Bit(raw).trimmed();
-            if (line.startsWith(QLatin1String("Out ")))
-                dirs << line.mid(4).trimmed().replace(QLatin1String("${HOME}"), QDir::homePath());
-        }
-    }
-    dirs << QDir::homePath() + QStringLiteral("/PDF") << QStringLiteral("/var/spool/cups-pdf/ANONYMOUS");
-    dirs.removeDuplicates();
-    return dirs;
-}
-
+// The file cups-pdf made of the job named `token`: in the "Out" folder of its
+// configuration, with ${HOME} the submitting user's home, or its folder for
+// anonymous jobs.
 QString findOutput(const QString &token)
 {
-    for (const QString &d : outputFolders()) {
-        const QFileInfoList files = QDir(d).entryInfoList({QStringLiteral("*.pdf")}, QDir::Files);
-        for (const QFileInfo &f : files) {
-            if (f.fileName().contains(token))
-                return f.filePath();
-        }
-    }
+    QStringList dirs{QDir::homePath() + QStringLiteral("/PDF"), QStringLiteral("/var/spool/cups-pdf/ANONYMOUS")};
+    QFile conf(QStringLiteral("/etc/cups/cups-pdf.conf"));
+    for (const QByteArray &raw : conf.open(QIODevice::ReadOnly) ? conf.readAll().split('\n') : QList<QByteArray>())
+        if (raw.trimmed().startsWith("Out "))
+            dirs << QString::fromLocal8Bit(raw.trimmed().mid(4)).trimmed().replace(QLatin1String("${HOME}"), QDir::homePath());
+    for (const QString &d : dirs)
+        for (const QFileInfo &f : QDir(d).entryInfoList({u'*' + token + QStringLiteral("*.pdf")}, QDir::Files))
+            return f.filePath();
     return {};
 }
 
@@ -133,15 +117,7 @@ private slots:
         }
 
         // A cups-pdf queue, made when there is none.
-        const QStringList devices = run("lpstat", {"-v"}).split('\n', Qt::SkipEmptyParts);
-        for (const QString &line : devices) {
-            // "device for PDF: cups-pdf:/"
-            if (line.contains(QLatin1String("cups-pdf:/"))) {
-                const qsizetype from = line.indexOf(QLatin1String("for ")) + 4;
-                m_queue = line.mid(from, line.indexOf(u':', from) - from);
-                break;
-            }
-        }
+        m_queue = QRegularExpression(QStringLiteral("device for ([^:\n]+): cups-pdf:/")).match(run("lpstat", {"-v"})).captured(1);
         QString why;
         if (m_queue.isEmpty()) {
             m_queue = QStringLiteral("PDF");
@@ -179,7 +155,7 @@ private slots:
                 return !file.isEmpty() && run("pdfinfo", {file}).contains(QRegularExpression("Pages:\\s+2\\n"));
             },
             90000);
-        QVERIFY2(arrived, qPrintable(QStringLiteral("no output of job %1 in %2").arg(token, outputFolders().join(", "))));
+        QVERIFY2(arrived, qPrintable(QStringLiteral("no output of job %1 from cups-pdf").arg(token)));
 
         // cups-pdf passes the job through PostScript, which keeps the drawing
         // but not the text's characters; so the printed sheets are compared
