@@ -78,27 +78,21 @@ private slots:
 
     // Words common to the three forms: the item lines, their amounts, the
     // total and the text under the box.
-    void itemBoxOnEveryForm_data()
-    {
-        QTest::addColumn<int>("form");
-        QTest::newRow("frmPrint0") << 0;
-        QTest::newRow("frmPrint1") << 1;
-        QTest::newRow("frmPrint2") << 2;
-    }
     void itemBoxOnEveryForm()
     {
-        QFETCH(int, form);
-        const QList<PdfWord> w = pdfOf({composeInvoice(sample(form)).first()}, u"box%1.pdf"_s.arg(form));
-        // The first line's text at left 840, top 7320; the next a pitch lower.
-        expectAt(w, u"Lawn"_s, Left, 840);
-        expectAt(w, u"Lawn"_s, Top, 7320, 40);
-        QVERIFY(findWord(w, u"Hedge"_s) && near(findWord(w, u"Hedge"_s)->top - findWord(w, u"Lawn"_s)->top, 360, 2));
-        expectAt(w, u"$45.00"_s, Centre, 9727.5);            // centred in its column, 8640 + 2175 / 2
-        expectAt(w, u"DUE:"_s, Right, 8295, 20, {}, 11760);  // "TOTAL DUE:" right-aligned
-        expectAt(w, u"DUE:"_s, Top, 11760, 40, {}, 11760);
-        QVERIFY(findWord(w, u"$97.50"_s));                            // 45 + 2 x 20 + 12.50
-        expectAt(w, u"THANK"_s, Centre, 5707.5, 20, u"BUSINESS!"_s);  // the page's box, 600 + 10215 / 2
-        QVERIFY(findWord(w, u"&"_s));                                 // ampersands print as ampersands
+        for (int form = 0; form < 3; ++form) {
+            const QList<PdfWord> w = pdfOf({composeInvoice(sample(form)).first()}, u"box%1.pdf"_s.arg(form));
+            // The first line's text at left 840, top 7320; the next a pitch lower.
+            expectAt(w, u"Lawn"_s, Left, 840);
+            expectAt(w, u"Lawn"_s, Top, 7320, 40);
+            QVERIFY(findWord(w, u"Hedge"_s) && near(findWord(w, u"Hedge"_s)->top - findWord(w, u"Lawn"_s)->top, 360, 2));
+            expectAt(w, u"$45.00"_s, Centre, 9727.5);            // centred in its column, 8640 + 2175 / 2
+            expectAt(w, u"DUE:"_s, Right, 8295, 20, {}, 11760);  // "TOTAL DUE:" right-aligned
+            expectAt(w, u"DUE:"_s, Top, 11760, 40, {}, 11760);
+            QVERIFY(findWord(w, u"$97.50"_s));                            // 45 + 2 x 20 + 12.50
+            expectAt(w, u"THANK"_s, Centre, 5707.5, 20, u"BUSINESS!"_s);  // the page's box, 600 + 10215 / 2
+            QVERIFY(findWord(w, u"&"_s));                                 // ampersands print as ampersands
+        }
     }
 
     void manyPagesShareFontsAndStamp()
@@ -170,12 +164,9 @@ private slots:
 
     void envelopeMargins()
     {
-        QCOMPARE(marginCentimetres(u"2.5"), 2);  // half to even
-        QCOMPARE(marginCentimetres(u"3.5"), 4);
-        QCOMPARE(marginCentimetres(u"2.51"), 3);
-        QCOMPARE(marginCentimetres(u" 7cm"), 7);
-        QCOMPARE(marginCentimetres(u""), 0);
-        QCOMPARE(marginCentimetres(u"abc"), 0);
+        // Half to even; what holds no number is 0.
+        for (const auto &[text, cm] : {std::pair{u"2.5"_s, 2}, {u"3.5"_s, 4}, {u"2.51"_s, 3}, {u" 7cm"_s, 7}, {u""_s, 0}, {u"abc"_s, 0}})
+            QCOMPARE(marginCentimetres(text), cm);
     }
 
     // The envelope's eight lines: the return address at X and Y, the
@@ -233,10 +224,8 @@ private slots:
         in.address[2].clear();
         const Page gaps = composeEnvelope(in, size);
         QCOMPARE(gaps.elements().size(), 8);
-        for (int i = 0; i < 8; ++i) {
-            QCOMPARE(gaps.elements()[i].top, page.elements()[i].top);
-            QCOMPARE(gaps.elements()[i].left, page.elements()[i].left);
-        }
+        for (int i = 0; i < 8; ++i)
+            QCOMPARE(QPoint(gaps.elements()[i].left, gaps.elements()[i].top), QPoint(page.elements()[i].left, page.elements()[i].top));
         QCOMPARE(gaps.elements()[0].text, QString());
         QCOMPARE(gaps.elements()[4].text, u"Jane Roe"_s);
         QCOMPARE(gaps.elements()[4].fontSize, 12.0);
