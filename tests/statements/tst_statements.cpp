@@ -23,6 +23,8 @@
 #include <QTableView>
 #include <QTest>
 
+#include <numeric>
+
 using namespace qor;
 using namespace qor::statements;
 using namespace Qt::StringLiterals;
@@ -46,30 +48,29 @@ struct Books {
     void customer(int cid, const QString &first, const QString &last, bool archived = false)
     {
         const QString name = customer::displayNameFor(first, last);
-        qor::test::TablesEdit tables(db);
-        tables.customers.add(numberKey(qint64(cid)), CustomerRow{archived ? ArchiveMark + name : name, first, last, u"1 Elm St"_s, {}, {}, {}, {}, {}}.text());
-        tables.done();
+        edit([&](auto &t) { t.customers.add(numberKey(qint64(cid)), CustomerRow{archived ? ArchiveMark + name : name, first, last, u"1 Elm St"_s, {}, {}, {}, {}, {}}.text()); });
     }
     void period(const QString &name, const QString &due, const QString &end = {})
     {
-        qor::test::TablesEdit tables(db);
-        tables.periods.add(period::keyFor(name), PeriodRow{{}, name, end, due}.text());
-        tables.done();
+        edit([&](auto &t) { t.periods.add(period::keyFor(name), PeriodRow{{}, name, end, due}.text()); });
     }
     void record(const QString &period, int cid, const QString &balance, const QString &items = u"1x3"_s)
     {
         const QString c = QString::number(cid);
+        edit([&](auto &t) { t.invoiceRecords.add(record::keyFor(period, c), InvoiceRecordRow{period, {}, c, balance, items, {}}.text()); });
+    }
+    template <typename F>
+    void edit(F change)
+    {
         qor::test::TablesEdit tables(db);
-        tables.invoiceRecords.add(record::keyFor(period, c), InvoiceRecordRow{period, {}, c, balance, items, {}}.text());
+        change(tables);
         tables.done();
     }
 };
 
 qint64 sum(const Aging &a)
 {
-    qint64 s = 0;
-    for (const Money &m : a) s += m.cents();
-    return s;
+    return std::accumulate(a.begin(), a.end(), qint64(0), [](qint64 s, const Money &m) { return s + m.cents(); });
 }
 
 }  // namespace
