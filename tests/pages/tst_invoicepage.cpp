@@ -133,8 +133,7 @@ private slots:
         in.lines << InvoiceLine::invoiceNote("Late note");
         QList<Page> pages = composeInvoice(in);
         QCOMPARE(pages.size(), qsizetype(2));
-        QCOMPARE(text(pages[0], "lblNote"), QString());
-        QCOMPARE(text(pages[1], "lblNote"), QStringLiteral("NOTE: Late note"));
+        QCOMPARE(text(pages[0], "lblNote") + u'|' + text(pages[1], "lblNote"), QStringLiteral("|NOTE: Late note"));
         QCOMPARE(text(pages[1], "lblTotalAm"), QStringLiteral("$78.00"));
 
         in = input(0, 11);
@@ -142,8 +141,7 @@ private slots:
         in.options.keepTwelveLines = false;
         pages = composeInvoice(in);
         QCOMPARE(pages.size(), qsizetype(1));
-        QCOMPARE(text(pages[0], "lblPS", 11), QString());
-        QCOMPARE(text(pages[0], "lblAm", 11), QString());
+        QCOMPARE(text(pages[0], "lblPS", 11) + text(pages[0], "lblAm", 11), QString());
         QCOMPARE(text(pages[0], "lblNote"), QStringLiteral("NOTE: Pay by Friday & thanks"));
         QCOMPARE(pages[0].at("lneAboveTotal").y1, 11640);
         QVERIFY(pages[0].at("lnePS", 11).visible);
@@ -153,9 +151,7 @@ private slots:
                  << InvoiceLine::item("Third", 2, qor::Money::fromCents(200));
         in.balance = in.billed();
         const Page p = compose(in);
-        QCOMPARE(text(p, "lblPS", 0), QStringLiteral("First"));
-        QCOMPARE(text(p, "lblPS", 1), QString());
-        QCOMPARE(text(p, "lblPS", 2), QStringLiteral("Third (x2)"));
+        QCOMPARE((QStringList{text(p, "lblPS", 0), text(p, "lblPS", 1), text(p, "lblPS", 2)}), (QStringList{"First", "", "Third (x2)"}));
         QCOMPARE(text(p, "lblTotalAm"), QStringLiteral("$3.00"));
         // No line, or a form that isn't one: no page.
         QVERIFY(composeInvoice(input(0, 0)).isEmpty());
@@ -186,23 +182,13 @@ private slots:
         in.options.keepTwelveLines = keep;
         in.options.moveBottomText = move;
         const Page p = compose(in);
-        QCOMPARE(p.at("lneAboveTotal").y1, 11640 - delta);
-        QCOMPARE(p.at("lneAboveTotal").y2, 11640 - delta);
-        QCOMPARE(p.at("lblTotalDue").top, 11760 - delta);
-        QCOMPARE(p.at("lblTotalAm").top, 11760 - delta);
-        QCOMPARE(p.at("shpPSBox").height, 5415 - delta);
-        QCOMPARE(p.at("lnePSAmDivider").y2, 12120 - delta);
-        QCOMPARE(p.at("lnePSAmDivider").y1, 6720);
         for (int i = 0; i < 12; ++i)
             QCOMPARE(p.at("lnePS", i).visible, i < lines || delta == 0);
         const int moved = move ? delta : 0;
-        QCOMPARE(p.at("lblNote").top, 12600 - moved);
-        QCOMPARE(p.at("lblChecksPayableTo").top, 13320 - moved);
-        QCOMPARE(p.at("lblCompanyPhone").top, 13680 - moved);
-        QCOMPARE(p.at("lblInvoiceClosing").top, 14160 - moved);
-        // The used lines and the stamp stay where they are.
-        QCOMPARE(p.at("lblPS", 0).top, 7320);
-        QCOMPARE(p.at("imgPaid").top, 7680);
+        // The box and the total move up by the lines left out, the text under
+        // it when asked; the used lines and the stamp stay where they are.
+        const QList<int> at{p.at("lneAboveTotal").y1, p.at("lneAboveTotal").y2, p.at("lblTotalDue").top, p.at("lblTotalAm").top, p.at("shpPSBox").height, p.at("lnePSAmDivider").y2, p.at("lnePSAmDivider").y1, p.at("lblNote").top, p.at("lblChecksPayableTo").top, p.at("lblCompanyPhone").top, p.at("lblInvoiceClosing").top, p.at("lblPS", 0).top, p.at("imgPaid").top};
+        QCOMPARE(at, (QList<int>{11640 - delta, 11640 - delta, 11760 - delta, 11760 - delta, 5415 - delta, 12120 - delta, 6720, 12600 - moved, 13320 - moved, 13680 - moved, 14160 - moved, 7320, 7680}));
     }
 
     void paidStampAndZeroTotal()
@@ -210,9 +196,7 @@ private slots:
         InvoiceInput in = input(0, 2);
         in.balance = qor::Money();
         const Page p = compose(in);
-        QVERIFY(p.at("imgPaid").visible);
-        QCOMPARE(text(p, "lblAm", 1), QStringLiteral("$2.00"));
-        QCOMPARE(text(p, "lblTotalAm"), QStringLiteral("$0.00"));
+        QVERIFY(p.at("imgPaid").visible && text(p, "lblAm", 1) == u"$2.00" && text(p, "lblTotalAm") == u"$0.00");
         in.balance = qor::Money::fromCents(1);
         QVERIFY(!compose(in).at("imgPaid").visible);
 
@@ -235,8 +219,7 @@ private slots:
         QVERIFY2(grey > 2000, qPrintable(QString::number(grey)));
         QVERIFY(differing > 2000);
         const QImage stamp = pictureImage("paid");
-        QCOMPARE(stamp.size(), QSize(387, 244));
-        QCOMPARE(qAlpha(stamp.pixel(0, 0)), 0);
+        QVERIFY(stamp.size() == QSize(387, 244) && qAlpha(stamp.pixel(0, 0)) == 0);
     }
 
     // The company's and the customer's blocks; the company's lines vanish
