@@ -450,8 +450,7 @@ private slots:
         QCOMPARE(ok({"owing", file, "--plain", "--customer", "2"}), QStringLiteral("Bell, Bo\t2\n\tFeb\t-4.25\n\ttotal\t-4.25\ntotal owed\t-4.25\n"));
         QCOMPARE(cli({"owing", file, "--customer", "3"}).out, QStringLiteral("total owed\t$0.00\n"));
         const QStringList all = cli({"owing", file, "--plain"}).out.split(u'\n', Qt::SkipEmptyParts);
-        QCOMPARE(all.size(), 4 + 3 + 1000 * 3 + 1);
-        QCOMPARE(all.first(), QStringLiteral("Ames, Al\t1"));
+        QVERIFY(all.size() == 4 + 3 + 1000 * 3 + 1 && all.first() == u"Ames, Al\t1");
         QCOMPARE(all.last(), QStringLiteral("total owed\t2513.25"));
     }
 
@@ -519,21 +518,16 @@ private slots:
                 owed.insert(cid, l.section(u'\t', 2));
         }
         QVERIFY(owed.size() > 20);
-        const Run aging = cli({"aging", file, "--plain", "--as-of", "2024-06-30"});
-        QCOMPARE(aging.exitCode, 0);
-        QStringList lines = aging.out.split(u'\n', Qt::SkipEmptyParts);
+        QStringList lines = ok({"aging", file, "--plain", "--as-of", "2024-06-30"}).split(u'\n', Qt::SkipEmptyParts);
         QVERIFY(lines.takeLast().startsWith(QLatin1String("total\t\t")));
         QCOMPARE(lines.size(), owed.size());
         for (const QString &l : lines) {
             const QStringList f = l.split(u'\t');
-            QCOMPARE(f.size(), 8);
-            QCOMPARE(f[2], owed.value(f[0]));
-            QCOMPARE(f[1].endsWith(QLatin1String(" (archived)")), f[0].toInt() % 7 == 0);
+            QVERIFY2(f.size() == 8 && f[2] == owed.value(f[0]) && f[1].endsWith(u" (archived)") == (f[0].toInt() % 7 == 0), qPrintable(l));
         }
 
         const QString each = dir.filePath(QStringLiteral("statements"));
-        const Run st = cli({"statements", file, "--as-of", "2024-06-30", "--each", each});
-        QCOMPARE(st.out, QStringLiteral("%1 statements\n").arg(owed.size()));
+        QCOMPARE(ok({"statements", file, "--as-of", "2024-06-30", "--each", each}), QStringLiteral("%1 statements\n").arg(owed.size()));
         QCOMPARE(QDir(each).count(), owed.size() + 2);  // with "." and ".."
         // Each file is its customer's: the first and the last the total due that aging says.
         for (const QString &l : {lines.first(), lines.last()}) {
@@ -545,8 +539,7 @@ private slots:
         // Reminders for fewer.
         const QString out = dir.filePath(QStringLiteral("r.pdf"));
         const Run late = cli({"statements", file, "--as-of", "2024-06-30", "--overdue", "100", "-o", out});
-        QVERIFY(late.exitCode == 0 && late.out.endsWith(QLatin1String(" reminders\n")) && QFileInfo::exists(out));
-        QVERIFY(late.out.section(u' ', 0, 0).toInt() < owed.size());
+        QVERIFY(late.exitCode == 0 && late.out.endsWith(u" reminders\n") && QFileInfo::exists(out) && late.out.section(u' ', 0, 0).toInt() < owed.size());
     }
 };
 
