@@ -101,10 +101,9 @@ private slots:
     void initTestCase()
     {
         QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-        if (tool("cupsd").isEmpty() || tool("lpadmin").isEmpty() || tool("lpstat").isEmpty())
-            QSKIP("CUPS is not installed (Debian packages cups and printer-driver-cups-pdf)");
-        if (!QFileInfo::exists(QStringLiteral("/usr/lib/cups/backend/cups-pdf")))
-            QSKIP("the cups-pdf backend is not installed (Debian package printer-driver-cups-pdf)");
+        if (tool("cupsd").isEmpty() || tool("lpadmin").isEmpty() || tool("lpstat").isEmpty() ||
+            !QFileInfo::exists(QStringLiteral("/usr/lib/cups/backend/cups-pdf")))
+            QSKIP("CUPS or its cups-pdf backend is not installed (Debian packages cups and printer-driver-cups-pdf)");
         if (tool("pdftoppm").isEmpty() || tool("pdfinfo").isEmpty())
             QSKIP("pdftoppm and pdfinfo (poppler-utils) are not installed");
 
@@ -143,8 +142,7 @@ private slots:
                                   .arg(QCoreApplication::applicationPid())
                                   .arg(QDateTime::currentMSecsSinceEpoch());
         const PrintOutcome out = printToDefaultPrinter(pages, token);
-        QCOMPARE(out.status, PrintStatus::Printed);
-        QCOMPARE(out.printer, m_queue);
+        QVERIFY(out.status == PrintStatus::Printed && out.printer == m_queue);
 
         // The print system works on its own time: wait for the file and for
         // it to be whole.
@@ -166,8 +164,7 @@ private slots:
         for (int page = 1; page <= 2; ++page) {
             const QImage printed = raster(file, page);
             const QImage expected = raster(direct, page);
-            QVERIFY(!printed.isNull() && !expected.isNull());
-            QCOMPARE(printed.size(), expected.size());
+            QVERIFY(!printed.isNull() && !expected.isNull() && printed.size() == expected.size());
             const double differing = differingShare(printed, expected);
             // A page a tenth of an inch out of place would differ far more.
             const QImage shifted = expected.copy(QRect(4, 4, expected.width(), expected.height()));
@@ -188,9 +185,7 @@ private slots:
         QPrinter printer(QPrinterInfo::printerInfo(queue), QPrinter::HighResolution);
         const PrintOutcome out = printPages({composeInvoice(sampleInvoice(1, 2, true, false)).first()}, printer, "rejected");
         run("lpadmin", {"-x", queue});
-        QCOMPARE(out.status, PrintStatus::Failed);
-        QCOMPARE(out.printer, queue);
-        QVERIFY2(out.reason.contains(QLatin1String("not accepting jobs")), qPrintable(out.reason));
+        QVERIFY2(out.status == PrintStatus::Failed && out.printer == queue && out.reason.contains(QLatin1String("not accepting jobs")), qPrintable(out.reason));
     }
 };
 
