@@ -363,11 +363,8 @@ private slots:
             const bool part = balance > 0 && balance < billed;
             shown.insert(c, {billed, part ? billed : -1, part ? billed - balance : -1, balance});
             allBilled += billed;
-            tables.customers.add(numberKey(cid), QStringList{"Zed, C" + c, "C" + c, "Zed", "", "", "", "", "", ""}.join(FieldSep));
-            tables.invoiceRecords.add(QStringList{"P", c, ""}.join(FieldSep),
-                                      QStringList{"P", "Zed, C" + c, c, Money::fromCents(balance).toStoredText(),
-                                                  ItemEntry::join(entries), ""}
-                                          .join(FieldSep));
+            tables.customers.add(numberKey(cid), joined({"Zed, C" + c, "C" + c, "Zed", "", "", "", "", "", ""}));
+            tables.invoiceRecords.add(joined({"P", c, ""}), joined({"P", "Zed, C" + c, c, Money::fromCents(balance).toStoredText(), ItemEntry::join(entries), ""}));
         }
         tables.done();
         const QString file = dir.filePath(QStringLiteral("property.xml"));
@@ -428,8 +425,7 @@ private slots:
         for (int cid = 10; cid < 1010; ++cid) {
             const QString c = QString::number(cid);
             tables.customers.add(c + "k", fields({"Zed", "Zed", "", "", "", "", "", "", ""}));
-            tables.invoiceRecords.add(QStringLiteral("Jan") + FieldSep + c + FieldSep,
-                                      QStringLiteral("Jan") + FieldSep + "Zed" + FieldSep + c + FieldSep + "0.1" + FieldSep + "5" + FieldSep);
+            tables.invoiceRecords.add(joined({"Jan", c, ""}), joined({"Jan", "Zed", c, "0.1", "5", ""}));
         }
         tables.invoiceRecords.add(fields({"Feb", "1", ""}), fields({"Feb", "Ames, Al", "1", "2401", "6x2", ""}));
         tables.invoiceRecords.add(fields({"Feb", "2", ""}), fields({"Feb", "Bell, Bo", "2", "-4.25", "5x3", ""}));
@@ -495,14 +491,12 @@ private slots:
         }
         for (int cid = 1; cid <= 40; ++cid) {
             const QString c = QString::number(cid), name = QStringLiteral("Name%1").arg(cid);
-            tables.customers.add(c + "k", joined({cid % 7 ? name : u"zzzz\u00BB"_qs + name, name, QString(), QString(),
-                                                  QString(), QString(), QString(), QString(), QString()}));
+            tables.customers.add(c + "k", joined({cid % 7 ? name : u"zzzz\u00BB"_qs + name, name, "", "", "", "", "", "", ""}));
             for (int i = 0; i < 8 && cid % 10; ++i) {  // every tenth never billed
                 if (rng.bounded(3) == 0) continue;
                 const qint64 cents = rng.bounded(5) == 0 ? 0 : qint64(rng.bounded(40000)) - 8000;
                 const QString p = QStringLiteral("P%1").arg(i);
-                tables.invoiceRecords.add(p + FieldSep + c + FieldSep,
-                                          joined({p, name, c, Money::fromCents(cents).toStoredText(), "5x3", QString()}));
+                tables.invoiceRecords.add(joined({p, c, ""}), joined({p, name, c, Money::fromCents(cents).toStoredText(), "5x3", ""}));
             }
         }
         tables.done();
