@@ -88,12 +88,8 @@ class TstCupsPrint : public QObject {
         if (a.size() != b.size())
             return 1.0;
         qint64 differ = 0;
-        for (int y = 0; y < a.height(); ++y) {
-            const uchar *pa = a.constScanLine(y);
-            const uchar *pb = b.constScanLine(y);
-            for (int x = 0; x < a.width(); ++x)
-                differ += std::abs(int(pa[x]) - int(pb[x])) > 85;
-        }
+        for (int y = 0; y < a.height(); ++y)
+            for (int x = 0; x < a.width(); ++x) differ += std::abs(int(a.constScanLine(y)[x]) - int(b.constScanLine(y)[x])) > 85;
         return double(differ) / (double(a.width()) * a.height());
     }
 
