@@ -397,11 +397,8 @@ private slots:
                 QVERIFY2(amount, qPrintable(it->second));
                 QList<qint64> &r = read[customerOf.value(it.key().first)];
                 if (r.isEmpty()) r = {0, -1, -1, -1};
-                const int at = it.key().second == 12 ? 3 : it->first == u"Billed:" ? 1
-                                                       : it->first == u"Paid:"     ? 2
-                                                                                   : 0;
-                r[at] = at == 0 ? r[0] + amount->cents() : r[at] == -1 ? amount->cents()
-                                                                       : -2;
+                const int at = it.key().second == 12 ? 3 : int(QStringList{"Billed:", "Paid:"}.indexOf(it->first)) + 1;
+                r[at] = at == 0 ? r[0] + amount->cents() : (r[at] == -1 ? amount->cents() : -2);
             }
             QVERIFY2(read == shown, locale);
         }
