@@ -118,8 +118,7 @@ private slots:
         const Account &a = r.accounts[0];
         QVERIFY(a.aging[size_t(bucket)].cents() == 1000 && sum(a.aging) == 1000);
         QCOMPARE(a.daysPastDue, days);
-        QCOMPARE(a.isOverdue(), bucket != NotYetDue);
-        QCOMPARE(r.aging, a.aging);
+        QVERIFY(a.isOverdue() == (bucket != NotYetDue) && r.aging == a.aging);
     }
 
     // What one customer's records make of the total, the credits and the rows.
@@ -154,8 +153,7 @@ private slots:
         if (total == 0) return;
         const Account &a = r.accounts[0];
         QCOMPARE(a.total.cents(), total);
-        QCOMPARE(a.credits.cents(), credits);
-        QCOMPARE(sum(a.aging) - a.credits.cents(), total);
+        QVERIFY(a.credits.cents() == credits && sum(a.aging) - a.credits.cents() == total);
         QCOMPARE(a.records.front().paid().cents(), firstPaid);
         QVERIFY(a.records.front().billed.cents() == 3000 && !a.records.front().isCredit());
         QCOMPARE(a.records.back().isCredit(), credits != 0);
@@ -185,8 +183,7 @@ private slots:
         for (const OpenRecord &o : r.accounts[0].records) periods << o.period;
         // Two undated: the table's order.
         QCOMPARE(periods, (QStringList{u"B early"_s, u"A late"_s, u"C undated"_s, u"D undated"_s}));
-        QCOMPARE(r.accounts[0].oldestDue, AsOf.addDays(-70));
-        QCOMPARE(r.total.cents(), 400 + 3000 + 200 + 50);
+        QVERIFY(r.accounts[0].oldestDue == AsOf.addDays(-70) && r.total.cents() == 400 + 3000 + 200 + 50);
         QCOMPARE(report(b.db, AsOf, Detail::Totals, {u"3k"_s}).accounts.size(), size_t(1));
 
         StatementsModel m;
