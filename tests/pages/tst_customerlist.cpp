@@ -59,19 +59,12 @@ private slots:
     {
         // Style text and size as stored; a style without a number keeps the
         // template's size; case is ignored.
-        const struct {
-            const char *style;
-            bool bold, italic;
-            double size;
-        } rows[] = {
-            {"Bold Italic 10", true, true, 10.0}, {"bold italic ", true, true, 8.25}, {"Regular 8", false, false, 8.0}, {"Italic 12", false, true, 12.0}, {"Bold 14", true, false, 14.0}};
-        for (const auto &r : rows) {
-            const ListFont f = parseListFont(u"Verdana"_s, QString::fromLatin1(r.style));
-            QCOMPARE(f.name, u"Verdana"_s);
-            QVERIFY2(f.bold == r.bold && f.italic == r.italic && f.size == r.size, r.style);
+        for (const auto &[style, bold, italic, size] : {std::tuple{"Bold Italic 10", true, true, 10.0}, {"bold italic ", true, true, 8.25}, {"Regular 8", false, false, 8.0}, {"Italic 12", false, true, 12.0}, {"Bold 14", true, false, 14.0}}) {
+            const ListFont f = parseListFont(u"Verdana"_s, QString::fromLatin1(style));
+            QVERIFY2(f.name == u"Verdana" && f.bold == bold && f.italic == italic && f.size == size, style);
             // What the options window writes reads back the same.
-            if (int(r.size) == r.size)
-                QCOMPARE(fontStyleText(r.bold, r.italic, int(r.size)), QString::fromLatin1(r.style));
+            if (int(size) == size)
+                QCOMPARE(fontStyleText(bold, italic, int(size)), QString::fromLatin1(style));
         }
     }
 
