@@ -41,6 +41,13 @@ Run cli(const QStringList &args, const QString &locale = QStringLiteral("en_US")
             QString::fromLocal8Bit(p.readAllStandardError())};
 }
 
+// Standard output of a run that succeeds; else its status and what it said.
+QString ok(const QStringList &args)
+{
+    const Run r = cli(args);
+    return r.exitCode == 0 ? r.out : QStringLiteral("status %1: %2").arg(r.exitCode).arg(r.err);
+}
+
 // The text of a PDF as pdftotext reads it; with layout, pages end in form feeds.
 QString pdfText(const QString &pdf, bool layout = false)
 {
@@ -52,7 +59,8 @@ QString pdfText(const QString &pdf, bool layout = false)
 
 // A file as the program saves it: a current and an archived customer and
 // item, one period, and records of which one names a customer and one an
-// item that are not there.
+// item that are not there; a price that holds no amount, and a balance (in
+// exponent form) above what its items bill.
 QByteArray sample()
 {
     Database db;
@@ -60,10 +68,10 @@ QByteArray sample()
     tables.company[0] = QStringLiteral("Acme & Sons");
     tables.customers.add("1k", fields({"Ames, Al", "Al", "Ames", "", "", "", "", "", ""}));
     tables.customers.add("2k", fields({"zzzz\u00BBBell, Bo", "Bo", "Bell", "", "", "", "", "", "note"}));
-    tables.periods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
-    tables.items.add("5k", QStringLiteral("000000005.00$5.00 - Five"));
+    tables.periods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "", "2024/06/15"}));
+    tables.items.add("5k", QStringLiteral("000000000.00call us - Advice"));
     tables.items.add("6k", QStringLiteral("000000006.00zzzz\u00BB$6.00 - Six"));
-    tables.invoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "5", "5\u00026x2", ""}));
+    tables.invoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "1.5E+03", "5\u00026x2", ""}));
     tables.invoiceRecords.add(fields({"May", "8", ""}), fields({"May", "", "8", "0", "5\u00029", "gone"}));
     tables.done();
     return db.serialize();
@@ -74,125 +82,24 @@ QByteArray sample()
 class TestCli : public QObject {
     Q_OBJECT
     QTemporaryDir dir;
+    QHash<QString, QString> place;  // the files the tests share, by a short name
 
 private slots:
     void initTestCase()
     {
         QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
         QVERIFY(dir.isValid());
-    }
-
-    void wrongArgumentsAndRefusedFiles()
-    {
-        const Run v = cli({"--version"});
-        QCOMPARE(v.exitCode, 0);
-        QCOMPARE(v.out, QStringLiteral("qorvane-cli " QOR_VERSION_TEXT "\n"));
-        const Run h = cli({"--help"});
-        QCOMPARE(h.exitCode, 0);
-        QVERIFY(h.out.contains(QLatin1String("check FILE")) && h.out.contains(QLatin1String("resave IN OUT")));
-        for (const QStringList &bad : {QStringList{}, QStringList{"check"}, QStringList{"resave", "a"},
-                                       QStringList{"frobnicate", "x"}, QStringList{"check", "a", "b"}}) {
-            const Run r = cli(bad);
-            QVERIFY(r.exitCode == 1 && r.out.isEmpty() && r.err.contains(QLatin1String("Usage")));
-        }
-        const QString dup = dir.filePath(QStringLiteral("dup.xml"));
-        QVERIFY(writeFile(dup, crlf({"<Customers>", "<Customer CID=\"3\">", "</Customer>", "<Customer CID=\"3\">",
-                                     "</Customer>", "</Customers>"})));
-        const Run r = cli({"check", dup});
-        QVERIFY(r.exitCode == 2 && r.out.isEmpty());
-        QVERIFY2(r.err.contains(QDir::toNativeSeparators(dup)) && r.err.contains(QLatin1String("line 4")),
-                 qPrintable(r.err));
-        const QString missing = dir.filePath(QStringLiteral("missing.xml"));
-        const Run m = cli({"check", missing});
-        QVERIFY(m.exitCode == 2 && m.err.contains(QDir::toNativeSeparators(missing)));
-        // Neither check nor resave of a refused or missing file creates anything.
-        const QString out = dir.filePath(QStringLiteral("out.xml"));
-        QCOMPARE(cli({"resave", dup, out}).exitCode, 2);
-        QCOMPARE(cli({"resave", missing, out}).exitCode, 2);
-        QCOMPARE(cli({"invoices", missing, "--period", "May", "-o", out}).exitCode, 2);
-        QVERIFY(!QFileInfo::exists(out) && !QFileInfo::exists(missing));
-    }
-
-    void checkAndResave()
-    {
-        const QString in = dir.filePath(QStringLiteral("in.xml")), out = dir.filePath(QStringLiteral("out.xml"));
-        QVERIFY(writeFile(in, sample()));
-        const Run r = cli({"check", in});
-        QCOMPARE(r.exitCode, 0);
-        QVERIFY2(r.err.isEmpty(), qPrintable(r.err));
-        const QStringList lines = r.out.split(u'\n', Qt::SkipEmptyParts);
-        QCOMPARE(lines.size(), 6);
-        // The placeholder made for customer 8 counts as a current customer.
-        QCOMPARE(lines.mid(0, 4), (QStringList{"customers: 2 current, 1 archived", "products: 1 current, 1 archived",
-                                               "bill periods: 1", "invoice records: 2"}));
-        const QString problems = lines.mid(4).join(u'\n');
-        QVERIFY2(problems.contains(QLatin1String("customer number 8")), qPrintable(problems));
-        QVERIFY(problems.contains(QLatin1String("item number 9,")));
-        QVERIFY(!problems.contains(QLatin1String("item number 6,")));  // archived, but there
-
-        // What check says of money, changing nothing: a price that holds no
-        // amount, a balance (in exponent form) above what its items bill.
-        Database odd;
-        qor::test::TablesEdit tables(odd);
-        tables.customers.add("1k", fields({"Ames, Al", "Al", "Ames", "", "", "", "", "", ""}));
-        tables.periods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "", "2024/06/15"}));
-        tables.items.add("5k", QStringLiteral("000000000.00call us - Advice"));
-        tables.items.add("6k", QStringLiteral("000000006.00$6.00 - Six"));
-        tables.invoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "1.5E+03", "5\u00026x2", ""}));
-        tables.done();
-        const QString oddFile = dir.filePath(QStringLiteral("odd.xml"));
-        QVERIFY(writeFile(oddFile, odd.serialize()));
-        const Run o = cli({"check", oddFile});
-        QCOMPARE(o.exitCode, 0);
-        QVERIFY2(o.out.endsWith(QStringLiteral("item number 5: the price \"call us\" holds no amount that can be read; it "
-                                               "counts as 0\nbill period \"May\", customer number 1: the balance "
-                                               "$1,500.00 is more than the $12.00 its items bill\n")),
-                 qPrintable(o.out));
-        QVERIFY(readFile(oddFile) == odd.serialize());
-
-        // resave writes what the program saves after a load, with the placeholder,
-        // and first removes what an interrupted save of the same file left.
-        const QString leftover = dir.filePath(QStringLiteral(".out.xml.new-Ab12Cd"));
-        QVERIFY(writeOld(leftover, 60));
-        QCOMPARE(cli({"resave", in, out}).exitCode, 0);
-        QVERIFY(!QFileInfo::exists(leftover));
-        QVERIFY(readFile(in) == sample());  // neither command changes its input
-        Database expected;
-        QVERIFY(load(expected, dir, sample()).result.ok());
-        const QByteArray written = readFile(out);
-        QVERIFY(written == expected.serialize());
-        QVERIFY(written.contains("<Customer CID=\"8\">\r\n\t\t\t<FName>Deleted</FName>"));
-        // Never over its own input, by any name.
-        const QByteArray stable = readFile(out);
-        QVERIFY(QFile::link(out, dir.filePath(QStringLiteral("alias.xml"))));
-        for (const QString &same : {out, dir.filePath(QStringLiteral("alias.xml"))}) {
-            const Run self = cli({"resave", out, same});
-            QVERIFY(self.exitCode == 1 && self.err.contains(QDir::toNativeSeparators(same)));
-        }
-        QVERIFY(readFile(out) == stable);
-        // Each resave keeps the file it replaces; versions lists them, oldest first.
         qputenv("XDG_CONFIG_HOME", dir.filePath(QStringLiteral("config")).toUtf8());
-        const QString again = dir.filePath(QStringLiteral("again.xml"));
-        for (int i = 0; i < 3; ++i) QCOMPARE(cli({"resave", in, again}).exitCode, 0);
-        const QStringList kept = cli({"versions", again}).out.split(u'\n', Qt::SkipEmptyParts);
-        QCOMPARE(kept.size(), 2);
-        const QRegularExpression form(QStringLiteral("/again.xml.versions/again-\\d{8}-\\d{6}(-2)?\\.xml\t\\d{4}(-\\d\\d){2} \\d\\d(:\\d\\d){2}$"));
-        for (const QString &line : kept)
-            QVERIFY2(form.match(line).hasMatch() && readFile(line.section(u'\t', 0, 0)) == readFile(again), qPrintable(line));
-        QVERIFY(kept[0].section(u'\t', 1) < kept[1].section(u'\t', 1) || kept[1].contains(QLatin1String("-2.xml\t")));
-        // A place that can't be written: exit 3, nothing left behind.
-        const QString nowhere = dir.filePath(QStringLiteral("no/such/folder/out.xml"));
-        const Run bad = cli({"resave", out, nowhere});
-        QVERIFY(bad.exitCode == 3 && bad.err.contains(QDir::toNativeSeparators(nowhere)));
-        QVERIFY(!QFileInfo::exists(dir.filePath(QStringLiteral("no"))));
-    }
+        for (const char *name : {"books", "sample", "dup", "empty", "missing", "out", "alias", "pipe"})
+            place.insert(u'%' + QLatin1String(name), dir.filePath(QLatin1String(name) + QStringLiteral(".xml")));
+        place.insert("%nowhere", dir.filePath("no/such/folder/out.xml"));
+        place.insert("%books", dir.filePath("%2 pay1roll.xml"));  // a name that isn't formatted again
+        QVERIFY(writeFile(place["%sample"], sample()) && QFile::link(place["%sample"], place["%alias"]));
+        QCOMPARE(::mkfifo(QFile::encodeName(place["%pipe"]).constData(), 0600), 0);
+        QVERIFY(writeFile(place["%dup"], crlf({"<Customers>", "<Customer CID=\"3\">", "</Customer>", "<Customer CID=\"3\">",
+                                               "</Customer>", "</Customers>"})));
 
-    // Envelopes, the customer list and invoices as PDF, read back as text.
-    // The invoices of a period as the print run makes them: the customers who
-    // owe in the print tree's order, --all, --customer, the stored options,
-    // the paper, and one file per customer.
-    void pagesAsPdf()
-    {
+        // Books to print: four customers, of whom one archived and one paid up.
         Database db;
         qor::test::TablesEdit tables(db);
         tables.company[0] = QStringLiteral("Acme & Sons");
@@ -207,55 +114,164 @@ private slots:
         tables.invoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "17", "5\u00026x2", ""}));
         tables.invoiceRecords.add(fields({"May", "3", ""}), fields({"May", "Cole, Cy", "3", "0", "5", ""}));
         tables.invoiceRecords.add(fields({"May", "4", ""}), fields({"May", "Dunn, Di", "4", "6", "6", ""}));
+        // Two customers of one name, and a name with a slash and a "%2", who owe for "Pay".
+        tables.customers.add("5k", fields({"Lee, Al", "Al", "Lee", "", "", "", "", "", ""}));
+        tables.customers.add("6k", fields({"Lee, Al", "Al", "Lee", "", "", "", "", "", ""}));
+        tables.customers.add("7k", fields({"A/B %2 Co", "A/B %2 Co", "", "", "", "", "", "", ""}));
+        tables.periods.add(QStringLiteral("Pay") + FieldSep, fields({"2024/05/01", "Pay", "", ""}));
+        for (const char *c : {"5", "6", "7"})
+            tables.invoiceRecords.add(fields({"Pay", c, ""}), fields({"Pay", "", c, "5", "", ""}));
         tables.done();
-        const QString file = dir.filePath("pages.xml");
-        QVERIFY(writeFile(file, db.serialize()));
-        QTemporaryDir config;
-        qputenv("XDG_CONFIG_HOME", config.path().toUtf8());  // the stored options: defaults
-
-        const QString env = dir.filePath("env.pdf");
-        Run r = cli({"envelopes", file, "--period", "May", "-o", env});
-        QCOMPARE(r.exitCode, 0);
-        QCOMPARE(r.out, QStringLiteral("2 envelopes\n"));  // only the customers who owe
-        QString t = pdfText(env);
-        QVERIFY(t.contains("Acme & Sons") && t.contains("Al Ames") && t.contains("Townsville"));
-        QVERIFY(!t.contains("Cole"));
-        r = cli({"envelopes", file, "--period", "May", "--all", "-o", env});
-        QCOMPARE(r.out, QStringLiteral("3 envelopes\n"));
-        QVERIFY(pdfText(env).contains("Cy Cole"));
-        QCOMPARE(cli({"envelopes", file, "--period", "June", "-o", env}).exitCode, 4);
-        QCOMPARE(cli({"envelopes", file, "-o", env}).exitCode, 1);
-
-        const QString list = dir.filePath("list.pdf");
-        r = cli({"customers", file, "-o", list, "--title", "Route & Co", "--columns", "2"});
-        QCOMPARE(r.exitCode, 0);
-        QCOMPARE(r.out, QStringLiteral("1 pages\n"));
-        t = pdfText(list);
-        QVERIFY(t.contains("Route & Co"));
-        QVERIFY(t.contains("Ames, Al") && t.contains("Cole, Cy") && t.contains("Page #1"));
-        QVERIFY(!t.contains("Bell"));
-        QCOMPARE(cli({"customers", file, "-o", list, "--columns", "5"}).exitCode, 1);
-        // An output that is the input is refused before anything is written.
-        const QByteArray before = readFile(file);
-        QCOMPARE(cli({"customers", file, "-o", file}).exitCode, 1);
-        QCOMPARE(cli({"envelopes", file, "--period", "May", "-o", file}).exitCode, 1);
-        QVERIFY(readFile(file) == before);
-
-        // Nothing to print: no file, a word on standard error, exit status 5.
+        QVERIFY(writeFile(place["%books"], db.serialize()));
+        // A bill period and nothing else: nothing to print.
         Database none;
         qor::test::TablesEdit noRecords(none);
         noRecords.periods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
         noRecords.done();
-        const QString empty = dir.filePath("empty.xml"), nothing = dir.filePath("nothing.pdf");
-        QVERIFY(writeFile(empty, none.serialize()));
-        for (const QStringList &args : {QStringList{"customers", empty, "-o", nothing},
-                                        QStringList{"envelopes", empty, "--period", "May", "-o", nothing},
-                                        QStringList{"invoices", empty, "--period", "May", "-o", nothing},
-                                        QStringList{"invoices", empty, "--period", "May", "--each", nothing}}) {
-            r = cli(args);
-            QVERIFY2(r.exitCode == 5 && r.out.isEmpty() && r.err.contains("no file was written"), qPrintable(r.err));
-            QVERIFY(!QFileInfo::exists(nothing));
-        }
+        QVERIFY(writeFile(place["%empty"], none.serialize()));
+    }
+
+    // Wrong arguments, files that can't be read or written and nothing to
+    // print: the exit status and a word on standard error, nothing on
+    // standard output, and no file made or changed.
+    void refused_data()
+    {
+        QTest::addColumn<QStringList>("args");  // %name: a file of `place`
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("said");
+        auto row = [](const QStringList &args, int status, const QString &said = {}) {
+            QTest::newRow(qPrintable(args.join(u' '))) << args << status << said;
+        };
+        for (const QStringList &args : {QStringList{}, QStringList{"check"}, QStringList{"resave", "a"},
+                                        QStringList{"frobnicate", "x"}, QStringList{"check", "a", "b"}})
+            row(args, 1, "Usage");
+        row({"check", "%dup"}, 2, "line 4");
+        row({"check", "%missing"}, 2);
+        row({"check", "%pipe"}, 2);  // a read would wait for a writer for ever
+        row({"resave", "%dup", "%out"}, 2);
+        row({"resave", "%missing", "%out"}, 2);
+        row({"invoices", "%missing", "--period", "May", "-o", "%out"}, 2);
+        row({"owing", "%missing"}, 2);
+        // Never over its own input, by any name.
+        row({"resave", "%sample", "%sample"}, 1, "%sample");
+        row({"resave", "%sample", "%alias"}, 1, "%alias");
+        row({"customers", "%books", "-o", "%books"}, 1);
+        row({"envelopes", "%books", "--period", "May", "-o", "%books"}, 1);
+        row({"statements", "%books", "-o", "%books"}, 1);
+        // A place that can't be written: nothing left behind.
+        row({"resave", "%sample", "%nowhere"}, 3, "%nowhere");
+        for (const char *what : {"envelopes", "invoices"})
+            row({what, "%empty", "--period", "May", "-o", "%out"}, 5, "no file was written");
+        row({"customers", "%empty", "-o", "%out"}, 5, "no file was written");
+        row({"invoices", "%empty", "--period", "May", "--each", "%out"}, 5, "no file was written");
+        row({"statements", "%books", "--customer", "3", "-o", "%out"}, 5, "owes nothing");
+        row({"envelopes", "%books", "--period", "June", "-o", "%out"}, 4);
+        row({"envelopes", "%books", "-o", "%out"}, 1);
+        row({"customers", "%books", "-o", "%out", "--columns", "5"}, 1);
+        row({"invoices", "%books", "--period", "May", "--customer", "2", "-o", "%out"}, 4);
+        row({"invoices", "%books", "--period", "June", "-o", "%out"}, 4, "%books");
+        row({"invoices", "%books", "--period", "May", "--customer", "4k", "-o", "%out"}, 1);
+        row({"invoices", "%books", "--period", "May", "--template", "3", "-o", "%out"}, 1);
+        row({"invoices", "%books", "--period", "May", "--paper", "legal", "-o", "%out"}, 1);
+        row({"invoices", "%books", "--period", "May"}, 1);
+        row({"invoices", "%books", "--period", "May", "--all", "--customer", "1", "-o", "%out"}, 1);
+        row({"periods"}, 1);
+        row({"periods", "%books", "--customer", "1"}, 1);
+        for (const char *bad : {"--customer", "-x", "--customer k", "--customer 2k", "--customer abc"})
+            row(QStringList{"owing", "%books"} + QString::fromLatin1(bad).split(u' '), 1);
+        row({"owing", "%books", "--customer", "5000"}, 4);
+        row({"statements", "%books", "--customer", "99", "-o", "%out"}, 4);
+        row({"statements", "%books"}, 1);
+        row({"statements", "%books", "-o", "%out", "--each", "%missing"}, 1);
+        row({"statements", "%books", "--as-of", "2024-13-01", "-o", "%out"}, 1);
+        row({"statements", "%books", "--overdue", "-3", "-o", "%out"}, 1);
+        row({"statements", "%books", "--customer", "1x", "-o", "%out"}, 1);
+        row({"aging", "%books", "--frob"}, 1);
+    }
+    void refused()
+    {
+        QFETCH(QStringList, args);
+        QFETCH(int, status);
+        QFETCH(QString, said);
+        for (QString &a : args) a = place.value(a, a);
+        const QByteArray before = readFile(place["%books"]) + readFile(place["%sample"]);
+        const Run r = cli(args);
+        QCOMPARE(r.exitCode, status);
+        QVERIFY2(r.out.isEmpty() && r.err.contains(QDir::toNativeSeparators(place.value(said, said))), qPrintable(r.err));
+        if (status == 2) QVERIFY(r.err.contains(QDir::toNativeSeparators(args[1])));  // the file refused
+        QVERIFY(!QFileInfo::exists(place["%out"]) && !QFileInfo::exists(place["%missing"]) &&
+                !QFileInfo::exists(dir.filePath("no")));
+        QVERIFY(readFile(place["%books"]) + readFile(place["%sample"]) == before);
+    }
+
+    void versionAndHelp()
+    {
+        QCOMPARE(ok({"--version"}), QStringLiteral("qorvane-cli " QOR_VERSION_TEXT "\n"));
+        const Run help = cli({"--help"});  // on standard output, as asked for
+        QVERIFY(help.exitCode == 0 && help.out.contains(QLatin1String("check FILE")) && help.out.contains(QLatin1String("resave IN OUT")));
+    }
+
+    void checkAndResave()
+    {
+        const QString in = place["%sample"], out = dir.filePath(QStringLiteral("resaved.xml"));
+        const Run r = cli({"check", in});
+        QVERIFY2(r.exitCode == 0 && r.err.isEmpty(), qPrintable(r.err));
+        const QStringList lines = r.out.split(u'\n', Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), 8);
+        // The placeholder made for customer 8 counts as a current customer.
+        QCOMPARE(lines.mid(0, 4), (QStringList{"customers: 2 current, 1 archived", "products: 1 current, 1 archived",
+                                               "bill periods: 1", "invoice records: 2"}));
+        const QString problems = lines.mid(4).join(u'\n');
+        // Item 6 is archived, but there.
+        QVERIFY2(problems.contains(u"customer number 8") && problems.contains(u"item number 9,") && !problems.contains(u"item number 6,"), qPrintable(problems));
+        QVERIFY2(r.out.endsWith(QStringLiteral("item number 5: the price \"call us\" holds no amount that can be read; it "
+                                               "counts as 0\nbill period \"May\", customer number 1: the balance "
+                                               "$1,500.00 is more than the $12.00 its items bill\n")),
+                 qPrintable(r.out));
+
+        // resave writes what the program saves after a load, with the placeholder,
+        // and first removes what an interrupted save of the same file left.
+        const QString leftover = dir.filePath(QStringLiteral(".resaved.xml.new-Ab12Cd"));
+        QVERIFY(writeOld(leftover, 60));
+        QCOMPARE(cli({"resave", in, out}).exitCode, 0);
+        QVERIFY(!QFileInfo::exists(leftover));
+        QVERIFY(readFile(in) == sample());  // neither command changes its input
+        Database expected;
+        QVERIFY(load(expected, dir, sample()).result.ok());
+        const QByteArray written = readFile(out);
+        QVERIFY(written == expected.serialize() && written.contains("<Customer CID=\"8\">\r\n\t\t\t<FName>Deleted</FName>"));
+        // Each resave keeps the file it replaces; versions lists them, oldest first.
+        const QString again = dir.filePath(QStringLiteral("again.xml"));
+        for (int i = 0; i < 3; ++i) QCOMPARE(cli({"resave", in, again}).exitCode, 0);
+        const QStringList kept = cli({"versions", again}).out.split(u'\n', Qt::SkipEmptyParts);
+        QCOMPARE(kept.size(), 2);
+        const QRegularExpression form(QStringLiteral("/again.xml.versions/again-\\d{8}-\\d{6}(-2)?\\.xml\t\\d{4}(-\\d\\d){2} \\d\\d(:\\d\\d){2}$"));
+        for (const QString &line : kept)
+            QVERIFY2(form.match(line).hasMatch() && readFile(line.section(u'\t', 0, 0)) == readFile(again), qPrintable(line));
+        QVERIFY(kept[0].section(u'\t', 1) < kept[1].section(u'\t', 1) || kept[1].contains(QLatin1String("-2.xml\t")));
+    }
+
+    // Envelopes, the customer list and invoices as PDF, read back as text.
+    // The invoices of a period as the print run makes them: the customers who
+    // owe in the print tree's order, --all, --customer, the stored options,
+    // the paper, and one file per customer.
+    void pagesAsPdf()
+    {
+        const QString file = place["%books"];
+        QTemporaryDir config;
+        qputenv("XDG_CONFIG_HOME", config.path().toUtf8());  // the stored options: defaults
+
+        const QString env = dir.filePath("env.pdf");
+        QCOMPARE(ok({"envelopes", file, "--period", "May", "-o", env}), "2 envelopes\n");  // only the customers who owe
+        QString t = pdfText(env);
+        QVERIFY(t.contains("Acme & Sons") && t.contains("Al Ames") && t.contains("Townsville") && !t.contains("Cole"));
+        QCOMPARE(ok({"envelopes", file, "--period", "May", "--all", "-o", env}), "3 envelopes\n");
+        QVERIFY(pdfText(env).contains("Cy Cole"));
+
+        const QString list = dir.filePath("list.pdf");
+        QCOMPARE(ok({"customers", file, "-o", list, "--title", "Route & Co", "--columns", "2"}), "1 pages\n");
+        t = pdfText(list);
+        QVERIFY(t.contains("Route & Co") && t.contains("Ames, Al") && t.contains("Cole, Cy") && t.contains("Page #1") && !t.contains("Bell"));
 
         // Pages as pdftotext reads them, split at the form feeds.
         auto pagesOf = [](const QString &pdf) {
@@ -267,63 +283,45 @@ private slots:
             QProcess p;
             p.start(QStringLiteral("pdfinfo"), {pdf});
             p.waitForFinished(60000);
-            const QString info = QString::fromUtf8(p.readAllStandardOutput());
-            return info.section(QStringLiteral("Page size:"), 1).section(u'\n', 0, 0).simplified();
+            return QString::fromUtf8(p.readAllStandardOutput()).section(QStringLiteral("Page size:"), 1).section(u'\n', 0, 0).simplified();
         };
 
         const QString out = dir.filePath("inv.pdf");
-        r = cli({"invoices", file, "--period", "May", "-o", out});
-        QCOMPARE(r.exitCode, 0);
-        QCOMPARE(r.out, QStringLiteral("2 pages\n"));
+        QCOMPARE(ok({"invoices", file, "--period", "May", "-o", out}), "2 pages\n");
         QStringList pages = pagesOf(out);
         QCOMPARE(pages.size(), 2);
-        QVERIFY(pages[0].contains("Al Ames") && pages[0].contains("Acme & Sons") && pages[0].contains("9 Mill Road"));
-        QVERIFY(pages[0].contains("Six (x2)") && pages[0].contains("$12.00") && pages[0].contains("$17.00"));
-        QVERIFY(pages[0].contains("06/15/2024"));  // the bill due date as the screen shows it
-        QVERIFY(pages[1].contains("Di Dunn") && pages[1].contains("$6.00"));
-        QVERIFY(!pages.join("").contains("Cole"));
+        // The bill due date as the screen shows it.
+        for (const char *shown : {"Al Ames", "Acme & Sons", "9 Mill Road", "Six (x2)", "$12.00", "$17.00", "06/15/2024"})
+            QVERIFY2(pages[0].contains(shown), shown);
+        QVERIFY(pages[1].contains("Di Dunn") && pages[1].contains("$6.00") && !pages.join("").contains("Cole"));
         QCOMPARE(pageSize(out), QStringLiteral("612 x 792 pts (letter)"));  // en_US: Letter
 
         // Every customer, in the tree's order; the paid one totals zero.
-        r = cli({"invoices", file, "--period", "May", "--all", "--paper", "a4", "-o", out});
-        QCOMPARE(r.out, QStringLiteral("3 pages\n"));
+        QCOMPARE(ok({"invoices", file, "--period", "May", "--all", "--paper", "a4", "-o", out}), "3 pages\n");
         pages = pagesOf(out);
         QCOMPARE(pages.size(), 3);
-        QVERIFY(pages[0].contains("Ames") && pages[1].contains("Cy Cole") && pages[2].contains("Dunn"));
-        QVERIFY(pages[1].contains("$0.00") && !pages[1].contains("$5.00 "));
+        QVERIFY(pages[0].contains("Ames") && pages[1].contains("Cy Cole") && pages[2].contains("Dunn") && pages[1].contains("$0.00") && !pages[1].contains("$5.00 "));
         QVERIFY(pageSize(out).endsWith(QStringLiteral("(A4)")));
 
         // One customer, the stored duplicates and title (the large title
         // reads whole on layout 2 too).
         settings::PrintDuplicateInvoices.set(true);
         settings::InvoiceTitleOption.set(1);
-        r = cli({"invoices", file, "--period", "May", "--customer", "4", "--template", "2", "-o", out});
-        QCOMPARE(r.out, QStringLiteral("2 pages\n"));
+        QCOMPARE(ok({"invoices", file, "--period", "May", "--customer", "4", "--template", "2", "-o", out}), "2 pages\n");
         pages = pagesOf(out);
-        QCOMPARE(pages.size(), 2);
-        QCOMPARE(pages[0], pages[1]);
-        QVERIFY(pages[0].contains("Dunn") && pages[0].contains("ESTIMATE"));
-        QVERIFY(!pages[0].contains("Ames"));
+        QVERIFY(pages.size() == 2 && pages[0] == pages[1]);
+        QVERIFY(pages[0].contains("Dunn") && pages[0].contains("ESTIMATE") && !pages[0].contains("Ames"));
 
         // One file per customer who owes, named after the customer and the
         // period; no duplicates there.
         const QString each = dir.filePath("each");
-        r = cli({"invoices", file, "--period", "May", "--each", each});
-        QCOMPARE(r.exitCode, 0);
-        QCOMPARE(r.out, QStringLiteral("2 invoices\n"));
+        QCOMPARE(ok({"invoices", file, "--period", "May", "--each", each}), "2 invoices\n");
         QStringList names = QDir(each).entryList(QDir::Files, QDir::Name);
         QCOMPARE(names, QStringList({"Ames, Al (1) - May.pdf", "Dunn, Di (4) - May.pdf"}));
         QCOMPARE(pagesOf(QDir(each).filePath(names[1])).size(), 1);
 
-        QCOMPARE(cli({"invoices", file, "--period", "May", "--customer", "2", "-o", out}).exitCode, 4);
-        QCOMPARE(cli({"invoices", file, "--period", "June", "-o", out}).exitCode, 4);
-        QCOMPARE(cli({"invoices", file, "--period", "May", "--customer", "4k", "-o", out}).exitCode, 1);
-        QCOMPARE(cli({"invoices", file, "--period", "May", "--template", "3", "-o", out}).exitCode, 1);
-        settings::PrintPreviewSelected.set(7);
+        settings::PrintPreviewSelected.set(7);  // a stored layout that isn't one
         QCOMPARE(cli({"invoices", file, "--period", "May", "-o", out}).exitCode, 1);
-        QCOMPARE(cli({"invoices", file, "--period", "May", "--paper", "legal", "-o", out}).exitCode, 1);
-        QCOMPARE(cli({"invoices", file, "--period", "May"}).exitCode, 1);
-        QCOMPARE(cli({"invoices", file, "--period", "May", "--all", "--customer", "1", "-o", out}).exitCode, 1);
     }
 
     // Random books printed under several language settings and read back:
@@ -344,7 +342,9 @@ private slots:
             const QString text = Money::fromCents(price[size_t(n)]).toCurrencyText(QLocale(forms[n % 6]));
             tables.items.add(numberKey(n), regional::sortPrice(text) + text + " - " + names[n % 5] + QString::number(n));
         }
-        QHash<QString, std::pair<qint64, qint64>> truth;  // customer: billed, balance
+        // Per customer what the invoice shows: the lines' sum, billed and paid
+        // (-1 where not shown, -2 where shown twice) and the total.
+        QHash<QString, QList<qint64>> shown;
         qint64 allBilled = 0;
         for (int cid = 1; cid <= 12; ++cid) {
             const QString c = QString::number(cid);
@@ -357,13 +357,11 @@ private slots:
             }
             const qint64 balance = cid % 3 == 0 ? 0 : cid % 3 == 1 ? billed
                                                                    : 1 + qint64(rng.bounded(quint64(billed)));
-            truth.insert(c, {billed, balance});
+            const bool part = balance > 0 && balance < billed;
+            shown.insert(c, {billed, part ? billed : -1, part ? billed - balance : -1, balance});
             allBilled += billed;
-            tables.customers.add(numberKey(cid), QStringList{"Zed, C" + c, "C" + c, "Zed", "", "", "", "", "", ""}.join(FieldSep));
-            tables.invoiceRecords.add(QStringList{"P", c, ""}.join(FieldSep),
-                                      QStringList{"P", "Zed, C" + c, c, Money::fromCents(balance).toStoredText(),
-                                                  ItemEntry::join(entries), ""}
-                                          .join(FieldSep));
+            tables.customers.add(numberKey(cid), joined({"Zed, C" + c, "C" + c, "Zed", "", "", "", "", "", ""}));
+            tables.invoiceRecords.add(joined({"P", c, ""}), joined({"P", "Zed, C" + c, c, Money::fromCents(balance).toStoredText(), ItemEntry::join(entries), ""}));
         }
         tables.done();
         const QString file = dir.filePath(QStringLiteral("property.xml"));
@@ -371,12 +369,13 @@ private slots:
         QTemporaryDir config;
         qputenv("XDG_CONFIG_HOME", config.path().toUtf8());
         QCOMPARE(cli({"periods", file, "--plain"}).out.section(u'\t', 5, 5), Money::fromCents(allBilled).toPlainText());
-        QHash<QString, qint64> owed;
+        QHash<QString, qint64> owed;  // the balance `owing` reports
         QString who;
         for (const QString &line : cli({"owing", file, "--plain"}).out.split(u'\n', Qt::SkipEmptyParts)) {
             if (!line.startsWith(u'\t')) who = line.section(u'\t', 1, 1);
             else if (line.section(u'\t', 1, 1) == u"P") owed[who] = Money::fromStoredText(line.section(u'\t', 2))->cents();
         }
+        for (auto it = shown.cbegin(); it != shown.cend(); ++it) QCOMPARE(owed.value(it.key()), it->last());
         for (const char *locale : {"en_US", "de_DE", "fr_FR", "de_CH"}) {
             const QString pdf = dir.filePath(QStringLiteral("property-%1.pdf").arg(locale));
             QCOMPARE(cli({"invoices", file, "--period", "P", "--all", "--template", "0", "-o", pdf}, locale).exitCode, 0);
@@ -391,28 +390,17 @@ private slots:
                 QString &part = w.left >= 8640 ? rows[{w.page, row}].second : rows[{w.page, row}].first;
                 part += (part.isEmpty() ? "" : " ") + w.text;
             }
-            struct Read {
-                qint64 lines = 0, billed = -1, paid = -1, total = -1, totals = 0;
-            };
-            QHash<QString, Read> read;
+            QHash<QString, QList<qint64>> read;
             for (auto it = rows.cbegin(); it != rows.cend(); ++it) {
                 if (it->second.isEmpty()) continue;
                 const auto amount = Money::fromPriceText(it->second);
                 QVERIFY2(amount, qPrintable(it->second));
-                Read &r = read[customerOf.value(it.key().first)];
-                if (it.key().second == 12) r.total = amount->cents(), ++r.totals;
-                else if (it->first == u"Billed:") r.billed = amount->cents();
-                else if (it->first == u"Paid:") r.paid = amount->cents();
-                else r.lines += amount->cents();
+                QList<qint64> &r = read[customerOf.value(it.key().first)];
+                if (r.isEmpty()) r = {0, -1, -1, -1};
+                const int at = it.key().second == 12 ? 3 : int(QStringList{"Billed:", "Paid:"}.indexOf(it->first)) + 1;
+                r[at] = at == 0 ? r[0] + amount->cents() : (r[at] == -1 ? amount->cents() : -2);
             }
-            QCOMPARE(read.size(), truth.size());
-            for (auto it = truth.cbegin(); it != truth.cend(); ++it) {
-                const Read r = read.value(it.key());
-                const auto [billed, balance] = *it;
-                const bool part = balance > 0 && balance < billed;
-                QVERIFY2(r.lines == billed && r.total == balance && r.total == owed.value(it.key()) && r.totals == 1 && (part ? r.billed == billed && r.paid == billed - balance : r.billed < 0 && r.paid < 0),
-                         qPrintable(QStringLiteral("%1, customer %2").arg(locale, it.key())));
-            }
+            QVERIFY2(read == shown, locale);
         }
     }
 
@@ -431,8 +419,7 @@ private slots:
         for (int cid = 10; cid < 1010; ++cid) {
             const QString c = QString::number(cid);
             tables.customers.add(c + "k", fields({"Zed", "Zed", "", "", "", "", "", "", ""}));
-            tables.invoiceRecords.add(QStringLiteral("Jan") + FieldSep + c + FieldSep,
-                                      QStringLiteral("Jan") + FieldSep + "Zed" + FieldSep + c + FieldSep + "0.1" + FieldSep + "5" + FieldSep);
+            tables.invoiceRecords.add(joined({"Jan", c, ""}), joined({"Jan", "Zed", c, "0.1", "5", ""}));
         }
         tables.invoiceRecords.add(fields({"Feb", "1", ""}), fields({"Feb", "Ames, Al", "1", "2401", "6x2", ""}));
         tables.invoiceRecords.add(fields({"Feb", "2", ""}), fields({"Feb", "Bell, Bo", "2", "-4.25", "5x3", ""}));
@@ -442,65 +429,29 @@ private slots:
         const QString file = dir.filePath(QStringLiteral("statements.xml"));
         QVERIFY(db.save(file).ok);
 
-        const Run p = cli({"periods", file});
-        QCOMPARE(p.exitCode, 0);
-        QCOMPARE(p.out, QStringLiteral("Jan\t2024/01/01\t2024/01/31\t2024/02/15\t1001\t$100.10\t$116.50\t0\n"
-                                       "Feb\t2024/02/01\t\t2024/03/15\t3\t$3,601.90\t$2,396.75\t1\n"));
+        QCOMPARE(ok({"periods", file}), QStringLiteral("Jan\t2024/01/01\t2024/01/31\t2024/02/15\t1001\t$100.10\t$116.50\t0\n"
+                                                       "Feb\t2024/02/01\t\t2024/03/15\t3\t$3,601.90\t$2,396.75\t1\n"));
         QCOMPARE(cli({"periods", file, "--plain"}).out,
                  QStringLiteral("Jan\t2024/01/01\t2024/01/31\t2024/02/15\t1001\t100.10\t116.50\t0\n"
                                 "Feb\t2024/02/01\t\t2024/03/15\t3\t3601.90\t2396.75\t1\n"));
 
-        const Run one = cli({"owing", file, "--customer", "1"});
-        QCOMPARE(one.exitCode, 0);
-        QCOMPARE(one.out, QStringLiteral("Ames, Al\t1\n\tJan\t$16.50\n\tFeb\t$2,401.00\n\ttotal\t$2,417.50\n"
-                                         "total owed\t$2,417.50\n"));
-        const Run bell = cli({"owing", file, "--plain", "--customer", "2"});
-        QCOMPARE(bell.out, QStringLiteral("Bell, Bo\t2\n\tFeb\t-4.25\n\ttotal\t-4.25\ntotal owed\t-4.25\n"));
+        QCOMPARE(ok({"owing", file, "--customer", "1"}), QStringLiteral("Ames, Al\t1\n\tJan\t$16.50\n\tFeb\t$2,401.00\n\ttotal\t$2,417.50\n"
+                                                                        "total owed\t$2,417.50\n"));
+        QCOMPARE(ok({"owing", file, "--plain", "--customer", "2"}), QStringLiteral("Bell, Bo\t2\n\tFeb\t-4.25\n\ttotal\t-4.25\ntotal owed\t-4.25\n"));
         QCOMPARE(cli({"owing", file, "--customer", "3"}).out, QStringLiteral("total owed\t$0.00\n"));
         const QStringList all = cli({"owing", file, "--plain"}).out.split(u'\n', Qt::SkipEmptyParts);
-        QCOMPARE(all.size(), 4 + 3 + 1000 * 3 + 1);
-        QCOMPARE(all.first(), QStringLiteral("Ames, Al\t1"));
+        QVERIFY(all.size() == 4 + 3 + 1000 * 3 + 1 && all.first() == u"Ames, Al\t1");
         QCOMPARE(all.last(), QStringLiteral("total owed\t2513.25"));
-
-        for (const QStringList &bad : {QStringList{"periods"}, QStringList{"periods", file, "--customer", "1"},
-                                       QStringList{"owing", file, "--customer"}, QStringList{"owing", file, "-x"},
-                                       QStringList{"owing", file, "--customer", "k"},
-                                       QStringList{"owing", file, "--customer", "2k"},
-                                       QStringList{"owing", file, "--customer", "abc"}}) {
-            const Run r = cli(bad);
-            QVERIFY2(r.exitCode == 1 && r.out.isEmpty(), qPrintable(bad.join(u' ')));
-        }
-        QCOMPARE(cli({"owing", dir.filePath(QStringLiteral("none.xml"))}).exitCode, 2);
-        QCOMPARE(cli({"owing", file, "--customer", "5000"}).exitCode, 4);
     }
 
-    // Inputs that are no files are refused at once; two customers of one name
-    // get a file each, whatever the name holds; an output that can't be
+    // Two customers of one name get a file each, whatever the name holds; an output that can't be
     // written whole leaves nothing, and an older file under its name intact.
     void outputsAndOddInputs()
     {
-        const QString pipe = dir.filePath(QStringLiteral("pipe.xml"));
-        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-        const Run p = cli({"check", pipe});  // a read would wait for a writer for ever
-        QVERIFY(p.exitCode == 2 && p.err.contains(QDir::toNativeSeparators(pipe)));
-
-        Database db;
-        qor::test::TablesEdit tables(db);
-        tables.customers.add("1k", fields({"Lee, Al", "Al", "Lee", "", "", "", "", "", ""}));
-        tables.customers.add("2k", fields({"Lee, Al", "Al", "Lee", "", "", "", "", "", ""}));
-        tables.customers.add("3k", fields({"A/B %2 Co", "A/B %2 Co", "", "", "", "", "", "", ""}));
-        tables.periods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "", ""}));
-        for (const char *c : {"1", "2", "3"})
-            tables.invoiceRecords.add(fields({"May", c, ""}), fields({"May", "", c, "5", "", ""}));
-        tables.done();
-        const QString file = dir.filePath(QStringLiteral("%2 pay1roll.xml"));
-        QVERIFY(db.save(file).ok);
-        const QString each = dir.filePath(QStringLiteral("each2"));
-        QCOMPARE(cli({"invoices", file, "--period", "May", "--each", each}).exitCode, 0);
+        const QString file = place["%books"], each = dir.filePath(QStringLiteral("each2"));
+        QCOMPARE(cli({"invoices", file, "--period", "Pay", "--each", each}).exitCode, 0);
         QCOMPARE(QDir(each).entryList(QDir::Files, QDir::Name),
-                 QStringList({"A_B %2 Co (3) - May.pdf", "Lee, Al (1) - May.pdf", "Lee, Al (2) - May.pdf"}));
-        const Run none = cli({"invoices", file, "--period", "June", "--each", each});
-        QVERIFY2(none.err.contains(QDir::toNativeSeparators(file)), qPrintable(none.err));
+                 QStringList({"A_B %2 Co (7) - Pay.pdf", "Lee, Al (5) - Pay.pdf", "Lee, Al (6) - Pay.pdf"}));
 
         // A full disk: a small file system of its own, where one can be made.
         const QString small = dir.filePath(QStringLiteral("small"));
@@ -509,7 +460,7 @@ private slots:
             QSKIP("no tmpfs can be mounted here (not root): the full disk is tried with a failing device elsewhere");
         const QString out = small + QStringLiteral("/inv.pdf");
         QVERIFY(writeFile(out, "the old invoice"));
-        const Run full = cli({"invoices", file, "--period", "May", "--all", "-o", out});
+        const Run full = cli({"invoices", file, "--period", "Pay", "-o", out});
         const QByteArray after = readFile(out);
         const QStringList left = QDir(small).entryList(QDir::Files | QDir::Hidden);
         ::umount(QFile::encodeName(small).constData());
@@ -534,14 +485,12 @@ private slots:
         }
         for (int cid = 1; cid <= 40; ++cid) {
             const QString c = QString::number(cid), name = QStringLiteral("Name%1").arg(cid);
-            tables.customers.add(c + "k", joined({cid % 7 ? name : u"zzzz\u00BB"_qs + name, name, QString(), QString(),
-                                                  QString(), QString(), QString(), QString(), QString()}));
+            tables.customers.add(c + "k", joined({cid % 7 ? name : u"zzzz\u00BB"_qs + name, name, "", "", "", "", "", "", ""}));
             for (int i = 0; i < 8 && cid % 10; ++i) {  // every tenth never billed
                 if (rng.bounded(3) == 0) continue;
                 const qint64 cents = rng.bounded(5) == 0 ? 0 : qint64(rng.bounded(40000)) - 8000;
                 const QString p = QStringLiteral("P%1").arg(i);
-                tables.invoiceRecords.add(p + FieldSep + c + FieldSep,
-                                          joined({p, name, c, Money::fromCents(cents).toStoredText(), "5x3", QString()}));
+                tables.invoiceRecords.add(joined({p, c, ""}), joined({p, name, c, Money::fromCents(cents).toStoredText(), "5x3", ""}));
             }
         }
         tables.done();
@@ -557,44 +506,28 @@ private slots:
                 owed.insert(cid, l.section(u'\t', 2));
         }
         QVERIFY(owed.size() > 20);
-        const Run aging = cli({"aging", file, "--plain", "--as-of", "2024-06-30"});
-        QCOMPARE(aging.exitCode, 0);
-        QStringList lines = aging.out.split(u'\n', Qt::SkipEmptyParts);
+        QStringList lines = ok({"aging", file, "--plain", "--as-of", "2024-06-30"}).split(u'\n', Qt::SkipEmptyParts);
         QVERIFY(lines.takeLast().startsWith(QLatin1String("total\t\t")));
         QCOMPARE(lines.size(), owed.size());
         for (const QString &l : lines) {
             const QStringList f = l.split(u'\t');
-            QCOMPARE(f.size(), 8);
-            QCOMPARE(f[2], owed.value(f[0]));
-            QCOMPARE(f[1].endsWith(QLatin1String(" (archived)")), f[0].toInt() % 7 == 0);
+            QVERIFY2(f.size() == 8 && f[2] == owed.value(f[0]) && f[1].endsWith(u" (archived)") == (f[0].toInt() % 7 == 0), qPrintable(l));
         }
 
         const QString each = dir.filePath(QStringLiteral("statements"));
-        const Run st = cli({"statements", file, "--as-of", "2024-06-30", "--each", each});
-        QCOMPARE(st.out, QStringLiteral("%1 statements\n").arg(owed.size()));
-        for (auto it = owed.cbegin(); it != owed.cend(); ++it) {
-            const QString pdf = QDir(each).filePath(
-                QStringLiteral("Name%1 (%1) - statement 2024-06-30.pdf").arg(it.key()));
-            const QString total = pdfText(pdf, true).section(QStringLiteral("TOTAL DUE:"), 1).section(u'\n', 0, 0).trimmed();
-            QCOMPARE(total, Money::fromCents(qint64(std::llround(it.value().toDouble() * 100))).toCurrencyText());
+        QCOMPARE(ok({"statements", file, "--as-of", "2024-06-30", "--each", each}), QStringLiteral("%1 statements\n").arg(owed.size()));
+        QCOMPARE(QDir(each).count(), owed.size() + 2);  // with "." and ".."
+        // Each file is its customer's: the first and the last the total due that aging says.
+        for (const QString &l : {lines.first(), lines.last()}) {
+            const QString pdf = QDir(each).filePath(QStringLiteral("Name%1 (%1) - statement 2024-06-30.pdf").arg(l.section(u'\t', 0, 0)));
+            QCOMPARE(pdfText(pdf, true).section(QStringLiteral("TOTAL DUE:"), 1).section(u'\n', 0, 0).trimmed(),
+                     Money::fromCents(qint64(std::llround(l.section(u'\t', 2, 2).toDouble() * 100))).toCurrencyText());
         }
 
-        // Reminders for fewer; one customer; nothing to write; wrong arguments.
+        // Reminders for fewer.
         const QString out = dir.filePath(QStringLiteral("r.pdf"));
         const Run late = cli({"statements", file, "--as-of", "2024-06-30", "--overdue", "100", "-o", out});
-        QVERIFY(late.exitCode == 0 && late.out.endsWith(QLatin1String(" reminders\n")) && QFileInfo::exists(out));
-        QVERIFY(late.out.section(u' ', 0, 0).toInt() < owed.size());
-        QFile::remove(out);
-        const Run none = cli({"statements", file, "--customer", "10", "-o", out});
-        QVERIFY(none.exitCode == 5 && none.err.contains(QLatin1String("owes nothing")) && !QFileInfo::exists(out));
-        QCOMPARE(cli({"statements", file, "--customer", "99", "-o", out}).exitCode, 4);
-        for (const QStringList &bad : {QStringList{"statements", file}, QStringList{"statements", file, "-o", out, "--each", each},
-                                       QStringList{"statements", file, "--as-of", "2024-13-01", "-o", out},
-                                       QStringList{"statements", file, "--overdue", "-3", "-o", out},
-                                       QStringList{"statements", file, "--customer", "1x", "-o", out},
-                                       QStringList{"statements", file, "-o", file},
-                                       QStringList{"aging", file, "--frob"}})
-            QCOMPARE(cli(bad).exitCode, 1);
+        QVERIFY(late.exitCode == 0 && late.out.endsWith(u" reminders\n") && QFileInfo::exists(out) && late.out.section(u' ', 0, 0).toInt() < owed.size());
     }
 };
 
