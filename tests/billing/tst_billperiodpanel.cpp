@@ -289,6 +289,7 @@ private slots:
 
         // Again under the same name: refused; with nothing billed: refused.
         click(w.button("cmdAddNewBP"));
+        QVERIFY(w.get<QLineEdit>("txtPField(3)")->text().isEmpty());  // a new entry starts with no due date
         retype(w.get("txtBillPeriod"), u"June 2024"_s);
         retype(w.get("txtPField(3)"), u"7/15/2024"_s);
         click(w.button("cmdAddNewBP"));
