@@ -47,7 +47,8 @@ private slots:
     void cleanup() { discard(m_w); }
 
     // Enter adds once an entry has made "&Add New" the default, and only
-    // while it shows; the panel shows its editor's buttons and colours.
+    // while it shows; the panel shows its editor's buttons and colours. Then
+    // German forms.
     void entry()
     {
         open({});
@@ -68,6 +69,20 @@ private slots:
         click(btn("cmdCancelNewItem"));
         QCOMPARE(buttons(), "&New Product or Service / &Delete Existing");
         QVERIFY(price()->isHidden());
+
+        // German forms; a display text keeps the form of the moment it was added.
+        const QLocale de(QLocale::German, QLocale::Germany);
+        QLocale::setDefault(de);
+        addItem("5x", "Seife", false);
+        QCOMPARE(buttons(), "-&Add New / &Cancel New");
+        retype(price(), "1.200,5");
+        click(btn("cmdAddNewItem"));
+        const QString shown = de.toCurrencyString(1200.5) + " - Seife";
+        QVERIFY(shown.startsWith("1.200,50") && table().textOf(u"2k").startsWith("000001200"));
+        QCOMPARE(table().textOf(u"2k").mid(SortPriceLength), shown);
+        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+        addItem("7", "Soap");
+        QCOMPARE(rowTexts(list()), QStringList({"$7.00 - Soap", "$12.50 - Brush", shown}));
     }
 
     // United States forms: grouping, negative and zero prices, " - " in names,
@@ -101,24 +116,6 @@ private slots:
         QVERIFY2(m_answers->last().text.startsWith("\"0.005\" has more than two decimals."), qPrintable(m_answers->last().text));
         QCOMPARE(table().count(), 6);
         QCOMPARE(buttons(), "&Add New / &Cancel New");
-    }
-
-    // German forms; a display text keeps the form of the moment it was added.
-    void pricesGermany()
-    {
-        open({});
-        const QLocale de(QLocale::German, QLocale::Germany);
-        QLocale::setDefault(de);
-        addItem("5x", "Seife", false);
-        QCOMPARE(buttons(), "-&Add New / &Cancel New");
-        retype(price(), "1.200,5");
-        click(btn("cmdAddNewItem"));
-        const QString shown = de.toCurrencyString(1200.5) + " - Seife";
-        QVERIFY(shown.startsWith("1.200,50") && table().textOf(u"1k").startsWith("000001200"));
-        QCOMPARE(table().textOf(u"1k").mid(SortPriceLength), shown);
-        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-        addItem("7", "Soap");
-        QCOMPARE(rowTexts(list()), QStringList({"$7.00 - Soap", shown}));
     }
 
     // Delete removes only a highlighted item: an unbilled one goes, a billed
