@@ -54,16 +54,6 @@ inline QString listText(const qor::Database &db, const QString &key)
     return qor::ItemView::parse(db.items().textOf(key)).listText.toString();
 }
 
-inline const char *colourName(qor::NodeColour c)
-{
-    switch (c) {
-    case qor::NodeColour::Owes: return " red";
-    case qor::NodeColour::WindowText: return " text";
-    case qor::NodeColour::GreyText: return " grey";
-    default: return "";
-    }
-}
-
 // One line per node in insertion order: indent by depth, key, text, colour,
 // "[x]" / "[ ]" for nodes with a check box.
 inline QStringList dump(const qor::InvoiceTree &t)
@@ -72,7 +62,8 @@ inline QStringList dump(const qor::InvoiceTree &t)
     t.forEachNode([&](int n) {
         int depth = 0;
         for (int p = t.parentOf(n); p != 0; p = t.parentOf(p)) ++depth;
-        QString line = QString(depth * 2, u' ') + t.key(n) + QStringLiteral(" = ") + t.text(n) + QLatin1String(colourName(t.colour(n)));
+        static const char *const colours[] = {"", " red", " text", " grey"};  // as NodeColour counts them
+        QString line = QString(depth * 2, u' ') + t.key(n) + QStringLiteral(" = ") + t.text(n) + QLatin1String(colours[int(t.colour(n))]);
         if (t.hasCheckBox(n)) line += t.checked(n) ? QStringLiteral(" [x]") : QStringLiteral(" [ ]");
         out << line;
     });

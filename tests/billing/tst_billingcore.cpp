@@ -58,13 +58,6 @@ void mayFinalised(Database &db)
     e.bill("10k", 3);
     QCOMPARE(finaliseBillPeriod(db, e.t, "May", "5/1/2024", "5/31/2024", "6/15/2024"), 3);
 }
-
-// May finalised, both of its trees built from the records.
-struct MayTrees {
-    Database db;
-    InvoiceTree t0{0}, t1{1};
-    MayTrees() { mayFinalised(db), rebuildInvoiceTrees(t0, t1, db, "May"); }
-};
 }  // namespace
 
 class TestBillingCore : public QObject {
@@ -120,10 +113,8 @@ private slots:
         QCOMPARE(exampleText(QDate(2004, 3, 9)), QStringLiteral("(Example: M\u00E4rz 2004)"));
         QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
 
-        QCOMPARE(chronoDate("3/31/2004"), QStringLiteral("2004/03/31"));
-        QCOMPARE(chronoDate(""), QString());
-        QCOMPARE(chronoDate("soon"), QStringLiteral("soon"));
-        QCOMPARE(screenDate("2004/03/31"), QStringLiteral("03/31/2004"));
+        QCOMPARE(QStringList({chronoDate("3/31/2004"), chronoDate(""), chronoDate("soon"), screenDate("2004/03/31")}),
+                 QStringList({"2004/03/31", "", "soon", "03/31/2004"}));
         QCOMPARE(rowSafe(QStringLiteral("Ma\u0001y\u0002\r\n")), QStringLiteral("May"));
     }
 
@@ -148,8 +139,8 @@ private slots:
         toggleMark(t, customerNode(t, 3));
         e.bill("7k");
         e.bill("9k");
-        QCOMPARE(t.text(t.find("0000000100000007b")), QStringLiteral("$5.00 - Midget Widget (x3)"));
-        QCOMPARE(t.text(t.find("0000000300000007b")), QStringLiteral("$5.00 - Midget Widget (x2)"));
+        QCOMPARE(QStringList({t.text(t.find("0000000100000007b")), t.text(t.find("0000000300000007b"))}),
+                 QStringList({"$5.00 - Midget Widget (x3)", "$5.00 - Midget Widget (x2)"}));
         QCOMPARE(t.text(customerNode(t, 2)), QStringLiteral("Bell, Bo"));
         // Products $5.00 and $1,200.50 to Bell: two nodes, then one deleted as a whole.
         e.only(2);
@@ -172,7 +163,6 @@ private slots:
         QCOMPARE(recordText(db, "May", 1), QStringLiteral("May|Ames, Al|1|16.5|7x3+9|"));
         QCOMPARE(recordText(db, "May", 2), QStringLiteral("May|Bell, Bo|2|5|7|"));
         QCOMPARE(recordText(db, "May", 3), QStringLiteral("May|Cole, Cy|3|10|7x2|"));
-        QVERIFY(!db.invoiceRecords().contains(record::keyFor("May", "4")));
         QCOMPARE(db.invoiceRecords().count(), 3);
 
         // Names are compared exactly: "may" is another period, "May" is taken.
@@ -195,12 +185,10 @@ private slots:
         BillOutcome o = e.bill("9k");  // Ames reaches 99, Bell gets one
         QVERIFY(o.refused.isEmpty());
         o = e.bill("9k");
-        QCOMPARE(o.raised, 1);
-        QCOMPARE(o.refused.size(), 1);
+        QVERIFY(o.raised == 1 && o.refused.size() == 1);
         QCOMPARE(t.text(t.find("0000000100000009b")), QStringLiteral("$1.50 - Bolt (x99)"));
         QCOMPARE(t.text(t.find("0000000200000009b")), QStringLiteral("$1.50 - Bolt (x2)"));
-        QVERIFY(o.refusalText().contains(QLatin1String("Ames, Al")));
-        QVERIFY(o.refusalText().contains(QLatin1String("$1.50 - Bolt (x99)")));
+        QVERIFY2(o.refusalText().contains(QLatin1String("Ames, Al: $1.50 - Bolt (x99)")), qPrintable(o.refusalText()));
         finaliseBillPeriod(db, t, "P", "", "", "1/1/2025");
         QCOMPARE(recordText(db, "P", 1), QStringLiteral("P|Ames, Al|1|148.5|9x99|"));
     }
@@ -304,11 +292,8 @@ private slots:
 
         // Everybody paid: the root is grey and unticked, and ticking it moves nothing.
         qor::test::TablesEdit paid(db);
-        for (int cid : {1, 3}) {
-            auto r = *InvoiceRecordRow::parse(paid.invoiceRecords.textOf(record::keyFor("May", QString::number(cid))));
-            r.balance = "0";
-            paid.invoiceRecords.setTextOf(record::keyFor("May", QString::number(cid)), r.text());
-        }
+        paid.invoiceRecords.setTextOf(record::keyFor("May", "1"), "May\u0001Ames, Al\u00011\u00010\u00017x3\u00029\u0001chk 12");
+        paid.invoiceRecords.setTextOf(record::keyFor("May", "3"), "May\u0001Cole, Cy\u00013\u00010\u000199\u000210x3\u0001");
         paid.done();
         rebuildInvoiceTree(t1, db, "May");
         QCOMPARE(t1.colour(t1.root()), NodeColour::GreyText);
@@ -322,32 +307,13 @@ private slots:
         QCOMPARE(dump(t0), QStringList{"root_node = June"});
     }
 
-    // A period whose name differs from another only in case has its own records,
-    // though the table sorts the two periods' records into one another.
-    void periodsDifferingInCase()
+    // Invoice notes, then payments; then a period named like May.
+    void notesAndPayments()
     {
         Database db;
         mayFinalised(db);
-        InvoiceTree t(0);
-        resetNewPeriodTree(t, db);
-        for (int cid : {2, 4}) {
-            markOnlyCustomer(t, customerNode(t, cid));
-            bill(t, db, "9k");
-        }
-        finaliseBillPeriod(db, t, "may", "", "", "1/1/2025");
-        InvoiceTree a(0), b(1);
-        rebuildInvoiceTrees(a, b, db, "May");
-        QCOMPARE(a.childrenOf(a.root()).size(), size_t(3));
-        rebuildInvoiceTrees(a, b, db, "may");
-        QCOMPARE(dump(a), (QStringList{"root_node = may", "  2k = Bell, Bo - owes $1.50 red", "    1bi = $1.50 - Bolt",
-                                       "  4k = Dunn, Di - owes $1.50 red", "    2bi = $1.50 - Bolt"}));
-    }
-
-    // Invoice notes, then payments.
-    void notesAndPayments()
-    {
-        MayTrees m;
-        auto &[db, t0, t1] = m;
+        InvoiceTree t0(0), t1(1);
+        rebuildInvoiceTrees(t0, t1, db, "May");
         const int amesNode = customerNode(t1, 1);
         QCOMPARE(addInvoiceNote(t1, amesNode, QString()), 0);
         QCOMPARE(addInvoiceNote(t1, t1.find("1bi"), "x"), 0);
@@ -416,6 +382,16 @@ private slots:
         InvoiceTree entry(0);
         resetNewPeriodTree(entry, db);
         QVERIFY(!logPayment(entry, t1, db, customerNode(entry, 4), Money(), "x", "May"));
+
+        // A period whose name differs from another only in case has its own
+        // records, though the table sorts the two periods' records into one another.
+        for (int cid : {2, 4}) markOnlyCustomer(entry, customerNode(entry, cid)), bill(entry, db, "9k");
+        finaliseBillPeriod(db, entry, "may", "", "", "1/1/2025");
+        rebuildInvoiceTrees(t0, t1, db, "May");
+        QCOMPARE(t0.childrenOf(t0.root()).size(), size_t(3));
+        rebuildInvoiceTrees(t0, t1, db, "may");
+        QCOMPARE(dump(t0), (QStringList{"root_node = may", "  2k = Bell, Bo - owes $1.50 red", "    1bi = $1.50 - Bolt",
+                                        "  4k = Dunn, Di - owes $1.50 red", "    2bi = $1.50 - Bolt"}));
     }
 
     // The model tells views about every change in order.

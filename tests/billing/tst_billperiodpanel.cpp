@@ -170,8 +170,6 @@ private slots:
         QCOMPARE(rowTexts(products), (QStringList{"$1.50 - Bolt", "$5.00 - Widget"}));
         auto *view = w.get<QTreeView>("tvwInvoiceRecords(0)");
         QVERIFY(view->width() < w.bp->width() / 2);  // it shares the width with the products
-        QCOMPARE(billtest::dump(w.tree0()), (QStringList{"root_node = New Bill Period", "  3k = *Cole, Cy",
-                                                         "  1k = *Lee, Ann", "  2k = *Moss, Bob"}));
 
         // Cole alone; billing changes the tree as a whole, Cole stays selected.
         onNode(view, w.tree0(), "3k");
@@ -209,8 +207,6 @@ private slots:
         QVERIFY(a.last().text.contains(u"Moss, Bob: $5.00 - Widget (x99)"_s));
         // "&Reset Customer Accounts" starts over.
         click(w.button("cmdResetCustomerAccounts"));
-        QCOMPARE(billtest::dump(w.tree0()).size(), 4);
-        QVERIFY(!billing::treeHasBilledItem(w.tree0()));
 
         onNode(view, w.tree0(), "1k");                                       // Lee alone
         onNode(view, w.tree0(), "2k", Qt::LeftButton, Qt::ControlModifier);  // and Moss
@@ -293,6 +289,7 @@ private slots:
 
         // Again under the same name: refused; with nothing billed: refused.
         click(w.button("cmdAddNewBP"));
+        QVERIFY(w.get<QLineEdit>("txtPField(3)")->text().isEmpty());  // a new entry starts with no due date
         retype(w.get("txtBillPeriod"), u"June 2024"_s);
         retype(w.get("txtPField(3)"), u"7/15/2024"_s);
         click(w.button("cmdAddNewBP"));
@@ -317,6 +314,7 @@ private slots:
         writeDatabase(sb.db, Customers, Items, {{1, {"7x3", "9"}}, {2, {"7"}}});
         std::optional<billing::BillEntry> entry;
         QByteArray kept[3];
+        QStringList files;
         {
             Window w(2);
             Answerer a;
@@ -337,8 +335,7 @@ private slots:
             // Abandoning the changes, then quitting: "&Keep Entering" keeps it.
             a.dialogs.nextAnswers = {QMessageBox::Ok, QMessageBox::Cancel};
             w.w->cmdCancelClick();
-            const auto question = a.dialogs.messages().last().message;
-            QCOMPARE(question.captions, (QList<std::pair<QMessageBox::StandardButton, QString>>{{QMessageBox::Cancel, u"&Keep Entering"_s}, {QMessageBox::Discard, u"&Drop the Entry"_s}}));
+            QCOMPARE(a.last().captions, (QList<std::pair<QMessageBox::StandardButton, QString>>{{QMessageBox::Cancel, u"&Keep Entering"_s}, {QMessageBox::Discard, u"&Drop the Entry"_s}}));
             a.answer = QMessageBox::Cancel;
             QVERIFY(!w.w->close());
             QCOMPARE(a.seen().size(), 3);
@@ -349,19 +346,17 @@ private slots:
             QVERIFY(entry && entry->items == (QList<billing::BillEntry::Item>{{"3", "7", 2}}));
             QVERIFY(w.w->session().writeRecovery());
             const Recovery r = w.w->session().recovery();  // a copy: the session goes with the window
-            int i = 0;
-            for (const QString &f : {r.databaseCopy(), r.entryFile(), r.infoFile()}) {
-                QFile file(f);
-                QVERIFY(file.open(QIODevice::ReadOnly));
-                kept[i++] = file.readAll();
+            files = {r.databaseCopy(), r.entryFile(), r.infoFile()};
+            for (int i = 0; i < 3; ++i) {
+                QFile file(files[i]);
+                QVERIFY(file.open(QIODevice::ReadOnly) && !(kept[i] = file.readAll()).isEmpty());
             }
             QVERIFY(!billing::decodeEntry(kept[1].chopped(2)));  // cut short: not read at all
             discard(w.w);                                        // an orderly end removes the copy; a crash would have left it
-            i = 0;
-            for (const QString &f : {r.databaseCopy(), r.entryFile(), r.infoFile()}) {
-                QFile file(f);
-                QVERIFY(file.open(QIODevice::WriteOnly) && file.write(kept[i++]) > 0);
-            }
+        }
+        for (int i = 0; i < 3; ++i) {
+            QFile file(files[i]);
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(kept[i]) > 0);
         }
         Answerer a;
         a.answer = QMessageBox::Yes;

@@ -25,24 +25,15 @@ namespace qor::testing {
 // records what it saw; installed for as long as it lives.
 class Answerer {
 public:
-    struct Seen {
-        QString title, text;
-        QMessageBox::Icon icon;
-        QMessageBox::StandardButtons buttons;
-    };
     ScriptedDialogs dialogs;
     QMessageBox::StandardButton &answer = dialogs.answer;
-    QList<Seen> seen() const
+    QList<DialogService::Message> seen() const
     {
-        QList<Seen> out;
-        for (const auto &m : dialogs.messages()) out.append({m.message.title, m.message.text, m.message.icon, m.message.buttons});
+        QList<DialogService::Message> out;
+        for (const auto &m : dialogs.messages()) out.append(m.message);
         return out;
     }
-    Seen last() const
-    {
-        const auto all = seen();
-        return all.value(all.size() - 1, Seen{{}, {}, QMessageBox::NoIcon, {}});
-    }
+    DialogService::Message last() const { return seen().value(seen().size() - 1); }
 };
 
 struct DbCustomer {

@@ -56,46 +56,38 @@ class TstCustomerEditor : public QObject {
                  e.name());
     }
 
+    // A row of a table of steps and what the editor then shows.
+    static void row(const char *name, const QString &steps, const QString &shown) { QTest::newRow(name) << steps << shown; }
+
 private slots:
     void transitions_data()
     {
         QTest::addColumn<QString>("steps");
         QTest::addColumn<QString>("shown");
         const QString viewing = "&New Customer / &Delete Existing | print | ........ | 1k";
-        QTest::newRow("start") << ""
-                               << "&New Customer / -&Delete Existing | print | ........ | ";
-        QTest::newRow("a customer shown") << "show" << viewing;
-        QTest::newRow("typing is an edit") << "show t6=55"
-                                           << "Apply &Edit / &Undo Edit | print | ........ | 1k";
-        QTest::newRow("typed back, no edit") << "show t6=55 t6="
-                                             << "&New Customer / -&Undo Edit | print | ........ | 1k";
-        QTest::newRow("undo refills") << "show t6=55 show undoEdit" << viewing;
-        QTest::newRow("edit applied") << "show t1=Adams show stored" << viewing;
+        row("start", "", "&New Customer / -&Delete Existing | print | ........ | ");
+        row("a customer shown", "show", viewing);
+        row("typing is an edit", "show t6=55", "Apply &Edit / &Undo Edit | print | ........ | 1k");
+        row("typed back, no edit", "show t6=55 t6=", "&New Customer / -&Undo Edit | print | ........ | 1k");
+        row("undo refills", "show t6=55 show undoEdit", viewing);
+        row("edit applied", "show t1=Adams show stored", viewing);
         QTest::newRow("a box that shows line ends its way")
             << "showLf"
             << "Apply &Edit / &Delete Existing | print | ........ | 1k";
-        QTest::newRow("new entry") << "show new"
-                                   << "-&Add New / &Cancel New | -print | AAAAAAAA | ";
-        QTest::newRow("a last name alone") << "new t1=Lee"
-                                           << "-&Add New / &Cancel New | -print | A.AAAAAA | ";
-        QTest::newRow("a first name") << "new t1=Lee t0=Al"
-                                      << "&Add New / &Cancel New | -print | ..AAAAAA | ";
-        QTest::newRow("first name taken back") << "new t0=Al t0="
-                                               << "-&Add New / &Cancel New | -print | AAAAAAAA | ";
-        QTest::newRow("added") << "new t0=Al show stored" << viewing;
-        QTest::newRow("cancelled, rows") << "show new show back1" << viewing;
-        QTest::newRow("cancelled, no rows") << "new t0=Al back0"
-                                            << "&New Customer / -&Cancel New | -print | ........ | ";
+        row("new entry", "show new", "-&Add New / &Cancel New | -print | AAAAAAAA | ");
+        row("a last name alone", "new t1=Lee", "-&Add New / &Cancel New | -print | A.AAAAAA | ");
+        row("a first name", "new t1=Lee t0=Al", "&Add New / &Cancel New | -print | ..AAAAAA | ");
+        row("first name taken back", "new t0=Al t0=", "-&Add New / &Cancel New | -print | AAAAAAAA | ");
+        row("added", "new t0=Al show stored", viewing);
+        row("cancelled, rows", "show new show back1", viewing);
+        row("cancelled, no rows", "new t0=Al back0", "&New Customer / -&Cancel New | -print | ........ | ");
         // An arrow key during an entry shows that row: its delete is offered,
         // while the entry's fields are added as typed.
-        QTest::newRow("arrow key in an entry") << "new t0=Al show"
-                                               << "&Add New / &Delete Existing | -print | ...AAAA. | 1k";
-        QTest::newRow("highlight moved") << "new t0=Al show follow" << viewing;
-        QTest::newRow("deleted, rows left") << "show t0=X show del1" << viewing;
-        QTest::newRow("deleted the last") << "show del0"
-                                          << "&New Customer / -&Cancel New | -print | ........ | ";
-        QTest::newRow("emptied while viewing") << "show clear"
-                                               << "&New Customer / -&Delete Existing | print | ........ | ";
+        row("arrow key in an entry", "new t0=Al show", "&Add New / &Delete Existing | -print | ...AAAA. | 1k");
+        row("highlight moved", "new t0=Al show follow", viewing);
+        row("deleted, rows left", "show t0=X show del1", viewing);
+        row("deleted the last", "show del0", "&New Customer / -&Cancel New | -print | ........ | ");
+        row("emptied while viewing", "show clear", "&New Customer / -&Delete Existing | print | ........ | ");
     }
     void transitions()
     {
@@ -111,29 +103,18 @@ private slots:
     {
         QTest::addColumn<QString>("steps");
         QTest::addColumn<QString>("shown");
-        QTest::newRow("start") << ""
-                               << "&New Product or Service / -&Cancel New | fields PN | - | ;";
-        QTest::newRow("empty list") << "list0"
-                                    << "&New Product or Service / -&Delete Existing | -fields PN | - | ;";
-        QTest::newRow("list") << "list1"
-                              << "&New Product or Service / &Delete Existing | -fields PN | - | ;";
-        QTest::newRow("typing in the list") << "list1 p=5"
-                                            << "&New Product or Service / &Delete Existing | -fields PN | - | 5;";
-        QTest::newRow("entry") << "list1 new"
-                               << "-&Add New / &Cancel New | fields PN | Enter | ;";
-        QTest::newRow("not a price") << "new p=abc n=Soap"
-                                     << "-&Add New / &Cancel New | fields P. | Enter | abc;Soap";
-        QTest::newRow("price and name") << "new p=12.50 n=Soap"
-                                        << "&Add New / &Cancel New | fields .. | Enter | 12.50;Soap";
-        QTest::newRow("name taken back") << "new p=12.50 n=Soap n="
-                                         << "-&Add New / &Cancel New | fields .N | Enter | 12.50;";
-        QTest::newRow("price taken back") << "new n=Soap p=1 p="
-                                          << "-&Add New / &Cancel New | fields P. | Enter | ;Soap";
+        row("start", "", "&New Product or Service / -&Cancel New | fields PN | - | ;");
+        row("empty list", "list0", "&New Product or Service / -&Delete Existing | -fields PN | - | ;");
+        row("list", "list1", "&New Product or Service / &Delete Existing | -fields PN | - | ;");
+        row("typing in the list", "list1 p=5", "&New Product or Service / &Delete Existing | -fields PN | - | 5;");
+        row("entry", "list1 new", "-&Add New / &Cancel New | fields PN | Enter | ;");
+        row("not a price", "new p=abc n=Soap", "-&Add New / &Cancel New | fields P. | Enter | abc;Soap");
+        row("price and name", "new p=12.50 n=Soap", "&Add New / &Cancel New | fields .. | Enter | 12.50;Soap");
+        row("name taken back", "new p=12.50 n=Soap n=", "-&Add New / &Cancel New | fields .N | Enter | 12.50;");
+        row("price taken back", "new n=Soap p=1 p=", "-&Add New / &Cancel New | fields P. | Enter | ;Soap");
         // Cancel keeps the typing in the hidden fields; the next entry empties them.
-        QTest::newRow("cancelled") << "new p=7 list1"
-                                   << "&New Product or Service / &Delete Existing | -fields .N | Enter | 7;";
-        QTest::newRow("again") << "new p=7 list1 new"
-                               << "-&Add New / &Cancel New | fields PN | Enter | ;";
+        row("cancelled", "new p=7 list1", "&New Product or Service / &Delete Existing | -fields .N | Enter | 7;");
+        row("again", "new p=7 list1 new", "-&Add New / &Cancel New | fields PN | Enter | ;");
     }
     void productTransitions()
     {

@@ -31,29 +31,23 @@ class TstCustomerPanel : public QObject {
     // The list shows exactly the table's current rows, in order, under their keys.
     void checkListMatchesTable()
     {
-        QStringList names, keys, shownKeys;
+        QStringList want, shown;
         table().forEach([&](QStringView k, QStringView t) {
-            if (customer::isArchived(t) || !CustomerView::parse(t)) return true;
-            names << customer::displayNameOf(t).toString();
-            keys << k.toString();
+            if (!customer::isArchived(t) && CustomerView::parse(t)) want << k.toString() + u'=' + customer::displayNameOf(t).toString();
             return true;
         });
-        for (int i = 0; i < cp()->rowCount(); ++i) shownKeys << list()->topLevelItem(i)->data(0, Qt::UserRole).toString();
-        QCOMPARE(rowTexts(list()), names);
-        QCOMPARE(shownKeys, keys);
+        for (int i = 0; i < cp()->rowCount(); ++i) shown << list()->topLevelItem(i)->data(0, Qt::UserRole).toString() + u'=' + list()->topLevelItem(i)->text(0);
+        QCOMPARE(shown, want);
     }
     CustomerRow stored(const QString &key) { return CustomerRow::parse(table().textOf(key)).value_or(CustomerRow{}); }
-    // Eight customers and three items, the window shown and active.
-    void openEight(int panel = 0)
+    // Eight customers, the window shown and active, questions answered OK.
+    void openEight()
     {
-        discard(m_w);
         QList<DbCustomer> people;
-        const char *names[][2] = {{"Ann", "Lee"}, {"Bob", "Moss"}, {"Cy", "Pike"}, {"Di", "Ross"}, {"Ed", "Shaw"}, {"Flo", "Todd"}, {"Gus", "Urry"}, {"Hal", "Vane"}};
-        for (int i = 0; i < 8; ++i) people.append({i + 1, names[i][0], names[i][1]});
-        writeDatabase(m_box.db, people, {{1, "Tea", "1.00"}, {2, "Cake", "2.00"}, {3, "Jam", "3.00"}});
-        settings::LastViewedCustomer.set(1);
+        for (const QString &n : QStringLiteral("Ann Lee,Bob Moss,Cy Pike,Di Ross,Ed Shaw,Flo Todd,Gus Urry,Hal Vane").split(u','))
+            people.append({int(people.size()) + 1, n.section(u' ', 0, 0), n.section(u' ', 1)});
+        open(people);
         m_answers->answer = QMessageBox::Ok;
-        m_w = openWindow(panel);
         QVERIFY(QTest::qWaitForWindowActive(m_w.get()));
     }
     // Gives the fields' first name a mark and applies it; the key of the
@@ -124,7 +118,6 @@ private slots:
         QCOMPARE(table().textOf(u"1k").split(FieldSep),
                  QStringList({"Smith, Jo", "Jo", "Smith", "", "", "", QString(128, 'e'), "", "gate\ndog"}));
         QCOMPARE(buttons(), "&New Customer / &Delete Existing");
-        showsEditor();
         QVERIFY(m_w->databaseChanged());
 
         // A first name alone is the display name; new rows land at their place.
@@ -148,10 +141,8 @@ private slots:
         QTest::keyClick(field(6), Qt::Key_Down);  // keys that move no row keep the edit
         QTest::keyClick(list(), Qt::Key_Shift);
         QCOMPARE(buttons(), "Apply &Edit / &Undo Edit");
-        showsEditor();
         click(btn("cmdUndo"));
         QCOMPARE(cp()->fieldText(6), "");
-        showsEditor();
 
         // Apply asks; Cancel refills the fields, OK moves the row and keeps the CID.
         retype(field(1), "Adams");
@@ -164,7 +155,6 @@ private slots:
         QCOMPARE(rowTexts(list()), QStringList({"Adams, Jo", "Brown, Al", "Sam", "Zane, Al"}));
         checkListMatchesTable();
         QCOMPARE(currentKey(list()), "1k");
-        showsEditor();
 
         // The down key shows the row it lands on, Tag first.
         QTest::keyClick(list(), Qt::Key_Down);
@@ -274,7 +264,7 @@ private slots:
     }
 
     // The row selected at start comes from LastViewedCustomer; a long stored
-    // name shows whole; an empty list takes typing as a new customer.
+    // name shows whole, from its start; an empty list takes typing as a new customer.
     void listRecall()
     {
         QList<DbCustomer> seven;
@@ -288,6 +278,7 @@ private slots:
         QCOMPARE(cp()->selectedPosition(), 1);
         clickRow(list(), 4);
         QCOMPARE(cp()->fieldText(0), seven[3].first);
+        QCOMPARE(qobject_cast<QLineEdit *>(field(0))->cursorPosition(), 0);  // a long value shows its start
         clickRow(list(), 5);
         QCOMPARE(qobject_cast<QLineEdit *>(field(0))->maxLength(), 32);
 
@@ -295,9 +286,6 @@ private slots:
         QCOMPARE(cp()->selectedPosition(), 0);
         m_answers->answer = QMessageBox::Ok;
         QTest::keyClicks(field(1), "Gray");
-        click(btn("cmdAddNew"));
-        QCOMPARE(m_answers->last().text, "A customer needs at least a first name.");
-        QCOMPARE(table().count(), 2);
         QTest::keyClicks(field(0), "Al");
         click(btn("cmdAddNew"));
         QCOMPARE(currentText(list()), "Gray, Al");
@@ -312,18 +300,15 @@ private slots:
         open(start);
         auto row = [](const QString &last) { return CustomerRow{last + ", F", "F", last, "", "", "", "", "", ""}.text(); };
         test::TablesEdit changed(m_w->db());
-        changed.customers.remove(u"1k");  // removed, added, broken, archived, renamed, traded places
-        changed.customers.add("41k", row("L020a"));
-        changed.customers.add("43k", "Broken" + QString(FieldSep));
-        const QString archived = ArchiveMark + changed.customers.textOf(u"7k");
-        changed.customers.remove(u"7k");
-        changed.customers.add("7k", archived);
-        changed.customers.setTextOf(u"9k", row("L009b"));
-        const QString a = changed.customers.textOf(u"2k"), b = changed.customers.textOf(u"3k");
-        changed.customers.remove(u"2k");
-        changed.customers.remove(u"3k");
-        changed.customers.add("2k", b);
-        changed.customers.add("3k", a);
+        auto &c = changed.customers;
+        const auto putLast = [&c](const QString &key, const QString &text) { c.remove(key), c.add(key, text); };
+        c.remove(u"1k");  // removed, added, broken, archived, renamed, traded places
+        c.add("41k", row("L020a"));
+        c.add("43k", "Broken" + QString(FieldSep));
+        putLast("7k", ArchiveMark + c.textOf(u"7k"));
+        c.setTextOf(u"9k", row("L009b"));
+        const QString a = c.textOf(u"2k"), b = c.textOf(u"3k");
+        putLast("2k", b), putLast("3k", a);
         changed.done();
         cp()->refreshCustomerList();
         checkListMatchesTable();
@@ -335,19 +320,18 @@ private slots:
         cp()->refreshCustomerList();
         checkListMatchesTable();
         test::TablesEdit emptied(m_w->db());
-        emptied.customers.clear();
-        emptied.done();
+        emptied.customers.clear(), emptied.done();
         cp()->refreshCustomerList();
         QCOMPARE(cp()->rowCount(), 0);
     }
 
     // Every way the highlight moves refills the fields (abandoning the
     // changes rereads the file first); the edit then applied lands on the
-    // row the fields show and on no other.
+    // row the fields show and on no other, even after a move nobody reported.
     void moveThenEdit_data()
     {
         QTest::addColumn<QString>("move");
-        for (const char *m : {"Down", "PageUp", "letter", "abandon"}) QTest::newRow(m) << QString(m);
+        for (const char *m : {"Down", "PageUp", "letter", "abandon", "unreported"}) QTest::newRow(m) << QString(m);
     }
     void moveThenEdit()
     {
@@ -359,38 +343,23 @@ private slots:
         if (move == "Down") QTest::keyClick(list(), Qt::Key_Down);
         else if (move == "PageUp") QTest::keyClick(list(), Qt::Key_End), QTest::keyClick(list(), Qt::Key_PageUp);
         else if (move == "letter") QTest::keyClicks(list(), "T");
-        else {
+        else if (move == "unreported") {
+            const QSignalBlocker quiet(list());
+            list()->setCurrentItem(list()->topLevelItem(6));
+        } else {
             QTest::keyClicks(field(0), "Q");
             click(btn("cmdAddNew"));  // a change, so that the red cross shows
             click(m_w->findChild<QAbstractButton *>("cmdCancel"));
             QCOMPARE(m_answers->last().title, "ABANDON ALL CHANGES???");
             QVERIFY(list()->currentItem() && list()->currentItem()->isSelected());
         }
-        const QString now = currentKey(list());
+        const QString now = currentKey(list()), shown = move == "unreported" ? start : now;
         QVERIFY2(now != start || move == "abandon", "the highlight did not move");
-        QCOMPARE(field(0)->property("Tag").toString() + " " + cp()->fieldText(1), stored(now).firstName + " " + stored(now).lastName);
-        QCOMPARE(cp()->loadedKey(), now);
+        QCOMPARE(field(0)->property("Tag").toString() + " " + cp()->fieldText(1), stored(shown).firstName + " " + stored(shown).lastName);
+        QCOMPARE(cp()->loadedKey(), shown);
         QCOMPARE(buttons(), "&New Customer / &Delete Existing");
-        QCOMPARE(applyMark(), now);
+        QCOMPARE(applyMark(), shown);
         QCOMPARE(table().count(), 8);
-    }
-
-    // An edit is applied to the customer it was loaded from, even if the
-    // highlight was taken away or moved without a refill in between.
-    void editFollowsLoadedCustomer()
-    {
-        openEight();
-        clickRow(list(), 2);
-        const QString loaded = currentKey(list());
-        QTest::keyClicks(field(6), "555");
-        {
-            const QSignalBlocker quiet(list());  // a move nobody reports
-            list()->setCurrentItem(list()->topLevelItem(6));
-        }
-        click(btn("cmdAddNew"));
-        QCOMPARE(stored(loaded).phone, "555");
-        QCOMPARE(stored(loaded).firstName, "Bob");
-        QCOMPARE(stored("7k").phone, "");
     }
 
     // Alt+letter switches panels and takes the focus to the panel's tab; Tab
@@ -399,9 +368,8 @@ private slots:
     {
         openEight();
         QTest::keyClick(m_w.get(), Qt::Key_P, Qt::AltModifier);
-        QTRY_VERIFY(m_w->productPanel()->isVisible());
         auto *tab1 = m_w->findChild<QWidget *>("cmdTab(1)");
-        QCOMPARE(QApplication::focusWidget(), tab1);
+        QTRY_COMPARE(QApplication::focusWidget(), tab1);
 
         // Tab goes on from the tab, into the panel on show.
         QTest::keyClick(tab1, Qt::Key_Tab);
@@ -409,20 +377,15 @@ private slots:
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
         QCOMPARE(QApplication::focusWidget(), tab1);
         QTest::keyClick(m_w.get(), Qt::Key_C, Qt::AltModifier);
-        QTRY_VERIFY(cp()->isVisible());
-        QCOMPARE(QApplication::focusWidget(), m_w->findChild<QWidget *>("cmdTab(0)"));
+        QTRY_COMPARE(QApplication::focusWidget(), m_w->findChild<QWidget *>("cmdTab(0)"));
         // Tab reaches the chosen option of each group of options, both ways,
         // also the title size inside the title frame.
         m_w->findChild<QAbstractButton *>("cmdTab(4)")->click();
         QVERIFY(m_w->findChild<QWidget *>("optInvoiceTitleSize(0)")->isVisible());
         QSet<QString> forward, backward;
-        for (int i = 0; i < 150; ++i) {
-            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-            forward << QApplication::focusWidget()->objectName();
-        }
-        for (int i = 0; i < 150; ++i) {
-            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
-            backward << QApplication::focusWidget()->objectName();
+        for (int i = 0; i < 300; ++i) {
+            QTest::keyClick(QApplication::focusWidget(), i < 150 ? Qt::Key_Tab : Qt::Key_Backtab);
+            (i < 150 ? forward : backward) << QApplication::focusWidget()->objectName();
         }
         for (const char *group : {"optInvoiceTitleSize", "optInvoiceTitle"}) {
             QAbstractButton *chosen = nullptr;
@@ -450,27 +413,11 @@ private slots:
         discard(m_w);
         writeDatabase(m_box.db, {{1, "Ann", "Lee"}}, {}, {{7, {}}});
         m_w = openWindow(0);
-        QCOMPARE(dialogs.owners.size(), 1);
-        QCOMPARE(dialogs.owners.at(0).first, m_w.get());
-        QVERIFY(dialogs.owners.at(0).second);
-        QVERIFY(m_w->databaseChanged());
+        QCOMPARE(dialogs.owners, (QList<QPair<QWidget *, bool>>{{m_w.get(), true}}));
 
         FrmMessage form(m_w.get(), "text", "Key", "OK", "OK");
         QCOMPARE(form.findChild<QCheckBox *>("chkDontShow")->font().family(),
                  form.findChild<QLabel *>("lblMessage")->font().family());
-    }
-
-    // A stored value longer than its field shows its start.
-    void longValueShowsStart()
-    {
-        openEight();
-        clickRow(list(), 2);
-        QTest::keyClicks(field(2), "A very long street name that runs on and on");
-        click(btn("cmdAddNew"));
-        clickRow(list(), 1);
-        clickRow(list(), 2);
-        auto *le = qobject_cast<QLineEdit *>(field(2));
-        QCOMPARE(le->cursorPosition(), 0);
     }
 };
 
