@@ -38,6 +38,27 @@ void preload(Database &db)
     tables.done();
 }
 
+// Enough rows to cross the reader's and the writer's blocks, a note longer
+// than a block, and a record of thousands of entries that name a missing item.
+void fillBig(Database &db)
+{
+    qor::test::TablesEdit tables(db);
+    for (int c = 1; c <= 500; ++c) {
+        const QString last = QStringLiteral("Last%1").arg(c);
+        tables.customers.append(QString::number(c) + u'k',
+                                joined({last + ", First", "First", last, "Street & Co", "", "", "", "", ""}));
+    }
+    tables.customers.add("9999k", fields({"Long", "Long", "", "", "", "", "", ""}) + FieldSep + QString(9 << 20, u'x'));
+    tables.items.add("1k", QStringLiteral("000000005.00$5.00 - Five"));
+    for (int p = 0; p < 130; ++p)
+        for (int c = 1; c <= 500; ++c)
+            tables.invoiceRecords.append(QStringLiteral("P%1").arg(p) + FieldSep + QString::number(c) + FieldSep,
+                                         QStringLiteral("P%1").arg(p) + FieldSep + FieldSep + QString::number(c) +
+                                             fields({"", "1.5", "1\u00021x2", "n\u00E9"}));
+    tables.invoiceRecords.append(fields({"Q", "1", ""}),
+                                 fields({"Q", "", "1", "0", ""}) + QStringList(5000, "2x3").join(ItemSep) + FieldSep);
+}
+
 QByteArray customerFile(const QByteArray &cidA, const QByteArray &cidB)
 {
     return crlf({"<QOR-DB>", "\t<Customers>", "\t\t<Customer CID=\"" + cidA + "\">", "\t\t\t<FName>Ann</FName>",
@@ -73,6 +94,12 @@ private slots:
         QTest::newRow("NUL byte") << QByteArray(withNul, sizeof withNul - 1) << 4 << "0x00";
         QTest::newRow("NUL in a CR-ended line") << QByteArray("a\rb\x1b\rc\0\r", 9) << 3 << "0x00";
         const QString wide = QStringLiteral("<QOR-DB>\r\n");
+        // Content without any section; an unrelated XML file; a root without
+        // sections, or with text after it.
+        QTest::newRow("no section") << QByteArray("Shopping list:\r\nmilk\r\n") << 1 << "\"Shopping list:\"";
+        QTest::newRow("other XML") << crlf({"<?xml version=\"1.0\"?>", "<Customers>", "</Customers>"}) << 1 << "looks damaged";
+        QTest::newRow("empty root") << crlf({"<QOR-DB>", "</QOR-DB>"}) << 0 << "holds no section";
+        QTest::newRow("text after the root") << crlf({"<QOR-DB>", "</QOR-DB>", "x"}) << 3 << "looks damaged";
         QTest::newRow("UTF-16 text") << QByteArray(reinterpret_cast<const char *>(wide.utf16()), wide.size() * 2) << 1
                                      << "0x00";
     }
@@ -82,18 +109,22 @@ private slots:
         QFETCH(QByteArray, bytes);
         QFETCH(int, line);
         QFETCH(QString, says);
-        const QString path = dir.filePath(QStringLiteral("refused.xml"));
+        QTemporaryDir own;  // a copy of its own each
+        const QString path = own.filePath(QStringLiteral("refused.xml"));
         QVERIFY(writeFile(path, bytes));
         Database db;
         preload(db);
         const ReadResult r = db.read(path);
         QCOMPARE(r.status, ReadResult::Status::Rejected);
         QCOMPARE(r.line, line);
-        for (const QString &part : {QDir::toNativeSeparators(path), QStringLiteral("line %1").arg(line), says})
+        for (const QString &part : {QDir::toNativeSeparators(path), line ? QStringLiteral("line %1").arg(line) : says, says})
             QVERIFY2(r.message.contains(part), qPrintable(r.message));
-        QVERIFY(r.keepsCopyOnSave);
-        QVERIFY(tablesEmpty(db));
-        QVERIFY(readFile(path) == bytes);
+        QVERIFY(r.keepsCopyOnSave && tablesEmpty(db));
+        // The first save over it keeps a copy, named by the time.
+        const SaveResult s = db.save(path);
+        QVERIFY2(s.ok && readFile(s.keptCopy) == bytes && readFile(path) == db.serialize(), qPrintable(s.message));
+        QVERIFY2(QRegularExpression(QStringLiteral("/refused\\.xml\\.unreadable-\\d{8}-\\d{6}$")).match(s.keptCopy).hasMatch(),
+                 qPrintable(s.keptCopy));
     }
 
     void pathsThatCannotBeRead()
@@ -128,12 +159,8 @@ private slots:
         db.setCompanyField(0, QStringLiteral("New content"));
         // Saving elsewhere keeps nothing and leaves the mark on the unreadable file.
         QVERIFY(db.save(dir.filePath(QStringLiteral("other.xml"))).keptCopy.isEmpty());
-        SaveResult s = db.save(path);
-        QVERIFY2(s.ok, qPrintable(s.message));
-        QVERIFY2(QRegularExpression(QStringLiteral("/QOR\\.xml\\.unreadable-\\d{8}-\\d{6}$")).match(s.keptCopy).hasMatch(),
-                 qPrintable(s.keptCopy));
-        QVERIFY(readFile(s.keptCopy) == old);
-        QVERIFY(readFile(path) == db.serialize());
+        const SaveResult s = db.save(path);
+        QVERIFY(s.ok && readFile(s.keptCopy) == old);
         // Only the first save over it keeps a copy.
         QVERIFY(db.save(path).keptCopy.isEmpty());
         // Refused again within the same second: the second copy doesn't replace the first.
@@ -143,13 +170,8 @@ private slots:
         QVERIFY(b.ok && b.keptCopy != s.keptCopy);
         QVERIFY(readFile(s.keptCopy) == old);
         QVERIFY(readFile(b.keptCopy) == old + "again");
-        // Content without any section is refused and kept too; blank lines
-        // alone are nothing to keep.
+        // Blank lines alone are nothing to keep.
         const QString notes = dir.filePath(QStringLiteral("notes.xml"));
-        QVERIFY(writeFile(notes, "Shopping list:\r\nmilk\r\n"));
-        const ReadResult r = db.read(notes);
-        QVERIFY(r.status == ReadResult::Status::Rejected && r.line == 1 && r.keepsCopyOnSave);
-        QVERIFY(readFile(db.save(notes).keptCopy) == "Shopping list:\r\nmilk\r\n");
         QVERIFY(writeFile(notes, "\r\n  \t\r\n"));
         QVERIFY(!db.read(notes).keepsCopyOnSave);
         QVERIFY(db.save(notes).keptCopy.isEmpty());
@@ -165,11 +187,7 @@ private slots:
     {
         // Bigger than the writer's blocks, so a failure can come in any of several writes.
         Database db;
-        qor::test::TablesEdit tables(db);
-        for (int c = 1; c <= 3000; ++c)
-            tables.customers.add(QString::number(c) + u'k',
-                                 fields({"N", "N", "", "", "", "", "", "", ""}) + QString(8000, QChar(u'a' + c % 26)));
-        tables.done();
+        fillBig(db);
         const QByteArray content = db.serialize();
         QVERIFY(content.size() > (qint64(16) << 20));
         QTemporaryDir own;
@@ -200,18 +218,16 @@ private slots:
             QVERIFY2(r.message.contains(QLatin1String("No space left on device")), qPrintable(r.message));
         }
         // A folder that is a file, a name that is a folder or a pipe: each is left as it is.
-        const QString blocker = own.filePath(QStringLiteral("blocker"));
-        QVERIFY(writeFile(blocker, "not a folder"));
-        const SaveResult r = db.save(blocker + QStringLiteral("/QOR.xml"));
-        QVERIFY(!r.ok && r.message.contains(QDir::toNativeSeparators(blocker + QStringLiteral("/QOR.xml"))));
-        QVERIFY(readFile(blocker) == "not a folder");
-        QVERIFY(QDir(own.path()).mkdir(QStringLiteral("folder.xml")));
-        QVERIFY(!db.save(own.filePath(QStringLiteral("folder.xml"))).ok);
-        QVERIFY(QFileInfo(own.filePath(QStringLiteral("folder.xml"))).isDir());
-        const QString pipe = own.filePath(QStringLiteral("pipe.xml"));
+        const QString blocker = own.filePath(QStringLiteral("blocker")), folder = own.filePath(QStringLiteral("folder.xml")),
+                      pipe = own.filePath(QStringLiteral("pipe.xml"));
+        QVERIFY(writeFile(blocker, "not a folder") && QDir(own.path()).mkdir(QStringLiteral("folder.xml")));
         QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-        QVERIFY(!db.save(pipe).ok);
-        QVERIFY(!QFileInfo(pipe).isFile() && QFileInfo::exists(pipe));
+        for (const QString &target : {blocker + QStringLiteral("/QOR.xml"), folder, pipe}) {
+            const SaveResult r = db.save(target);
+            QVERIFY2(!r.ok && r.message.contains(QDir::toNativeSeparators(target)), qPrintable(r.message));
+        }
+        QVERIFY(readFile(blocker) == "not a folder" && QFileInfo(folder).isDir() && !QFileInfo(pipe).isFile() &&
+                QFileInfo::exists(pipe));
         // The device that fails at the last byte only would have written it all,
         // and the permission bits of the old file stay with the new one.
         const SaveResult whole =
@@ -278,7 +294,6 @@ private slots:
         tables.done();
         Database::SaveOptions keep;
         keep.versions = versions::Policy{};
-        QStringList inodes;
         QByteArray previous = readFile(path);
         for (int i = 0; i < 3; ++i) {
             QVERIFY(setTime(stamp));
@@ -450,52 +465,59 @@ private slots:
         QFile::remove(path);
     }
 
+    // A record of a missing customer holds its place with a placeholder, named
+    // in every record of it, as the next load of the saved file gives it; a
+    // number in another form names the same customer; one without a usable
+    // number gets none; empty item entries keep their places.
     void placeholderCustomer()
     {
+        QList<QByteArray> lines{"<Customers>", "<Customer CID=\"3\">", "<FName>Cy</FName>", "<LName>Three</LName>",
+                                "<Current>No</Current>", "</Customer>", "<Customer CID=\"5\">", "<FName>Five</FName>",
+                                "</Customer>", "</Customers>", "<ProductsAndServices>", "<PS PSID=\"1\">", "</PS>",
+                                "<PS PSID=\"2\">", "</PS>", "</ProductsAndServices>", "<InvoiceRecords>"};
+        for (const auto &[bp, cid] : {std::pair{"B", "9"}, {"A", "9"}, {"A", "3"}, {"P1", "5k"}, {"P2", " 5"}, {"P3", "5K"}, {"P4", "7A"}, {"P5", "7a"}, {"P6", ""}, {"P7", "0"}})
+            lines << "<InvoiceRecord>"
+                  << "<BP>" + QByteArray(bp) + "</BP>"
+                  << "<CID>" + QByteArray(cid) + "</CID>"
+                  << "<PSID Number=\"1\">1</PSID>"
+                  << "<PSID Number=\"2\"></PSID>"
+                  << "<PSID Number=\"3\">2x2</PSID>"
+                  << "</InvoiceRecord>";
         Database db;
         int shown = 0;
         QObject::connect(&db, &Database::placeholderCreated, [&shown] { ++shown; });
-        const Loaded l = load(db, dir, crlf({"<Customers>", "<Customer CID=\"3\">", "<FName>Cy</FName>", "<LName>Three</LName>", "<Current>No</Current>", "</Customer>", "</Customers>", "<InvoiceRecords>", "<InvoiceRecord>", "<BP>B</BP>", "<CID>9</CID>", "<PSID Number=\"1\">1</PSID>", "</InvoiceRecord>", "<InvoiceRecord>", "<BP>A</BP>", "<CID>9</CID>", "<PSID Number=\"1\">1</PSID>", "</InvoiceRecord>", "<InvoiceRecord>", "<BP>A</BP>", "<CID>3</CID>", "<PSID Number=\"1\">1</PSID>", "</InvoiceRecord>", "</InvoiceRecords>", "<ProductsAndServices>", "<PS PSID=\"1\">", "<Item>I</Item>", "</PS>", "</ProductsAndServices>"}));
+        const Loaded l = load(db, dir, crlf(lines << "</InvoiceRecords>"));
         QVERIFY(l.result.ok());
-        QCOMPARE(shown, 1);
-        QCOMPARE(l.problems.size(), 1);
-        QVERIFY2(l.problems[0].contains(QLatin1String("customer number 9")), qPrintable(l.problems[0]));
-        QCOMPARE(rows(db.customers()), (QStringList{"9k = Customer, Deleted|Deleted|Customer||||||",
+        QCOMPARE(shown, 2);  // 9 and 7a, each told once
+        QVERIFY2(l.problems.size() == 2 && l.problems[0].contains(QLatin1String("customer number 9")),
+                 qPrintable(l.problems.join(u'|')));
+        const QString gone = QStringLiteral("Customer, Deleted|Deleted|Customer||||||");
+        QCOMPARE(rows(db.customers()), (QStringList{"9k = " + gone, "7ak = " + gone, "5k = Five|Five|||||||",
                                                     "3k = zzzz\u00BBThree, Cy|Cy|Three||||||"}));
-        // Every record of the missing customer gets the placeholder's name, as
-        // the next load of the saved file gives it. An archived customer's name shows plain.
-        QCOMPARE(rows(db.invoiceRecords()), (QStringList{"A|9| = A|Customer, Deleted|9||1|",
-                                                         "A|3| = A|Three, Cy|3||1|",
-                                                         "B|9| = B|Customer, Deleted|9||1|"}));
+        // An archived customer's name shows plain.
+        QCOMPARE(rows(db.invoiceRecords()),
+                 (QStringList{"A|9| = A|Customer, Deleted|9||1++2x2|", "A|3| = A|Three, Cy|3||1++2x2|",
+                              "B|9| = B|Customer, Deleted|9||1++2x2|", "P1|5k| = P1|Five|5k||1++2x2|",
+                              "P2| 5| = P2|Five| 5||1++2x2|", "P3|5K| = P3|Five|5K||1++2x2|",
+                              "P4|7A| = P4|Customer, Deleted|7A||1++2x2|", "P5|7a| = P5|Customer, Deleted|7a||1++2x2|",
+                              "P6|| = P6||||1++2x2|", "P7|0| = P7||0||1++2x2|"}));
         QCOMPARE(db.customerNameByCid(QStringLiteral("3")), QStringLiteral("zzzz\u00BBThree, Cy"));
         QCOMPARE(db.customerNameByCid(QStringLiteral("40")), QString());
-        QCOMPARE(shown, 2);
-        QVERIFY(db.customers().contains(u"40k"));
-        QVERIFY(db.serialize().contains(crlf({"\t\t<Customer CID=\"9\">", "\t\t\t<FName>Deleted</FName>",
-                                              "\t\t\t<LName>Customer</LName>", "\t\t\t<Current>Yes</Current>"})));
+        QVERIFY(shown == 3 && db.customers().contains(u"40k"));
+        // Saved and read again, nothing changes.
+        const QByteArray saved = db.serialize();
+        Database again;
+        const Loaded back = load(again, dir, saved);
+        QVERIFY(back.result.ok() && back.problems.isEmpty());
+        QCOMPARE(rows(again.customers()), rows(db.customers()));
+        QCOMPARE(rows(again.invoiceRecords()), rows(db.invoiceRecords()));
+        QVERIFY(again.serialize() == saved);
     }
 
     void bigFiles()
     {
-        // Enough rows to cross the reader's blocks, a note longer than a block,
-        // and a record of thousands of entries that name a missing item.
         Database db;
-        qor::test::TablesEdit tables(db);
-        for (int c = 1; c <= 500; ++c) {
-            const QString last = QStringLiteral("Last%1").arg(c);
-            tables.customers.append(QString::number(c) + u'k',
-                                    joined({last + ", First", "First", last, "Street & Co", "", "", "", "", ""}));
-        }
-        tables.customers.add("9999k", fields({"Long", "Long", "", "", "", "", "", ""}) + FieldSep + QString(9 << 20, u'x'));
-        tables.items.add("1k", QStringLiteral("000000005.00$5.00 - Five"));
-        for (int p = 0; p < 130; ++p)
-            for (int c = 1; c <= 500; ++c)
-                tables.invoiceRecords.append(QStringLiteral("P%1").arg(p) + FieldSep + QString::number(c) + FieldSep,
-                                             QStringLiteral("P%1").arg(p) + FieldSep + FieldSep + QString::number(c) +
-                                                 fields({"", "1.5", "1\u00021x2", "n\u00E9"}));
-        tables.invoiceRecords.append(fields({"Q", "1", ""}),
-                                     fields({"Q", "", "1", "0", ""}) + QStringList(5000, "2x3").join(ItemSep) + FieldSep);
-        tables.done();
+        fillBig(db);
         db.fillInvoiceRecordNames();
         const QByteArray bytes = db.serialize();
         QVERIFY(bytes.size() > 16 << 20);
