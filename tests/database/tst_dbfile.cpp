@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The database file as a whole: refused files, the copy kept of a file that
-// could not be read, saves that fail, versions kept, the placeholder customer
-// and big files.
+// The database file as a whole: refused files and the copy kept of them,
+// failed saves, versions, rights, the placeholder customer and big files.
 #include "database/filesafety.h"
 #include "database/versions.h"
 #include "dbfiletest.h"

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The file format: the writer's exact bytes, the code page and references,
-// round trips, and the reader's tolerance of case, comments, blank lines,
-// indentation, missing elements, entities, section order, item entries,
-// unusable numbers, line ends and cut-off files.
+// and what the reader makes of files as people and older versions leave them.
 #include "dbfiletest.h"
 
 #include "database/codec.h"

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Property: a database whose every field holds random text (all of Unicode,
-// control characters, the format's tags, comment marks, entity forms, the
-// archive mark, " - ", line breaks and blanks at the ends of lines) is saved
-// and read back field for field, and saved again byte for byte — except
-// text the entry rules refuse, which never reaches a table.
+// control characters, tags, comments, entities, the archive mark, " - ", line
+// breaks, blanks at line ends) reads back field for field and saves again byte
+// for byte; text the entry rules refuse never reaches a table.
 #include "dbfiletest.h"
 
 #include "database/entryrules.h"

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The edits of customers and items without any window: the scan before a
-// delete (whole numbers, progress), the row removed or archived, keys, and
-// what the database tells its views.
+// delete, the row removed or archived, keys, and what the views are told.
 #include "database/database.h"
 #include "database/rowtypes.h"
 #include "tablesedit.h"

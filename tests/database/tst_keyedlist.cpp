@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The table type: sorted insertion, positions, keys, re-sorting and failures,
-// checked against a plain vector model over long random runs; and the order of
-// row texts: names as in a phone book, separators and prices by code, archived
-// texts last, checked against an independent statement of that order.
+// The table type against a plain vector model over long random runs, and the
+// order of row texts against known orders and an independent statement of it.
 #include "database/collation.h"
 #include "database/keyedlist.h"
 #include "database/rows.h"

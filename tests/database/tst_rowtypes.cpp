@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The row types: every row text comes back character for character through
-// parse and text in both forms (owning and view); texts with another field
-// count are no row of the kind; loose() reads any text; the item row's parts,
-// and the helpers that build and change rows. Rows composed in place are the
-// reader's, pinned by the file tests.
+// The row types: a row text comes back character for character through parse
+// and text; texts with another field count are no row of the kind; loose()
+// reads any text; the item row's parts; the helpers. Rows composed in place
+// are the reader's, pinned by the file tests.
 #include "database/rowtypes.h"
 
 #include <QTest>

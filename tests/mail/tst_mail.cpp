@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The mail layer without a network: addresses, names, texts, MIME encoding,
-// the account in the settings store, the sent-mail log, a trial run to .eml
-// files and the password store's memory seam.
+// The mail layer without a network: addresses, texts, MIME encoding, the
+// account, the sent-mail log, a trial run to .eml files, the password store.
 #include "mail/mail.h"
 #include "mail/mime.h"
 #include "mail/passwords.h"
@@ -169,11 +168,7 @@ private slots:
 
     void trialRun()
     {
-        const QList<MailCustomer> customers = {{u"1"_s, u"Ann"_s, u"ann@example.com"_s},
-                                               {u"2"_s, u"Bob"_s, u""_s},
-                                               {u"3"_s, u"Cy"_s, u"cy at example"_s},
-                                               {u"4"_s, u"Di"_s, u"di@example.com; nobody"_s},
-                                               {u"5"_s, u"Ed"_s, u"ed@example.com"_s}};
+        const QList<MailCustomer> customers = {{u"1"_s, u"Ann"_s, u"ann@example.com"_s}, {u"2"_s, u"Bob"_s, u""_s}, {u"3"_s, u"Cy"_s, u"cy at example"_s}, {u"4"_s, u"Di"_s, u"di@example.com; nobody"_s}, {u"5"_s, u"Ed"_s, u"ed@example.com"_s}};
         MailAccount a;
         a.server = u"smtp.example.com"_s;
         a.senderAddress = u"me@example.com"_s;
@@ -181,10 +176,7 @@ private slots:
         EmlFolder folder(out.path());
         SendRun run(a, folder);
         QStringList composed;
-        run.onResult = [&](int i, const CustomerResult &) {
-            if (i == 3)
-                run.cancel();
-        };
+        run.onResult = [&](int i, const CustomerResult &) { if (i == 3) run.cancel(); };
         const auto results = run.run(customers, [&](const MailCustomer &c) {
             composed << c.number;
             return OutgoingMessage{u"Invoice"_s, u"Hello"_s, u"a.pdf"_s, QByteArray("%PDF-1.4"), {}};

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Sending against a real SMTP server on the loopback address (aiosmtpd) with
-// TLS from a certificate made by the test: what arrives, as a mail reader
-// parses it; refusals before any password; a refused recipient; a dropped
-// connection; the settings window's test message and the run window.
+// Sending to a real SMTP server on the loopback address (aiosmtpd) with TLS
+// from a certificate made by the test: what arrives, as a mail reader parses
+// it; runs that stop; the settings and run windows; the command line.
 #include "smtpfixture.h"
 #include "tablesedit.h"
 
