@@ -140,12 +140,10 @@ private slots:
     {
         const QString text = sep({"Yu, Kim", "Kim", "Yu", "a1", "a2", "a3", "e", "p", "n"});
         const QString archived = customer::archivedText(text);
-        QCOMPARE(archived, ArchiveMark + text);
-        QCOMPARE(customer::archivedText(archived), archived);
+        QVERIFY(archived == ArchiveMark + text && customer::archivedText(archived) == archived);
         QVERIFY(CustomerRow::parse(archived)->archived() && !CustomerRow::parse(text)->archived());
         QCOMPARE(CustomerView::parse(archived)->name(), u"Yu, Kim");
-        QCOMPARE(CustomerRow::parse(text)->entry(0), u"Kim");
-        QCOMPARE(CustomerRow::parse(text)->entry(7), u"n");
+        QVERIFY(CustomerRow::parse(text)->entry(0) == u"Kim" && CustomerRow::parse(text)->entry(7) == u"n");
         QCOMPARE(customer::displayNameOf(archived), ArchiveMark + u"Yu, Kim"_s);
         QCOMPARE(customer::displayNameOf(u"no separator"), u"no separator");
         QCOMPARE(customer::displayNameFor(u"Kim"_s, QString()), u"Kim");
