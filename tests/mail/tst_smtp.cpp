@@ -79,8 +79,7 @@ class TestSmtp : public QObject {
         SmtpSession session(o);
         SentMailLog log;
         const auto results = SendRun(a, session, &log).run(customers, invoiceFor);
-        if (connections)
-            *connections = session.connectionsMade();
+        if (connections) *connections = session.connectionsMade();
         return results;
     }
 
@@ -121,8 +120,7 @@ private slots:
                  qPrintable(r[0].refused.join(u'|')));
         QCOMPARE(connections, 1);  // one connection for the whole run
         QStringList expected = {"connect", "auth tls=True", "message 1", "message 2"};
-        if (security == Security::StartTls)
-            expected.insert(1, u"starttls"_s);
+        if (security == Security::StartTls) expected.insert(1, u"starttls"_s);
         QCOMPARE(smtp.events(), expected);
 
         const QJsonObject m = smtp.message(1);
