@@ -164,15 +164,10 @@ private slots:
         QFETCH(QString, locale);
         QFETCH(qint64, cents);
         QFETCH(QString, shown);
-        const QLocale loc(locale);
         const Money m = Money::fromCents(cents);
-        if (locale.isEmpty()) {
-            QCOMPARE(m.toPlainText(), shown);
-            return;
-        }
-        QCOMPARE(m.toCurrencyText(loc), shown);
+        QCOMPARE(locale.isEmpty() ? m.toPlainText() : m.toCurrencyText(QLocale(locale)), shown);
         // What the program shows it reads back, under any setting.
-        if (qAbs(cents) <= Money::MaxCents) QCOMPARE(Money::fromPriceText(shown), m);
+        if (!locale.isEmpty() && qAbs(cents) <= Money::MaxCents) QCOMPARE(Money::fromPriceText(shown), m);
     }
 
     // Sums, differences and products, exact to the cent; saturation keeps the sign.
