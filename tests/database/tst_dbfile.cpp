@@ -486,10 +486,7 @@ private slots:
         db.fillInvoiceRecordNames();
         const QByteArray bytes = db.serialize();
         QVERIFY(bytes.size() > 16 << 20);
-        QByteArray lf = bytes, cr = bytes;
-        lf.replace("\r\n", "\n");
-        cr.replace("\r\n", "\r");
-        for (const QByteArray &variant : {bytes, lf, cr}) {
+        for (const QByteArray &variant : {bytes, QByteArray(bytes).replace("\r\n", "\n"), QByteArray(bytes).replace("\r\n", "\r")}) {
             Database back;
             const Loaded l = load(back, dir, variant);
             QVERIFY(l.result.ok());

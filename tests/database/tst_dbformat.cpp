@@ -282,16 +282,14 @@ private slots:
                                       "\t\t\t<PSID Number=\"1\">5</PSID>", "\t\t</InvoiceRecord>", "\t</InvoiceRecords>", "</QOR-DB>"});
         Database reference;
         load(reference, dir, full);
-        QCOMPARE(rows(reference.customers()), QStringList{"1k = Ann|Ann|||||||a\nb"});
-        QCOMPARE(rows(reference.invoiceRecords()), QStringList{"May|1| = May|Ann|1||5|"});
+        QVERIFY(rows(reference.customers()) == QStringList{"1k = Ann|Ann|||||||a\nb"} &&
+                rows(reference.invoiceRecords()) == QStringList{"May|1| = May|Ann|1||5|"});
         // LF alone, CR alone, a mix, and no line end at the end read the same
         // and are saved with CR LF.
-        QByteArray lf = full, cr = full, mixed = full;
-        lf.replace("\r\n", "\n");
-        cr.replace("\r\n", "\r");
-        mixed.replace("<CompanyInfo>\r\n", "<CompanyInfo>\n").replace("<Customers>\r\n", "<Customers>\r");
-        for (const QByteArray &variant : {lf, cr, mixed, full.chopped(2)}) {
-            Database db;
+        Database db;
+        for (const QByteArray &variant : {QByteArray(full).replace("\r\n", "\n"), QByteArray(full).replace("\r\n", "\r"),
+                                          QByteArray(full).replace("<CompanyInfo>\r\n", "<CompanyInfo>\n").replace("<Customers>\r\n", "<Customers>\r"),
+                                          full.chopped(2)}) {
             QVERIFY(load(db, dir, variant).result.ok());
             QCOMPARE(db.serialize(), reference.serialize());
         }
@@ -300,7 +298,6 @@ private slots:
         // after the last tag may go, and a file cut to nothing is an empty one.
         const qsizetype end = full.indexOf("</QOR-DB>") + 9;
         for (qsizetype cut = 1; cut < end; ++cut) {
-            Database db;
             const ReadResult r = load(db, dir, full.left(cut)).result;
             QVERIFY2(r.status == ReadResult::Status::Rejected, qPrintable(QString::number(cut)));
             QCOMPARE(r.line, full.left(cut).count('\n') + 1 - (full.at(cut - 1) == '\n' ? 1 : 0));
@@ -308,10 +305,7 @@ private slots:
                      qPrintable(r.message));
             QVERIFY(tablesEmpty(db));
         }
-        for (qsizetype cut : {qsizetype(0), end, end + 1}) {
-            Database db;
-            QVERIFY(load(db, dir, full.left(cut)).result.ok());
-        }
+        for (qsizetype cut : {qsizetype(0), end, end + 1}) QVERIFY(load(db, dir, full.left(cut)).result.ok());
     }
 
     // Every one-letter change (another letter, not just another case, or the
