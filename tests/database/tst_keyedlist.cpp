@@ -250,8 +250,7 @@ private slots:
         QVERIFY(compareRowText(u"\u00e9a", u"e\u0301a") != 0);
         QVERIFY(compareRowText(u"\ufb01", u"fi") != 0);
         // Archived texts after every other text, the mark exact; among themselves by name.
-        const QStringList plainTexts = {"Zzzzz", "zzzz", "zzzz\u00bc", "\uffff\uffff", "\U0001F600", "ZZZZ\u00bbAdams"};
-        for (const QString &plain : plainTexts)
+        for (const QString &plain : QStringList{"Zzzzz", "zzzz", "zzzz\u00bc", "\uffff\uffff", "\U0001F600", "ZZZZ\u00bbAdams"})
             expectAscending({plain, a, a + "Adams", a + "brown", a + "Zed"});
     }
 

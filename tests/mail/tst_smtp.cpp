@@ -143,9 +143,8 @@ private slots:
 
         // One line per address in the log, the refused one with the server's words.
         const auto log = SentMailLog().entries().mid(SentMailLog().entries().size() - 3);
-        QCOMPARE(log[0].result, u"sent"_s);
-        QVERIFY(log[1].address == u"gone@example.org" && log[1].result.startsWith(u"refused: 550 5.1.1"_s));
-        QCOMPARE(log[2].address, u"ann@example.net"_s);
+        QVERIFY(log[0].result == u"sent" && log[1].address == u"gone@example.org" &&
+                log[1].result.startsWith(u"refused: 550 5.1.1"_s) && log[2].address == u"ann@example.net");
     }
 
     // Every run below stops at the message it fails (the first but for a
