@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The edits of customers and items without any window: the scan before a
-// delete (whole numbers, progress), the row removed or archived, keys, and
-// what the database tells its views.
+// delete, the row removed or archived, keys, and what the views are told.
 #include "database/database.h"
 #include "database/rowtypes.h"
 #include "tablesedit.h"
@@ -16,12 +15,7 @@ namespace {
 
 CustomerRow customerNamed(const QString &last)
 {
-    CustomerRow r;
-    r.firstName = QStringLiteral("Pat");
-    r.lastName = last;
-    r.address1 = QStringLiteral("1 Road");
-    r.displayName = customer::displayNameFor(r.firstName, r.lastName);
-    return r;
+    return {customer::displayNameFor(QStringLiteral("Pat"), last), QStringLiteral("Pat"), last, QStringLiteral("1 Road")};
 }
 
 // Customers 1..12, of whom 2, 5 and 12 have records (12 only paid ones); items
@@ -38,12 +32,7 @@ void fill(Database &db)
     const std::tuple<const char *, const char *, int, QString> records[] = {
         {"P1", "Baker, Pat", 2, ItemEntry::join({"7", ItemEntry::make("12", 3)})}, {"P1", "Egan, Pat", 5, "7x2"}, {"P1", "Lane, Pat", 12, "7"}, {"P2", "Lane, Pat", 12, "7"}};
     for (const auto &[period, name, cid, items] : records) {
-        InvoiceRecordRow r;
-        r.period = QString::fromLatin1(period);
-        r.customerName = QString::fromLatin1(name);
-        r.cid = QString::number(cid);
-        r.balance = cid == 2 ? QStringLiteral("4.5") : QStringLiteral("0");
-        r.items = items;
+        const InvoiceRecordRow r{period, name, QString::number(cid), cid == 2 ? QStringLiteral("4.5") : QStringLiteral("0"), items};
         tables.invoiceRecords.add(record::keyFor(r.period, r.cid), r.text());
     }
 }
@@ -57,21 +46,14 @@ private slots:
     {
         // Customer: the CID field exactly, paid records too. Item: the number
         // before any "x" (1 is no prefix of 12, 3 in 12x3 is a quantity, 2 a customer).
-        const std::pair<const char *, Removal> customers[] = {
-            {"12k", Removal::Archived}, {"1k", Removal::Deleted}, {"7k", Removal::Deleted}, {"99k", Removal::NotThere}};
-        const std::pair<const char *, Removal> items[] = {
-            {"12k", Removal::Archived}, {"7k", Removal::Archived}, {"1k", Removal::Deleted}, {"3k", Removal::Deleted}, {"2k", Removal::NotThere}};
-        for (auto [key, outcome] : customers) {
+        using R = Removal;
+        const std::tuple<bool, const char *, Removal> cases[] = {
+            {false, "12k", R::Archived}, {false, "1k", R::Deleted}, {false, "7k", R::Deleted}, {false, "99k", R::NotThere}, {true, "12k", R::Archived}, {true, "7k", R::Archived}, {true, "1k", R::Deleted}, {true, "3k", R::Deleted}, {true, "2k", R::NotThere}};
+        for (auto [item, key, outcome] : cases) {
             Database db;
             fill(db);
-            QCOMPARE(db.removeCustomer(QString::fromLatin1(key)).removal, outcome);
-            QCOMPARE(db.customers().count(), outcome == Removal::Deleted ? 11 : 12);
-        }
-        for (auto [key, outcome] : items) {
-            Database db;
-            fill(db);
-            QCOMPARE(db.removeItem(QString::fromLatin1(key)).removal, outcome);
-            QCOMPARE(db.items().count(), outcome == Removal::Deleted ? 3 : 4);
+            QCOMPARE((item ? db.removeItem(key) : db.removeCustomer(key)).removal, outcome);
+            QCOMPARE((item ? db.items() : db.customers()).count(), (item ? 4 : 12) - (outcome == R::Deleted ? 1 : 0));
         }
         // A record without an item list is passed over.
         Database shortRecord;
@@ -81,9 +63,6 @@ private slots:
             t.invoiceRecords.add("P1\u00011\u0001", QStringList({"P1", "A", "1", "0"}).join(FieldSep));
         }
         QCOMPARE(shortRecord.removeItem("1k").removal, Removal::Deleted);
-        QCOMPARE(wordOf(Removal::Archived), "archive");
-        QCOMPARE(wordOf(Removal::Deleted), "delete");
-        QVERIFY(wordOf(Removal::NotThere).isEmpty());
     }
 
     void progressStopsAtTheFirstRecordFound()

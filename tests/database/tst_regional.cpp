@@ -116,21 +116,15 @@ private slots:
 
     void valAndStr()
     {
-        const struct {
-            const char *text;
-            double value;
-        } vals[] = {
+        const std::pair<const char *, double> vals[] = {
             {"  12.5abc", 12.5}, {"1 2 3", 123}, {"1.2.3", 1.2}, {"1,200.50", 1}, {"abc", 0}, {".5", 0.5}, {"-", 0}, {"2.5E-1x", 0.25}, {"7e", 7}, {"&HFF", 255}, {"&O17", 15}, {"$5", 0}};
-        const struct {
-            double value;
-            const char *text;
-        } strs[] = {
+        const std::pair<double, const char *> strs[] = {
             {0, " 0"}, {-3, "-3"}, {-0.25, "-0.25"}, {1.0 / 3, " 0.333333333333333"}, {1e20, " 1E+20"}, {0.1 + 0.2, " 0.3"}};
         // Neither reads or writes by the locale.
         for (const char *loc : {"en_US", "de_DE"}) {
             useLocale(loc);
-            for (const auto &c : vals) QVERIFY2(regional::val(txt(c.text)) == c.value, c.text);
-            for (const auto &c : strs) QCOMPARE(regional::str(c.value), txt(c.text));
+            for (auto [text, value] : vals) QVERIFY2(regional::val(txt(text)) == value, text);
+            for (auto [value, text] : strs) QCOMPARE(regional::str(value), txt(text));
         }
     }
 };

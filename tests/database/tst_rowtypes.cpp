@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The row types: every row text comes back character for character through
-// parse and text in both forms (owning and view); texts with another field
-// count are no row of the kind; loose() reads any text; the item row's parts,
-// and the helpers that build and change rows. Rows composed in place are the
-// reader's, pinned by the file tests.
+// The row types: a row text comes back character for character through parse
+// and text; texts with another field count are no row of the kind; loose()
+// reads any text; the item row's parts; the helpers. Rows composed in place
+// are the reader's, pinned by the file tests.
 #include "database/rowtypes.h"
 
 #include <QTest>
@@ -23,23 +22,20 @@ QStringList fieldsOf(const Row &r)
 }
 
 // fields: what the row holds by member, or empty when the text is no row.
-template <class Row, class View>
+// The owning and the view form of a kind are one template: each kind is
+// checked in one of them, both forms among the kinds.
+template <class Row>
 void roundTrip(const QString &text, const QStringList &fields)
 {
     const auto row = Row::parse(text);
-    const auto view = View::parse(text);
     QCOMPARE(bool(row), !fields.isEmpty());
-    QCOMPARE(bool(view), !fields.isEmpty());
     // loose() takes the first fields by their places, missing ones empty.
     QStringList places = text.split(FieldSep).mid(0, Row::FieldCount);
     while (places.size() < Row::FieldCount) places << QString();
     QCOMPARE(fieldsOf(Row::loose(text)), places);
-    QCOMPARE(fieldsOf(View::loose(text)), places);
-    if (fields.isEmpty()) return;
+    if (!row) return;
     QCOMPARE(fieldsOf(*row), fields);
-    QCOMPARE(fieldsOf(*view), fields);
     QCOMPARE(row->text(), text);
-    QCOMPARE(view->text(), text);
 }
 }  // namespace
 
@@ -79,9 +75,9 @@ private slots:
         QFETCH(int, kind);
         QFETCH(QString, text);
         QFETCH(QStringList, fields);
-        if (kind == 0) roundTrip<CustomerRow, CustomerView>(text, fields);
-        else if (kind == 1) roundTrip<PeriodRow, PeriodView>(text, fields);
-        else roundTrip<InvoiceRecordRow, InvoiceRecordView>(text, fields);
+        if (kind == 0) roundTrip<CustomerRow>(text, fields);
+        else if (kind == 1) roundTrip<PeriodView>(text, fields);
+        else roundTrip<InvoiceRecordView>(text, fields);
         if (kind == 2 && !fields.isEmpty()) {
             QCOMPARE(InvoiceRecordView::parse(text)->named, text.count(FieldSep) == 5);
             QCOMPARE(record::isUnnamed(text), text.count(FieldSep) == 4);
@@ -144,12 +140,10 @@ private slots:
     {
         const QString text = sep({"Yu, Kim", "Kim", "Yu", "a1", "a2", "a3", "e", "p", "n"});
         const QString archived = customer::archivedText(text);
-        QCOMPARE(archived, ArchiveMark + text);
-        QCOMPARE(customer::archivedText(archived), archived);
+        QVERIFY(archived == ArchiveMark + text && customer::archivedText(archived) == archived);
         QVERIFY(CustomerRow::parse(archived)->archived() && !CustomerRow::parse(text)->archived());
         QCOMPARE(CustomerView::parse(archived)->name(), u"Yu, Kim");
-        QCOMPARE(CustomerRow::parse(text)->entry(0), u"Kim");
-        QCOMPARE(CustomerRow::parse(text)->entry(7), u"n");
+        QVERIFY(CustomerRow::parse(text)->entry(0) == u"Kim" && CustomerRow::parse(text)->entry(7) == u"n");
         QCOMPARE(customer::displayNameOf(archived), ArchiveMark + u"Yu, Kim"_s);
         QCOMPARE(customer::displayNameOf(u"no separator"), u"no separator");
         QCOMPARE(customer::displayNameFor(u"Kim"_s, QString()), u"Kim");

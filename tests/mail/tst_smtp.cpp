@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Sending against a real SMTP server on the loopback address (aiosmtpd) with
-// TLS from a certificate made by the test: what arrives, as a mail reader
-// parses it; refusals before any password; a refused recipient; a dropped
-// connection; the settings window's test message and the run window.
+// Sending to a real SMTP server on the loopback address (aiosmtpd) with TLS
+// from a certificate made by the test: what arrives, as a mail reader parses
+// it; runs that stop; the settings and run windows; the command line.
 #include "smtpfixture.h"
 #include "tablesedit.h"
 
@@ -80,8 +79,7 @@ class TestSmtp : public QObject {
         SmtpSession session(o);
         SentMailLog log;
         const auto results = SendRun(a, session, &log).run(customers, invoiceFor);
-        if (connections)
-            *connections = session.connectionsMade();
+        if (connections) *connections = session.connectionsMade();
         return results;
     }
 
@@ -122,21 +120,21 @@ private slots:
                  qPrintable(r[0].refused.join(u'|')));
         QCOMPARE(connections, 1);  // one connection for the whole run
         QStringList expected = {"connect", "auth tls=True", "message 1", "message 2"};
-        if (security == Security::StartTls)
-            expected.insert(1, u"starttls"_s);
+        if (security == Security::StartTls) expected.insert(1, u"starttls"_s);
         QCOMPARE(smtp.events(), expected);
 
         const QJsonObject m = smtp.message(1);
-        QCOMPARE(m[u"subject"].toString(), u"Rechnung für Jörg Meadows  Bcc: spy@example.com"_s);
+        for (const auto &[key, want] : {std::pair{"subject", u"Rechnung für Jörg Meadows  Bcc: spy@example.com"_s},
+                                        {"from", u"Bäcker & Co <billing@example.com>"_s},
+                                        {"reply-to", u"office@example.com"_s},
+                                        {"to", u"joerg@example.org, gone@example.org"_s},
+                                        {"attachment_type", u"application/pdf"_s},
+                                        {"filename", u"Bäcker & Co - invoice Mai-Juni.pdf"_s}})
+            QCOMPARE(m[QLatin1String(key)].toString(), want);
         QVERIFY2(m[u"bcc"].isNull() && m[u"defects"].toArray().isEmpty() && m[u"date_ok"].toBool(),
                  QJsonDocument(m).toJson().constData());
         QVERIFY(m[u"max_line"].toInt() <= 78 && m[u"message-id"].toString().endsWith(u"@example.com>"_s));
-        QCOMPARE(m[u"from"].toString(), u"Bäcker & Co <billing@example.com>"_s);
-        QCOMPARE(m[u"reply-to"].toString(), u"office@example.com"_s);
-        QCOMPARE(m[u"to"].toString(), u"joerg@example.org, gone@example.org"_s);
         QCOMPARE(m[u"rcpt_tos"].toVariant().toStringList(), QStringList({"joerg@example.org", "billing@example.com"}));
-        QCOMPARE(m[u"filename"].toString(), u"Bäcker & Co - invoice Mai-Juni.pdf"_s);
-        QCOMPARE(m[u"attachment_type"].toString(), u"application/pdf"_s);
         QVERIFY2(m[u"body"].toString().contains(u"Dear Jörg Meadows,\n\nplease find attached our invoice for "
                                                 "Mai/Juni. The amount of $97.50 is due by 07/31/2026."_s),
                  qPrintable(m[u"body"].toString()));
@@ -145,60 +143,57 @@ private slots:
 
         // One line per address in the log, the refused one with the server's words.
         const auto log = SentMailLog().entries().mid(SentMailLog().entries().size() - 3);
-        QCOMPARE(log[0].result, u"sent"_s);
-        QVERIFY(log[1].address == u"gone@example.org" && log[1].result.startsWith(u"refused: 550 5.1.1"_s));
-        QCOMPARE(log[2].address, u"ann@example.net"_s);
+        QVERIFY(log[0].result == u"sent" && log[1].address == u"gone@example.org" &&
+                log[1].result.startsWith(u"refused: 550 5.1.1"_s) && log[2].address == u"ann@example.net");
     }
 
-    // Every run below stops at its first message, says why, sends nothing
-    // more, and never gives the password to a connection without TLS.
-    void stopsBeforeSending_data()
+    // Every run below stops at the message it fails (the first but for a
+    // dropped connection), says why, sends nothing more, and never gives the
+    // password to a connection without TLS.
+    void stopsRun_data()
     {
         QTest::addColumn<QString>("tls");
         QTest::addColumn<Security>("security");
+        QTest::addColumn<QStringList>("server");
         QTest::addColumn<QString>("cert");
-        QTest::addColumn<QString>("password");
+        QTest::addColumn<int>("failed");
         QTest::addColumn<QString>("reason");
-        QTest::newRow("no TLS, STARTTLS asked") << u"none"_s << Security::StartTls << u"localhost"_s << Password
+        const QStringList ok{"--user", "billing", "--password", Password}, drop{"--drop-at", "2"};
+        const QString host = u"localhost"_s;
+        QTest::newRow("no TLS, STARTTLS asked") << u"none"_s << Security::StartTls << ok << host << 0
                                                 << u"offers no encryption"_s;
-        QTest::newRow("no TLS, SSL/TLS asked") << u"none"_s << Security::SslTls << u"localhost"_s << Password
+        QTest::newRow("no TLS, SSL/TLS asked") << u"none"_s << Security::SslTls << ok << host << 0
                                                << u"No encrypted connection"_s;
-        QTest::newRow("wrong host name") << u"implicit"_s << Security::SslTls << u"wrong.example"_s << Password
+        QTest::newRow("wrong host name") << u"implicit"_s << Security::SslTls << ok << u"wrong.example"_s << 0
                                          << u"certificate could not be verified"_s;
-        QTest::newRow("wrong password") << u"starttls"_s << Security::StartTls << u"localhost"_s << u"guess"_s
-                                        << u"refused the user name or password. (535"_s;
+        QTest::newRow("wrong password") << u"starttls"_s << Security::StartTls << QStringList{"--user", "billing", "--password", "guess"}
+                                        << host << 0 << u"refused the user name or password. (535"_s;
+        QTest::newRow("dropped connection") << u"starttls"_s << Security::StartTls << ok + drop << host << 1
+                                            << u"connection to the server was lost"_s;
     }
-    void stopsBeforeSending()
+    void stopsRun()
     {
         QFETCH(QString, tls);
         QFETCH(Security, security);
+        QFETCH(QStringList, server);
         QFETCH(QString, cert);
-        QFETCH(QString, password);
+        QFETCH(int, failed);
         QFETCH(QString, reason);
-        const int port = smtp.start(tls, {"--user", "billing", "--password", password}, cert);
-        QVERIFY2(port, qPrintable(smtp.error));
-        const auto r = send(account(port, security),
-                            {{u"1"_s, u"A"_s, u"a@example.org"_s}, {u"2"_s, u"B"_s, u"b@example.org"_s}});
-        QVERIFY(r[0].outcome == CustomerResult::Outcome::Failed && r[1].outcome == CustomerResult::Outcome::NotSent);
-        QVERIFY2(r[0].words.contains(reason), qPrintable(r[0].words));
-        QVERIFY(r[1].words.contains(u"run stopped"_s));
-        const QStringList events = smtp.events();
-        QVERIFY2(events.filter(u"auth tls=False"_s).isEmpty() && events.filter(u"message"_s).isEmpty(),
-                 qPrintable(events.join(u'|')));
-    }
-
-    void droppedConnection()
-    {
-        const int port = smtp.start(u"starttls"_s, {"--user", "billing", "--password", Password, "--drop-at", "2"});
+        const int port = smtp.start(tls, server, cert);
         QVERIFY2(port, qPrintable(smtp.error));
         QList<MailCustomer> customers;
         for (int i = 1; i <= 3; ++i)
             customers << MailCustomer{QString::number(i), u"C%1"_s.arg(i), u"c%1@example.org"_s.arg(i)};
-        const auto r = send(account(port, Security::StartTls), customers);
+        const auto r = send(account(port, security), customers);
         using O = CustomerResult::Outcome;
-        QVERIFY(r[0].outcome == O::Sent && r[1].outcome == O::Failed && r[2].outcome == O::NotSent);
-        QVERIFY2(r[1].words.contains(u"connection to the server was lost"_s), qPrintable(r[1].words));
-        QCOMPARE(smtp.events().filter(u"message"_s), QStringList{u"message 1"_s});
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(int(r[i].outcome), int(i < failed ? O::Sent : i == failed ? O::Failed
+                                                                               : O::NotSent));
+        QVERIFY2(r[failed].words.contains(reason), qPrintable(r[failed].words));
+        QVERIFY(r[failed + 1].words.contains(u"run stopped"_s));
+        const QStringList events = smtp.events();
+        QVERIFY2(events.filter(u"auth tls=False"_s).isEmpty() && events.filter(u"message"_s).size() == failed,
+                 qPrintable(events.join(u'|')));
     }
 
     void settingsWindowAndRunWindow()
@@ -214,25 +209,19 @@ private slots:
             QSignalSpy read(&w, &FrmEmailSettings::passwordRead);
             QVERIFY(read.wait());
             QVERIFY(w.keyringLine()->text().startsWith(u"No keyring service is running"_s));
-            auto type = [&](const char *name, const QString &text) {
+            w.findChild<QSpinBox *>(u"txtPort"_s)->setValue(port);
+            for (const auto &[name, text] : {std::pair{"txtServer", u"localhost"_s}, {"txtUser", u"billing"_s}, {"txtPassword", Password}, {"txtSenderAddress", u"billing@example.com"_s}}) {
                 auto *e = w.findChild<QLineEdit *>(QString::fromLatin1(name));
                 e->setFocus();
                 e->insert(text);  // as typed: textEdited, then leaving the field
                 emit e->editingFinished();
-            };
-            type("txtServer", u"localhost"_s);
-            w.findChild<QSpinBox *>(u"txtPort"_s)->setValue(port);
-            type("txtUser", u"billing"_s);
-            type("txtPassword", Password);
-            type("txtSenderAddress", u"billing@example.com"_s);
+            }
             const Delivery d = w.cmdSendTestClick();
             QVERIFY2(d.status == Delivery::Status::Delivered, qPrintable(d.reason));
             QVERIFY2(dialogs.last().message.text.endsWith(u"The server answered: 250 2.0.0 Ok: queued as Q1"_s),
                      qPrintable(dialogs.last().message.text));
         }
-        QFile conf(settings::storePath());
-        QVERIFY(conf.open(QIODevice::ReadOnly));
-        const QByteArray stored = conf.readAll();
+        const QByteArray stored = dbtest::readFile(settings::storePath());
         QVERIFY(stored.contains("SmtpServer=localhost") && !stored.contains("ssword") && keyring.entries.isEmpty());
 
         // The run: the password typed above serves the whole run, unasked.
@@ -262,12 +251,10 @@ private slots:
         {
             test::TablesEdit tables(db);
             tables.company[0] = u"Acme"_s;
-            for (const char *c : {"1", "2"}) {
-                const bool mail = *c == '1';
-                tables.customers.add(c + u"k"_s, dbtest::fields({mail ? "Oak, Ann" : "Bell, Bo", mail ? "Ann" : "Bo",
-                                                                 mail ? "Oak" : "Bell", "", "", "", mail ? "ann@example.org" : "", "", ""}));
+            tables.customers.add("1k", dbtest::fields({"Oak, Ann", "Ann", "Oak", "", "", "", "ann@example.org", "", ""}));
+            tables.customers.add("2k", dbtest::fields({"Bell, Bo", "Bo", "Bell", "", "", "", "", "", ""}));
+            for (const char *c : {"1", "2"})
                 tables.invoiceRecords.add(dbtest::fields({"May", c, ""}), dbtest::fields({"May", "", c, "12.34", "5x3", ""}));
-            }
             tables.periods.add(u"May"_s + FieldSep, dbtest::fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
             tables.items.add("5k", u"000000005.00$5.00 - Five"_s);
         }
