@@ -63,7 +63,8 @@ inline QStringList dump(const qor::InvoiceTree &t)
         int depth = 0;
         for (int p = t.parentOf(n); p != 0; p = t.parentOf(p)) ++depth;
         static const char *const colours[] = {"", " red", " text", " grey"};  // as NodeColour counts them
-        QString line = QString(depth * 2, u' ') + t.key(n) + QStringLiteral(" = ") + t.text(n) + QLatin1String(colours[int(t.colour(n))]);
+        QString line = QString(depth * 2, u' ') + t.key(n) + QStringLiteral(" = ") + t.text(n) +
+                       QLatin1String(colours[int(t.colour(n))]);
         if (t.hasCheckBox(n)) line += t.checked(n) ? QStringLiteral(" [x]") : QStringLiteral(" [ ]");
         out << line;
     });

@@ -292,8 +292,10 @@ private slots:
 
         // Everybody paid: the root is grey and unticked, and ticking it moves nothing.
         qor::test::TablesEdit paid(db);
-        paid.invoiceRecords.setTextOf(record::keyFor("May", "1"), "May\u0001Ames, Al\u00011\u00010\u00017x3\u00029\u0001chk 12");
-        paid.invoiceRecords.setTextOf(record::keyFor("May", "3"), "May\u0001Cole, Cy\u00013\u00010\u000199\u000210x3\u0001");
+        paid.invoiceRecords.setTextOf(record::keyFor("May", "1"),
+                                      "May\u0001Ames, Al\u00011\u00010\u00017x3\u00029\u0001chk 12");
+        paid.invoiceRecords.setTextOf(record::keyFor("May", "3"),
+                                      "May\u0001Cole, Cy\u00013\u00010\u000199\u000210x3\u0001");
         paid.done();
         rebuildInvoiceTree(t1, db, "May");
         QCOMPARE(t1.colour(t1.root()), NodeColour::GreyText);

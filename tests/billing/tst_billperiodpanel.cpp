@@ -335,7 +335,9 @@ private slots:
             // Abandoning the changes, then quitting: "&Keep Entering" keeps it.
             a.dialogs.nextAnswers = {QMessageBox::Ok, QMessageBox::Cancel};
             w.w->cmdCancelClick();
-            QCOMPARE(a.last().captions, (QList<std::pair<QMessageBox::StandardButton, QString>>{{QMessageBox::Cancel, u"&Keep Entering"_s}, {QMessageBox::Discard, u"&Drop the Entry"_s}}));
+            QCOMPARE(a.last().captions,
+                     (QList<std::pair<QMessageBox::StandardButton, QString>>{
+                         {QMessageBox::Cancel, u"&Keep Entering"_s}, {QMessageBox::Discard, u"&Drop the Entry"_s}}));
             a.answer = QMessageBox::Cancel;
             QVERIFY(!w.w->close());
             QCOMPARE(a.seen().size(), 3);

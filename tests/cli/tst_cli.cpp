@@ -96,8 +96,8 @@ private slots:
         place.insert("%books", dir.filePath("%2 pay1roll.xml"));  // a name that isn't formatted again
         QVERIFY(writeFile(place["%sample"], sample()) && QFile::link(place["%sample"], place["%alias"]));
         QCOMPARE(::mkfifo(QFile::encodeName(place["%pipe"]).constData(), 0600), 0);
-        QVERIFY(writeFile(place["%dup"], crlf({"<Customers>", "<Customer CID=\"3\">", "</Customer>", "<Customer CID=\"3\">",
-                                               "</Customer>", "</Customers>"})));
+        QVERIFY(writeFile(place["%dup"], crlf({"<Customers>", "<Customer CID=\"3\">", "</Customer>",
+                                               "<Customer CID=\"3\">", "</Customer>", "</Customers>"})));
 
         // Books to print: four customers, of whom one archived and one paid up.
         Database db;
@@ -126,7 +126,8 @@ private slots:
         // A bill period and nothing else: nothing to print.
         Database none;
         qor::test::TablesEdit noRecords(none);
-        noRecords.periods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
+        noRecords.periods.add(QStringLiteral("May") + FieldSep,
+                              fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
         noRecords.done();
         QVERIFY(writeFile(place["%empty"], none.serialize()));
     }
@@ -197,7 +198,8 @@ private slots:
         const QByteArray before = readFile(place["%books"]) + readFile(place["%sample"]);
         const Run r = cli(args);
         QCOMPARE(r.exitCode, status);
-        QVERIFY2(r.out.isEmpty() && r.err.contains(QDir::toNativeSeparators(place.value(said, said))), qPrintable(r.err));
+        QVERIFY2(r.out.isEmpty() && r.err.contains(QDir::toNativeSeparators(place.value(said, said))),
+                 qPrintable(r.err));
         if (status == 2) QVERIFY(r.err.contains(QDir::toNativeSeparators(args[1])));  // the file refused
         QVERIFY(!QFileInfo::exists(place["%out"]) && !QFileInfo::exists(place["%missing"]) &&
                 !QFileInfo::exists(dir.filePath("no")));
@@ -208,7 +210,8 @@ private slots:
     {
         QCOMPARE(ok({"--version"}), QStringLiteral("qorvane-cli " QOR_VERSION_TEXT "\n"));
         const Run help = cli({"--help"});  // on standard output, as asked for
-        QVERIFY(help.exitCode == 0 && help.out.contains(QLatin1String("check FILE")) && help.out.contains(QLatin1String("resave IN OUT")));
+        QVERIFY(help.exitCode == 0 && help.out.contains(QLatin1String("check FILE")) &&
+                help.out.contains(QLatin1String("resave IN OUT")));
     }
 
     void checkAndResave()
@@ -223,11 +226,14 @@ private slots:
                                                "bill periods: 1", "invoice records: 2"}));
         const QString problems = lines.mid(4).join(u'\n');
         // Item 6 is archived, but there.
-        QVERIFY2(problems.contains(u"customer number 8") && problems.contains(u"item number 9,") && !problems.contains(u"item number 6,"), qPrintable(problems));
-        QVERIFY2(r.out.endsWith(QStringLiteral("item number 5: the price \"call us\" holds no amount that can be read; it "
-                                               "counts as 0\nbill period \"May\", customer number 1: the balance "
-                                               "$1,500.00 is more than the $12.00 its items bill\n")),
-                 qPrintable(r.out));
+        QVERIFY2(problems.contains(u"customer number 8") && problems.contains(u"item number 9,") &&
+                     !problems.contains(u"item number 6,"),
+                 qPrintable(problems));
+        QVERIFY2(
+            r.out.endsWith(QStringLiteral("item number 5: the price \"call us\" holds no amount that can be read; it "
+                                          "counts as 0\nbill period \"May\", customer number 1: the balance "
+                                          "$1,500.00 is more than the $12.00 its items bill\n")),
+            qPrintable(r.out));
 
         // resave writes what the program saves after a load, with the placeholder,
         // and first removes what an interrupted save of the same file left.
@@ -239,7 +245,8 @@ private slots:
         Database expected;
         QVERIFY(load(expected, dir, sample()).result.ok());
         const QByteArray written = readFile(out);
-        QVERIFY(written == expected.serialize() && written.contains("<Customer CID=\"8\">\r\n\t\t\t<FName>Deleted</FName>"));
+        QVERIFY(written == expected.serialize() &&
+                written.contains("<Customer CID=\"8\">\r\n\t\t\t<FName>Deleted</FName>"));
         // Each resave keeps the file it replaces; versions lists them, oldest first.
         const QString again = dir.filePath(QStringLiteral("again.xml"));
         for (int i = 0; i < 3; ++i) QCOMPARE(cli({"resave", in, again}).exitCode, 0);
@@ -271,7 +278,8 @@ private slots:
         const QString list = dir.filePath("list.pdf");
         QCOMPARE(ok({"customers", file, "-o", list, "--title", "Route & Co", "--columns", "2"}), "1 pages\n");
         t = pdfText(list);
-        QVERIFY(t.contains("Route & Co") && t.contains("Ames, Al") && t.contains("Cole, Cy") && t.contains("Page #1") && !t.contains("Bell"));
+        QVERIFY(t.contains("Route & Co") && t.contains("Ames, Al") && t.contains("Cole, Cy") && t.contains("Page #1") &&
+                !t.contains("Bell"));
 
         // Pages as pdftotext reads them, split at the form feeds.
         auto pagesOf = [](const QString &pdf) {
@@ -283,7 +291,10 @@ private slots:
             QProcess p;
             p.start(QStringLiteral("pdfinfo"), {pdf});
             p.waitForFinished(60000);
-            return QString::fromUtf8(p.readAllStandardOutput()).section(QStringLiteral("Page size:"), 1).section(u'\n', 0, 0).simplified();
+            return QString::fromUtf8(p.readAllStandardOutput())
+                .section(QStringLiteral("Page size:"), 1)
+                .section(u'\n', 0, 0)
+                .simplified();
         };
 
         const QString out = dir.filePath("inv.pdf");
@@ -291,7 +302,8 @@ private slots:
         QStringList pages = pagesOf(out);
         QCOMPARE(pages.size(), 2);
         // The bill due date as the screen shows it.
-        for (const char *shown : {"Al Ames", "Acme & Sons", "9 Mill Road", "Six (x2)", "$12.00", "$17.00", "06/15/2024"})
+        for (const char *shown :
+             {"Al Ames", "Acme & Sons", "9 Mill Road", "Six (x2)", "$12.00", "$17.00", "06/15/2024"})
             QVERIFY2(pages[0].contains(shown), shown);
         QVERIFY(pages[1].contains("Di Dunn") && pages[1].contains("$6.00") && !pages.join("").contains("Cole"));
         QCOMPARE(pageSize(out), QStringLiteral("612 x 792 pts (letter)"));  // en_US: Letter
@@ -300,14 +312,16 @@ private slots:
         QCOMPARE(ok({"invoices", file, "--period", "May", "--all", "--paper", "a4", "-o", out}), "3 pages\n");
         pages = pagesOf(out);
         QCOMPARE(pages.size(), 3);
-        QVERIFY(pages[0].contains("Ames") && pages[1].contains("Cy Cole") && pages[2].contains("Dunn") && pages[1].contains("$0.00") && !pages[1].contains("$5.00 "));
+        QVERIFY(pages[0].contains("Ames") && pages[1].contains("Cy Cole") && pages[2].contains("Dunn") &&
+                pages[1].contains("$0.00") && !pages[1].contains("$5.00 "));
         QVERIFY(pageSize(out).endsWith(QStringLiteral("(A4)")));
 
         // One customer, the stored duplicates and title (the large title
         // reads whole on layout 2 too).
         settings::PrintDuplicateInvoices.set(true);
         settings::InvoiceTitleOption.set(1);
-        QCOMPARE(ok({"invoices", file, "--period", "May", "--customer", "4", "--template", "2", "-o", out}), "2 pages\n");
+        QCOMPARE(ok({"invoices", file, "--period", "May", "--customer", "4", "--template", "2", "-o", out}),
+                 "2 pages\n");
         pages = pagesOf(out);
         QVERIFY(pages.size() == 2 && pages[0] == pages[1]);
         QVERIFY(pages[0].contains("Dunn") && pages[0].contains("ESTIMATE") && !pages[0].contains("Ames"));
@@ -361,7 +375,9 @@ private slots:
             shown.insert(c, {billed, part ? billed : -1, part ? billed - balance : -1, balance});
             allBilled += billed;
             tables.customers.add(numberKey(cid), joined({"Zed, C" + c, "C" + c, "Zed", "", "", "", "", "", ""}));
-            tables.invoiceRecords.add(joined({"P", c, ""}), joined({"P", "Zed, C" + c, c, Money::fromCents(balance).toStoredText(), ItemEntry::join(entries), ""}));
+            tables.invoiceRecords.add(
+                joined({"P", c, ""}),
+                joined({"P", "Zed, C" + c, c, Money::fromCents(balance).toStoredText(), ItemEntry::join(entries), ""}));
         }
         tables.done();
         const QString file = dir.filePath(QStringLiteral("property.xml"));
@@ -429,15 +445,18 @@ private slots:
         const QString file = dir.filePath(QStringLiteral("statements.xml"));
         QVERIFY(db.save(file).ok);
 
-        QCOMPARE(ok({"periods", file}), QStringLiteral("Jan\t2024/01/01\t2024/01/31\t2024/02/15\t1001\t$100.10\t$116.50\t0\n"
-                                                       "Feb\t2024/02/01\t\t2024/03/15\t3\t$3,601.90\t$2,396.75\t1\n"));
+        QCOMPARE(ok({"periods", file}),
+                 QStringLiteral("Jan\t2024/01/01\t2024/01/31\t2024/02/15\t1001\t$100.10\t$116.50\t0\n"
+                                "Feb\t2024/02/01\t\t2024/03/15\t3\t$3,601.90\t$2,396.75\t1\n"));
         QCOMPARE(cli({"periods", file, "--plain"}).out,
                  QStringLiteral("Jan\t2024/01/01\t2024/01/31\t2024/02/15\t1001\t100.10\t116.50\t0\n"
                                 "Feb\t2024/02/01\t\t2024/03/15\t3\t3601.90\t2396.75\t1\n"));
 
-        QCOMPARE(ok({"owing", file, "--customer", "1"}), QStringLiteral("Ames, Al\t1\n\tJan\t$16.50\n\tFeb\t$2,401.00\n\ttotal\t$2,417.50\n"
-                                                                        "total owed\t$2,417.50\n"));
-        QCOMPARE(ok({"owing", file, "--plain", "--customer", "2"}), QStringLiteral("Bell, Bo\t2\n\tFeb\t-4.25\n\ttotal\t-4.25\ntotal owed\t-4.25\n"));
+        QCOMPARE(ok({"owing", file, "--customer", "1"}),
+                 QStringLiteral("Ames, Al\t1\n\tJan\t$16.50\n\tFeb\t$2,401.00\n\ttotal\t$2,417.50\n"
+                                "total owed\t$2,417.50\n"));
+        QCOMPARE(ok({"owing", file, "--plain", "--customer", "2"}),
+                 QStringLiteral("Bell, Bo\t2\n\tFeb\t-4.25\n\ttotal\t-4.25\ntotal owed\t-4.25\n"));
         QCOMPARE(cli({"owing", file, "--customer", "3"}).out, QStringLiteral("total owed\t$0.00\n"));
         const QStringList all = cli({"owing", file, "--plain"}).out.split(u'\n', Qt::SkipEmptyParts);
         QVERIFY(all.size() == 4 + 3 + 1000 * 3 + 1 && all.first() == u"Ames, Al\t1");
@@ -485,12 +504,14 @@ private slots:
         }
         for (int cid = 1; cid <= 40; ++cid) {
             const QString c = QString::number(cid), name = QStringLiteral("Name%1").arg(cid);
-            tables.customers.add(c + "k", joined({cid % 7 ? name : u"zzzz\u00BB"_qs + name, name, "", "", "", "", "", "", ""}));
+            tables.customers.add(c + "k",
+                                 joined({cid % 7 ? name : u"zzzz\u00BB"_qs + name, name, "", "", "", "", "", "", ""}));
             for (int i = 0; i < 8 && cid % 10; ++i) {  // every tenth never billed
                 if (rng.bounded(3) == 0) continue;
                 const qint64 cents = rng.bounded(5) == 0 ? 0 : qint64(rng.bounded(40000)) - 8000;
                 const QString p = QStringLiteral("P%1").arg(i);
-                tables.invoiceRecords.add(joined({p, c, ""}), joined({p, name, c, Money::fromCents(cents).toStoredText(), "5x3", ""}));
+                tables.invoiceRecords.add(joined({p, c, ""}),
+                                          joined({p, name, c, Money::fromCents(cents).toStoredText(), "5x3", ""}));
             }
         }
         tables.done();
@@ -511,23 +532,31 @@ private slots:
         QCOMPARE(lines.size(), owed.size());
         for (const QString &l : lines) {
             const QStringList f = l.split(u'\t');
-            QVERIFY2(f.size() == 8 && f[2] == owed.value(f[0]) && f[1].endsWith(u" (archived)") == (f[0].toInt() % 7 == 0), qPrintable(l));
+            QVERIFY2(
+                f.size() == 8 && f[2] == owed.value(f[0]) && f[1].endsWith(u" (archived)") == (f[0].toInt() % 7 == 0),
+                qPrintable(l));
         }
 
         const QString each = dir.filePath(QStringLiteral("statements"));
-        QCOMPARE(ok({"statements", file, "--as-of", "2024-06-30", "--each", each}), QStringLiteral("%1 statements\n").arg(owed.size()));
+        QCOMPARE(ok({"statements", file, "--as-of", "2024-06-30", "--each", each}),
+                 QStringLiteral("%1 statements\n").arg(owed.size()));
         QCOMPARE(QDir(each).count(), owed.size() + 2);  // with "." and ".."
         // Each customer's statement shows as its total due what aging and owing say.
         for (const QString &l : lines) {
-            const QString pdf = QDir(each).filePath(QStringLiteral("Name%1 (%1) - statement 2024-06-30.pdf").arg(l.section(u'\t', 0, 0)));
+            const QString pdf = QDir(each).filePath(
+                QStringLiteral("Name%1 (%1) - statement 2024-06-30.pdf").arg(l.section(u'\t', 0, 0)));
             const std::optional<Money> owes = Money::fromStoredText(l.section(u'\t', 2, 2));
-            QVERIFY2(owes && pdfText(pdf, true).section(QStringLiteral("TOTAL DUE:"), 1).section(u'\n', 0, 0).trimmed() == owes->toCurrencyText(), qPrintable(l));
+            QVERIFY2(
+                owes && pdfText(pdf, true).section(QStringLiteral("TOTAL DUE:"), 1).section(u'\n', 0, 0).trimmed() ==
+                            owes->toCurrencyText(),
+                qPrintable(l));
         }
 
         // Reminders for fewer.
         const QString out = dir.filePath(QStringLiteral("r.pdf"));
         const Run late = cli({"statements", file, "--as-of", "2024-06-30", "--overdue", "100", "-o", out});
-        QVERIFY(late.exitCode == 0 && late.out.endsWith(u" reminders\n") && QFileInfo::exists(out) && late.out.section(u' ', 0, 0).toInt() < owed.size());
+        QVERIFY(late.exitCode == 0 && late.out.endsWith(u" reminders\n") && QFileInfo::exists(out) &&
+                late.out.section(u' ', 0, 0).toInt() < owed.size());
     }
 };
 

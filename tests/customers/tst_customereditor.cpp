@@ -57,7 +57,10 @@ class TstCustomerEditor : public QObject {
     }
 
     // A row of a table of steps and what the editor then shows.
-    static void row(const char *name, const QString &steps, const QString &shown) { QTest::newRow(name) << steps << shown; }
+    static void row(const char *name, const QString &steps, const QString &shown)
+    {
+        QTest::newRow(name) << steps << shown;
+    }
 
 private slots:
     void transitions_data()

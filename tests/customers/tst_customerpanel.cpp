@@ -33,10 +33,13 @@ class TstCustomerPanel : public QObject {
     {
         QStringList want, shown;
         table().forEach([&](QStringView k, QStringView t) {
-            if (!customer::isArchived(t) && CustomerView::parse(t)) want << k.toString() + u'=' + customer::displayNameOf(t).toString();
+            if (!customer::isArchived(t) && CustomerView::parse(t))
+                want << k.toString() + u'=' + customer::displayNameOf(t).toString();
             return true;
         });
-        for (int i = 0; i < cp()->rowCount(); ++i) shown << list()->topLevelItem(i)->data(0, Qt::UserRole).toString() + u'=' + list()->topLevelItem(i)->text(0);
+        for (int i = 0; i < cp()->rowCount(); ++i)
+            shown << list()->topLevelItem(i)->data(0, Qt::UserRole).toString() + u'=' +
+                         list()->topLevelItem(i)->text(0);
         QCOMPARE(shown, want);
     }
     CustomerRow stored(const QString &key) { return CustomerRow::parse(table().textOf(key)).value_or(CustomerRow{}); }
@@ -44,7 +47,8 @@ class TstCustomerPanel : public QObject {
     void openEight()
     {
         QList<DbCustomer> people;
-        for (const QString &n : QStringLiteral("Ann Lee,Bob Moss,Cy Pike,Di Ross,Ed Shaw,Flo Todd,Gus Urry,Hal Vane").split(u','))
+        for (const QString &n :
+             QStringLiteral("Ann Lee,Bob Moss,Cy Pike,Di Ross,Ed Shaw,Flo Todd,Gus Urry,Hal Vane").split(u','))
             people.append({int(people.size()) + 1, n.section(u' ', 0, 0), n.section(u' ', 1)});
         open(people);
         m_answers->answer = QMessageBox::Ok;
@@ -355,7 +359,8 @@ private slots:
         }
         const QString now = currentKey(list()), shown = move == "unreported" ? start : now;
         QVERIFY2(now != start || move == "abandon", "the highlight did not move");
-        QCOMPARE(field(0)->property("Tag").toString() + " " + cp()->fieldText(1), stored(shown).firstName + " " + stored(shown).lastName);
+        QCOMPARE(field(0)->property("Tag").toString() + " " + cp()->fieldText(1),
+                 stored(shown).firstName + " " + stored(shown).lastName);
         QCOMPARE(cp()->loadedKey(), shown);
         QCOMPARE(buttons(), "&New Customer / &Delete Existing");
         QCOMPARE(applyMark(), shown);

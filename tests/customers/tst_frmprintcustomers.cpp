@@ -61,11 +61,13 @@ private slots:
         QCOMPARE(f.minimumSize(), f.maximumSize());
         QCOMPARE(f.geometry().center(), owner.frameGeometry().center());
         const pages::CustomerListOptions o = f.options();
-        QCOMPARE(QStringList({o.pageTitle, QString::number(o.columns), QString::number(o.blankLines), o.fontName, o.fontStyleSize}),
+        QCOMPARE(QStringList({o.pageTitle, QString::number(o.columns), QString::number(o.blankLines), o.fontName,
+                              o.fontStyleSize}),
                  QStringList({"Customer List", "3", "1", "Arial", "Bold 11"}));
         QCOMPARE(QList<bool>({o.printAddress, o.printEmail, o.printPhone, o.printNotes, o.printPageNumbers}),
                  QList<bool>({true, false, true, true, true}));
-        QCOMPARE(QList<int>({child<QComboBox>(f, u"cmbColumns"_s)->count(), child<QComboBox>(f, u"cmbBlankLines"_s)->count()}),
+        QCOMPARE(QList<int>(
+                     {child<QComboBox>(f, u"cmbColumns"_s)->count(), child<QComboBox>(f, u"cmbBlankLines"_s)->count()}),
                  QList<int>({4, 5}));
         QVERIFY(child<QPushButton>(f, u"cmdPrint"_s)->isDefault());
         // A rule is sunken: its upper line in the shadow colour, the lower in the light.
@@ -111,7 +113,8 @@ private slots:
         dialogs.nextFonts.push_back(chosen);
         f.cmdChangeFontClick();
         QCOMPARE(dialogs.last().kind, u"font"_s);
-        QCOMPARE(settings::PrintFontName.stored() + u'|' + settings::PrintFontStyleSize.stored(), u"DejaVu Serif|Bold Italic 10"_s);
+        QCOMPARE(settings::PrintFontName.stored() + u'|' + settings::PrintFontStyleSize.stored(),
+                 u"DejaVu Serif|Bold Italic 10"_s);
         f.cmdChangeFontClick();  // nothing more queued: cancelled
         QCOMPARE(f.options().fontName + u'|' + f.options().fontStyleSize, u"DejaVu Serif|Bold Italic 10"_s);
     }

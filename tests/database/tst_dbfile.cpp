@@ -102,7 +102,8 @@ private slots:
         // Content without any section; an unrelated XML file; a root without
         // sections, or with text after it.
         QTest::newRow("no section") << QByteArray("Shopping list:\r\nmilk\r\n") << 1 << "\"Shopping list:\"";
-        QTest::newRow("other XML") << crlf({"<?xml version=\"1.0\"?>", "<Customers>", "</Customers>"}) << 1 << "looks damaged";
+        QTest::newRow("other XML") << crlf({"<?xml version=\"1.0\"?>", "<Customers>", "</Customers>"}) << 1
+                                   << "looks damaged";
         QTest::newRow("empty root") << crlf({"<QOR-DB>", "</QOR-DB>"}) << 0 << "holds no section";
         QTest::newRow("text after the root") << crlf({"<QOR-DB>", "</QOR-DB>", "x"}) << 3 << "looks damaged";
         const QString wide = QStringLiteral("<QOR-DB>\r\n");
@@ -123,13 +124,16 @@ private slots:
         const ReadResult r = db.read(path);
         QCOMPARE(r.status, ReadResult::Status::Rejected);
         QCOMPARE(r.line, line);
-        for (const QString &part : {QDir::toNativeSeparators(path), line ? QStringLiteral("line %1").arg(line) : says, says})
+        for (const QString &part :
+             {QDir::toNativeSeparators(path), line ? QStringLiteral("line %1").arg(line) : says, says})
             QVERIFY2(r.message.contains(part), qPrintable(r.message));
         QVERIFY(r.keepsCopyOnSave && tablesEmpty(db));
         // The first save over it keeps a copy, named by the time.
         const SaveResult s = db.save(path);
         QVERIFY2(s.ok && readFile(s.keptCopy) == bytes && readFile(path) == db.serialize(), qPrintable(s.message));
-        QVERIFY2(QRegularExpression(QStringLiteral("/refused\\.xml\\.unreadable-\\d{8}-\\d{6}$")).match(s.keptCopy).hasMatch(),
+        QVERIFY2(QRegularExpression(QStringLiteral("/refused\\.xml\\.unreadable-\\d{8}-\\d{6}$"))
+                     .match(s.keptCopy)
+                     .hasMatch(),
                  qPrintable(s.keptCopy));
     }
 
@@ -169,7 +173,8 @@ private slots:
         QVERIFY(writeFile(path, old + "again"));
         QCOMPARE(db.read(path).status, ReadResult::Status::Rejected);
         const SaveResult b = db.save(path);
-        QVERIFY(b.ok && b.keptCopy != s.keptCopy && readFile(s.keptCopy) == old && readFile(b.keptCopy) == old + "again");
+        QVERIFY(b.ok && b.keptCopy != s.keptCopy && readFile(s.keptCopy) == old &&
+                readFile(b.keptCopy) == old + "again");
         // Blank lines alone are nothing to keep.
         const QString notes = dir.filePath(QStringLiteral("notes.xml"));
         QVERIFY(writeFile(notes, "\r\n  \t\r\n") && !db.read(notes).keepsCopyOnSave);
@@ -212,10 +217,12 @@ private slots:
         for (qint64 failAt : {qint64(0), qint64(1), qint64(4095), qint64(8) << 20, (qint64(8) << 20) + 1,
                               content.size() / 2, content.size() - 1}) {
             const SaveResult r = db.save(path, [failAt](QIODevice &file) { return std::make_unique<dbtest::Failing>(file, failAt); });
-            QVERIFY2(!r.ok && oldFileAlone() && r.message.contains(QLatin1String("No space left on device")), qPrintable(r.message));
+            QVERIFY2(!r.ok && oldFileAlone() && r.message.contains(QLatin1String("No space left on device")),
+                     qPrintable(r.message));
         }
         // A folder that is a file, a name that is a folder or a pipe: each is left as it is.
-        const QString blocker = own.filePath(QStringLiteral("blocker")), folder = own.filePath(QStringLiteral("folder.xml")),
+        const QString blocker = own.filePath(QStringLiteral("blocker")),
+                      folder = own.filePath(QStringLiteral("folder.xml")),
                       pipe = own.filePath(QStringLiteral("pipe.xml"));
         QVERIFY(writeFile(blocker, "not a folder") && QDir(own.path()).mkdir(QStringLiteral("folder.xml")));
         QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
@@ -310,14 +317,16 @@ private slots:
         QCOMPARE(versions::list(path).size(), 1);
 
         // Across file systems a version is a copy with the replaced file's time.
-        if (QFileInfo(QStringLiteral("/dev/shm")).isDir() && statOf(QStringLiteral("/dev/shm")).st_dev != statOf(own.path()).st_dev) {
+        if (QFileInfo(QStringLiteral("/dev/shm")).isDir() &&
+            statOf(QStringLiteral("/dev/shm")).st_dev != statOf(own.path()).st_dev) {
             QTemporaryDir elsewhere(QStringLiteral("/dev/shm/qor-versions-XXXXXX"));
             QVERIFY(QDir(own.path()).rename(QStringLiteral("shop.xml.versions"), QStringLiteral("old.versions")));
             QVERIFY(QFile::link(elsewhere.path(), own.filePath(QStringLiteral("shop.xml.versions"))));
             QVERIFY(setTime(stamp.addSecs(60)));
             const QByteArray replaced = readFile(path);
             const SaveResult copied = db.save(path, keep);
-            QVERIFY(copied.ok && copied.version.contains(QLatin1String("-20240131-093100")) && readFile(copied.version) == replaced);
+            QVERIFY(copied.ok && copied.version.contains(QLatin1String("-20240131-093100")) &&
+                    readFile(copied.version) == replaced);
             QCOMPARE(QFileInfo(copied.version).lastModified(), stamp.addSecs(60));
             QCOMPARE(QFileInfo(copied.version).permissions() & 0x0077, QFileDevice::Permissions());
             QFile::remove(own.filePath(QStringLiteral("shop.xml.versions")));
@@ -368,13 +377,18 @@ private slots:
         // The same copy through a disk that fills up: not written, nothing left.
         const QString full = files::writeVerified(own.filePath(QStringLiteral("full")), QByteArray(100000, 'x'),
                                                   [](QIODevice &f) { return std::make_unique<dbtest::Failing>(f, 5000); });
-        QVERIFY(full.contains(QLatin1String("No space left")) && !QFileInfo::exists(own.filePath(QStringLiteral("full"))));
+        QVERIFY(full.contains(QLatin1String("No space left")) &&
+                !QFileInfo::exists(own.filePath(QStringLiteral("full"))));
 
         // An ACL giving user 4242 read access: version 2, then tag, rights, id.
         QByteArray acl;
         auto put = [&acl](auto v) { acl.append(reinterpret_cast<const char *>(&v), sizeof v); };
         put(quint32(2));
-        for (auto [tag, perm, id] : {std::tuple{0x01, 6, quint32(-1)}, {0x02, 4, 4242u}, {0x04, 4, quint32(-1)}, {0x10, 4, quint32(-1)}, {0x20, 0, quint32(-1)}})
+        for (auto [tag, perm, id] : {std::tuple{0x01, 6, quint32(-1)},
+                                     {0x02, 4, 4242u},
+                                     {0x04, 4, quint32(-1)},
+                                     {0x10, 4, quint32(-1)},
+                                     {0x20, 0, quint32(-1)}})
             put(quint16(tag)), put(quint16(perm)), put(id);
         const QByteArray name = QFile::encodeName(fresh);
         if (::setxattr(name.constData(), "system.posix_acl_access", acl.constData(), size_t(acl.size()), 0) != 0) {
@@ -440,7 +454,16 @@ private slots:
                                 "<Current>No</Current>", "</Customer>", "<Customer CID=\"5\">", "<FName>Five</FName>",
                                 "</Customer>", "</Customers>", "<ProductsAndServices>", "<PS PSID=\"1\">", "</PS>",
                                 "<PS PSID=\"2\">", "</PS>", "</ProductsAndServices>", "<InvoiceRecords>"};
-        for (const auto &[bp, cid] : {std::pair{"B", "9"}, {"A", "9"}, {"A", "3"}, {"P1", "5k"}, {"P2", " 5"}, {"P3", "5K"}, {"P4", "7A"}, {"P5", "7a"}, {"P6", ""}, {"P7", "0"}})
+        for (const auto &[bp, cid] : {std::pair{"B", "9"},
+                                      {"A", "9"},
+                                      {"A", "3"},
+                                      {"P1", "5k"},
+                                      {"P2", " 5"},
+                                      {"P3", "5K"},
+                                      {"P4", "7A"},
+                                      {"P5", "7a"},
+                                      {"P6", ""},
+                                      {"P7", "0"}})
             lines << "<InvoiceRecord>"
                   << "<BP>" + QByteArray(bp) + "</BP>"
                   << "<CID>" + QByteArray(cid) + "</CID>"
@@ -486,7 +509,8 @@ private slots:
         db.fillInvoiceRecordNames();
         const QByteArray bytes = db.serialize();
         QVERIFY(bytes.size() > 16 << 20);
-        for (const QByteArray &variant : {bytes, QByteArray(bytes).replace("\r\n", "\n"), QByteArray(bytes).replace("\r\n", "\r")}) {
+        for (const QByteArray &variant :
+             {bytes, QByteArray(bytes).replace("\r\n", "\n"), QByteArray(bytes).replace("\r\n", "\r")}) {
             Database back;
             const Loaded l = load(back, dir, variant);
             QVERIFY(l.result.ok());

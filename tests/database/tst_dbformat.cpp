@@ -110,7 +110,9 @@ private slots:
         QCOMPARE(db.company()[4], QStringLiteral("&nbsp; &#; &#xZZ; &#1; &#2; &#99999999; &amp"));
         QCOMPARE(db.company()[8], QStringLiteral("\u20AC\u0160\u00E9\u0081"));
         // A second CompanyInfo, in any case, replaces every company field.
-        load(db, dir, crlf({"<CompanyInfo>", "<CompanyAdd1>Street</CompanyAdd1>", "</CompanyInfo>", "<companyINFO>", "<COMPANYNAME>Acme</COMPANYNAME>", "<companyslogan>Fast</companyslogan>", "</companyinfo>"}));
+        load(db, dir,
+             crlf({"<CompanyInfo>", "<CompanyAdd1>Street</CompanyAdd1>", "</CompanyInfo>", "<companyINFO>",
+                   "<COMPANYNAME>Acme</COMPANYNAME>", "<companyslogan>Fast</companyslogan>", "</companyinfo>"}));
         QVERIFY(db.company() == (std::array<QString, 9>{"Acme", "", "", "", "", "Fast"}));
         // A vertical tab, ESC and DEL are text, kept and saved as references;
         // the row separators can't be held by a value and fall away.
@@ -126,7 +128,9 @@ private slots:
                                                  "d"));
         QCOMPARE(db.company()[1], QString(QStringLiteral("\t\r\n") + QChar(0) + QStringLiteral("&#1;")));
         const QByteArray saved = db.serialize();
-        QVERIFY(saved.contains("<CompanyName>a&#11;b&#27;c&#127;d</CompanyName>\r\n\t\t<CompanyAdd1>&#9;&#13;\r\n&#0;&amp;#1;</CompanyAdd1>"));
+        QVERIFY(
+            saved.contains("<CompanyName>a&#11;b&#27;c&#127;d</"
+                           "CompanyName>\r\n\t\t<CompanyAdd1>&#9;&#13;\r\n&#0;&amp;#1;</CompanyAdd1>"));
     }
 
     void oddRowsDoNotBreakTheWriter()
@@ -165,10 +169,51 @@ private slots:
         // A second section adds to the first; the record's customer and item
         // come later in the file and are still found.
         QTest::newRow("tags in any case, sections in any order")
-            << crlf({"<qor-db>", "<invoiceRecords>", "<invoicerecord>", "<bp>May</bp><cid>7</cid><accountbalance>5</accountbalance>", "<PSID Number=\"1\">5</PSID>", "</InvoiceRecord>", "</INVOICERECORDS>", "<CompanyINFO>", "<companyname>First</companyname>", "<CompanyAdd1>Street</CompanyAdd1>", "</companyinfo>", "<CUSTOMERS>", "<CUSTOMER  cid = \"7K\">", "<fname>Ann</fname>", "<LNAME>Lee</LNAME>", "<ADD1>1 Main</add1>", "<current>yes</current>", "</CUSTOMER>", "</Customers>", "<billPeriods>", "<billperiod>", "<bpstart>2024/05/01</bpstart><BPNAME>May</BPNAME>", "<BPEnd>2024/05/31</BPEnd>", "<billdue>2024/06/15</billdue>", "</BillPeriod>", "</BILLPERIODS>", "<productsandservices>", "<ps psid=\"5\">", "<ITEM>Widget</ITEM>", "<itemprice>$5.00</itemprice>", "</ps>", "</productsandservices>", "<Customers>", "<Customer CID=\"2\">", "<LName>Bo</LName>", "</Customer>", "</Customers>", "<CompanyInfo>", "<COMPANYNAME>Acme</COMPANYNAME>", "<companyslogan>Fast</companyslogan>", "</CompanyInfo>", "</qor-db>"})
+            << crlf({"<qor-db>",
+                     "<invoiceRecords>",
+                     "<invoicerecord>",
+                     "<bp>May</bp><cid>7</cid><accountbalance>5</accountbalance>",
+                     "<PSID Number=\"1\">5</PSID>",
+                     "</InvoiceRecord>",
+                     "</INVOICERECORDS>",
+                     "<CompanyINFO>",
+                     "<companyname>First</companyname>",
+                     "<CompanyAdd1>Street</CompanyAdd1>",
+                     "</companyinfo>",
+                     "<CUSTOMERS>",
+                     "<CUSTOMER  cid = \"7K\">",
+                     "<fname>Ann</fname>",
+                     "<LNAME>Lee</LNAME>",
+                     "<ADD1>1 Main</add1>",
+                     "<current>yes</current>",
+                     "</CUSTOMER>",
+                     "</Customers>",
+                     "<billPeriods>",
+                     "<billperiod>",
+                     "<bpstart>2024/05/01</bpstart><BPNAME>May</BPNAME>",
+                     "<BPEnd>2024/05/31</BPEnd>",
+                     "<billdue>2024/06/15</billdue>",
+                     "</BillPeriod>",
+                     "</BILLPERIODS>",
+                     "<productsandservices>",
+                     "<ps psid=\"5\">",
+                     "<ITEM>Widget</ITEM>",
+                     "<itemprice>$5.00</itemprice>",
+                     "</ps>",
+                     "</productsandservices>",
+                     "<Customers>",
+                     "<Customer CID=\"2\">",
+                     "<LName>Bo</LName>",
+                     "</Customer>",
+                     "</Customers>",
+                     "<CompanyInfo>",
+                     "<COMPANYNAME>Acme</COMPANYNAME>",
+                     "<companyslogan>Fast</companyslogan>",
+                     "</CompanyInfo>",
+                     "</qor-db>"})
             << QStringList{"2k = Bo, ||Bo||||||", "7k = Lee, Ann|Ann|Lee|1 Main|||||"}
-            << QStringList{"May| = 2024/05/01|May|2024/05/31|2024/06/15"} << QStringList{"5k = 000000005.00$5.00 - Widget"}
-            << QStringList{"May|7| = May|Lee, Ann|7|5|5|"};
+            << QStringList{"May| = 2024/05/01|May|2024/05/31|2024/06/15"}
+            << QStringList{"5k = 000000005.00$5.00 - Widget"} << QStringList{"May|7| = May|Lee, Ann|7|5|5|"};
         // A commented line is gone with its FName; blanks inside an element
         // stay, tabs anywhere go; the lines of a note keep their breaks, and
         // lose the indentation at their ends.
@@ -287,9 +332,12 @@ private slots:
         // LF alone, CR alone, a mix, and no line end at the end read the same
         // and are saved with CR LF.
         Database db;
-        for (const QByteArray &variant : {QByteArray(full).replace("\r\n", "\n"), QByteArray(full).replace("\r\n", "\r"),
-                                          QByteArray(full).replace("<CompanyInfo>\r\n", "<CompanyInfo>\n").replace("<Customers>\r\n", "<Customers>\r"),
-                                          full.chopped(2)}) {
+        for (const QByteArray &variant :
+             {QByteArray(full).replace("\r\n", "\n"), QByteArray(full).replace("\r\n", "\r"),
+              QByteArray(full)
+                  .replace("<CompanyInfo>\r\n", "<CompanyInfo>\n")
+                  .replace("<Customers>\r\n", "<Customers>\r"),
+              full.chopped(2)}) {
             QVERIFY(load(db, dir, variant).result.ok());
             QCOMPARE(db.serialize(), reference.serialize());
         }

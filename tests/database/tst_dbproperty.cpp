@@ -151,7 +151,8 @@ private slots:
         QStringList typed{u"Ann"_qs, u"Lee zzzz\u00BB"_qs, ArchiveMark, {}, {}, {}, {}, u"zzzz\u00BB - <tags>\n"_qs};
         QVERIFY(entry::customerProblem(typed).isEmpty());
         // The mark may not lead the first or the last name.
-        for (const QStringList &marked : {QStringList{ArchiveMark, {}, {}, {}, {}, {}, {}, {}}, QStringList{{}, ArchiveMark, {}, {}, {}, {}, {}, {}}})
+        for (const QStringList &marked : {QStringList{ArchiveMark, {}, {}, {}, {}, {}, {}, {}},
+                                          QStringList{{}, ArchiveMark, {}, {}, {}, {}, {}, {}}})
             QVERIFY(entry::customerProblem(marked).contains(ArchiveMark));
         QVERIFY(entry::productProblem(u"$5.00", u"zzzz\u00BB - x").isEmpty());
         QVERIFY(entry::productProblem(u"zzzz\u00BB$5.00", u"N").contains(ArchiveMark));

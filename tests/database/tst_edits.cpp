@@ -15,7 +15,8 @@ namespace {
 
 CustomerRow customerNamed(const QString &last)
 {
-    return {customer::displayNameFor(QStringLiteral("Pat"), last), QStringLiteral("Pat"), last, QStringLiteral("1 Road")};
+    return {customer::displayNameFor(QStringLiteral("Pat"), last), QStringLiteral("Pat"), last,
+            QStringLiteral("1 Road")};
 }
 
 // Customers 1..12, of whom 2, 5 and 12 have records (12 only paid ones); items
@@ -32,7 +33,8 @@ void fill(Database &db)
     const std::tuple<const char *, const char *, int, QString> records[] = {
         {"P1", "Baker, Pat", 2, ItemEntry::join({"7", ItemEntry::make("12", 3)})}, {"P1", "Egan, Pat", 5, "7x2"}, {"P1", "Lane, Pat", 12, "7"}, {"P2", "Lane, Pat", 12, "7"}};
     for (const auto &[period, name, cid, items] : records) {
-        const InvoiceRecordRow r{period, name, QString::number(cid), cid == 2 ? QStringLiteral("4.5") : QStringLiteral("0"), items};
+        const InvoiceRecordRow r{period, name, QString::number(cid),
+                                 cid == 2 ? QStringLiteral("4.5") : QStringLiteral("0"), items};
         tables.invoiceRecords.add(record::keyFor(r.period, r.cid), r.text());
     }
 }

@@ -126,9 +126,14 @@ private slots:
         t.add("1k", "Brown");
         t.add("2k", "Adams");
         // Failures leave the table as it was. Keys are exact: "1K" is not "1k".
-        const std::function<void()> refused[] = {[&] { t.add(QString(), "Empty"); }, [&] { t.append("2k", "Clark"); },
-                                                 [&] { t.textOf(u"1K"); }, [&] { t.setTextOf(u"3k", "X"); }, [&] { t.setText(0, "X"); },
-                                                 [&] { t.setText(3, "X"); }, [&] { t.keyView(-1); }, [&] { t.add("1k", "Clark"); }};
+        const std::function<void()> refused[] = {[&] { t.add(QString(), "Empty"); },
+                                                 [&] { t.append("2k", "Clark"); },
+                                                 [&] { t.textOf(u"1K"); },
+                                                 [&] { t.setTextOf(u"3k", "X"); },
+                                                 [&] { t.setText(0, "X"); },
+                                                 [&] { t.setText(3, "X"); },
+                                                 [&] { t.keyView(-1); },
+                                                 [&] { t.add("1k", "Clark"); }};
         for (const auto &f : refused) QVERIFY(fails(f));
         // A refused bulk append by move leaves the caller its strings.
         QString key = QStringLiteral("2k"), text = QStringLiteral("Clark");
@@ -250,7 +255,8 @@ private slots:
         QVERIFY(compareRowText(u"\u00e9a", u"e\u0301a") != 0);
         QVERIFY(compareRowText(u"\ufb01", u"fi") != 0);
         // Archived texts after every other text, the mark exact; among themselves by name.
-        for (const QString &plain : QStringList{"Zzzzz", "zzzz", "zzzz\u00bc", "\uffff\uffff", "\U0001F600", "ZZZZ\u00bbAdams"})
+        for (const QString &plain :
+             QStringList{"Zzzzz", "zzzz", "zzzz\u00bc", "\uffff\uffff", "\U0001F600", "ZZZZ\u00bbAdams"})
             expectAscending({plain, a, a + "Adams", a + "brown", a + "Zed"});
     }
 

@@ -23,7 +23,9 @@ private slots:
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<qint64>("cents");  // none: not a price
-        auto row = [](const char *name, const QString &text, qint64 cents = None) { QTest::newRow(name) << text << cents; };
+        auto row = [](const char *name, const QString &text, qint64 cents = None) {
+            QTest::newRow(name) << text << cents;
+        };
         row("dollars", "$1,234.50", 123450);
         row("euros", "1.234,50 \u20AC", 123450);
         row("pounds", "\u00A312.50", 1250);

@@ -34,14 +34,18 @@ public:
         };
         const QStringList ec = {QStringLiteral("-newkey"), QStringLiteral("ec"), QStringLiteral("-pkeyopt"),
                                 QStringLiteral("ec_paramgen_curve:prime256v1"), QStringLiteral("-nodes")};
-        if (!run(QStringList{"req", "-x509", "-days", "2", "-subj", "/CN=Qorvane Test CA", "-keyout", d + "ca.key", "-out", caFile()} + ec))
+        if (!run(QStringList{"req", "-x509", "-days", "2", "-subj", "/CN=Qorvane Test CA", "-keyout", d + "ca.key",
+                             "-out", caFile()} +
+                 ec))
             return false;
         for (const QString name : {QStringLiteral("localhost"), QStringLiteral("wrong.example")}) {
             QFile ext(d + name + ".ext");
             if (!ext.open(QIODevice::WriteOnly)) return false;
             ext.write("subjectAltName=DNS:" + name.toLatin1() + (name == u"localhost" ? ",IP:127.0.0.1\n" : "\n"));
             ext.close();
-            if (!run(QStringList{"req", "-subj", "/CN=" + name, "-keyout", d + name + ".key", "-out", d + name + ".csr"} + ec) ||
+            if (!run(QStringList{"req", "-subj", "/CN=" + name, "-keyout", d + name + ".key", "-out",
+                                 d + name + ".csr"} +
+                     ec) ||
                 !run({"x509", "-req", "-in", d + name + ".csr", "-CA", caFile(), "-CAkey", d + "ca.key",
                       "-CAcreateserial", "-days", "2", "-extfile", ext.fileName(), "-out", d + name + ".pem"}))
                 return false;

@@ -139,7 +139,8 @@ private slots:
         a = {u"smtp.example.com"_s, 2525, Security::StartTls, u"me"_s, u"Me"_s, u"me@example.com"_s, {}, true, {}};
         saveAccount(a);
         const MailAccount b = loadAccount();
-        QVERIFY(b.server == a.server && b.port == 2525 && b.security == Security::StartTls && b.sendMeACopy && b.problem().isEmpty());
+        QVERIFY(b.server == a.server && b.port == 2525 && b.security == Security::StartTls && b.sendMeACopy &&
+                b.problem().isEmpty());
         a.replyTo = u"not an address"_s;
         QVERIFY(a.problem().contains(u"reply-to"_s));
     }
@@ -167,7 +168,11 @@ private slots:
 
     void trialRun()
     {
-        const QList<MailCustomer> customers = {{u"1"_s, u"Ann"_s, u"ann@example.com"_s}, {u"2"_s, u"Bob"_s, u""_s}, {u"3"_s, u"Cy"_s, u"cy at example"_s}, {u"4"_s, u"Di"_s, u"di@example.com; nobody"_s}, {u"5"_s, u"Ed"_s, u"ed@example.com"_s}};
+        const QList<MailCustomer> customers = {{u"1"_s, u"Ann"_s, u"ann@example.com"_s},
+                                               {u"2"_s, u"Bob"_s, u""_s},
+                                               {u"3"_s, u"Cy"_s, u"cy at example"_s},
+                                               {u"4"_s, u"Di"_s, u"di@example.com; nobody"_s},
+                                               {u"5"_s, u"Ed"_s, u"ed@example.com"_s}};
         MailAccount a;
         a.server = u"smtp.example.com"_s;
         a.senderAddress = u"me@example.com"_s;
@@ -197,7 +202,8 @@ private slots:
         QCOMPARE(&PasswordStore::current(), &store);
         store.keyringRunning = false;
         const QString key = u"smtp:me@smtp.example.com"_s;
-        QVERIFY(store.fetchAndWait(key).status == PasswordStore::Status::NoKeyring && !store.keyringProblem().isEmpty());
+        QVERIFY(store.fetchAndWait(key).status == PasswordStore::Status::NoKeyring &&
+                !store.keyringProblem().isEmpty());
         store.store(key, u"secret"_s);  // asked once: kept for this run, in memory only
         const int reads = store.reads;
         const auto again = store.fetchAndWait(key);

@@ -166,8 +166,9 @@ private slots:
                                                << u"No encrypted connection"_s;
         QTest::newRow("wrong host name") << u"implicit"_s << Security::SslTls << ok << u"wrong.example"_s << 0
                                          << u"certificate could not be verified"_s;
-        QTest::newRow("wrong password") << u"starttls"_s << Security::StartTls << QStringList{"--user", "billing", "--password", "guess"}
-                                        << host << 0 << u"refused the user name or password. (535"_s;
+        QTest::newRow("wrong password") << u"starttls"_s << Security::StartTls
+                                        << QStringList{"--user", "billing", "--password", "guess"} << host << 0
+                                        << u"refused the user name or password. (535"_s;
         QTest::newRow("dropped connection") << u"starttls"_s << Security::StartTls << ok + drop << host << 1
                                             << u"connection to the server was lost"_s;
     }
@@ -210,7 +211,10 @@ private slots:
             QVERIFY(read.wait());
             QVERIFY(w.keyringLine()->text().startsWith(u"No keyring service is running"_s));
             w.findChild<QSpinBox *>(u"txtPort"_s)->setValue(port);
-            for (const auto &[name, text] : {std::pair{"txtServer", u"localhost"_s}, {"txtUser", u"billing"_s}, {"txtPassword", Password}, {"txtSenderAddress", u"billing@example.com"_s}}) {
+            for (const auto &[name, text] : {std::pair{"txtServer", u"localhost"_s},
+                                             {"txtUser", u"billing"_s},
+                                             {"txtPassword", Password},
+                                             {"txtSenderAddress", u"billing@example.com"_s}}) {
                 auto *e = w.findChild<QLineEdit *>(QString::fromLatin1(name));
                 e->setFocus();
                 e->insert(text);  // as typed: textEdited, then leaving the field
@@ -251,7 +255,8 @@ private slots:
         {
             test::TablesEdit tables(db);
             tables.company[0] = u"Acme"_s;
-            tables.customers.add("1k", dbtest::fields({"Oak, Ann", "Ann", "Oak", "", "", "", "ann@example.org", "", ""}));
+            tables.customers.add("1k",
+                                 dbtest::fields({"Oak, Ann", "Ann", "Oak", "", "", "", "ann@example.org", "", ""}));
             tables.customers.add("2k", dbtest::fields({"Bell, Bo", "Bo", "Bell", "", "", "", "", "", ""}));
             for (const char *c : {"1", "2"})
                 tables.invoiceRecords.add(dbtest::fields({"May", c, ""}), dbtest::fields({"May", "", c, "12.34", "5x3", ""}));

@@ -144,7 +144,8 @@ private slots:
                  QSize(4815, 3645));  // held at the least size
         v->resize(v->width() + 100, v->height() + 60);
         QTRY_COMPARE(v->textBox1()->width(), twipsToPx(formWidthTwips(v) - 360));
-        QVERIFY(v->textBox1()->height() == twipsToPx(formHeightTwips(v) - 1230) && v->textBox2()->width() == v->textBox1()->width());
+        QVERIFY(v->textBox1()->height() == twipsToPx(formHeightTwips(v) - 1230) &&
+                v->textBox2()->width() == v->textBox1()->width());
         QCOMPARE(v->textBox1()->geometry().topLeft(), QPoint(twipsToPx(120), twipsToPx(960)));
         discard(w);
     }

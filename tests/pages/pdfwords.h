@@ -33,8 +33,14 @@ inline QList<PdfWord> readPdfWords(const QString &pdf, QString *error = nullptr)
         if (m.captured(0).startsWith(QLatin1String("<page "))) ++page;
         else
             out << PdfWord{page,
-                           m.captured(5).replace(QStringLiteral("&amp;"), QStringLiteral("&")).replace(QStringLiteral("&lt;"), QStringLiteral("<")).replace(QStringLiteral("&gt;"), QStringLiteral(">")).replace(QStringLiteral("&quot;"), QStringLiteral("\"")),
-                           m.captured(1).toDouble() * 20, m.captured(2).toDouble() * 20, m.captured(3).toDouble() * 20,
+                           m.captured(5)
+                               .replace(QStringLiteral("&amp;"), QStringLiteral("&"))
+                               .replace(QStringLiteral("&lt;"), QStringLiteral("<"))
+                               .replace(QStringLiteral("&gt;"), QStringLiteral(">"))
+                               .replace(QStringLiteral("&quot;"), QStringLiteral("\"")),
+                           m.captured(1).toDouble() * 20,
+                           m.captured(2).toDouble() * 20,
+                           m.captured(3).toDouble() * 20,
                            m.captured(4).toDouble() * 20};
     }
     return out;
@@ -43,7 +49,8 @@ inline QList<PdfWord> readPdfWords(const QString &pdf, QString *error = nullptr)
 // The first word with that text on that page, or nullptr.
 inline const PdfWord *findWord(const QList<PdfWord> &words, const QString &text, int page = 0)
 {
-    const auto it = std::find_if(words.begin(), words.end(), [&](const PdfWord &w) { return w.page == page && w.text == text; });
+    const auto it =
+        std::find_if(words.begin(), words.end(), [&](const PdfWord &w) { return w.page == page && w.text == text; });
     return it == words.end() ? nullptr : &*it;
 }
 

@@ -57,7 +57,9 @@ QString findOutput(const QString &token)
     QFile conf(QStringLiteral("/etc/cups/cups-pdf.conf"));
     for (const QByteArray &raw : conf.open(QIODevice::ReadOnly) ? conf.readAll().split('\n') : QList<QByteArray>())
         if (raw.trimmed().startsWith("Out "))
-            dirs << QString::fromLocal8Bit(raw.trimmed().mid(4)).trimmed().replace(QLatin1String("${HOME}"), QDir::homePath());
+            dirs << QString::fromLocal8Bit(raw.trimmed().mid(4))
+                        .trimmed()
+                        .replace(QLatin1String("${HOME}"), QDir::homePath());
     for (const QString &d : dirs)
         for (const QFileInfo &f : QDir(d).entryInfoList({u'*' + token + QStringLiteral("*.pdf")}, QDir::Files))
             return f.filePath();
@@ -89,7 +91,8 @@ class TstCupsPrint : public QObject {
             return 1.0;
         qint64 differ = 0;
         for (int y = 0; y < a.height(); ++y)
-            for (int x = 0; x < a.width(); ++x) differ += std::abs(int(a.constScanLine(y)[x]) - int(b.constScanLine(y)[x])) > 85;
+            for (int x = 0; x < a.width(); ++x)
+                differ += std::abs(int(a.constScanLine(y)[x]) - int(b.constScanLine(y)[x])) > 85;
         return double(differ) / (double(a.width()) * a.height());
     }
 
@@ -112,7 +115,9 @@ private slots:
         }
 
         // A cups-pdf queue, made when there is none.
-        m_queue = QRegularExpression(QStringLiteral("device for ([^:\n]+): cups-pdf:/")).match(run("lpstat", {"-v"})).captured(1);
+        m_queue = QRegularExpression(QStringLiteral("device for ([^:\n]+): cups-pdf:/"))
+                      .match(run("lpstat", {"-v"}))
+                      .captured(1);
         QString why;
         if (m_queue.isEmpty()) {
             m_queue = QStringLiteral("PDF");
@@ -181,7 +186,9 @@ private slots:
         QPrinter printer(QPrinterInfo::printerInfo(queue), QPrinter::HighResolution);
         const PrintOutcome out = printPages({composeInvoice(sampleInvoice(1, 2, true, false)).first()}, printer, "rejected");
         run("lpadmin", {"-x", queue});
-        QVERIFY2(out.status == PrintStatus::Failed && out.printer == queue && out.reason.contains(QLatin1String("not accepting jobs")), qPrintable(out.reason));
+        QVERIFY2(out.status == PrintStatus::Failed && out.printer == queue &&
+                     out.reason.contains(QLatin1String("not accepting jobs")),
+                 qPrintable(out.reason));
     }
 };
 

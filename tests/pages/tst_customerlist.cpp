@@ -59,7 +59,11 @@ private slots:
     {
         // Style text and size as stored; a style without a number keeps the
         // template's size; case is ignored.
-        for (const auto &[style, bold, italic, size] : {std::tuple{"Bold Italic 10", true, true, 10.0}, {"bold italic ", true, true, 8.25}, {"Regular 8", false, false, 8.0}, {"Italic 12", false, true, 12.0}, {"Bold 14", true, false, 14.0}}) {
+        for (const auto &[style, bold, italic, size] : {std::tuple{"Bold Italic 10", true, true, 10.0},
+                                                        {"bold italic ", true, true, 8.25},
+                                                        {"Regular 8", false, false, 8.0},
+                                                        {"Italic 12", false, true, 12.0},
+                                                        {"Bold 14", true, false, 14.0}}) {
             const ListFont f = parseListFont(u"Verdana"_s, QString::fromLatin1(style));
             QVERIFY2(f.name == u"Verdana" && f.bold == bold && f.italic == italic && f.size == size, style);
             // What the options window writes reads back the same.
@@ -77,7 +81,8 @@ private slots:
         for (const char *n : {"Adams", "Baker", "Cole", "Dunn"})
             t.add(numberKey(t.count() + 1), row(QString::fromLatin1(n)));
         t.add(u"9k"_s, customer::archivedText(row(u"Zed & Co"_s)));
-        CustomerListOptions o{.pageTitle = u"Tom & Jerry's"_s, .columns = 1, .blankLines = 0, .fontStyleSize = u"Bold Italic 10"_s};
+        CustomerListOptions o{
+            .pageTitle = u"Tom & Jerry's"_s, .columns = 1, .blankLines = 0, .fontStyleSize = u"Bold Italic 10"_s};
         QList<Page> pages = composeCustomerList(t, o);
         QCOMPARE(pages.size(), 1);
         const Page &p = pages[0];

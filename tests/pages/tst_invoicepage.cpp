@@ -58,7 +58,8 @@ private slots:
         for (int t = 0; t < 3; ++t) {
             const Page &p = *invoiceTemplate(t);
             // The stamp lies on top of everything.
-            QVERIFY(!p.at("lblInvoiceDate").visible && !p.at("imgPaid").visible && p.elements().last().name == u"imgPaid");
+            QVERIFY(!p.at("lblInvoiceDate").visible && !p.at("imgPaid").visible &&
+                    p.elements().last().name == u"imgPaid");
         }
         QVERIFY(!invoiceTemplate(3) && !invoiceTemplate(-1));
     }
@@ -109,10 +110,12 @@ private slots:
                     printed += *qor::Money::fromPriceText(text(p, "lblAm", i));
             }
             QCOMPARE(p.at("lblPageNumber").visible, pages.size() > 1);
-            QVERIFY(pages.size() == 1 || text(p, "lblPageNumber") == QStringLiteral("Page %1 of %2").arg(n + 1).arg(pages.size()));
+            QVERIFY(pages.size() == 1 ||
+                    text(p, "lblPageNumber") == QStringLiteral("Page %1 of %2").arg(n + 1).arg(pages.size()));
             // Only the last page totals, stamps and closes.
             QVERIFY(p.at("lblTotalAm").visible == last && text(p, "lblInvoiceClosing").isEmpty() == !last);
-            QVERIFY(p.at("imgPaid").visible == (last && in.balance.isZero()) && p.at("lblPageNumber").top == p.at("lblTotalDue").top);
+            QVERIFY(p.at("imgPaid").visible == (last && in.balance.isZero()) &&
+                    p.at("lblPageNumber").top == p.at("lblTotalDue").top);
         }
         // Every item once, adding up to what was billed; the total is the balance.
         QVERIFY(item == items && printed == in.billed());
@@ -129,7 +132,8 @@ private slots:
         in.lines << InvoiceLine::invoiceNote("Late note");
         QList<Page> pages = composeInvoice(in);
         QCOMPARE(pages.size(), qsizetype(2));
-        QCOMPARE(text(pages[0], "lblNote") + u'|' + text(pages[1], "lblNote") + u'|' + text(pages[1], "lblTotalAm"), QStringLiteral("|NOTE: Late note|$78.00"));
+        QCOMPARE(text(pages[0], "lblNote") + u'|' + text(pages[1], "lblNote") + u'|' + text(pages[1], "lblTotalAm"),
+                 QStringLiteral("|NOTE: Late note|$78.00"));
 
         in = input(0, 11);
         in.lines << InvoiceLine::invoiceNote("Pay by Friday & thanks");
@@ -144,7 +148,8 @@ private slots:
                  << InvoiceLine::item("Third", 2, qor::Money::fromCents(200));
         in.balance = in.billed();
         const Page p = compose(in);
-        QCOMPARE((QStringList{text(p, "lblPS", 0), text(p, "lblPS", 1), text(p, "lblPS", 2)}), (QStringList{"First", "", "Third (x2)"}));
+        QCOMPARE((QStringList{text(p, "lblPS", 0), text(p, "lblPS", 1), text(p, "lblPS", 2)}),
+                 (QStringList{"First", "", "Third (x2)"}));
         QCOMPARE(text(p, "lblTotalAm"), QStringLiteral("$3.00"));
         // No line, or a form that isn't one: no page.
         QVERIFY(composeInvoice(input(0, 0)).isEmpty());
@@ -180,8 +185,14 @@ private slots:
         const int moved = move ? delta : 0;
         // The box and the total move up by the lines left out, the text under
         // it when asked; the used lines and the stamp stay where they are.
-        const QList<int> at{p.at("lneAboveTotal").y1, p.at("lneAboveTotal").y2, p.at("lblTotalDue").top, p.at("lblTotalAm").top, p.at("shpPSBox").height, p.at("lnePSAmDivider").y2, p.at("lnePSAmDivider").y1, p.at("lblNote").top, p.at("lblChecksPayableTo").top, p.at("lblCompanyPhone").top, p.at("lblInvoiceClosing").top, p.at("lblPS", 0).top, p.at("imgPaid").top};
-        QCOMPARE(at, (QList<int>{11640 - delta, 11640 - delta, 11760 - delta, 11760 - delta, 5415 - delta, 12120 - delta, 6720, 12600 - moved, 13320 - moved, 13680 - moved, 14160 - moved, 7320, 7680}));
+        const QList<int> at{p.at("lneAboveTotal").y1, p.at("lneAboveTotal").y2, p.at("lblTotalDue").top,
+                            p.at("lblTotalAm").top, p.at("shpPSBox").height, p.at("lnePSAmDivider").y2,
+                            p.at("lnePSAmDivider").y1, p.at("lblNote").top, p.at("lblChecksPayableTo").top,
+                            p.at("lblCompanyPhone").top, p.at("lblInvoiceClosing").top, p.at("lblPS", 0).top,
+                            p.at("imgPaid").top};
+        QCOMPARE(at,
+                 (QList<int>{11640 - delta, 11640 - delta, 11760 - delta, 11760 - delta, 5415 - delta, 12120 - delta,
+                             6720, 12600 - moved, 13320 - moved, 13680 - moved, 14160 - moved, 7320, 7680}));
     }
 
     void paidStampAndZeroTotal()
@@ -251,7 +262,8 @@ private slots:
             if (cleared) in.company[size_t(cleared)].clear();
             const Page p = compose(in);
             if (!text(p, "lblCompanyAddress", 3).isEmpty() && cleared == 3) return QList<int>{};  // nothing moves down
-            return QList<int>{p.at("lblCompanyAddress", 0).top, p.at("lblCompanyAddress", 1).top, p.at("lblCompanyAddress", 2).top};
+            return QList<int>{p.at("lblCompanyAddress", 0).top, p.at("lblCompanyAddress", 1).top,
+                              p.at("lblCompanyAddress", 2).top};
         };
         QCOMPARE(tops(0), full);
         QCOMPARE(tops(3), shifted);
@@ -279,7 +291,8 @@ private slots:
         in.options.addInvoiceDate = withDate;
         const Page p = compose(in);
         QCOMPARE(p.at("lblBillDue").top, dueTop);
-        QVERIFY(p.at("lblInvoiceDate").visible == withDate && (!withDate || text(p, "lblInvoiceDate") == u"INVOICE DATE: 07/01/2026"));
+        QVERIFY(p.at("lblInvoiceDate").visible == withDate &&
+                (!withDate || text(p, "lblInvoiceDate") == u"INVOICE DATE: 07/01/2026"));
         QCOMPARE(p.at("lblInvoiceDate").top, invoiceTemplate(form)->at("lblInvoiceDate").top);
     }
 
@@ -350,7 +363,8 @@ private slots:
                 // title's widest word needs: the large "INVOICE" reads whole.
                 const Element &design = invoiceTemplate(form)->at("lblInvoiceTitle");
                 const bool right = design.align == Align::Right;
-                QVERIFY((right ? t.left + t.width : t.left) == (right ? design.left + design.width : design.left) && t.width >= 2955);
+                QVERIFY((right ? t.left + t.width : t.left) == (right ? design.left + design.width : design.left) &&
+                        t.width >= 2955);
                 for (const QString &word : shown.split(u' ', Qt::SkipEmptyParts))
                     QVERIFY2(pageFont(t).advance(word) <= t.width, qPrintable(word));
                 QCOMPARE(layoutText(t).size(), shown.isEmpty() ? 0 : 1);
@@ -360,7 +374,11 @@ private slots:
 
     void wrappingAndCutting()
     {
-        Element e{.left = 1000, .top = 2000, .width = 2000, .height = 255, .text = QStringLiteral("one two three four five six seven eight nine ten")};
+        Element e{.left = 1000,
+                  .top = 2000,
+                  .width = 2000,
+                  .height = 255,
+                  .text = QStringLiteral("one two three four five six seven eight nine ten")};
         QList<TextLine> lines = layoutText(e);
         // Only the first line fits in the height; it broke at a blank.
         QVERIFY(lines.size() == 1 && lines[0].width <= 2000 && e.text.startsWith(lines[0].text + u' '));

@@ -85,7 +85,8 @@ private slots:
             // The first line's text at left 840, top 7320; the next a pitch lower.
             expectAt(w, u"Lawn"_s, Left, 840);
             expectAt(w, u"Lawn"_s, Top, 7320, 40);
-            QVERIFY(findWord(w, u"Hedge"_s) && near(findWord(w, u"Hedge"_s)->top - findWord(w, u"Lawn"_s)->top, 360, 2));
+            QVERIFY(findWord(w, u"Hedge"_s) &&
+                    near(findWord(w, u"Hedge"_s)->top - findWord(w, u"Lawn"_s)->top, 360, 2));
             expectAt(w, u"$45.00"_s, Centre, 9727.5);            // centred in its column, 8640 + 2175 / 2
             expectAt(w, u"DUE:"_s, Right, 8295, 20, {}, 11760);  // "TOTAL DUE:" right-aligned
             expectAt(w, u"DUE:"_s, Top, 11760, 40, {}, 11760);
@@ -144,7 +145,8 @@ private slots:
         const QList<PdfWord> b = pdfOf(pages, "writer.pdf");
         QVERIFY(a.size() == b.size() && a.last().page == 1);
         for (qsizetype i = 0; i < a.size(); ++i)
-            QVERIFY2(a[i].text == b[i].text && near(a[i].left, b[i].left, 4) && near(a[i].top, b[i].top, 4), qPrintable(a[i].text));
+            QVERIFY2(a[i].text == b[i].text && near(a[i].left, b[i].left, 4) && near(a[i].top, b[i].top, 4),
+                     qPrintable(a[i].text));
     }
 
     void landscapePageAndBadFile()
@@ -159,7 +161,8 @@ private slots:
     void envelopeMargins()
     {
         // Half to even; what holds no number is 0.
-        for (const auto &[text, cm] : {std::pair{u"2.5"_s, 2}, {u"3.5"_s, 4}, {u"2.51"_s, 3}, {u" 7cm"_s, 7}, {u""_s, 0}, {u"abc"_s, 0}})
+        for (const auto &[text, cm] :
+             {std::pair{u"2.5"_s, 2}, {u"3.5"_s, 4}, {u"2.51"_s, 3}, {u" 7cm"_s, 7}, {u""_s, 0}, {u"abc"_s, 0}})
             QCOMPARE(marginCentimetres(text), cm);
     }
 
@@ -218,7 +221,8 @@ private slots:
         const Page gaps = composeEnvelope(in, size);
         QCOMPARE(gaps.elements().size(), 8);
         for (int i = 0; i < 8; ++i)
-            QCOMPARE(QPoint(gaps.elements()[i].left, gaps.elements()[i].top), QPoint(page.elements()[i].left, page.elements()[i].top));
+            QCOMPARE(QPoint(gaps.elements()[i].left, gaps.elements()[i].top),
+                     QPoint(page.elements()[i].left, page.elements()[i].top));
         QVERIFY(gaps.elements()[0].text.isEmpty() && gaps.elements()[4].text == u"Jane Roe");
         QVERIFY(gaps.elements()[4].fontSize == 12.0 && gaps.elements()[5].fontSize == 10.0);
     }
@@ -230,7 +234,9 @@ private slots:
             QLocale::setDefault(QLocale(QString::fromLatin1(name)));
             const Page page = composeEnvelope(envelopeSample());
             const Element &last = page.elements().last();
-            QVERIFY2(page.isLandscape() && last.top + last.height < page.height() && last.left + last.width < page.width(), name);
+            QVERIFY2(
+                page.isLandscape() && last.top + last.height < page.height() && last.left + last.width < page.width(),
+                name);
         }
         QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     }

@@ -104,17 +104,20 @@ private slots:
         t.setChecked(bob, false);
         click(button(u"cmdPrintSelectedInvoices"_s));
         QCOMPARE(jobs, 1);  // all pages one job
-        QVERIFY(shownDuringRun && barDuringRun > 0 && barDuringRun < 100 && !printingShown() && !panel->findChild<QProgressBar *>(u"staPrinting"_s)->isVisible());
+        QVERIFY(shownDuringRun && barDuringRun > 0 && barDuringRun < 100 && !printingShown() &&
+                !panel->findChild<QProgressBar *>(u"staPrinting"_s)->isVisible());
         // The tree's order (by display name: "Cy", "Lee, Ann", "Ray, Bob"),
         // each duplicate right after its invoice.
         QCOMPARE(panel->tickedCustomerKeys(), QStringList({u"3k"_s, u"1k"_s}));
         QStringList pages = pageTexts(pdf);
         QCOMPARE(addressees(pages), QStringList({u"Cy"_s, u"Cy"_s, u"Ann Lee"_s, u"Ann Lee"_s}));
         // Ann was billed $17.00 and owes $10.00: the part payment shows.
-        QVERIFY2(pages[2] == pages[3] && pages[2].contains(u"Test Co"_s) && pages[2].contains(u"Six (x2) $12.00 "_s) && pages[2].contains(u"Billed: $17.00 Paid: $7.00 "_s) && pages[2].contains(u"TOTAL DUE: $10.00"_s),
+        QVERIFY2(pages[2] == pages[3] && pages[2].contains(u"Test Co"_s) && pages[2].contains(u"Six (x2) $12.00 "_s) &&
+                     pages[2].contains(u"Billed: $17.00 Paid: $7.00 "_s) && pages[2].contains(u"TOTAL DUE: $10.00"_s),
                  qPrintable(pages[2]));
         // Nothing changed: no data, no changed state, the ticks as they were.
-        QVERIFY(!w->databaseChanged() && box->fileBytes() == before && !t.checked(bob) && answers.dialogs.seen.isEmpty());
+        QVERIFY(!w->databaseChanged() && box->fileBytes() == before && !t.checked(bob) &&
+                answers.dialogs.seen.isEmpty());
 
         // The envelope button walks the same ticked customers.
         QStringList names;
@@ -149,7 +152,8 @@ private slots:
         panel->printInvoices = [&](const QList<pages::Page> &pages) {
             jobs += int(pages.size());
             sent = pages;
-            return pages::PrintOutcome{status, printer, status == pages::PrintStatus::Failed ? u"Out of paper."_s : QString()};
+            return pages::PrintOutcome{status, printer,
+                                       status == pages::PrintStatus::Failed ? u"Out of paper."_s : QString()};
         };
         QAbstractButton *print = button(u"cmdPrintSelectedInvoices"_s);
         w->db().setCompanyField(0, QString());
@@ -225,7 +229,8 @@ private slots:
             return pages::PrintOutcome{pages::PrintStatus::Printed, {}, {}};
         };
         panel->printEnvelopes({});
-        QVERIFY(jobs.isEmpty() && answers.seen().isEmpty() && settings::XMargin.stored() == u"2" && settings::YMargin.stored() == u"12");
+        QVERIFY(jobs.isEmpty() && answers.seen().isEmpty() && settings::XMargin.stored() == u"2" &&
+                settings::YMargin.stored() == u"12");
 
         // Three customers, the second job refused.
         settings::XMargin.store(u"3.5"_s);
@@ -255,7 +260,8 @@ private slots:
 
         // The envelopes: company from the file, the customer's name, the stored margins.
         const pages::Page &first = jobs[0];
-        QVERIFY(first.elements()[0].text == u"Test Co" && first.elements()[4].text == u"Ann Lee" && jobs[1].elements()[4].text == u"Cy ");
+        QVERIFY(first.elements()[0].text == u"Test Co" && first.elements()[4].text == u"Ann Lee" &&
+                jobs[1].elements()[4].text == u"Cy ");
         QCOMPARE(QPoint(first.elements()[0].left, first.elements()[0].top),
                  QPoint(std::lround(4 * pages::TwipsPerCm), std::lround(2 * pages::TwipsPerCm)));
     }

@@ -113,7 +113,8 @@ private slots:
 
         // Kept to the cent: more decimals are refused with a message, and the entry stays.
         addItem("0.005", "Nut");
-        QVERIFY2(m_answers->last().text.startsWith("\"0.005\" has more than two decimals."), qPrintable(m_answers->last().text));
+        QVERIFY2(m_answers->last().text.startsWith("\"0.005\" has more than two decimals."),
+                 qPrintable(m_answers->last().text));
         QCOMPARE(table().count(), 6);
         QCOMPARE(buttons(), "&Add New / &Cancel New");
     }

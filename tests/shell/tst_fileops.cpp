@@ -212,8 +212,9 @@ private slots:
         click(closeBooks);
         click(closeBooks);
         const auto &form = answers->seen[0].form;
-        QCOMPARE(QStringList({QString::number(answers->seen.size()), answers->seen[0].kind, form.key, form.presetAnswer}),
-                 QStringList({"2", "messageForm", "DontShowExplanationOfClosingBooks", "No"}));
+        QCOMPARE(
+            QStringList({QString::number(answers->seen.size()), answers->seen[0].kind, form.key, form.presetAnswer}),
+            QStringList({"2", "messageForm", "DontShowExplanationOfClosingBooks", "No"}));
         QVERIFY(form.buttons != u"OK"_s);
 
         // Money is owed: told before anything else, and Cancel keeps the books open.
@@ -261,7 +262,8 @@ private slots:
         addCustomer(u"Dora"_s);
         answers->nextFileNames = {at(u"Year3.xml"_s)};
         click(closeBooks);
-        QCOMPARE(readBack(at(u"Year2.xml"_s))->customers().count() + readBack(at(u"Year3.xml"_s))->customers().count(), 8);
+        QCOMPARE(readBack(at(u"Year2.xml"_s))->customers().count() + readBack(at(u"Year3.xml"_s))->customers().count(),
+                 8);
         QVERIFY(!w->databaseChanged() && sb.fileBytes() == original && recoveryCopies().isEmpty());
     }
 

@@ -227,7 +227,8 @@ private slots:
         taken.setQuestions(&dialogs);
         dialogs.nextAnswers = {Answer::Ignore, Answer::Cancel, Answer::Ignore, Answer::Ok};
         taken.load();
-        QVERIFY(!taken.isReadOnly() && dbtest::readFile(lock).startsWith(QByteArray::number(QCoreApplication::applicationPid())));
+        QVERIFY(!taken.isReadOnly() &&
+                dbtest::readFile(lock).startsWith(QByteArray::number(QCoreApplication::applicationPid())));
     }
 
     // A save notices a file another program changed since it was read.

@@ -48,7 +48,12 @@ struct Books {
     void customer(int cid, const QString &first, const QString &last, bool archived = false)
     {
         const QString name = customer::displayNameFor(first, last);
-        edit([&](auto &t) { t.customers.add(numberKey(qint64(cid)), CustomerRow{archived ? ArchiveMark + name : name, first, last, u"1 Elm St"_s, {}, {}, {}, {}, {}}.text()); });
+        edit([&](auto &t) {
+            t.customers.add(
+                numberKey(qint64(cid)),
+                CustomerRow{archived ? ArchiveMark + name : name, first, last, u"1 Elm St"_s, {}, {}, {}, {}, {}}
+                    .text());
+        });
     }
     void period(const QString &name, const QString &due, const QString &end = {})
     {
@@ -57,7 +62,9 @@ struct Books {
     void record(const QString &period, int cid, const QString &balance, const QString &items = u"1x3"_s)
     {
         const QString c = QString::number(cid);
-        edit([&](auto &t) { t.invoiceRecords.add(record::keyFor(period, c), InvoiceRecordRow{period, {}, c, balance, items, {}}.text()); });
+        edit([&](auto &t) {
+            t.invoiceRecords.add(record::keyFor(period, c), InvoiceRecordRow{period, {}, c, balance, items, {}}.text());
+        });
     }
     template <typename F>
     void edit(F change)
@@ -201,7 +208,8 @@ private slots:
     {
         // A value that holds a field's name is not filled in again; other braces stay.
         const ReminderFields values{u"{company} Al"_s, u"$5"_s, u"05/01/2024"_s, u"60"_s, u"Acme"_s};
-        QCOMPARE(fillReminder(u"{customer} {amount} {oldest due date} {days overdue} {company}"_s, values), u"{company} Al $5 05/01/2024 60 Acme"_s);
+        QCOMPARE(fillReminder(u"{customer} {amount} {oldest due date} {days overdue} {company}"_s, values),
+                 u"{company} Al $5 05/01/2024 60 Acme"_s);
         QCOMPARE(fillReminder(u"{x} {customer"_s, values), u"{x} {customer"_s);
         QCOMPARE(files::eachFileName(u"A/B\tC"_s, u"12"_s, documentWhat(false, AsOf)), u"A_B_C (12) - statement 2024-06-30.pdf"_s);
     }
@@ -233,13 +241,18 @@ private slots:
             // Each period once, in due order down the pages, above the foot.
             QList<PdfWord> rows;
             QStringList shown, due;
-            std::copy_if(words.begin(), words.end(), std::back_inserter(rows), [](const PdfWord &w) { return w.text.startsWith(u"Period"); });
-            std::sort(rows.begin(), rows.end(), [](const PdfWord &l, const PdfWord &r) { return std::pair(l.page, l.top) < std::pair(r.page, r.top); });
+            std::copy_if(words.begin(), words.end(), std::back_inserter(rows),
+                         [](const PdfWord &w) { return w.text.startsWith(u"Period"); });
+            std::sort(rows.begin(), rows.end(), [](const PdfWord &l, const PdfWord &r) {
+                return std::pair(l.page, l.top) < std::pair(r.page, r.top);
+            });
             for (int i = 0; i < 60; ++i) due << u"Period%1"_s.arg(i);
-            for (const PdfWord &w : rows) shown << (w.bottom < pages::statementpage::ContentBottom ? w.text : u"too low"_s);
+            for (const PdfWord &w : rows)
+                shown << (w.bottom < pages::statementpage::ContentBottom ? w.text : u"too low"_s);
             QCOMPARE(shown, due);
             // 59 x 12.50 - 4.25
-            QVERIFY(findWord(words, u"$733.25"_s, pages - 1) && findWord(words, u"(credit)"_s, pages - 1) && findWord(words, u"credits:"_s, pages - 1));
+            QVERIFY(findWord(words, u"$733.25"_s, pages - 1) && findWord(words, u"(credit)"_s, pages - 1) &&
+                    findWord(words, u"credits:"_s, pages - 1));
             QVERIFY(findWord(words, u"YOU!"_s, pages - 1) && !findWord(words, u"YOU!"_s, 0));
             for (int p = 0; p < pages; ++p) QVERIFY(findWord(words, u"BALANCE"_s, p) || p == pages - 1);
             QCOMPARE(bool(findWord(words, u"Dear"_s, 0)), reminder);
