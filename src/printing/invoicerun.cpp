@@ -95,17 +95,22 @@ QList<pages::Page> invoicePagesFor(const Database &db, const InvoiceTree &tree, 
     return pages::composeInvoice(invoiceInputFor(db, tree, customerNode, run));
 }
 
-QList<pages::Page> composeInvoiceRun(const Database &db, const InvoiceTree &tree, const RunValues &run)
+QList<pages::Page> composeInvoiceRun(const Database &db, const InvoiceTree &tree, const RunValues &run,
+                                     const RunProgress &progress)
 {
     QList<pages::Page> out;
-    tree.forEachNode([&](int node) {
+    const std::vector<int> nodes = tree.nodes();
+    for (size_t i = 0; i < nodes.size(); ++i) {
+        if (progress)
+            progress(qsizetype(i + 1), qsizetype(nodes.size()));
+        const int node = nodes[i];
         if (!tree.checked(node) || tree.kind(node) != NodeKind::Customer)
-            return;
+            continue;
         const QList<pages::Page> invoice = invoicePagesFor(db, tree, node, run);
         out << invoice;
         if (run.options.printDuplicates)
             out << invoice;
-    });
+    }
     return out;
 }
 

@@ -11,6 +11,7 @@
 #include <QString>
 
 #include <array>
+#include <functional>
 
 namespace qor {
 
@@ -44,9 +45,14 @@ pages::InvoiceInput invoiceInputFor(const Database &db, const InvoiceTree &tree,
 QList<pages::Page> invoicePagesFor(const Database &db, const InvoiceTree &tree, int customerNode,
                                    const RunValues &run);
 
+// Told before each node of the tree is looked at: how many so far, counting
+// this one, and of how many nodes.
+using RunProgress = std::function<void(qsizetype done, qsizetype of)>;
+
 // The whole run: the invoice of every ticked customer node in node order,
 // the duplicate of an invoice right after it when asked. Reads only.
-QList<pages::Page> composeInvoiceRun(const Database &db, const InvoiceTree &tree, const RunValues &run);
+QList<pages::Page> composeInvoiceRun(const Database &db, const InvoiceTree &tree, const RunValues &run,
+                                     const RunProgress &progress = {});
 
 // The run's question before printing: true when neither the company name nor
 // the first address line holds text.

@@ -222,24 +222,11 @@ void PrintingPanel::cmdPrintSelectedInvoicesClick()
     m_staPrinting->show();
     // The pages are composed first, node by node, and sent as one job, so a
     // printer that refuses the run costs the run once and says so once.
-    QList<pages::Page> pages;
-    {
-        const invoicerun::RunValues run = runValues();
-        const InvoiceTree &t = treeModel();
-        const std::vector<int> nodes = t.nodes();
-        const double n = double(nodes.size()) + 1;
-        for (size_t i = 0; i < nodes.size(); ++i) {
-            m_staPrinting->setValue(int(double(i + 1) / n * 100));
+    const QList<pages::Page> pages =
+        invoicerun::composeInvoiceRun(ctx.db(), treeModel(), runValues(), [this](qsizetype done, qsizetype of) {
+            m_staPrinting->setValue(int(double(done) / double(of + 1) * 100));
             m_staPrinting->repaint();
-            const int node = nodes[i];
-            if (!t.checked(node) || t.kind(node) != NodeKind::Customer)
-                continue;
-            const QList<pages::Page> invoice = invoicerun::invoicePagesFor(ctx.db(), t, node, run);
-            pages << invoice;
-            if (run.options.printDuplicates)
-                pages << invoice;
-        }
-    }
+        });
     const pages::PrintOutcome out = pages.isEmpty() ? pages::PrintOutcome{pages::PrintStatus::Printed, {}, {}}
                                                     : printInvoices(pages);
     m_lblPrinting->hide();
