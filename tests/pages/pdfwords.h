@@ -5,6 +5,7 @@
 #include <QList>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QSizeF>
 #include <QString>
 
 #include <algorithm>
@@ -16,7 +17,8 @@ struct PdfWord {
     double left = 0, top = 0, right = 0, bottom = 0;  // twips
 };
 
-inline QList<PdfWord> readPdfWords(const QString &pdf, QString *error = nullptr)
+// With pageSizes, the size of each page in points.
+inline QList<PdfWord> readPdfWords(const QString &pdf, QString *error = nullptr, QList<QSizeF> *pageSizes = nullptr)
 {
     QProcess p;
     p.start(QStringLiteral("pdftotext"), {QStringLiteral("-bbox"), pdf, QStringLiteral("-")});
@@ -25,23 +27,26 @@ inline QList<PdfWord> readPdfWords(const QString &pdf, QString *error = nullptr)
         return {};
     }
     static const QRegularExpression re(QStringLiteral(
-        "<page |<word xMin=\"([0-9.]+)\" yMin=\"([0-9.]+)\" xMax=\"([0-9.]+)\" yMax=\"([0-9.]+)\">([^<]*)</word>"));
+        "<page width=\"([0-9.]+)\" height=\"([0-9.]+)\"|"
+        "<word xMin=\"([0-9.]+)\" yMin=\"([0-9.]+)\" xMax=\"([0-9.]+)\" yMax=\"([0-9.]+)\">([^<]*)</word>"));
     QList<PdfWord> out;
     int page = -1;
     for (auto it = re.globalMatch(QString::fromUtf8(p.readAllStandardOutput())); it.hasNext();) {
         const QRegularExpressionMatch m = it.next();
-        if (m.captured(0).startsWith(QLatin1String("<page "))) ++page;
-        else
+        if (m.captured(0).startsWith(QLatin1String("<page "))) {
+            ++page;
+            if (pageSizes) *pageSizes << QSizeF(m.captured(1).toDouble(), m.captured(2).toDouble());
+        } else
             out << PdfWord{page,
-                           m.captured(5)
+                           m.captured(7)
                                .replace(QStringLiteral("&amp;"), QStringLiteral("&"))
                                .replace(QStringLiteral("&lt;"), QStringLiteral("<"))
                                .replace(QStringLiteral("&gt;"), QStringLiteral(">"))
                                .replace(QStringLiteral("&quot;"), QStringLiteral("\"")),
-                           m.captured(1).toDouble() * 20,
-                           m.captured(2).toDouble() * 20,
                            m.captured(3).toDouble() * 20,
-                           m.captured(4).toDouble() * 20};
+                           m.captured(4).toDouble() * 20,
+                           m.captured(5).toDouble() * 20,
+                           m.captured(6).toDouble() * 20};
     }
     return out;
 }
@@ -61,4 +66,15 @@ inline const PdfWord *findWordNear(const QList<PdfWord> &words, const QString &t
     for (const PdfWord &w : words)
         if (w.page == page && w.text == text && (!best || std::abs(w.top - top) < std::abs(best->top - top))) best = &w;
     return best;
+}
+
+// The words of each page of a PDF, each followed by a blank.
+inline QStringList pdfPageTexts(const QString &pdf)
+{
+    QStringList pages;
+    for (const PdfWord &w : readPdfWords(pdf)) {
+        pages.resize(std::max(pages.size(), qsizetype(w.page + 1)));
+        pages[w.page] += w.text + u' ';
+    }
+    return pages;
 }
