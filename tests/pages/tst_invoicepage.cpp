@@ -195,16 +195,10 @@ private slots:
                              6720, 12600 - moved, 13320 - moved, 13680 - moved, 14160 - moved, 7320, 7680}));
     }
 
-    void paidStampAndZeroTotal()
+    // The stamp is drawn, over the lines, in grey; without it the spot is paper.
+    void paidStamp()
     {
         InvoiceInput in = input(0, 2);
-        in.balance = qor::Money();
-        const Page p = compose(in);
-        QVERIFY(p.at("imgPaid").visible && text(p, "lblAm", 1) == u"$2.00" && text(p, "lblTotalAm") == u"$0.00");
-        in.balance = qor::Money::fromCents(1);
-        QVERIFY(!compose(in).at("imgPaid").visible);
-
-        // The stamp is drawn, over the lines, in grey; without it the spot is paper.
         in.balance = qor::Money();
         const QImage stamped = renderPage(compose(in), 768);
         in.balance = in.billed();
