@@ -48,26 +48,6 @@ QString ok(const QStringList &args)
     return r.exitCode == 0 ? r.out : QStringLiteral("status %1: %2").arg(r.exitCode).arg(r.err);
 }
 
-// A file as the program saves it: a current and an archived customer and
-// item, one period, and records of which one names a customer and one an
-// item that are not there; a price that holds no amount, and a balance (in
-// exponent form) above what its items bill.
-QByteArray sample()
-{
-    Database db;
-    qor::test::TablesEdit tables(db);
-    tables.company[0] = QStringLiteral("Acme & Sons");
-    tables.customers.add("1k", fields({"Ames, Al", "Al", "Ames", "", "", "", "", "", ""}));
-    tables.customers.add("2k", fields({"zzzz\u00BBBell, Bo", "Bo", "Bell", "", "", "", "", "", "note"}));
-    tables.periods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "", "2024/06/15"}));
-    tables.items.add("5k", QStringLiteral("000000000.00call us - Advice"));
-    tables.items.add("6k", QStringLiteral("000000006.00zzzz\u00BB$6.00 - Six"));
-    tables.invoiceRecords.add(fields({"May", "1", ""}), fields({"May", "Ames, Al", "1", "1.5E+03", "5\u00026x2", ""}));
-    tables.invoiceRecords.add(fields({"May", "8", ""}), fields({"May", "", "8", "0", "5\u00029", "gone"}));
-    tables.done();
-    return db.serialize();
-}
-
 }  // namespace
 
 class TestCli : public QObject {
@@ -81,11 +61,10 @@ private slots:
         QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
         QVERIFY(dir.isValid());
         qputenv("XDG_CONFIG_HOME", dir.filePath(QStringLiteral("config")).toUtf8());
-        for (const char *name : {"books", "sample", "dup", "empty", "missing", "out", "alias", "pipe"})
+        for (const char *name : {"books", "dup", "empty", "missing", "out", "alias", "pipe"})
             place.insert(u'%' + QLatin1String(name), dir.filePath(QLatin1String(name) + QStringLiteral(".xml")));
         place.insert("%nowhere", dir.filePath("no/such/folder/out.xml"));
         place.insert("%books", dir.filePath("%2 pay1roll.xml"));  // a name that isn't formatted again
-        QVERIFY(writeFile(place["%sample"], sample()) && QFile::link(place["%sample"], place["%alias"]));
         QCOMPARE(::mkfifo(QFile::encodeName(place["%pipe"]).constData(), 0600), 0);
         QVERIFY(writeFile(place["%dup"], crlf({"<Customers>", "<Customer CID=\"3\">", "</Customer>",
                                                "<Customer CID=\"3\">", "</Customer>", "</Customers>"})));
@@ -111,9 +90,18 @@ private slots:
         tables.customers.add("7k", fields({"A/B %2 Co", "A/B %2 Co", "", "", "", "", "", "", ""}));
         tables.periods.add(QStringLiteral("Pay") + FieldSep, fields({"2024/05/01", "Pay", "", ""}));
         for (const char *c : {"5", "6", "7"})
-            tables.invoiceRecords.add(fields({"Pay", c, ""}), fields({"Pay", "", c, "5", "", ""}));
+            tables.invoiceRecords.add(fields({"Pay", c, ""}), fields({"Pay", "", c, "5", "5", ""}));
+        // For check: a price that holds no amount, an archived item, and in a
+        // period of their own a balance (in exponent form) above what its
+        // items bill and a record of a customer and an item that are not there.
+        tables.items.add("8k", QStringLiteral("000000000.00call us - Advice"));
+        tables.items.add("9k", QStringLiteral("000000006.00zzzz\u00BB$6.00 - Nine"));
+        tables.periods.add(QStringLiteral("Odd") + FieldSep, fields({"2024/05/01", "Odd", "", ""}));
+        tables.invoiceRecords.add(fields({"Odd", "1", ""}),
+                                  fields({"Odd", "Ames, Al", "1", "1.5E+03", "8\u00029", ""}));
+        tables.invoiceRecords.add(fields({"Odd", "10", ""}), fields({"Odd", "", "10", "0", "8\u000211", "gone"}));
         tables.done();
-        QVERIFY(writeFile(place["%books"], db.serialize()));
+        QVERIFY(writeFile(place["%books"], db.serialize()) && QFile::link(place["%books"], place["%alias"]));
         // A bill period and nothing else: nothing to print.
         Database none;
         qor::test::TablesEdit noRecords(none);
@@ -145,13 +133,13 @@ private slots:
         row({"invoices", "%missing", "--period", "May", "-o", "%out"}, 2);
         row({"owing", "%missing"}, 2);
         // Never over its own input, by any name.
-        row({"resave", "%sample", "%sample"}, 1, "%sample");
-        row({"resave", "%sample", "%alias"}, 1, "%alias");
+        row({"resave", "%books", "%books"}, 1, "%books");
+        row({"resave", "%books", "%alias"}, 1, "%alias");
         row({"customers", "%books", "-o", "%books"}, 1);
         row({"envelopes", "%books", "--period", "May", "-o", "%books"}, 1);
         row({"statements", "%books", "-o", "%books"}, 1);
         // A place that can't be written: nothing left behind.
-        row({"resave", "%sample", "%nowhere"}, 3, "%nowhere");
+        row({"resave", "%books", "%nowhere"}, 3, "%nowhere");
         for (const char *what : {"envelopes", "invoices"})
             row({what, "%empty", "--period", "May", "-o", "%out"}, 5, "no file was written");
         row({"customers", "%empty", "-o", "%out"}, 5, "no file was written");
@@ -186,7 +174,7 @@ private slots:
         QFETCH(int, status);
         QFETCH(QString, said);
         for (QString &a : args) a = place.value(a, a);
-        const QByteArray before = readFile(place["%books"]) + readFile(place["%sample"]);
+        const QByteArray before = readFile(place["%books"]);
         const Run r = cli(args);
         QCOMPARE(r.exitCode, status);
         QVERIFY2(r.out.isEmpty() && r.err.contains(QDir::toNativeSeparators(place.value(said, said))),
@@ -194,7 +182,7 @@ private slots:
         if (status == 2) QVERIFY(r.err.contains(QDir::toNativeSeparators(args[1])));  // the file refused
         QVERIFY(!QFileInfo::exists(place["%out"]) && !QFileInfo::exists(place["%missing"]) &&
                 !QFileInfo::exists(dir.filePath("no")));
-        QVERIFY(readFile(place["%books"]) + readFile(place["%sample"]) == before);
+        QVERIFY(readFile(place["%books"]) == before);
     }
 
     void versionAndHelp()
@@ -207,23 +195,24 @@ private slots:
 
     void checkAndResave()
     {
-        const QString in = place["%sample"], out = dir.filePath(QStringLiteral("resaved.xml"));
+        const QString in = place["%books"], out = dir.filePath(QStringLiteral("resaved.xml"));
+        const QByteArray given = readFile(in);
         const Run r = cli({"check", in});
         QVERIFY2(r.exitCode == 0 && r.err.isEmpty(), qPrintable(r.err));
         const QStringList lines = r.out.split(u'\n', Qt::SkipEmptyParts);
         QCOMPARE(lines.size(), 8);
-        // The placeholder made for customer 8 counts as a current customer.
-        QCOMPARE(lines.mid(0, 4), (QStringList{"customers: 2 current, 1 archived", "products: 1 current, 1 archived",
-                                               "bill periods: 1", "invoice records: 2"}));
+        // The placeholder made for customer 10 counts as a current customer.
+        QCOMPARE(lines.mid(0, 4), (QStringList{"customers: 7 current, 1 archived", "products: 3 current, 1 archived",
+                                               "bill periods: 3", "invoice records: 8"}));
         const QString problems = lines.mid(4).join(u'\n');
-        // Item 6 is archived, but there.
-        QVERIFY2(problems.contains(u"customer number 8") && problems.contains(u"item number 9,") &&
-                     !problems.contains(u"item number 6,"),
+        // Item 9 is archived, but there.
+        QVERIFY2(problems.contains(u"customer number 10") && problems.contains(u"item number 11,") &&
+                     !problems.contains(u"item number 9,"),
                  qPrintable(problems));
         QVERIFY2(
-            r.out.endsWith(QStringLiteral("item number 5: the price \"call us\" holds no amount that can be read; it "
-                                          "counts as 0\nbill period \"May\", customer number 1: the balance "
-                                          "$1,500.00 is more than the $12.00 its items bill\n")),
+            r.out.endsWith(QStringLiteral("item number 8: the price \"call us\" holds no amount that can be read; it "
+                                          "counts as 0\nbill period \"Odd\", customer number 1: the balance "
+                                          "$1,500.00 is more than the $6.00 its items bill\n")),
             qPrintable(r.out));
 
         // resave writes what the program saves after a load, with the placeholder,
@@ -232,12 +221,12 @@ private slots:
         QVERIFY(writeOld(leftover, 60));
         QCOMPARE(cli({"resave", in, out}).exitCode, 0);
         QVERIFY(!QFileInfo::exists(leftover));
-        QVERIFY(readFile(in) == sample());  // neither command changes its input
+        QVERIFY(readFile(in) == given);  // neither command changes its input
         Database expected;
-        QVERIFY(load(expected, dir, sample()).result.ok());
+        QVERIFY(load(expected, dir, given).result.ok());
         const QByteArray written = readFile(out);
         QVERIFY(written == expected.serialize() &&
-                written.contains("<Customer CID=\"8\">\r\n\t\t\t<FName>Deleted</FName>"));
+                written.contains("<Customer CID=\"10\">\r\n\t\t\t<FName>Deleted</FName>"));
         // Each resave keeps the file it replaces; versions lists them, oldest first.
         const QString again = dir.filePath(QStringLiteral("again.xml"));
         for (int i = 0; i < 3; ++i) QCOMPARE(cli({"resave", in, again}).exitCode, 0);
