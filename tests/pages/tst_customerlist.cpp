@@ -162,7 +162,6 @@ private slots:
             t.add(numberKey(i), row(u"Qx%1"_s.arg(i, 4, 10, QChar(u'0')), u"Customer"_s, u"%1 Long Road"_s.arg(i),
                                     u"Suite %1"_s.arg(i), u"Town"_s, u"c%1@example.com"_s.arg(i), u"555-0100"_s,
                                     note));
-        t.add(u"2000k"_s, customer::archivedText(row(u"Qx9999"_s, u"Customer"_s)));
         CustomerListOptions o;
         QTemporaryDir dir;
         const QString file = dir.filePath(u"list.pdf"_s);
@@ -197,7 +196,6 @@ private slots:
         QCOMPARE(titled.size(), pages.size());
         QCOMPARE(seen.size(), 1000);
         QCOMPARE(QSet<int>(seen.cbegin(), seen.cend()), QSet<int>{1});  // each once
-        QVERIFY(!seen.contains(u"Qx9999"_s));
     }
 };
 
