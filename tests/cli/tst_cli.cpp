@@ -254,6 +254,15 @@ private slots:
         QVERIFY(t.contains("Acme & Sons") && t.contains("Al Ames") && t.contains("Townsville") && !t.contains("Cole"));
         QCOMPARE(ok({"envelopes", file, "--period", "May", "--all", "-o", env}), "3 envelopes\n");
         QVERIFY(pdfPageTexts(env).join(u' ').contains("Cy Cole"));
+        // The locale's envelope, landscape: a 9 x 12 inch catalog envelope in the US, C4 elsewhere.
+        auto paperOf = [](const QString &pdf) {
+            QList<QSizeF> sizes;
+            readPdfWords(pdf, nullptr, &sizes);
+            return sizes.value(0).toSize();
+        };
+        QCOMPARE(paperOf(env), QSize(864, 648));
+        QCOMPARE(cli({"envelopes", file, "--period", "May", "-o", env}, "de_DE").exitCode, 0);
+        QCOMPARE(paperOf(env), QSize(918, 649));
 
         const QString list = dir.filePath("list.pdf");
         QCOMPARE(ok({"customers", file, "-o", list, "--title", "Route & Co", "--columns", "2"}), "1 pages\n");
@@ -263,25 +272,21 @@ private slots:
 
         const QString out = dir.filePath("inv.pdf");
         QCOMPARE(ok({"invoices", file, "--period", "May", "-o", out}), "2 pages\n");
-        QList<QSizeF> paper;
-        readPdfWords(out, nullptr, &paper);
         QStringList pages = pdfPageTexts(out);
         QCOMPARE(pages.size(), 2);
         // The bill due date as the screen shows it.
         for (const char *shown : {"Al Ames", "Acme & Sons", "9 Mill Road", "Six (x2) $12.00", "$17.00", "06/15/2024"})
             QVERIFY2(pages[0].contains(shown), shown);
         QVERIFY(pages[1].contains("Di Dunn") && pages[1].contains("$6.00") && !pages.join("").contains("Cole"));
-        QCOMPARE(paper[0], QSizeF(612, 792));  // en_US: Letter
+        QCOMPARE(paperOf(out), QSize(612, 792));  // en_US: Letter
 
         // Every customer, in the tree's order; the paid one totals zero.
         QCOMPARE(ok({"invoices", file, "--period", "May", "--all", "--paper", "a4", "-o", out}), "3 pages\n");
-        paper.clear();
-        readPdfWords(out, nullptr, &paper);
         pages = pdfPageTexts(out);
         QCOMPARE(pages.size(), 3);
         QVERIFY(pages[0].contains("Ames") && pages[1].contains("Cy Cole") && pages[2].contains("Dunn") &&
                 pages[1].contains("TOTAL DUE: $0.00"));
-        QCOMPARE(paper[0].toSize(), QSize(595, 842));  // A4
+        QCOMPARE(paperOf(out), QSize(595, 842));  // A4
 
         // One customer, the stored duplicates and title (the large title
         // reads whole on layout 2 too).

@@ -219,20 +219,6 @@ private slots:
         QVERIFY(gaps.elements()[0].text.isEmpty() && gaps.elements()[4].text == u"Jane Roe");
         QVERIFY(gaps.elements()[4].fontSize == 12.0 && gaps.elements()[5].fontSize == 10.0);
     }
-
-    // The locale's envelope takes the block at the default margins.
-    void envelopeDefaultPaper()
-    {
-        for (const char *name : {"en_US", "de_DE", "en_GB"}) {
-            QLocale::setDefault(QLocale(QString::fromLatin1(name)));
-            const Page page = composeEnvelope(envelopeSample());
-            const Element &last = page.elements().last();
-            QVERIFY2(
-                page.isLandscape() && last.top + last.height < page.height() && last.left + last.width < page.width(),
-                name);
-        }
-        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-    }
 };
 
 int main(int argc, char **argv)
