@@ -34,7 +34,8 @@ namespace {
 const QDate AsOf(2024, 6, 30);
 QString chrono(const QDate &d) { return d.toString(u"yyyy/MM/dd"_s); }
 
-// Books built row by row; item 1 costs $10.00.
+// Books built row by row; item 1 costs $10.00. Each row goes in through an
+// edit of its own, handed back at the end of its statement.
 struct Books {
     Database db;
     Books()
@@ -43,35 +44,22 @@ struct Books {
         tables.company[0] = u"Acme & Co"_s;
         tables.company[8] = u"THANK YOU!"_s;
         tables.items.add(u"1k"_s, item::make(u"000000010.00"_s, u"$10.00"_s, u"Ten"_s).text());
-        tables.done();
     }
     void customer(int cid, const QString &first, const QString &last, bool archived = false)
     {
         const QString name = customer::displayNameFor(first, last);
-        edit([&](auto &t) {
-            t.customers.add(
-                numberKey(qint64(cid)),
-                CustomerRow{archived ? ArchiveMark + name : name, first, last, u"1 Elm St"_s, {}, {}, {}, {}, {}}
-                    .text());
-        });
+        const CustomerRow row{archived ? ArchiveMark + name : name, first, last, u"1 Elm St"_s, {}, {}, {}, {}, {}};
+        qor::test::TablesEdit(db).customers.add(numberKey(qint64(cid)), row.text());
     }
     void period(const QString &name, const QString &due, const QString &end = {})
     {
-        edit([&](auto &t) { t.periods.add(period::keyFor(name), PeriodRow{{}, name, end, due}.text()); });
+        qor::test::TablesEdit(db).periods.add(period::keyFor(name), PeriodRow{{}, name, end, due}.text());
     }
     void record(const QString &period, int cid, const QString &balance, const QString &items = u"1x3"_s)
     {
         const QString c = QString::number(cid);
-        edit([&](auto &t) {
-            t.invoiceRecords.add(record::keyFor(period, c), InvoiceRecordRow{period, {}, c, balance, items, {}}.text());
-        });
-    }
-    template <typename F>
-    void edit(F change)
-    {
-        qor::test::TablesEdit tables(db);
-        change(tables);
-        tables.done();
+        const InvoiceRecordRow row{period, {}, c, balance, items, {}};
+        qor::test::TablesEdit(db).invoiceRecords.add(record::keyFor(period, c), row.text());
     }
 };
 
