@@ -40,15 +40,6 @@ class TstInvoicePage : public QObject {
     }
     static QString text(const Page &p, const QString &name) { return p.at(name).text; }
     static QString text(const Page &p, const QString &set, int i) { return p.at(set, i).text; }
-    // Every text on the page, to prove something is nowhere on it.
-    static bool pageShows(const Page &p, const QString &needle)
-    {
-        for (const Element &e : p.elements()) {
-            if (e.kind == Kind::Text && e.visible && e.text.contains(needle))
-                return true;
-        }
-        return false;
-    }
 
 private slots:
     void initTestCase() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }

@@ -8,7 +8,6 @@
 
 #include "billing/invoicetree.h"
 #include "pages/envelope.h"
-#include "pages/pdfoutput.h"
 #include "printing/printingpanel.h"
 #include "printing/printoptionspanel.h"
 
