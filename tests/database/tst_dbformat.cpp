@@ -169,48 +169,18 @@ private slots:
         // A second section adds to the first; the record's customer and item
         // come later in the file and are still found.
         QTest::newRow("tags in any case, sections in any order")
-            << crlf({"<qor-db>",
-                     "<invoiceRecords>",
-                     "<invoicerecord>",
-                     "<bp>May</bp><cid>7</cid><accountbalance>5</accountbalance>",
-                     "<PSID Number=\"1\">5</PSID>",
-                     "</InvoiceRecord>",
-                     "</INVOICERECORDS>",
-                     "<CompanyINFO>",
-                     "<companyname>First</companyname>",
-                     "<CompanyAdd1>Street</CompanyAdd1>",
-                     "</companyinfo>",
-                     "<CUSTOMERS>",
-                     "<CUSTOMER  cid = \"7K\">",
-                     "<fname>Ann</fname>",
-                     "<LNAME>Lee</LNAME>",
-                     "<ADD1>1 Main</add1>",
-                     "<current>yes</current>",
-                     "</CUSTOMER>",
-                     "</Customers>",
-                     "<billPeriods>",
-                     "<billperiod>",
-                     "<bpstart>2024/05/01</bpstart><BPNAME>May</BPNAME>",
-                     "<BPEnd>2024/05/31</BPEnd>",
-                     "<billdue>2024/06/15</billdue>",
-                     "</BillPeriod>",
-                     "</BILLPERIODS>",
-                     "<productsandservices>",
-                     "<ps psid=\"5\">",
-                     "<ITEM>Widget</ITEM>",
-                     "<itemprice>$5.00</itemprice>",
-                     "</ps>",
-                     "</productsandservices>",
-                     "<Customers>",
-                     "<Customer CID=\"2\">",
-                     "<LName>Bo</LName>",
-                     "</Customer>",
-                     "</Customers>",
-                     "<CompanyInfo>",
-                     "<COMPANYNAME>Acme</COMPANYNAME>",
-                     "<companyslogan>Fast</companyslogan>",
-                     "</CompanyInfo>",
-                     "</qor-db>"})
+            << crlf({"<qor-db>", "<invoiceRecords>", "<invoicerecord>",
+                     "<bp>May</bp><cid>7</cid><accountbalance>5</accountbalance>", "<PSID Number=\"1\">5</PSID>",
+                     "</InvoiceRecord>", "</INVOICERECORDS>", "<CompanyINFO>", "<companyname>First</companyname>",
+                     "<CompanyAdd1>Street</CompanyAdd1>", "</companyinfo>", "<CUSTOMERS>", "<CUSTOMER  cid = \"7K\">",
+                     "<fname>Ann</fname>", "<LNAME>Lee</LNAME>", "<ADD1>1 Main</add1>", "<current>yes</current>",
+                     "</CUSTOMER>", "</Customers>", "<billPeriods>", "<billperiod>",
+                     "<bpstart>2024/05/01</bpstart><BPNAME>May</BPNAME>", "<BPEnd>2024/05/31</BPEnd>",
+                     "<billdue>2024/06/15</billdue>", "</BillPeriod>", "</BILLPERIODS>", "<productsandservices>",
+                     "<ps psid=\"5\">", "<ITEM>Widget</ITEM>", "<itemprice>$5.00</itemprice>", "</ps>",
+                     "</productsandservices>", "<Customers>", "<Customer CID=\"2\">", "<LName>Bo</LName>",
+                     "</Customer>", "</Customers>", "<CompanyInfo>", "<COMPANYNAME>Acme</COMPANYNAME>",
+                     "<companyslogan>Fast</companyslogan>", "</CompanyInfo>", "</qor-db>"})
             << QStringList{"2k = Bo, ||Bo||||||", "7k = Lee, Ann|Ann|Lee|1 Main|||||"}
             << QStringList{"May| = 2024/05/01|May|2024/05/31|2024/06/15"}
             << QStringList{"5k = 000000005.00$5.00 - Widget"} << QStringList{"May|7| = May|Lee, Ann|7|5|5|"};
@@ -320,15 +290,7 @@ private slots:
 
     void lineEndsAndCutOffFiles()
     {
-        const QByteArray full = crlf({"<QOR-DB>", "\t<CompanyInfo>", "\t\t<CompanyName>Acme</CompanyName>", "\t</CompanyInfo>", "\t<Customers>",
-                                      "\t\t<Customer CID=\"1\">", "\t\t\t<FName>Ann</FName>", "\t\t\t<Notes>a", "b</Notes>", "\t\t</Customer>",
-                                      "\t</Customers>", "\t<BillPeriods>", "\t\t<BillPeriod>", "\t\t\t<BPName>May</BPName>", "\t\t</BillPeriod>",
-                                      "\t</BillPeriods>", "\t<InvoiceRecords>", "\t\t<InvoiceRecord>", "\t\t\t<BP>May</BP>", "\t\t\t<CID>1</CID>",
-                                      "\t\t\t<PSID Number=\"1\">5</PSID>", "\t\t</InvoiceRecord>", "\t</InvoiceRecords>", "</QOR-DB>"});
-        Database reference;
-        load(reference, dir, full);
-        QVERIFY(rows(reference.customers()) == QStringList{"1k = Ann|Ann|||||||a\nb"} &&
-                rows(reference.invoiceRecords()) == QStringList{"May|1| = May|Ann|1||5|"});
+        const QByteArray full = Expected;
         // LF alone, CR alone, a mix, and no line end at the end read the same
         // and are saved with CR LF.
         Database db;
@@ -339,7 +301,7 @@ private slots:
                   .replace("<Customers>\r\n", "<Customers>\r"),
               full.chopped(2)}) {
             QVERIFY(load(db, dir, variant).result.ok());
-            QCOMPARE(db.serialize(), reference.serialize());
+            QCOMPARE(db.serialize(), full);
         }
         // A file cut off anywhere before its end is refused whole, naming the
         // line where it ends; nothing of it is half read. Only the line end
