@@ -25,18 +25,6 @@ using namespace dbtest;
 
 namespace {
 
-// Something in every table and a company field, to see a refused read empty them.
-void preload(Database &db)
-{
-    qor::test::TablesEdit tables(db);
-    tables.company[0] = QStringLiteral("Before");
-    tables.customers.add("1k", fields({"A", "A", "", "", "", "", "", "", ""}));
-    tables.periods.add("P", fields({"2020/01/01", "P", "", ""}));
-    tables.items.add("1k", QStringLiteral("000000001.00$1.00 - X"));
-    tables.invoiceRecords.add("P|1|", fields({"P", "A", "1", "0", "1", ""}));
-    tables.done();
-}
-
 // Enough rows to cross the reader's and the writer's blocks, a note longer
 // than a block, and a record of thousands of entries that name a missing item.
 void fillBig(Database &db)
@@ -120,7 +108,7 @@ private slots:
         const QString path = own.filePath(QStringLiteral("refused.xml"));
         QVERIFY(writeFile(path, bytes));
         Database db;
-        preload(db);
+        fillEveryKind(db);
         const ReadResult r = db.read(path);
         QCOMPARE(r.status, ReadResult::Status::Rejected);
         QCOMPARE(r.line, line);
@@ -140,16 +128,16 @@ private slots:
     void pathsThatCannotBeRead()
     {
         Database db;
-        preload(db);
+        fillEveryKind(db);
         const ReadResult folder = db.read(dir.path());
         QCOMPARE(folder.status, ReadResult::Status::Rejected);
         QVERIFY(folder.message.contains(QDir::toNativeSeparators(dir.path())) && tablesEmpty(db));
         // Missing: the program makes an empty file; a checking tool must not.
         const QString missing = dir.filePath(QStringLiteral("missing.xml"));
-        preload(db);
+        fillEveryKind(db);
         QCOMPARE(db.read(missing, Database::MissingFile::Reject).status, ReadResult::Status::Rejected);
         QVERIFY(!QFileInfo::exists(missing) && tablesEmpty(db));
-        preload(db);
+        fillEveryKind(db);
         QCOMPARE(db.read(missing).status, ReadResult::Status::Created);
         QVERIFY(QFileInfo(missing).size() == 0 && tablesEmpty(db));
         QCOMPARE(db.read(dir.filePath(QStringLiteral("no/such/folder/QOR.xml"))).status, ReadResult::Status::Rejected);

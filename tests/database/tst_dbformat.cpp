@@ -11,25 +11,6 @@ using namespace dbtest;
 
 namespace {
 
-// Every kind of row: current and archived customers and items, a first name
-// alone, a note over several lines, a price of $0.00, an item name holding
-// " - ", entries with quantities, characters the code page lacks, markup.
-void fill(Database &db)
-{
-    qor::test::TablesEdit tables(db);
-    tables.company = {"A&B", "1 Main St", "", "", "555-1234", "Slogan \u20AC", "General", "Pay Me", "THANKS"};
-    tables.customers.add("3k", fields({"Lee & Co, Ann", "Ann", "Lee & Co", "1 Main St", "", "", "", "", ""}));
-    tables.customers.add("4k", fields({"Bo", "Bo", "", "", "", "", "", "", "1<2 \u263A\nsecond\r\nthird\rfourth\a\tend"}));
-    tables.customers.add("5k", fields({"zzzz\u00BBOld, Al", "Al", "Old", "", "", "", "a@b.c", "555", ""}));
-    tables.periods.add(QStringLiteral("May") + FieldSep, fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
-    tables.items.add("5k", QStringLiteral("000000005.00$5.00 - Midget - Widget"));
-    tables.items.add("7k", QStringLiteral("000000000.00$0.00 - Free"));
-    tables.items.add("8k", QStringLiteral("000000040.00zzzz\u00BB$40.00 - Gone \U0001F600"));
-    tables.invoiceRecords.add(fields({"May", "3", ""}), fields({"May", "Lee & Co, Ann", "3", "12.5", "5\u00027x2", ""}));
-    tables.invoiceRecords.add(fields({"May", "4", ""}), fields({"May", "Bo", "4", "0", "12x3", "Thanks 'so' \"much\" >"}));
-    tables.done();
-}
-
 const QByteArray Expected = crlf({"<QOR-DB>", "", "\t<CompanyInfo>",
                                   "\t\t<CompanyName>A&amp;B</CompanyName>", "\t\t<CompanyAdd1>1 Main St</CompanyAdd1>",
                                   "\t\t<CompanyPhone>555-1234</CompanyPhone>", "\t\t<GeneralInvoiceDescription>General</GeneralInvoiceDescription>",
@@ -72,7 +53,7 @@ private slots:
     void exactBytesAndReadBack()
     {
         Database original;
-        fill(original);
+        fillEveryKind(original);
         // Compared line by line, so that a failure names the first wrong line.
         QCOMPARE(original.serialize().split('\n'), Expected.split('\n'));
         QVERIFY(Database().serialize() == Empty);
@@ -326,7 +307,7 @@ private slots:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<int>("changedLine");
         Database db;
-        fill(db);
+        fillEveryKind(db);
         const QList<QByteArray> lines = db.serialize().split('\n');
         static const QByteArray tags[] = {"QOR-DB", "CompanyInfo", "Customers", "BillPeriods", "ProductsAndServices",
                                           "InvoiceRecords"};
@@ -358,7 +339,7 @@ private slots:
         QFETCH(QByteArray, bytes);
         QFETCH(int, changedLine);
         Database db;
-        fill(db);
+        fillEveryKind(db);
         const ReadResult r = load(db, dir, bytes).result;
         QCOMPARE(r.status, ReadResult::Status::Rejected);
         QVERIFY(r.keepsCopyOnSave);
