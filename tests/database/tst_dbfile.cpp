@@ -4,7 +4,6 @@
 #include "database/filesafety.h"
 #include "database/versions.h"
 #include "dbfiletest.h"
-#include "tablesedit.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -288,9 +287,7 @@ private slots:
             return f.open(QIODevice::ReadWrite) && f.setFileTime(t, QFileDevice::FileModificationTime);
         };
         Database db;
-        qor::test::TablesEdit tables(db);
-        tables.customers.add("1k", fields({"A", "A", "", "", "", "", "", "", ""}));
-        tables.done();
+        fillEveryKind(db);
         Database::SaveOptions keep;
         keep.versions = versions::Policy{};
         QByteArray previous = readFile(path);

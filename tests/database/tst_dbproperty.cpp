@@ -7,7 +7,6 @@
 
 #include "database/entryrules.h"
 #include "database/regional.h"
-#include "tablesedit.h"
 
 #include <QRandomGenerator>
 

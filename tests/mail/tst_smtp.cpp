@@ -3,7 +3,6 @@
 // from a certificate made by the test: what arrives, as a mail reader parses
 // it; runs that stop; the settings and run windows; the command line.
 #include "smtpfixture.h"
-#include "tablesedit.h"
 
 #include "../database/dbfiletest.h"
 #include "database/database.h"
