@@ -270,32 +270,31 @@ private slots:
 
     void lineEndsAndCutOffFiles()
     {
-        const QByteArray full = Expected;
         // LF alone, CR alone, a mix, and no line end at the end read the same
         // and are saved with CR LF.
         Database db;
         for (const QByteArray &variant :
-             {QByteArray(full).replace("\r\n", "\n"), QByteArray(full).replace("\r\n", "\r"),
-              QByteArray(full)
+             {QByteArray(Expected).replace("\r\n", "\n"), QByteArray(Expected).replace("\r\n", "\r"),
+              QByteArray(Expected)
                   .replace("<CompanyInfo>\r\n", "<CompanyInfo>\n")
                   .replace("<Customers>\r\n", "<Customers>\r"),
-              full.chopped(2)}) {
+              Expected.chopped(2)}) {
             QVERIFY(load(db, dir, variant).result.ok());
-            QCOMPARE(db.serialize(), full);
+            QCOMPARE(db.serialize(), Expected);
         }
         // A file cut off anywhere before its end is refused whole, naming the
         // line where it ends; nothing of it is half read. Only the line end
         // after the last tag may go, and a file cut to nothing is an empty one.
-        const qsizetype end = full.indexOf("</QOR-DB>") + 9;
+        const qsizetype end = Expected.indexOf("</QOR-DB>") + 9;
         for (qsizetype cut = 1; cut < end; ++cut) {
-            const ReadResult r = load(db, dir, full.left(cut)).result;
+            const ReadResult r = load(db, dir, Expected.left(cut)).result;
             QVERIFY2(r.status == ReadResult::Status::Rejected, qPrintable(QString::number(cut)));
-            QCOMPARE(r.line, full.left(cut).count('\n') + 1 - (full.at(cut - 1) == '\n' ? 1 : 0));
+            QCOMPARE(r.line, Expected.left(cut).count('\n') + 1 - (Expected.at(cut - 1) == '\n' ? 1 : 0));
             QVERIFY2(r.message.contains(QLatin1String("cut off")) || r.message.contains(QLatin1String("damaged")),
                      qPrintable(r.message));
             QVERIFY(tablesEmpty(db));
         }
-        for (qsizetype cut : {qsizetype(0), end, end + 1}) QVERIFY(load(db, dir, full.left(cut)).result.ok());
+        for (qsizetype cut : {qsizetype(0), end, end + 1}) QVERIFY(load(db, dir, Expected.left(cut)).result.ok());
     }
 
     // Every one-letter change (another letter, not just another case, or the
