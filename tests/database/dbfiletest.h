@@ -91,13 +91,7 @@ inline QByteArray crlf(const QList<QByteArray> &lines)
 // A row text of these fields as a table holds it. The tests pack rows raw,
 // so that they can also hold rows no row type would build.
 inline QString joined(const QStringList &l) { return l.join(qor::FieldSep); }
-
-inline QString fields(std::initializer_list<const char *> parts)
-{
-    QStringList l;
-    for (const char *p : parts) l << QString::fromUtf8(p);
-    return l.join(qor::FieldSep);
-}
+inline QString fields(const QStringList &l) { return joined(l); }
 
 // Every kind of row: current and archived customers and items, a first name
 // alone, a note over several lines, a price of $0.00, an item name holding
