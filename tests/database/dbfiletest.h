@@ -3,6 +3,7 @@
 // Helpers of the database file tests: files made from bytes, tables as lists.
 #include "database/database.h"
 #include "database/rows.h"
+#include "tablesedit.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -90,12 +91,29 @@ inline QByteArray crlf(const QList<QByteArray> &lines)
 // A row text of these fields as a table holds it. The tests pack rows raw,
 // so that they can also hold rows no row type would build.
 inline QString joined(const QStringList &l) { return l.join(qor::FieldSep); }
+inline QString fields(const QStringList &l) { return joined(l); }
 
-inline QString fields(std::initializer_list<const char *> parts)
+// Every kind of row: current and archived customers and items, a first name
+// alone, a note over several lines, a price of $0.00, an item name holding
+// " - ", entries with quantities, characters the code page lacks, markup.
+inline void fillEveryKind(qor::Database &db)
 {
-    QStringList l;
-    for (const char *p : parts) l << QString::fromUtf8(p);
-    return l.join(qor::FieldSep);
+    qor::test::TablesEdit tables(db);
+    tables.company = {"A&B", "1 Main St", "", "", "555-1234", "Slogan \u20AC", "General", "Pay Me", "THANKS"};
+    tables.customers.add("3k", fields({"Lee & Co, Ann", "Ann", "Lee & Co", "1 Main St", "", "", "", "", ""}));
+    tables.customers.add("4k",
+                         fields({"Bo", "Bo", "", "", "", "", "", "", "1<2 \u263A\nsecond\r\nthird\rfourth\a\tend"}));
+    tables.customers.add("5k", fields({"zzzz\u00BBOld, Al", "Al", "Old", "", "", "", "a@b.c", "555", ""}));
+    tables.periods.add(QStringLiteral("May") + qor::FieldSep,
+                       fields({"2024/05/01", "May", "2024/05/31", "2024/06/15"}));
+    tables.items.add("5k", QStringLiteral("000000005.00$5.00 - Midget - Widget"));
+    tables.items.add("7k", QStringLiteral("000000000.00$0.00 - Free"));
+    tables.items.add("8k", QStringLiteral("000000040.00zzzz\u00BB$40.00 - Gone \U0001F600"));
+    tables.invoiceRecords.add(fields({"May", "3", ""}),
+                              fields({"May", "Lee & Co, Ann", "3", "12.5", "5\u00027x2", ""}));
+    tables.invoiceRecords.add(fields({"May", "4", ""}),
+                              fields({"May", "Bo", "4", "0", "12x3", "Thanks 'so' \"much\" >"}));
+    tables.done();
 }
 
 inline bool tablesEmpty(const qor::Database &db)

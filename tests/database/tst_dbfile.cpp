@@ -4,7 +4,6 @@
 #include "database/filesafety.h"
 #include "database/versions.h"
 #include "dbfiletest.h"
-#include "tablesedit.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -24,18 +23,6 @@ using namespace qor;
 using namespace dbtest;
 
 namespace {
-
-// Something in every table and a company field, to see a refused read empty them.
-void preload(Database &db)
-{
-    qor::test::TablesEdit tables(db);
-    tables.company[0] = QStringLiteral("Before");
-    tables.customers.add("1k", fields({"A", "A", "", "", "", "", "", "", ""}));
-    tables.periods.add("P", fields({"2020/01/01", "P", "", ""}));
-    tables.items.add("1k", QStringLiteral("000000001.00$1.00 - X"));
-    tables.invoiceRecords.add("P|1|", fields({"P", "A", "1", "0", "1", ""}));
-    tables.done();
-}
 
 // Enough rows to cross the reader's and the writer's blocks, a note longer
 // than a block, and a record of thousands of entries that name a missing item.
@@ -120,7 +107,7 @@ private slots:
         const QString path = own.filePath(QStringLiteral("refused.xml"));
         QVERIFY(writeFile(path, bytes));
         Database db;
-        preload(db);
+        fillEveryKind(db);
         const ReadResult r = db.read(path);
         QCOMPARE(r.status, ReadResult::Status::Rejected);
         QCOMPARE(r.line, line);
@@ -140,16 +127,16 @@ private slots:
     void pathsThatCannotBeRead()
     {
         Database db;
-        preload(db);
+        fillEveryKind(db);
         const ReadResult folder = db.read(dir.path());
         QCOMPARE(folder.status, ReadResult::Status::Rejected);
         QVERIFY(folder.message.contains(QDir::toNativeSeparators(dir.path())) && tablesEmpty(db));
         // Missing: the program makes an empty file; a checking tool must not.
         const QString missing = dir.filePath(QStringLiteral("missing.xml"));
-        preload(db);
+        fillEveryKind(db);
         QCOMPARE(db.read(missing, Database::MissingFile::Reject).status, ReadResult::Status::Rejected);
         QVERIFY(!QFileInfo::exists(missing) && tablesEmpty(db));
-        preload(db);
+        fillEveryKind(db);
         QCOMPARE(db.read(missing).status, ReadResult::Status::Created);
         QVERIFY(QFileInfo(missing).size() == 0 && tablesEmpty(db));
         QCOMPARE(db.read(dir.filePath(QStringLiteral("no/such/folder/QOR.xml"))).status, ReadResult::Status::Rejected);
@@ -190,6 +177,7 @@ private slots:
         // Bigger than the writer's blocks, so a failure can come in any of several writes.
         Database db;
         fillBig(db);
+        db.fillInvoiceRecordNames();
         const QByteArray content = db.serialize();
         QVERIFY(content.size() > (qint64(16) << 20));
         QTemporaryDir own;
@@ -238,6 +226,15 @@ private slots:
             db.save(path, [&](QIODevice &file) { return std::make_unique<dbtest::Failing>(file, content.size()); });
         QVERIFY2(whole.ok && readFile(path) == content, qPrintable(whole.message));
         QCOMPARE(statOf(path).st_mode & 07777, mode_t(0640));
+        // Read back with any line end; past a thousand, the records naming a missing item are summed up.
+        for (const QByteArray &variant :
+             {content, QByteArray(content).replace("\r\n", "\n"), QByteArray(content).replace("\r\n", "\r")}) {
+            Database back;
+            const Loaded l = load(back, dir, variant);
+            QVERIFY(l.result.ok() && back.invoiceRecords().count() == 130 * 500 + 1);
+            QVERIFY(l.problems.size() == 1000 + 1 && l.problems.last().contains(QLatin1String("4000 more")));
+            QVERIFY(back.serialize() == content);
+        }
     }
 
     // Which versions a policy keeps: the newest n, the newest of each of the
@@ -290,9 +287,7 @@ private slots:
             return f.open(QIODevice::ReadWrite) && f.setFileTime(t, QFileDevice::FileModificationTime);
         };
         Database db;
-        qor::test::TablesEdit tables(db);
-        tables.customers.add("1k", fields({"A", "A", "", "", "", "", "", "", ""}));
-        tables.done();
+        fillEveryKind(db);
         Database::SaveOptions keep;
         keep.versions = versions::Policy{};
         QByteArray previous = readFile(path);
@@ -384,12 +379,9 @@ private slots:
         QByteArray acl;
         auto put = [&acl](auto v) { acl.append(reinterpret_cast<const char *>(&v), sizeof v); };
         put(quint32(2));
-        for (auto [tag, perm, id] : {std::tuple{0x01, 6, quint32(-1)},
-                                     {0x02, 4, 4242u},
-                                     {0x04, 4, quint32(-1)},
-                                     {0x10, 4, quint32(-1)},
-                                     {0x20, 0, quint32(-1)}})
-            put(quint16(tag)), put(quint16(perm)), put(id);
+        const quint32 entries[] = {0x01, 6, ~0u, 0x02, 4, 4242, 0x04, 4, ~0u, 0x10, 4, ~0u, 0x20, 0, ~0u};
+        for (size_t i = 0; i < std::size(entries); i += 3)
+            put(quint16(entries[i])), put(quint16(entries[i + 1])), put(entries[i + 2]);
         const QByteArray name = QFile::encodeName(fresh);
         if (::setxattr(name.constData(), "system.posix_acl_access", acl.constData(), size_t(acl.size()), 0) != 0) {
             QVERIFY2(errno == ENOTSUP || errno == EOPNOTSUPP, std::strerror(errno));
@@ -413,15 +405,9 @@ private slots:
         // A note of 200 MB needs 400 MB as text: in a process allowed 256 MB
         // more than it has, the load is refused with a message.
         const QString path = dir.filePath(QStringLiteral("huge.xml"));
-        {
-            QFile f(path);
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write("<Customers>\r\n<Customer CID=\"1\">\r\n<Notes>");
-            const QByteArray chunk(1 << 20, 'n');
-            for (int i = 0; i < 200; ++i) f.write(chunk);
-            f.write("</Notes>\r\n</Customer>\r\n</Customers>\r\n");
-        }
-        const QByteArray before = readFile(path).left(64);
+        const QByteArray huge = "<Customers>\r\n<Customer CID=\"1\">\r\n<Notes>" + QByteArray(200 << 20, 'n') +
+                                "</Notes>\r\n</Customer>\r\n</Customers>\r\n";
+        QVERIFY(writeFile(path, huge));
         const pid_t child = fork();
         QVERIFY(child >= 0);
         if (child == 0) {
@@ -440,7 +426,7 @@ private slots:
         QCOMPARE(waitpid(child, &status, 0), child);
         QVERIFY2(WIFEXITED(status), "the load was aborted");
         QCOMPARE(WEXITSTATUS(status), 0);
-        QVERIFY(readFile(path).left(64) == before);
+        QVERIFY(readFile(path) == huge);
         QFile::remove(path);
     }
 
@@ -454,23 +440,13 @@ private slots:
                                 "<Current>No</Current>", "</Customer>", "<Customer CID=\"5\">", "<FName>Five</FName>",
                                 "</Customer>", "</Customers>", "<ProductsAndServices>", "<PS PSID=\"1\">", "</PS>",
                                 "<PS PSID=\"2\">", "</PS>", "</ProductsAndServices>", "<InvoiceRecords>"};
-        for (const auto &[bp, cid] : {std::pair{"B", "9"},
-                                      {"A", "9"},
-                                      {"A", "3"},
-                                      {"P1", "5k"},
-                                      {"P2", " 5"},
-                                      {"P3", "5K"},
-                                      {"P4", "7A"},
-                                      {"P5", "7a"},
-                                      {"P6", ""},
-                                      {"P7", "0"}})
-            lines << "<InvoiceRecord>"
-                  << "<BP>" + QByteArray(bp) + "</BP>"
-                  << "<CID>" + QByteArray(cid) + "</CID>"
-                  << "<PSID Number=\"1\">1</PSID>"
-                  << "<PSID Number=\"2\"></PSID>"
-                  << "<PSID Number=\"3\">2x2</PSID>"
-                  << "</InvoiceRecord>";
+        // period:customer number
+        for (const char *p : {"B:9", "A:9", "A:3", "P1:5k", "P2: 5", "P3:5K", "P4:7A", "P5:7a", "P6:", "P7:0"}) {
+            const QList<QByteArray> bc = QByteArray(p).split(':');
+            lines += {"<InvoiceRecord>", "<BP>" + bc[0] + "</BP>", "<CID>" + bc[1] + "</CID>",
+                      "<PSID Number=\"1\">1</PSID>", "<PSID Number=\"2\"></PSID>", "<PSID Number=\"3\">2x2</PSID>",
+                      "</InvoiceRecord>"};
+        }
         Database db;
         int shown = 0;
         QObject::connect(&db, &Database::placeholderCreated, [&shown] { ++shown; });
@@ -500,26 +476,6 @@ private slots:
         QCOMPARE(rows(again.customers()), rows(db.customers()));
         QCOMPARE(rows(again.invoiceRecords()), rows(db.invoiceRecords()));
         QVERIFY(again.serialize() == saved);
-    }
-
-    void bigFiles()
-    {
-        Database db;
-        fillBig(db);
-        db.fillInvoiceRecordNames();
-        const QByteArray bytes = db.serialize();
-        QVERIFY(bytes.size() > 16 << 20);
-        for (const QByteArray &variant :
-             {bytes, QByteArray(bytes).replace("\r\n", "\n"), QByteArray(bytes).replace("\r\n", "\r")}) {
-            Database back;
-            const Loaded l = load(back, dir, variant);
-            QVERIFY(l.result.ok());
-            QCOMPARE(back.invoiceRecords().count(), 130 * 500 + 1);
-            // Past a thousand, the records naming a missing item are summed up.
-            QCOMPARE(l.problems.size(), 1000 + 1);
-            QVERIFY(l.problems.last().contains(QLatin1String("4000 more")));
-            QVERIFY(back.serialize() == bytes);
-        }
     }
 };
 
