@@ -106,7 +106,9 @@ void summaryLine(Page &page, int slot, const QString &caption, Money amount, con
     label.text = caption;
     label.align = Align::Right;
     label.width = total.left + total.width - label.left;
-    page.at(QStringLiteral("lblAm"), slot).text = amount.toCurrencyText(locale);
+    Element &am = page.at(QStringLiteral("lblAm"), slot);
+    am.text = amount.toCurrencyText(locale);
+    fitOnOneLine(am);
 }
 
 }  // namespace
@@ -147,7 +149,9 @@ QList<Page> composeInvoice(const InvoiceInput &in)
                 continue;
             }
             page.at(QStringLiteral("lblPS"), lineIndex).text = line.text;
-            page.at(QStringLiteral("lblAm"), lineIndex).text = line.amount.toCurrencyText(in.locale);
+            Element &am = page.at(QStringLiteral("lblAm"), lineIndex);
+            am.text = line.amount.toCurrencyText(in.locale);
+            fitOnOneLine(am);
         }
         if (pageCount > 1) {
             Element &number = page.at(QStringLiteral("lblPageNumber"));
@@ -183,7 +187,9 @@ QList<Page> composeInvoice(const InvoiceInput &in)
         // The total due is what the customer still owes; paid in full, the
         // stamp says so.
         page.at(QStringLiteral("imgPaid")).visible = in.balance.isZero();
-        page.at(QStringLiteral("lblTotalAm")).text = in.balance.toCurrencyText(in.locale);
+        Element &total = page.at(QStringLiteral("lblTotalAm"));
+        total.text = in.balance.toCurrencyText(in.locale);
+        fitOnOneLine(total);
         out << page;
     }
     return out;

@@ -46,8 +46,9 @@ constexpr Column Columns[] = {
 };
 constexpr int AmountLeft = 9060, AmountWidth = 1635;
 
+// An amount (`amount`) is never broken over lines: it gets a smaller size where it is too wide.
 Element text(const QString &name, int left, int top, int width, int height, double points, bool bold, Align align,
-             const QString &t, const QColor &colour = Qt::black)
+             const QString &t, const QColor &colour = Qt::black, bool amount = false)
 {
     Element e;
     e.name = name;
@@ -60,6 +61,8 @@ Element text(const QString &name, int left, int top, int width, int height, doub
     e.align = align;
     e.text = t;
     e.colour = colour;
+    if (amount)
+        fitOnOneLine(e);
     return e;
 }
 
@@ -307,7 +310,7 @@ private:
                                      money(l.billed), money(l.billed - l.balance), money(l.balance)};
             for (int c = 0; c < 5; ++c)
                 e << text(row + QString::number(c), Columns[c].left, top, Columns[c].width, 255, RowPoints, false,
-                          Columns[c].align, cells[c]);
+                          Columns[c].align, cells[c], Qt::black, c >= 2);
             if (i + 1 < n)
                 e << rule(indexedName(QStringLiteral("lneRow"), int(from + i)), Left, top + 270, Right, top + 270,
                           LightGrey, 1);
@@ -334,20 +337,20 @@ private:
             e << text(indexedName(QStringLiteral("lblAgingCaption"), i), left, top + 60, cell, 255, 9, true,
                       Align::Centre, QString::fromUtf8(captions[i]));
             e << text(indexedName(QStringLiteral("lblAging"), i), left, top + 300, cell, 255, RowPoints, false,
-                      Align::Centre, money(in.aging[size_t(i)]));
+                      Align::Centre, money(in.aging[size_t(i)]), Qt::black, true);
         }
         int at = top + 780;
         if (!in.credits.isZero()) {
             e << text(QStringLiteral("lblCreditsCaption"), 5400, at, 3540, 255, RowPoints, false, Align::Right,
                       QStringLiteral("Less credits:"));
             e << text(QStringLiteral("lblCredits"), AmountLeft, at, AmountWidth, 255, RowPoints, false, Align::Right,
-                      money(-in.credits));
+                      money(-in.credits), Qt::black, true);
             at += RowPitch;
         }
         e << text(QStringLiteral("lblTotalCaption"), 5400, at, 3540, 300, 12, true, Align::Right,
                   QStringLiteral("TOTAL DUE:"));
         e << text(QStringLiteral("lblTotal"), AmountLeft, at, AmountWidth, 300, 12, true, Align::Right,
-                  money(in.total));
+                  money(in.total), Qt::black, true);
         y = at + 360;
     }
 

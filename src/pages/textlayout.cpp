@@ -280,4 +280,17 @@ void fitAutoSize(Element &e)
     e.height = h;
 }
 
+void fitOnOneLine(Element &e)
+{
+    const double width = pageFont(e).advance(e.text);
+    if (width <= e.width || width <= 0)
+        return;
+    // The width is close to proportional to the size: start from the
+    // proportion and step down where hinting makes it a little wider.
+    double size = std::floor(e.fontSize * e.width / width * 4) / 4;
+    while (size > 1 && pageFont(e.fontName, size, e.bold, e.italic).advance(e.text) > e.width)
+        size -= 0.25;
+    e.fontSize = std::max(size, 1.0);
+}
+
 }  // namespace qor::pages

@@ -111,4 +111,10 @@ QSizeF naturalTextSize(const Element &e);
 // right edge and its top. Does nothing to fixed elements.
 void fitAutoSize(Element &e);
 
+// An amount is one word that must show whole: broken inside its box, its cents
+// would fall below the box and the page would state a wrong amount. Where the
+// text is wider than the box, a smaller size (in quarter points) is chosen
+// until it fits on one line; a text that fits keeps its size.
+void fitOnOneLine(Element &e);
+
 }  // namespace qor::pages

@@ -394,14 +394,13 @@ private slots:
             const QString due = QDate(2024, 6, 30).addDays(30 - 20 * i).toString(QStringLiteral("yyyy/MM/dd"));
             tables.periods.add(p + FieldSep, joined({QString(), p, QString(), due}));
         }
-        // Prices typed under several language settings; names with " - ", "(x" and digits. The
-        // totals pass what a float holds exactly but stay below the ten million a statement's amount
-        // column has room for.
+        // Prices typed under several language settings; names with " - ", "(x" and digits; totals
+        // past what a float holds exactly and wider than a statement's amount column at its size.
         const char *const forms[] = {"en_US", "de_DE", "fr_FR", "de_CH", "en_GB", "C"};
         const char *const names[] = {"Hedge trim - large", "Filters (x2)", "Bag 12", "Lawn (x", "Pack - 3 (x10)"};
         std::vector<qint64> price(61);
         for (int n = 1; n <= 60; ++n) {
-            price[size_t(n)] = 1 + rng.bounded(n % 7 == 0 ? 999999 : 100000);
+            price[size_t(n)] = 1 + rng.bounded(n % 7 == 0 ? 99999999 : 500000);
             const QString text = Money::fromCents(price[size_t(n)]).toCurrencyText(QLocale(forms[n % 6]));
             const QString name = names[n % 5] + QString::number(n);
             tables.items.add(numberKey(n), regional::sortPrice(text) + text + " - " + name);
