@@ -68,7 +68,7 @@ private slots:
     }
     void init()
     {
-        QFile::remove(path());
+        for (const QString &f : QDir(dir.path()).entryList(QDir::Files | QDir::Hidden)) QFile::remove(at(f));
         dialogs = ScriptedQuestions();
     }
 
@@ -90,6 +90,12 @@ private slots:
         return session;
     }
     QString at(const QString &name) const { return dir.filePath(name); }
+    static std::unique_ptr<Database> readBack(const QString &file)
+    {
+        auto db = std::make_unique<Database>();
+        db->read(file, Database::MissingFile::Reject);
+        return db;
+    }
 
     void loadTellsTheViewsInOrder()
     {
@@ -136,32 +142,77 @@ private slots:
         QCOMPARE(again.db().customers().textOf(u"1k"), ann);
     }
 
-    // A step that can't complete leaves the path, the settings and the books
-    // as they were; the user hears why.
-    void failedStepsChangeNothing_data()
+    // New, Open, Save As and closing the books once a name was typed: the file
+    // the books then belong to, and what it and the old file hold. A step
+    // that can't complete leaves the path, the settings and the books as they
+    // were; the user hears why (said: the last message, else none after the
+    // question about unsaved changes).
+    void fileSteps_data()
     {
-        QTest::addColumn<int>("button");
-        QTest::addColumn<QString>("target");
-        QTest::newRow("new in a folder that is a file") << 0 << u"blocker/New.xml"_s;
-        QTest::newRow("open a damaged file") << 1 << u"damaged.xml"_s;
-        QTest::newRow("save as where nothing can be written") << 3 << u"blocker/Copy.xml"_s;
-        QTest::newRow("close the books there") << 4 << u"blocker/Year2.xml"_s;
+        QTest::addColumn<int>("button");  // 4: close the books
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("becomes");  // empty: nothing changed
+        QTest::addColumn<int>("kept");         // customers in the old file
+        QTest::addColumn<QString>("said");
+        auto row = [](const char *name, int button, const char *typed, const char *becomes, int kept,
+                      const char *said) {
+            QTest::newRow(name) << button << QString::fromLatin1(typed) << QString::fromLatin1(becomes) << kept
+                                << QString::fromLatin1(said);
+        };
+        const char *const taken = "new (unique) file name", *const notFolder = "Not a directory";
+        row("new", 0, "Fresh", "Fresh.xml", 0, "");
+        row("new, taken once .xml is added", 0, "QOR", "", 0, taken);
+        row("new in a folder that is a file", 0, "blocker/New.xml", "", 0, notFolder);
+        row("open an empty file", 1, "empty.xml", "empty.xml", 0, "");
+        row("open a name no file has", 1, "Nowhere", "Nowhere.xml", 0, "");
+        row("open a damaged file", 1, "damaged.xml", "", 0, "damaged.xml");
+        row("save as", 3, "Books", "Books.xml", 0, "");
+        row("save as, capitals kept", 3, "Copy.XML", "Copy.XML", 0, "");
+        row("save as, cancelled", 3, "", "", 0, "");
+        row("save as where nothing can be written", 3, "blocker/Copy.xml", "", 0, notFolder);
+        row("close the books", 4, "Year2", "Year2.xml", 1, "");
+        row("close the books, cancelled", 4, "", "", 0, taken);
+        row("close the books, name taken", 4, "QOR", "", 0, taken);
+        row("close the books there", 4, "blocker/Year2.xml", "", 1, notFolder);
     }
-    void failedStepsChangeNothing()
+    void fileSteps()
     {
         QFETCH(int, button);
-        QFETCH(QString, target);
+        QFETCH(QString, typed);
+        QFETCH(QString, becomes);
+        QFETCH(int, kept);
+        QFETCH(QString, said);
         QVERIFY(dbtest::writeFile(at(u"blocker"_s), "a file, not a folder"));  // not a folder, even for root
         QVERIFY(dbtest::writeFile(at(u"damaged.xml"_s), "<QOR-DB>\r\n<Customers>\r\n</QOR-DB>\r\n"));
+        QVERIFY(dbtest::writeFile(at(u"empty.xml"_s), QByteArray()));
         auto session = changedSession(dialogs);
+        // Closing the books carries the customers and products over, not the periods and records.
+        session->db().addItem(item::make(u"000000001.00"_s, u"$1.00"_s, u"Pen"_s));
+        InvoiceRecordRow record;
+        record.period = u"Jan"_s;
+        record.cid = u"1"_s;
+        PeriodRow period;
+        period.name = record.period;
+        QCOMPARE(session->db().addPeriod(period, {record}).rows, 1);
         dialogs.nextAnswers = {Answer::Discard};
-        dialogs.nextFileNames = {at(target)};
+        dialogs.nextFileNames = {typed.isEmpty() ? QString() : at(typed)};
         const bool done = button == 4 ? session->closeBooks() : session->changePath(Session::FileButton(button));
-        QVERIFY(!done && !dialogs.seen.isEmpty());
-        QVERIFY(session->path() == path() && settings::databasePath() == path());
-        QCOMPARE(session->db().customers().count(), 1);
-        QCOMPARE(session->db().isChanged(), button != 4);  // closing the books saved the old file first
-        QVERIFY(!QFileInfo::exists(at(u"blocker/New.xml"_s)));
+        QCOMPARE(done, !becomes.isEmpty());
+        const QString now = done ? at(becomes) : path();
+        QVERIFY(session->path() == now && settings::databasePath() == now);
+        const QString heard = dialogs.seen.isEmpty() ? QString() : dialogs.last().text;
+        QVERIFY2(said.isEmpty() ? heard.isEmpty() || heard.contains(u"not saved"_s) : heard.contains(said),
+                 qPrintable(heard));
+        // A file made where none was counts as a change, as at a first start.
+        QCOMPARE(session->db().isChanged(), done ? typed == u"Nowhere" : kept == 0);
+        QCOMPARE(readBack(path())->customers().count(), kept);
+        // The books are what the new file holds: a new or opened one empty until its first save.
+        const int carried = !done || button >= 3, billed = !done || button == 3;
+        const auto file = done ? readBack(now) : nullptr;
+        for (const Database *db : std::initializer_list<const Database *>{&session->db(), file.get()}) {
+            QVERIFY(!db || (db->customers().count() == carried && db->items().count() == carried));
+            QVERIFY(!db || (db->periods().count() == billed && db->invoiceRecords().count() == billed));
+        }
     }
 
     // New and Open ask about unsaved changes first; Discard keeps a safety

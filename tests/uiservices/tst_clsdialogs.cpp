@@ -68,12 +68,10 @@ private slots:
         // No folder yet: the dialog service decides when a dialog opens.
         QCOMPARE(d.strInitialDir() + d.strLastOpenFolder() + d.strLastSaveFolder(), QString());
         QCOMPARE(d.lngLastOpenFilter() + d.lngLastSaveFilter(), 2);
-        // The first dialog opens in the open database's folder with the first filter.
-        QVERIFY(QDir().mkpath(dir.path() + u"/books"_s));
-        DialogService::setDatabaseFile(dir.path() + u"/books/QOR.xml"_s);
+        // The first dialog opens with the first filter; where it opens is the dialog service's rule.
         ScriptedDialogs answers;
         d.strGetOpenFileName();
-        QVERIFY(answers.last().folder == dir.path() + u"/books"_s && answers.last().file.filterIndex == 1);
+        QCOMPARE(answers.last().file.filterIndex, 1);
     }
 
     // Where a file dialog starts: never in the program's folder ("~": Documents).
