@@ -146,6 +146,41 @@ private slots:
         QCOMPARE(productView(e), shown);
     }
 
+    // What "&Add New" makes of "price|name": the stored row, the first line
+    // of the refusal, or a duplicate of the "$5.00 - Soap" the list shows.
+    void productAdded_data()
+    {
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("shown");
+        row("grouping, dashes", "1,200|Roof - full", "000001200.00$1,200.00 - Roof - full");
+        row("negative", "-3|Refund", "-99999996.99($3.00) - Refund");
+        row("zero", "0|Advice", "000000000.00$0.00 - Advice");
+        row("same shown form", "5.00|Soap", "duplicate");
+        row("other case", "5|soap", "000000005.00$5.00 - soap");
+        row("below the cent", "0.005|Nut", "\"0.005\" has more than two decimals.");
+        row("field mark", "5|a\u0001",
+            "The text holds a control character (U+0001 or U+0002) that the database uses "
+            "to divide its fields.");
+        row("not a number", "abc|Soap", "nothing");
+        const QString euros = QLocale(QLocale::German).toCurrencyString(1200.5);
+        row("German forms", "de 1.200,5|Seife", "000001200,50" + euros + " - Seife");
+    }
+    void productAdded()
+    {
+        QFETCH(QString, steps);
+        QFETCH(QString, shown);
+        const bool german = steps.startsWith("de ");
+        QLocale::setDefault(QLocale(german ? QLocale::German : QLocale::English));
+        ProductEditor e;
+        e.startEntry();
+        e.typedPrice(steps.section('|', 0, 0).mid(german ? 3 : 0));
+        e.typedName(steps.section('|', 1));
+        const auto item = e.newItem([](const QString &listText) { return listText == "$5.00 - Soap"; });
+        QString problem = item.duplicate ? QString("duplicate") : item.problem.section('\r', 0, 0);
+        if (problem.isEmpty()) problem = "nothing";
+        QCOMPARE(item.row ? item.row->text() : problem, shown);
+    }
+
     // A refresh ("rows shown > table's rows"): its steps, taken in turn on
     // the rows shown, make them the table's; few steps, and a rebuild when
     // nothing was shown.
