@@ -154,9 +154,7 @@ private slots:
         QTest::addColumn<QString>("shown");
         row("grouping, dashes", "1,200|Roof - full", "000001200.00$1,200.00 - Roof - full");
         row("negative", "-3|Refund", "-99999996.99($3.00) - Refund");
-        row("zero", "0|Advice", "000000000.00$0.00 - Advice");
         row("same shown form", "5.00|Soap", "duplicate");
-        row("other case", "5|soap", "000000005.00$5.00 - soap");
         row("below the cent", "0.005|Nut", "\"0.005\" has more than two decimals.");
         row("field mark", "5|a\u0001",
             "The text holds a control character (U+0001 or U+0002) that the database uses "
@@ -189,13 +187,11 @@ private slots:
         QTest::addColumn<QString>("steps");
         QTest::addColumn<QString>("shown");  // the number of steps, "rebuilt"
         row("nothing shown", " > 1=A 2=B", "rebuilt");
-        row("same", "1=A 2=B 3=C > 1=A 2=B 3=C", "0");
         row("first gone", "1=A 2=B 3=C > 2=B 3=C", "1");
         row("last two gone", "1=A 2=B 3=C > 1=A", "2");
         row("put in", "1=A 3=C > 4=_ 1=A 2=B 3=C 5=D", "3");
         row("renamed", "1=A 2=B > 1=A 2=Bo", "1");
         row("traded places", "1=A 2=B 3=C 4=D > 1=A 3=B 2=C 4=D", "3");
-        row("emptied", "1=A 2=B > ", "2");
     }
     void listRefresh()
     {
@@ -222,9 +218,7 @@ private slots:
         QTest::addColumn<QString>("steps");
         QTest::addColumn<QString>("shown");  // "out@ in@ | keys"
         row("added last", "1=Ames 2=Bell > 3=Cole", "-1 2 | 1 2 3");
-        row("added first", "1=Ames 2=Bell > 3=Abel", "-1 0 | 3 1 2");
         row("renamed down", "1=Ames 2=Bell 3=Cole > 1=Dunn", "0 2 | 2 3 1");
-        row("renamed in place", "1=Ames 2=Bell 3=Cole > 2=Bo", "1 1 | 1 2 3");
         row("between equals", "1=Lee 3=Lee > 2=Lee", "-1 1 | 1 2 3");
         row("after equals", "1=Lee 2=Lee 3=Moss > 4=Lee", "-1 2 | 1 2 4 3");
         row("before equals", "3=Lee 4=Lee > 1=Lee", "-1 0 | 1 3 4");
