@@ -81,7 +81,6 @@ private slots:
         QCOMPARE(currentText(list()), "($3.00) - Refund");
         QVERIFY(m_w->databaseChanged());
         addItem("5.00", "Soap");  // shows as the 5 already there
-        QCOMPARE(m_answers->last().title, "Duplicate Product or Service Found");
         retype(name(), "soap");  // other case is another name
         click(btn("cmdAddNewItem"));
         addItem("0.005", "Nut");
@@ -104,7 +103,6 @@ private slots:
         list()->currentItem()->setSelected(true);
         m_answers->answer = QMessageBox::Cancel;
         click(btn("cmdCancelNewItem"));
-        QCOMPARE(m_answers->last().title, "Delete Existing Product or Service???");
         QCOMPARE(table().count(), 3);
         settings::CheckToConfirmEdits.store("false");
         m_answers->answer = QMessageBox::Ok;
