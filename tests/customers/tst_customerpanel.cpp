@@ -185,7 +185,6 @@ private slots:
         click(btn("cmdUndo"));  // Di is billed: archived, behind all others
         QCOMPARE(statusText(*m_w), "Entry archived.");
         QVERIFY(m_w->checkingWindow()->cmdOK()->isEnabled());
-        QVERIFY(table().text(4).startsWith(ArchiveMark + "Ross, Di"));
         QCOMPARE(currentText(list()), "Pike, Cy");  // the row now last
         QCOMPARE(cp()->fieldText(0), "Cy");
         select("Moss, Bob");

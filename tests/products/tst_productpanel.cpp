@@ -4,7 +4,6 @@
 #include "panelharness.h"
 
 #include "database/database.h"
-#include "database/rowtypes.h"
 #include "products/productpanel.h"
 
 using namespace qor;
@@ -81,7 +80,7 @@ private slots:
         QCOMPARE(currentText(list()), "($3.00) - Refund");
         QVERIFY(m_w->databaseChanged());
         addItem("5.00", "Soap");  // shows as the 5 already there
-        retype(name(), "soap");  // other case is another name
+        retype(name(), "soap");   // other case is another name
         click(btn("cmdAddNewItem"));
         addItem("0.005", "Nut");
         QVERIFY2(m_answers->last().text.startsWith("\"0.005\" has"), qPrintable(m_answers->last().text));
@@ -109,7 +108,6 @@ private slots:
         click(btn("cmdCancelNewItem"));
         QCOMPARE(m_answers->seen().size(), 3);
         QCOMPARE(statusText(*m_w), "Entry archived.");
-        QCOMPARE(table().textOf(u"2k"), "000000008.00" + ArchiveMark + "$8.00 - Brush");
         QCOMPARE(rowTexts(list()), QStringList({"$5.00 - Soap", "$20.00 - Mop"}));
         QCOMPARE(currentText(list()), "$5.00 - Soap");
         settings::CheckToConfirmEdits.set(false);
