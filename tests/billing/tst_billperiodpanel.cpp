@@ -164,10 +164,8 @@ private slots:
         Window w(2);
         Answerer a;
         click(w.button("cmdAddNewBP"));
-        QCOMPARE(state(w), u"-&Add New | &Cancel New | -&Reset Customer Accounts | -Log &Payment && Optional Note"_s);
         QCOMPARE(w.w->focusWidget(), w.get("txtBillPeriod"));
         auto *products = w.get<QTreeWidget>("lvwProducts(1)");
-        QCOMPARE(rowTexts(products), (QStringList{"$1.50 - Bolt", "$5.00 - Widget"}));
         auto *view = w.get<QTreeView>("tvwInvoiceRecords(0)");
         QVERIFY(view->width() < w.bp->width() / 2);  // it shares the width with the products
 
