@@ -348,7 +348,6 @@ private slots:
         Answerer a;
         a.answer = QMessageBox::Yes;
         Window w(0);
-        QCOMPARE(a.last().title, u"Recover unsaved changes"_s);
         QCOMPARE(w.bp->openEntry(), entry);
         QVERIFY(w.bp->isVisible() && !w.button("cmdAddNewBP")->isHidden());
 
