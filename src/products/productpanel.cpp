@@ -193,8 +193,9 @@ bool ProductPanel::addProduct()
                                                         "(Products and Services can share the same name as long as they have unique prices.)"));
         return false;
     }
-    // Both product lists (this one and the bill period panel's) follow the table.
+    // No row and no problem: not a price at all (Enter can ask without the button).
     if (!item.row) return false;
+    // Both product lists (this one and the bill period panel's) follow the table.
     const QString key = ctx.db().addItem(*item.row).key;
     selectKey(key);
     showProductEntry(false);
