@@ -4,6 +4,7 @@
 #include "database/collation.h"
 #include "database/keyedlist.h"
 #include "database/regional.h"
+#include "database/rowtypes.h"
 
 #include <QHash>
 
@@ -95,6 +96,19 @@ int CustomerList::find(const QString &name, const QString &excludeKey) const
         return i + 1;
     }
     return 0;
+}
+
+std::vector<CustomerList::Row> CustomerList::rowsOf(const KeyedList &table)
+{
+    std::vector<Row> rows;
+    rows.reserve(size_t(table.count()));
+    table.forEach([&rows](QStringView key, QStringView text) {
+        const auto row = CustomerView::parse(text);
+        if (!row || row->archived()) return true;
+        rows.push_back({key.toString(), row->displayName.toString()});
+        return true;
+    });
+    return rows;
 }
 
 int CustomerList::recalledPosition(const QString &stored, int count)

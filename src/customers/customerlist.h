@@ -49,6 +49,9 @@ public:
     // A row under excludeKey is passed over.
     int find(const QString &name, const QString &excludeKey = {}) const;
 
+    // The rows the list shows of the table: its current customers, passing
+    // over archived and damaged rows.
+    static std::vector<Row> rowsOf(const KeyedList &table);
     // The 1-based row to select after the list is filled: the stored
     // position when the list has it, else the first; 0 when there are no rows.
     static int recalledPosition(const QString &stored, int count);

@@ -253,16 +253,7 @@ void CustomerPanel::refreshCustomerList()
 
     const bool held = m_holdFields;
     m_holdFields = true;
-    std::vector<CustomerList::Row> rows;
-    const KeyedList &table = ctx.db().customers();
-    rows.reserve(size_t(table.count()));
-    table.forEach([&rows](QStringView key, QStringView text) {
-        const auto row = CustomerView::parse(text);
-        if (!row || row->archived()) return true;
-        rows.push_back({key.toString(), row->displayName.toString()});
-        return true;
-    });
-    showUpdate(m_rows.update(std::move(rows)));
+    showUpdate(m_rows.update(CustomerList::rowsOf(ctx.db().customers())));
     selectPosition(CustomerList::recalledPosition(settings::LastViewedCustomer.text(), rowCount()));
     m_list->setUpdatesEnabled(true);
     m_holdFields = held;
