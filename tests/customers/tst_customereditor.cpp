@@ -238,13 +238,19 @@ private slots:
     }
 
     // The duplicate lookup compares exactly and passes over the customer
-    // edited; the row recalled at start is the stored one when there is one.
+    // edited; the list shows current customers only; the row recalled at
+    // start is the stored one when there is one.
     void listLookups()
     {
         CustomerList list;
         list.update(listRows("1=Lee 2=Lee 3=Moss"));
         QCOMPARE(QList<int>({list.find("Lee"), list.find("Lee", "1"), list.find("lee"), list.find("Moss", "3")}),
                  QList<int>({1, 2, 0, 0}));
+        KeyedList table;
+        table.add("1", CustomerRow{"Lee"}.text());
+        table.add("2", CustomerRow{ArchiveMark + "Old"}.text());
+        table.add("3", "Broken" + QString(FieldSep));
+        QVERIFY(CustomerList::rowsOf(table) == listRows("1=Lee"));
         const auto recall = &CustomerList::recalledPosition;
         QCOMPARE(QList<int>({recall("3", 7), recall("7", 7), recall("8", 7), recall("x", 7), recall("", 0)}),
                  QList<int>({3, 7, 1, 1, 0}));
