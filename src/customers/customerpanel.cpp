@@ -8,7 +8,6 @@
 #include "database/collation.h"
 #include "database/database.h"
 #include "database/entryrules.h"
-#include "database/regional.h"
 #include "database/rowtypes.h"
 #include "settings/settingsstore.h"
 #include "shell/appcontext.h"
@@ -22,7 +21,6 @@
 #include <QApplication>
 #include <QCoreApplication>
 #include <QEvent>
-#include <QHash>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
@@ -98,6 +96,7 @@ CustomerPanel::CustomerPanel(AppContext &ctx, InvoiceTrees &trees, QWidget *pare
     const Database &db = ctx.db();
     connect(&db, &Database::aboutToReload, this, [this] {
         m_list->clear();
+        m_rows.clear();
         clearEntryFields();
     });
     connect(&db, &Database::fileRead, this, [this] {
@@ -254,29 +253,8 @@ void CustomerPanel::refreshCustomerList()
 
     const bool held = m_holdFields;
     m_holdFields = true;
-    std::vector<VisibleRow> rows;
-    const KeyedList &table = ctx.db().customers();
-    rows.reserve(size_t(table.count()));
-    table.forEach([&rows](QStringView key, QStringView text) {
-        const auto row = CustomerView::parse(text);
-        if (!row || row->archived()) return true;
-        rows.push_back({key.toString(), row->displayName.toString()});
-        return true;
-    });
-    if (!patchRows(rows)) {
-        m_list->clear();
-        QList<QTreeWidgetItem *> items;
-        items.reserve(qsizetype(rows.size()));
-        for (const VisibleRow &r : rows) items.append(makeRow(r.key, r.name));
-        m_list->addTopLevelItems(items);
-    }
-
-    const QString stored = settings::LastViewedCustomer.text();
-    bool ok = false;
-    int wanted = stored.trimmed().toInt(&ok);
-    if (!ok) wanted = int(regional::val(stored));
-    if (wanted >= 1 && wanted <= rowCount()) selectPosition(wanted);
-    else if (rowCount() > 0) selectPosition(1);
+    showUpdate(m_rows.update(CustomerList::rowsOf(ctx.db().customers())));
+    selectPosition(CustomerList::recalledPosition(settings::LastViewedCustomer.text(), rowCount()));
     m_list->setUpdatesEnabled(true);
     m_holdFields = held;
     // A rebuilt list (a reread file, abandoned changes) has a row highlighted:
@@ -307,97 +285,38 @@ QTreeWidgetItem *CustomerPanel::makeRow(const QString &key, const QString &name)
     return item;
 }
 
-// Brings the list to rows by taking out and putting in only the rows that
-// differ, when those are few: after one delete or archive that is one row out
-// of thousands, and a rebuild would cost more than the whole delete may.
-// Gives false, having changed nothing, when a rebuild is the better way.
-bool CustomerPanel::patchRows(const std::vector<VisibleRow> &rows)
+// The list takes the rows' update: the few steps, or all rows anew.
+void CustomerPanel::showUpdate(const CustomerList::Update &update)
 {
-    constexpr int MaxChanges = 256;
-    const int oldCount = rowCount();
-    if (oldCount == 0) return false;
-    QHash<QString, int> newIndex;
-    newIndex.reserve(qsizetype(rows.size()));
-    for (size_t j = 0; j < rows.size(); ++j) newIndex.insert(rows[j].key, int(j));
-    QList<QString> oldKeys;
-    oldKeys.reserve(oldCount);
-    for (int i = 0; i < oldCount; ++i) oldKeys.append(m_list->topLevelItem(i)->data(0, Qt::UserRole).toString());
-
-    // Both sequences are in table order: walk them side by side. An old row
-    // whose key is gone, or was already put in further up, goes; a new row
-    // that isn't next in the old sequence is put in.
-    int changes = 0;
-    {
-        int i = 0;
-        size_t j = 0;
-        while (j < rows.size() && changes <= MaxChanges) {
-            if (i < oldCount && oldKeys[i] == rows[j].key) {
-                ++i;
-                ++j;
-                continue;
-            }
-            ++changes;
-            if (i < oldCount && newIndex.value(oldKeys[i], -1) < int(j)) ++i;
-            else ++j;
-        }
-        changes += oldCount - i;
+    if (update.rebuild) {
+        m_list->clear();
+        QList<QTreeWidgetItem *> items;
+        items.reserve(qsizetype(m_rows.count()));
+        for (const CustomerList::Row &r : m_rows.rows()) items.append(makeRow(r.key, r.name));
+        m_list->addTopLevelItems(items);
+        return;
     }
-    if (changes > MaxChanges) return false;
-
-    int pos = 0;
-    size_t j = 0;
-    while (j < rows.size()) {
-        QTreeWidgetItem *item = pos < rowCount() ? m_list->topLevelItem(pos) : nullptr;
-        const QString key = item ? item->data(0, Qt::UserRole).toString() : QString();
-        if (item && key == rows[j].key) {
-            if (item->text(0) != rows[j].name) item->setText(0, rows[j].name);
-            ++pos;
-            ++j;
-        } else if (item && newIndex.value(key, -1) < int(j)) {
-            delete m_list->takeTopLevelItem(pos);
-        } else {
-            m_list->insertTopLevelItem(pos, makeRow(rows[j].key, rows[j].name));
-            ++pos;
-            ++j;
+    for (const CustomerList::Step &step : update.steps) {
+        switch (step.kind) {
+        case CustomerList::Step::Remove: delete m_list->takeTopLevelItem(step.position); break;
+        case CustomerList::Step::Insert:
+            m_list->insertTopLevelItem(step.position, makeRow(step.row.key, step.row.name));
+            break;
+        case CustomerList::Step::Rename: m_list->topLevelItem(step.position)->setText(0, step.row.name); break;
         }
     }
-    while (rowCount() > pos) delete m_list->takeTopLevelItem(pos);
-    return true;
 }
 
 int CustomerPanel::findCustomerRow(const QString &name, const QString &excludeKey) const
 {
-    const int n = rowCount();
-    for (int i = 0; i < n; ++i) {
-        const QTreeWidgetItem *it = m_list->topLevelItem(i);
-        if (it->text(0) != name) continue;
-        if (!excludeKey.isEmpty() && it->data(0, Qt::UserRole).toString() == excludeKey) continue;
-        return i + 1;
-    }
-    return 0;
+    return m_rows.find(name, excludeKey);
 }
 
-// Puts a row at its sorted place without rebuilding the list. Rows of equal
-// text keep the order their table rows have.
+// Puts a row at its sorted place without rebuilding the list.
 QTreeWidgetItem *CustomerPanel::insertVisibleRow(const QString &key, const QString &name)
 {
-    int lo = 0, hi = rowCount();
-    while (lo < hi) {  // first row not below name
-        const int mid = (lo + hi) / 2;
-        if (compareRowText(m_list->topLevelItem(mid)->text(0), name) < 0) lo = mid + 1;
-        else hi = mid;
-    }
-    const KeyedList &table = ctx.db().customers();
-    int tablePos = -1;  // looked up only when a row of equal text is there
-    while (lo < rowCount()) {
-        const QTreeWidgetItem *it = m_list->topLevelItem(lo);
-        if (compareRowText(it->text(0), name) != 0) break;
-        if (tablePos < 0) tablePos = table.indexOf(key);
-        if (table.indexOf(it->data(0, Qt::UserRole).toString()) > tablePos) break;
-        ++lo;
-    }
     QTreeWidgetItem *item = makeRow(key, name);
-    m_list->insertTopLevelItem(lo, item);
+    m_list->insertTopLevelItem(m_rows.insert(key, name, ctx.db().customers()), item);
     return item;
 }
 
@@ -496,12 +415,7 @@ void CustomerPanel::applyCustomerEdit()
 
     const CustomerRow entered = entryRow();
     m_holdFields = true;
-    for (int i = 0; i < rowCount(); ++i) {
-        if (m_list->topLevelItem(i)->data(0, Qt::UserRole).toString() == key) {
-            delete m_list->takeTopLevelItem(i);
-            break;
-        }
-    }
+    if (const int at = m_rows.remove(key); at >= 0) delete m_list->takeTopLevelItem(at);
     db.replaceCustomer(key, entered);
     selectRow(insertVisibleRow(key, entered.displayName));
     m_holdFields = false;

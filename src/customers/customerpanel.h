@@ -2,6 +2,7 @@
 #pragma once
 // fraMain(0): the customer list and the entry fields of one customer.
 #include "customers/customereditor.h"
+#include "customers/customerlist.h"
 #include "database/rowtypes.h"
 #include "shell/panel.h"
 
@@ -83,11 +84,8 @@ private:
     QTreeWidgetItem *selectedRow() const;
     void selectRow(QTreeWidgetItem *item);
     void selectPosition(int position);
-    struct VisibleRow {
-        QString key, name;
-    };
     static QTreeWidgetItem *makeRow(const QString &key, const QString &name);
-    bool patchRows(const std::vector<VisibleRow> &rows);
+    void showUpdate(const CustomerList::Update &update);
     QTreeWidgetItem *insertVisibleRow(const QString &key, const QString &name);
     bool duplicateCheck(const QString &name, const QString &excludeKey);
     bool confirm(const QString &title, const QString &text);
@@ -100,6 +98,8 @@ private:
     // fields were filled from is what an edit replaces, whatever row is
     // highlighted by then.
     CustomerEditor m_editor;
+    // The rows lvwCustomersVis shows, kept in step with it.
+    CustomerList m_rows;
     // Set while the panel fills the fields itself: the editor hears of the
     // fill once, when it is done.
     bool m_filling = false;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "products/producteditor.h"
 
+#include "database/entryrules.h"
+#include "database/money.h"
 #include "database/regional.h"
 #include "uiservices/captions.h"
 
@@ -14,6 +16,23 @@ QString ProductEditor::addNewCaption(Mode mode)
 QString ProductEditor::cancelCaption(Mode mode)
 {
     return QString::fromUtf8(mode == Mode::Viewing ? captions::DeleteExisting : captions::CancelNew);
+}
+
+ProductEditor::NewItem ProductEditor::newItem(const std::function<bool(const QString &listText)> &listed) const
+{
+    NewItem out;
+    if (!regional::isNumeric(m_price)) return out;
+    const Money::EntryReading reading = Money::readTypedAmount(m_price);
+    if (!reading.amount) {
+        out.problem = entry::amountProblem(reading.problem, m_price, false);
+        return out;
+    }
+    const QString priceText = reading.amount->toCurrencyText();
+    const ItemRow row = item::make(regional::sortPrice(*reading.amount), priceText, m_name);
+    out.problem = entry::productProblem(priceText, m_name);
+    out.duplicate = out.problem.isEmpty() && listed(row.listText);
+    if (out.problem.isEmpty() && !out.duplicate) out.row = row;
+    return out;
 }
 
 void ProductEditor::startEntry()

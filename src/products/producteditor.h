@@ -3,7 +3,11 @@
 // The Products and Services panel without its widgets: what its two buttons
 // do now and whether they show, whether the entry fields show and which of
 // them still ask to be filled, and what was typed into them.
+#include "database/rowtypes.h"
+
 #include <QString>
+#include <functional>
+#include <optional>
 
 namespace qor {
 
@@ -34,6 +38,19 @@ public:
     bool inEntry() const { return m_cancel.mode == Mode::Entering && m_fieldsShown; }
     QString price() const { return m_price; }
     QString name() const { return m_name; }
+
+    // What "&Add New" makes of the price and the name typed: the row to
+    // store, or why it is refused. The price is kept as the amount it reads
+    // as, in the currency form of the moment; what can't be read to the cent
+    // is refused. A row whose list text `listed` says the list shows already
+    // is a duplicate. No row and no problem: the price isn't a number at all
+    // (the button only shows for one; Enter could still ask).
+    struct NewItem {
+        std::optional<ItemRow> row;
+        QString problem;
+        bool duplicate = false;
+    };
+    NewItem newItem(const std::function<bool(const QString &listText)> &listed) const;
 
     void startEntry();            // the fields emptied and shown
     void showList(bool hasRows);  // the fields hidden, keeping what was typed

@@ -4,8 +4,6 @@
 #include "billing/billing.h"
 #include "billing/invoicetrees.h"
 #include "database/database.h"
-#include "database/entryrules.h"
-#include "database/regional.h"
 #include "database/rowtypes.h"
 #include "settings/settingsstore.h"
 #include "shell/appcontext.h"
@@ -183,31 +181,22 @@ void ProductPanel::selectKey(const QString &key)
 
 bool ProductPanel::addProduct()
 {
-    const QString price = m_editor.price();
-    const QString name = m_editor.name();
-    // The button only shows for a numeric price; Enter could still reach here.
-    if (!regional::isNumeric(price)) return false;
-    // The price is kept as the amount it reads as, in the currency form of
-    // the moment; what can't be read to the cent is refused.
-    const Money::EntryReading reading = Money::readTypedAmount(price);
-    if (!reading.amount) {
-        DialogService::current().warning(ctx.mainWindow(), AppTitle, entry::amountProblem(reading.problem, price, false));
+    const ProductEditor::NewItem item =
+        m_editor.newItem([this](const QString &listText) { return findProductRow(listText) > 0; });
+    if (!item.problem.isEmpty()) {
+        DialogService::current().warning(ctx.mainWindow(), AppTitle, item.problem);
         return false;
     }
-    const QString priceText = reading.amount->toCurrencyText();
-    const ItemRow row = item::make(regional::sortPrice(*reading.amount), priceText, name);
-    if (const QString why = entry::productProblem(priceText, name); !why.isEmpty()) {
-        DialogService::current().warning(ctx.mainWindow(), AppTitle, why);
-        return false;
-    }
-    if (findProductRow(row.listText) > 0) {
+    if (item.duplicate) {
         DialogService::current().warning(ctx.mainWindow(), QStringLiteral("Duplicate Product or Service Found"),
                                          QStringLiteral("A product or service was found with the exact same price and name.\r\n\r\n"
                                                         "(Products and Services can share the same name as long as they have unique prices.)"));
         return false;
     }
+    // No row and no problem: not a price at all (Enter can ask without the button).
+    if (!item.row) return false;
     // Both product lists (this one and the bill period panel's) follow the table.
-    const QString key = ctx.db().addItem(row).key;
+    const QString key = ctx.db().addItem(*item.row).key;
     selectKey(key);
     showProductEntry(false);
     return true;

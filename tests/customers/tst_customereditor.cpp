@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The Customers and the Products and Services panels' editors without a
 // window: each step a user takes, and what the buttons, the print button and
-// the fields then show.
+// the fields then show; and the rows of the Customers list.
 #include "customers/customereditor.h"
+#include "customers/customerlist.h"
+#include "database/keyedlist.h"
 #include "products/producteditor.h"
 
 #include <QtTest>
@@ -54,6 +56,15 @@ class TstCustomerEditor : public QObject {
                  button(e.cancel(), ProductEditor::cancelCaption(e.cancel().mode)), e.fieldsShown() ? "" : "-",
                  e.priceAsks() ? "P" : ".", e.nameAsks() ? "N" : ".", e.addIsDefault() ? "Enter" : "-", e.price(),
                  e.name());
+    }
+
+    // "1k=Lee 2k=Moss" as list rows.
+    static std::vector<CustomerList::Row> listRows(const QString &text)
+    {
+        std::vector<CustomerList::Row> out;
+        for (const QString &r : text.split(' ', Qt::SkipEmptyParts))
+            out.push_back({r.section('=', 0, 0), r.section('=', 1)});
+        return out;
     }
 
     // A row of a table of steps and what the editor then shows.
@@ -133,6 +144,116 @@ private slots:
             else QFAIL(qPrintable("no such step: " + step));
         }
         QCOMPARE(productView(e), shown);
+    }
+
+    // What "&Add New" makes of "price|name": the stored row, the first line
+    // of the refusal, or a duplicate of the "$5.00 - Soap" the list shows.
+    void productAdded_data()
+    {
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("shown");
+        row("grouping, dashes", "1,200|Roof - full", "000001200.00$1,200.00 - Roof - full");
+        row("negative", "-3|Refund", "-99999996.99($3.00) - Refund");
+        row("same shown form", "5.00|Soap", "duplicate");
+        row("below the cent", "0.005|Nut", "\"0.005\" has more than two decimals.");
+        row("field mark", "5|a\u0001",
+            "The text holds a control character (U+0001 or U+0002) that the database uses "
+            "to divide its fields.");
+        row("not a number", "abc|Soap", "nothing");
+        const QString euros = QLocale(QLocale::German).toCurrencyString(1200.5);
+        row("German forms", "de 1.200,5|Seife", "000001200,50" + euros + " - Seife");
+    }
+    void productAdded()
+    {
+        QFETCH(QString, steps);
+        QFETCH(QString, shown);
+        const bool german = steps.startsWith("de ");
+        QLocale::setDefault(QLocale(german ? QLocale::German : QLocale::English));
+        ProductEditor e;
+        e.startEntry();
+        e.typedPrice(steps.section('|', 0, 0).mid(german ? 3 : 0));
+        e.typedName(steps.section('|', 1));
+        const auto item = e.newItem([](const QString &listText) { return listText == "$5.00 - Soap"; });
+        QString problem = item.duplicate ? QString("duplicate") : item.problem.section('\r', 0, 0);
+        if (problem.isEmpty()) problem = "nothing";
+        QCOMPARE(item.row ? item.row->text() : problem, shown);
+    }
+
+    // A refresh ("rows shown > table's rows"): its steps, taken in turn on
+    // the rows shown, make them the table's; few steps, and a rebuild when
+    // nothing was shown.
+    void listRefresh_data()
+    {
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("shown");  // the number of steps, "rebuilt"
+        row("nothing shown", " > 1=A 2=B", "rebuilt");
+        row("first gone", "1=A 2=B 3=C > 2=B 3=C", "1");
+        row("last two gone", "1=A 2=B 3=C > 1=A", "2");
+        row("put in", "1=A 3=C > 4=_ 1=A 2=B 3=C 5=D", "3");
+        row("renamed", "1=A 2=B > 1=A 2=Bo", "1");
+        row("traded places", "1=A 2=B 3=C 4=D > 1=A 3=B 2=C 4=D", "3");
+    }
+    void listRefresh()
+    {
+        QFETCH(QString, steps);
+        QFETCH(QString, shown);
+        CustomerList list;
+        std::vector<CustomerList::Row> rows = listRows(steps.section('>', 0, 0));
+        list.update(rows);
+        const CustomerList::Update u = list.update(listRows(steps.section('>', 1)));
+        for (const CustomerList::Step &s : u.steps) {
+            const auto at = rows.begin() + s.position;
+            if (s.kind == CustomerList::Step::Remove) rows.erase(at);
+            else if (s.kind == CustomerList::Step::Insert) rows.insert(at, s.row);
+            else at->name = s.row.name;
+        }
+        QCOMPARE(u.rebuild ? QString("rebuilt") : QString::number(u.steps.size()), shown);
+        QVERIFY(list.rows() == listRows(steps.section('>', 1)) && (u.rebuild || rows == list.rows()));
+    }
+
+    // An edit ("rows shown > row edited") takes its row out and puts it in
+    // at its sorted place (equal names in table order); an add only puts in.
+    void listEdits_data()
+    {
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("shown");  // "out@ in@ | keys"
+        row("added last", "1=Ames 2=Bell > 3=Cole", "-1 2 | 1 2 3");
+        row("renamed down", "1=Ames 2=Bell 3=Cole > 1=Dunn", "0 2 | 2 3 1");
+        row("between equals", "1=Lee 3=Lee > 2=Lee", "-1 1 | 1 2 3");
+        row("after equals", "1=Lee 2=Lee 3=Moss > 4=Lee", "-1 2 | 1 2 4 3");
+        row("before equals", "3=Lee 4=Lee > 1=Lee", "-1 0 | 1 3 4");
+    }
+    void listEdits()
+    {
+        QFETCH(QString, steps);
+        QFETCH(QString, shown);
+        KeyedList table;  // the table orders equal names as they were added
+        for (const char *key : {"1", "2", "3", "4"}) table.add(key, "Lee");
+        CustomerList list;
+        list.update(listRows(steps.section('>', 0, 0)));
+        const CustomerList::Row r = listRows(steps.section('>', 1)).front();
+        QStringList out{QString::number(list.remove(r.key)), QString::number(list.insert(r.key, r.name, table)), "|"};
+        for (const CustomerList::Row &x : list.rows()) out << x.key;
+        QCOMPARE(out.join(' '), shown);
+    }
+
+    // The duplicate lookup compares exactly and passes over the customer
+    // edited; the list shows current customers only; the row recalled at
+    // start is the stored one when there is one.
+    void listLookups()
+    {
+        CustomerList list;
+        list.update(listRows("1=Lee 2=Lee 3=Moss"));
+        QCOMPARE(QList<int>({list.find("Lee"), list.find("Lee", "1"), list.find("lee"), list.find("Moss", "3")}),
+                 QList<int>({1, 2, 0, 0}));
+        KeyedList table;
+        table.add("1", CustomerRow{"Lee"}.text());
+        table.add("2", CustomerRow{ArchiveMark + "Old"}.text());
+        table.add("3", "Broken" + QString(FieldSep));
+        QVERIFY(CustomerList::rowsOf(table) == listRows("1=Lee"));
+        const auto recall = &CustomerList::recalledPosition;
+        QCOMPARE(QList<int>({recall("3", 7), recall("7", 7), recall("8", 7), recall("x", 7), recall("", 0)}),
+                 QList<int>({3, 7, 1, 1, 0}));
     }
 };
 

@@ -4,7 +4,6 @@
 #include "panelharness.h"
 
 #include "database/database.h"
-#include "database/rowtypes.h"
 #include "products/productpanel.h"
 
 using namespace qor;
@@ -47,8 +46,7 @@ private slots:
     void cleanup() { discard(m_w); }
 
     // Enter adds once an entry has made "&Add New" the default, and only
-    // while it shows; the panel shows its editor's buttons and colours. Then
-    // German forms.
+    // while it shows; the panel shows its editor's buttons and colours.
     void entry()
     {
         open({});
@@ -69,53 +67,24 @@ private slots:
         click(btn("cmdCancelNewItem"));
         QCOMPARE(buttons(), "&New Product or Service / &Delete Existing");
         QVERIFY(price()->isHidden());
-
-        // German forms; a display text keeps the form of the moment it was added.
-        const QLocale de(QLocale::German, QLocale::Germany);
-        QLocale::setDefault(de);
-        addItem("5x", "Seife", false);
-        QCOMPARE(buttons(), "-&Add New / &Cancel New");
-        retype(price(), "1.200,5");
-        click(btn("cmdAddNewItem"));
-        const QString shown = de.toCurrencyString(1200.5) + " - Seife";
-        QVERIFY(shown.startsWith("1.200,50") && table().textOf(u"2k").startsWith("000001200"));
-        QCOMPARE(table().textOf(u"2k").mid(SortPriceLength), shown);
-        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-        addItem("7", "Soap");
-        QCOMPARE(rowTexts(list()), QStringList({"$7.00 - Soap", "$12.50 - Brush", shown}));
     }
 
-    // United States forms: grouping, negative and zero prices, " - " in names,
-    // order by price, and the duplicate rule on the shown form.
-    void pricesUnitedStates()
+    // Adds land in price order and are selected; a duplicate or a refusal is
+    // a warning, and the entry stays.
+    void prices()
     {
-        open({});
-        addItem("1,200", "Roof - full");
-        QCOMPARE(table().text(1), "000001200.00$1,200.00 - Roof - full");
-        QVERIFY(m_w->databaseChanged());
-        const std::pair<const char *, const char *> more[] = {{"5", "Soap"}, {"40", "Soap"}, {"0", "Advice"}, {"-3", "Refund"}};
-        for (auto [p, n] : more) addItem(p, n);
-        QCOMPARE(m_answers->seen().size(), 0);
+        open({{1, "Soap", "$5.00"}});
+        addItem("1,200", "Roof");
+        addItem("-3", "Refund");
+        QCOMPARE(rowTexts(list()), QStringList({"($3.00) - Refund", "$5.00 - Soap", "$1,200.00 - Roof"}));
         QCOMPARE(currentText(list()), "($3.00) - Refund");
-        QCOMPARE(rowTexts(list()), QStringList({"($3.00) - Refund", "$0.00 - Advice", "$5.00 - Soap", "$40.00 - Soap",
-                                                "$1,200.00 - Roof - full"}));
-        for (int i = 1; i <= table().count(); ++i) QVERIFY(rowTexts(list()).contains(table().text(i).mid(SortPriceLength)));
-
+        QVERIFY(m_w->databaseChanged());
         addItem("5.00", "Soap");  // shows as the 5 already there
-        QCOMPARE(m_answers->last().title, "Duplicate Product or Service Found");
-        QCOMPARE(m_answers->last().icon, QMessageBox::Warning);
-        QCOMPARE(m_answers->last().buttons, QMessageBox::Ok);
-        QCOMPARE(table().count(), 5);
-        QCOMPARE(buttons(), "&Add New / &Cancel New");
-        retype(name(), "soap");  // other case is another name
+        retype(name(), "soap");   // other case is another name
         click(btn("cmdAddNewItem"));
-        QVERIFY(table().contains(u"6k") && table().textOf(u"6k") == "000000005.00$5.00 - soap");
-
-        // Kept to the cent: more decimals are refused with a message, and the entry stays.
         addItem("0.005", "Nut");
-        QVERIFY2(m_answers->last().text.startsWith("\"0.005\" has more than two decimals."),
-                 qPrintable(m_answers->last().text));
-        QCOMPARE(table().count(), 6);
+        QVERIFY2(m_answers->last().text.startsWith("\"0.005\" has"), qPrintable(m_answers->last().text));
+        QCOMPARE(table().count(), 4);
         QCOMPARE(buttons(), "&Add New / &Cancel New");
     }
 
@@ -133,14 +102,12 @@ private slots:
         list()->currentItem()->setSelected(true);
         m_answers->answer = QMessageBox::Cancel;
         click(btn("cmdCancelNewItem"));
-        QCOMPARE(m_answers->last().title, "Delete Existing Product or Service???");
         QCOMPARE(table().count(), 3);
         settings::CheckToConfirmEdits.store("false");
         m_answers->answer = QMessageBox::Ok;
         click(btn("cmdCancelNewItem"));
         QCOMPARE(m_answers->seen().size(), 3);
         QCOMPARE(statusText(*m_w), "Entry archived.");
-        QCOMPARE(table().textOf(u"2k"), "000000008.00" + ArchiveMark + "$8.00 - Brush");
         QCOMPARE(rowTexts(list()), QStringList({"$5.00 - Soap", "$20.00 - Mop"}));
         QCOMPARE(currentText(list()), "$5.00 - Soap");
         settings::CheckToConfirmEdits.set(false);
