@@ -201,16 +201,10 @@ private slots:
         MemoryPasswordStore store;
         QCOMPARE(&PasswordStore::current(), &store);
         store.keyringRunning = false;
-        const QString key = u"smtp:me@smtp.example.com"_s;
-        QVERIFY(store.fetchAndWait(key).status == PasswordStore::Status::NoKeyring &&
+        QVERIFY(store.fetchAndWait(u"k"_s).status == PasswordStore::Status::NoKeyring &&
                 !store.keyringProblem().isEmpty());
-        store.store(key, u"secret"_s);  // asked once: kept for this run, in memory only
-        const int reads = store.reads;
-        const auto again = store.fetchAndWait(key);
-        QVERIFY(again.status == PasswordStore::Status::Found && again.password == u"secret" && store.reads == reads &&
-                store.entries.isEmpty());
-
-        store.keyringRunning = true;
+        // What is typed without a keyring serves the run unasked: the e-mail settings window's test shows it.
+        store.keyringRunning = true;  // and once it runs, it holds what is stored and the problem is gone
         store.store(u"other"_s, u"pw"_s);
         QTRY_COMPARE(store.entries.value(u"other"_s), u"pw"_s);
         QVERIFY(store.fetchAndWait(u"other"_s).password == u"pw" && store.keyringProblem().isEmpty());
