@@ -12,13 +12,9 @@
 #include "mail/smtp.h"
 #include "mailgui/emailrun.h"
 #include "mailgui/frmemailsettings.h"
-#include "pages/invoice.h"
-#include "pages/pdfoutput.h"
-#include "pages/preview.h"
 #include "settings/settingsstore.h"
 #include "uiservices/dialogservice.h"
 
-#include <QBuffer>
 #include <QJsonArray>
 #include <QLabel>
 #include <QLineEdit>
@@ -40,19 +36,15 @@ MailAccount account(int port, Security s)
     return {u"localhost"_s, port, s, u"billing"_s, u"Bäcker & Co"_s, u"billing@example.com"_s, u"office@example.com"_s, true, {}};
 }
 
-// A real invoice page of the customer, as one PDF.
+// The customer's attachment: bytes of its own over many lines of base64.
+QByteArray attachmentOf(const MailCustomer &c) { return "%PDF-1.4\n" + c.name.toUtf8().repeated(300); }
+
 OutgoingMessage invoiceFor(const MailCustomer &c)
 {
-    pages::InvoiceInput in = pages::sampleInvoice(0, 3, true, false);  // $45.00, 2 x $20.00, $12.50
-    in.customer[0] = c.name;                                           // the page shows the first and the last name
-    in.customer[1] = c.name.section(u' ', 0, 0);
-    in.customer[2] = c.name.section(u' ', 1);
-    QBuffer pdf;
-    pdf.open(QIODevice::WriteOnly);
-    pages::writePdf(pages::composeInvoice(in), &pdf);
     const TemplateFields f{u"Bäcker & Co"_s, c.name, u"Mai/Juni"_s, Money::fromCents(9750), u"07/31/2026"_s};
     const MessageTexts t = composeTexts(loadTexts(), MailKind::Invoice, f, QDate(2026, 7, 1));
-    return {u"Rechnung für "_s + c.name + u"\r\nBcc: spy@example.com"_s, t.body, t.attachmentName, pdf.data(), {}};
+    const QString subject = u"Rechnung für "_s + c.name + u"\r\nBcc: spy@example.com"_s;
+    return {subject, t.body, t.attachmentName, attachmentOf(c), {}};
 }
 
 QString pdfText(const QString &path)
@@ -137,8 +129,7 @@ private slots:
         QVERIFY2(m[u"body"].toString().contains(u"Dear Jörg Meadows,\n\nplease find attached our invoice for "
                                                 "Mai/Juni. The amount of $97.50 is due by 07/31/2026."_s),
                  qPrintable(m[u"body"].toString()));
-        const QString page = pdfText(smtp.attachmentPath(1));
-        QVERIFY2(page.contains(u"Jörg Meadows"_s) && page.contains(u"$97.50"_s), qPrintable(page));
+        QCOMPARE(dbtest::readFile(smtp.attachmentPath(1)), attachmentOf(r[0].customer));
 
         // One line per address in the log, the refused one with the server's words.
         const auto log = SentMailLog().entries().mid(SentMailLog().entries().size() - 3);
