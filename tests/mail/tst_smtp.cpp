@@ -47,14 +47,6 @@ OutgoingMessage invoiceFor(const MailCustomer &c)
     return {subject, t.body, t.attachmentName, attachmentOf(c), {}};
 }
 
-QString pdfText(const QString &path)
-{
-    QProcess p;
-    p.start(u"pdftotext"_s, {path, u"-"_s});
-    p.waitForFinished(60000);
-    return QString::fromUtf8(p.readAllStandardOutput());
-}
-
 }  // namespace
 Q_DECLARE_METATYPE(qor::mail::Security)
 
@@ -268,7 +260,10 @@ private slots:
         const auto [rc, out] = run({u"--period"_s, u"May"_s});
         QVERIFY2(rc == 0 && out.contains(u"\tsent\t250 "_s) && out.contains(u"\tno address\n"_s) && out.endsWith(u"\n1 sent\n"_s), qPrintable(out));
         QCOMPARE(smtp.message(1)[u"filename"].toString(), u"Acme - invoice May.pdf"_s);
-        const QString page = pdfText(smtp.attachmentPath(1));
+        QProcess pdf;
+        pdf.start(u"pdftotext"_s, {smtp.attachmentPath(1), u"-"_s});
+        QVERIFY(pdf.waitForFinished(60000));
+        const QString page = QString::fromUtf8(pdf.readAllStandardOutput());
         QVERIFY2(page.contains(u"Ann"_s) && page.contains(u"$12.34"_s) && !page.contains(u"Bo"_s), qPrintable(page));
         // A trial run writes the statements as messages (of the form the server parsed above).
         QCOMPARE(run({u"--statements"_s, u"--dry-run"_s, outbox}).first, 0);
