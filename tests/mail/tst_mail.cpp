@@ -42,12 +42,9 @@ private slots:
                                               << QStringList{};
         QTest::newRow("address literal") << u"a@[192.0.2.1]; b@[300.0.2.1]"_s << QStringList{"a@[192.0.2.1]"}
                                          << QStringList{"b@[300.0.2.1]"};
-        QTest::newRow("not addresses")
-            << u"no-at-sign; a@@b.com; a@localhost; .a@example.com; a..b@example.com; a@-x.com; a@example.123; "
-               "jörg@example.com; a b@example.com; a@exa_mple.com"_s
-            << QStringList{}
-            << QStringList{"no-at-sign", "a@@b.com", "a@localhost", ".a@example.com", "a..b@example.com",
-                           "a@-x.com", "a@example.123", "jörg@example.com", "a b@example.com", "a@exa_mple.com"};
+        const QStringList bad{"no-at-sign", "a@@b.com", "a@localhost", ".a@example.com", "a..b@example.com",
+                              "a@-x.com", "a@example.123", "jörg@example.com", "a b@example.com", "a@exa_mple.com"};
+        QTest::newRow("not addresses") << bad.join(u"; ") << QStringList{} << bad;
     }
     void addresses()
     {
