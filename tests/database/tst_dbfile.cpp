@@ -115,13 +115,13 @@ private slots:
              {QDir::toNativeSeparators(path), line ? QStringLiteral("line %1").arg(line) : says, says})
             QVERIFY2(r.message.contains(part), qPrintable(r.message));
         QVERIFY(r.keepsCopyOnSave && tablesEmpty(db));
-        // The first save over it keeps a copy, named by the time.
+        // Saving elsewhere keeps nothing; the first save over it keeps a copy, named by the time; later ones don't.
+        QVERIFY(db.save(own.filePath(QStringLiteral("elsewhere.xml"))).keptCopy.isEmpty());
         const SaveResult s = db.save(path);
+        QVERIFY(db.save(path).keptCopy.isEmpty());
         QVERIFY2(s.ok && readFile(s.keptCopy) == bytes && readFile(path) == db.serialize(), qPrintable(s.message));
-        QVERIFY2(QRegularExpression(QStringLiteral("/refused\\.xml\\.unreadable-\\d{8}-\\d{6}$"))
-                     .match(s.keptCopy)
-                     .hasMatch(),
-                 qPrintable(s.keptCopy));
+        const QRegularExpression named(QStringLiteral("/refused\\.xml\\.unreadable-\\d{8}-\\d{6}$"));
+        QVERIFY2(s.keptCopy.contains(named), qPrintable(s.keptCopy));
     }
 
     void pathsThatCannotBeRead()
@@ -144,24 +144,16 @@ private slots:
 
     void copyKeptOfUnreadableFile()
     {
+        // Refused again within the same second: the second copy doesn't replace the first.
         const QString path = dir.filePath(QStringLiteral("QOR.xml"));
         const QByteArray old = customerFile("4", "4");
-        QVERIFY(writeFile(path, old));
         Database db;
-        QCOMPARE(db.read(path).status, ReadResult::Status::Rejected);
-        db.setCompanyField(0, QStringLiteral("New content"));
-        // Saving elsewhere keeps nothing and leaves the mark on the unreadable file.
-        QVERIFY(db.save(dir.filePath(QStringLiteral("other.xml"))).keptCopy.isEmpty());
-        const SaveResult s = db.save(path);
-        QVERIFY(s.ok && readFile(s.keptCopy) == old);
-        // Only the first save over it keeps a copy.
-        QVERIFY(db.save(path).keptCopy.isEmpty());
-        // Refused again within the same second: the second copy doesn't replace the first.
-        QVERIFY(writeFile(path, old + "again"));
-        QCOMPARE(db.read(path).status, ReadResult::Status::Rejected);
-        const SaveResult b = db.save(path);
-        QVERIFY(b.ok && b.keptCopy != s.keptCopy && readFile(s.keptCopy) == old &&
-                readFile(b.keptCopy) == old + "again");
+        QStringList kept;
+        for (const QByteArray &bytes : QList<QByteArray>{old, old + "again"}) {
+            QVERIFY(writeFile(path, bytes) && db.read(path).status == ReadResult::Status::Rejected);
+            kept << db.save(path).keptCopy;
+        }
+        QVERIFY(kept[0] != kept[1] && readFile(kept[0]) == old && readFile(kept[1]) == old + "again");
         // Blank lines alone are nothing to keep.
         const QString notes = dir.filePath(QStringLiteral("notes.xml"));
         QVERIFY(writeFile(notes, "\r\n  \t\r\n") && !db.read(notes).keepsCopyOnSave);
@@ -188,11 +180,9 @@ private slots:
         auto oldFileAlone = [&] { return readFile(path) == old && QDir(own.path()).entryList(QDir::Files | QDir::Hidden) == QStringList{"QOR.xml"}; };
 
         // The disk runs out half-way (a file size limit, which binds even root).
-        struct rlimit saved {};
+        rlimit saved{};
         QCOMPARE(getrlimit(RLIMIT_FSIZE, &saved), 0);
-        const struct rlimit small {
-            65536, saved.rlim_max
-        };
+        const rlimit small{65536, saved.rlim_max};
         auto previous = std::signal(SIGXFSZ, SIG_IGN);
         QCOMPARE(setrlimit(RLIMIT_FSIZE, &small), 0);
         const SaveResult full = db.save(path);
@@ -468,14 +458,6 @@ private slots:
         QCOMPARE(db.customerNameByCid(QStringLiteral("3")), QStringLiteral("zzzz\u00BBThree, Cy"));
         QCOMPARE(db.customerNameByCid(QStringLiteral("40")), QString());
         QVERIFY(shown == 3 && db.customers().contains(u"40k"));
-        // Saved and read again, nothing changes.
-        const QByteArray saved = db.serialize();
-        Database again;
-        const Loaded back = load(again, dir, saved);
-        QVERIFY(back.result.ok() && back.problems.isEmpty());
-        QCOMPARE(rows(again.customers()), rows(db.customers()));
-        QCOMPARE(rows(again.invoiceRecords()), rows(db.invoiceRecords()));
-        QVERIFY(again.serialize() == saved);
     }
 };
 

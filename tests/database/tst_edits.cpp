@@ -20,7 +20,7 @@ CustomerRow customerNamed(const QString &last)
 }
 
 // Customers 1..12, of whom 2, 5 and 12 have records (12 only paid ones); items
-// 1, 3, 7 and 12, of which 7 and 12 are billed. Records sort Baker (2), Egan (5), Lane (12), P2 Lane.
+// 1, 3, 7 and 12, of which 7 and 12 are billed. Records sort Baker (2), Egan (5), Lane (12), P2 Lane, P3 Baker.
 void fill(Database &db)
 {
     const char *lasts[] = {"Adams", "Baker", "Cole", "Dunn", "Egan", "Ford", "Gray", "Hale", "Irwin", "Jones", "King", "Lane"};
@@ -37,6 +37,8 @@ void fill(Database &db)
                                  cid == 2 ? QStringLiteral("4.5") : QStringLiteral("0"), items};
         tables.invoiceRecords.add(record::keyFor(r.period, r.cid), r.text());
     }
+    // Last, a record without an item list: every scan passes over it.
+    tables.invoiceRecords.add(record::keyFor("P3", "2"), QStringList({"P3", "Baker, Pat", "2", "0"}).join(FieldSep));
 }
 
 }  // namespace
@@ -52,7 +54,7 @@ private slots:
         using R = Removal;
         const std::tuple<bool, const char *, Removal> cases[] = {
             {false, "12k", R::Archived}, {false, "1k", R::Deleted}, {false, "7k", R::Deleted}, {false, "99k", R::NotThere}, {true, "12k", R::Archived}, {true, "7k", R::Archived}, {true, "1k", R::Deleted}, {true, "3k", R::Deleted}, {true, "2k", R::NotThere}};
-        const int scanned[] = {3, 4, 4, 0, 1, 1, 4, 4, 0};  // records read until the first that names it
+        const int scanned[] = {3, 5, 5, 0, 1, 1, 5, 5, 0};  // records read until the first that names it
         for (int i = 0; i < int(std::size(cases)); ++i) {
             const auto [item, key, outcome] = cases[i];
             Database db;
@@ -61,17 +63,9 @@ private slots:
             auto record = [&steps](float p) { steps << qRound(p); };
             QCOMPARE((item ? db.removeItem(key, record) : db.removeCustomer(key, record)).removal, outcome);
             QCOMPARE((item ? db.items() : db.customers()).count(), (item ? 4 : 12) - (outcome == R::Deleted ? 1 : 0));
-            for (int s = 1; s <= scanned[i]; ++s) want << 25 * s;
+            for (int s = 1; s <= scanned[i]; ++s) want << 20 * s;
             QCOMPARE(steps, want);
         }
-        // A record without an item list is passed over.
-        Database shortRecord;
-        {
-            test::TablesEdit t(shortRecord);
-            t.items.add("1k", "000000001.00$1.00 - Pen");
-            t.invoiceRecords.add("P1\u00011\u0001", QStringList({"P1", "A", "1", "0"}).join(FieldSep));
-        }
-        QCOMPARE(shortRecord.removeItem("1k").removal, Removal::Deleted);
     }
 
     void archivedRowsKeepTheirPlaceAndNumber()

@@ -2,6 +2,7 @@
 // The money type: one reading of price texts under every language setting,
 // the stored form of balances, the currency form, saturation.
 #include "database/money.h"
+#include "database/regional.h"
 
 #include <QTest>
 
@@ -153,6 +154,7 @@ private slots:
         QTest::newRow("en under a dollar") << "en_US" << qint64(-5) << "($0.05)";
         QTest::newRow("en zero") << "en_US" << qint64(0) << "$0.00";
         QTest::newRow("de") << "de_DE" << qint64(-123450) << "-1.234,50" + nbsp + "\u20AC";
+        QTest::newRow("fr") << "fr_FR" << qint64(-123450) << "(1\u202F234,50" + nbsp + "\u20AC)";
         QTest::newRow("ja whole") << "ja_JP" << qint64(123400) << "\uFFE51,234";
         QTest::newRow("ja cents") << "ja_JP" << qint64(123456) << "\uFFE51,234.56";
         // Beyond what a double holds to the cent.
@@ -168,8 +170,12 @@ private slots:
         QFETCH(QString, shown);
         const Money m = Money::fromCents(cents);
         QCOMPARE(locale.isEmpty() ? m.toPlainText() : m.toCurrencyText(QLocale(locale)), shown);
-        // What the program shows it reads back, under any setting.
-        if (!locale.isEmpty() && qAbs(cents) <= Money::MaxCents) QCOMPARE(Money::fromPriceText(shown), m);
+        if (locale.isEmpty() || qAbs(cents) > Money::MaxCents) return;
+        // What the program shows it reads back, under any setting, and the
+        // price field's numeric test takes it, sign included.
+        QCOMPARE(Money::fromPriceText(shown), m);
+        QLocale::setDefault(QLocale(locale));
+        QVERIFY(regional::isNumeric(shown));
     }
 
     // Sums, differences and products, exact to the cent; saturation keeps the sign.

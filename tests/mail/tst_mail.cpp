@@ -42,12 +42,9 @@ private slots:
                                               << QStringList{};
         QTest::newRow("address literal") << u"a@[192.0.2.1]; b@[300.0.2.1]"_s << QStringList{"a@[192.0.2.1]"}
                                          << QStringList{"b@[300.0.2.1]"};
-        QTest::newRow("not addresses")
-            << u"no-at-sign; a@@b.com; a@localhost; .a@example.com; a..b@example.com; a@-x.com; a@example.123; "
-               "jörg@example.com; a b@example.com; a@exa_mple.com"_s
-            << QStringList{}
-            << QStringList{"no-at-sign", "a@@b.com", "a@localhost", ".a@example.com", "a..b@example.com",
-                           "a@-x.com", "a@example.123", "jörg@example.com", "a b@example.com", "a@exa_mple.com"};
+        const QStringList bad{"no-at-sign", "a@@b.com", "a@localhost", ".a@example.com", "a..b@example.com",
+                              "a@-x.com", "a@example.123", "jörg@example.com", "a b@example.com", "a@exa_mple.com"};
+        QTest::newRow("not addresses") << bad.join(u"; ") << QStringList{} << bad;
     }
     void addresses()
     {
@@ -201,16 +198,10 @@ private slots:
         MemoryPasswordStore store;
         QCOMPARE(&PasswordStore::current(), &store);
         store.keyringRunning = false;
-        const QString key = u"smtp:me@smtp.example.com"_s;
-        QVERIFY(store.fetchAndWait(key).status == PasswordStore::Status::NoKeyring &&
+        QVERIFY(store.fetchAndWait(u"k"_s).status == PasswordStore::Status::NoKeyring &&
                 !store.keyringProblem().isEmpty());
-        store.store(key, u"secret"_s);  // asked once: kept for this run, in memory only
-        const int reads = store.reads;
-        const auto again = store.fetchAndWait(key);
-        QVERIFY(again.status == PasswordStore::Status::Found && again.password == u"secret" && store.reads == reads &&
-                store.entries.isEmpty());
-
-        store.keyringRunning = true;
+        // What is typed without a keyring serves the run unasked: the e-mail settings window's test shows it.
+        store.keyringRunning = true;  // and once it runs, it holds what is stored and the problem is gone
         store.store(u"other"_s, u"pw"_s);
         QTRY_COMPARE(store.entries.value(u"other"_s), u"pw"_s);
         QVERIFY(store.fetchAndWait(u"other"_s).password == u"pw" && store.keyringProblem().isEmpty());
