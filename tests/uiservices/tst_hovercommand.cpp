@@ -56,7 +56,6 @@ QImage square(QColor ground, QColor ink)
     return img;
 }
 
-QColor px(QWidget *w, int x, int y) { return w->grab().toImage().pixelColor(x, y); }
 int countColour(const QImage &img, QColor c)
 {
     int n = 0;
@@ -87,7 +86,13 @@ class TestHoverCommand : public QObject {
 private slots:
     void propertiesAndPaintDecisions()
     {
-        HoverCommand b;
+        HoverCommand b;  // registers the images: the tab faces are compiled in
+        for (int i = 0; i < 7; ++i) {
+            const QImage face(assets::tabFace(i)), hov(assets::tabFaceHover(i));
+            QVERIFY2(face.size() == QSize(95, 51) && countColour(face, QColor(0, 0, 102)) > 150 &&
+                         countColour(hov, QColor(50, 185, 70)) > 150,
+                     qPrintable(assets::tabFace(i)));
+        }
         QSignalSpy spy(&b, &HoverCommand::propertyChanged);
         const QImage pic = square(Qt::white, Qt::white);
         for (int twice = 0; twice < 2; ++twice) {  // unchanged values give no second notice, pictures do
@@ -217,7 +222,7 @@ private slots:
         // Disabled: grey ink, transparent ground, light emboss one pixel down and right.
         b->setPicture(square(Qt::white, Qt::blue));
         b->setEnabled(false);
-        const QColor ink = px(b.get(), 9, 9);
+        const QColor ink = b->grab().toImage().pixelColor(9, 9);
         QVERIFY(ink != QColor(Qt::blue) && ink.red() == ink.green() && ink.green() == ink.blue());
         expect(b.get(), {{14, 14, Qt::red}, {12, 12, b->palette().color(QPalette::Active, QPalette::Light)}});
         // HovPicture only under the mouse; Picture otherwise.
@@ -300,17 +305,6 @@ private slots:
         expect(b, {{8, 4, Qt::black}, {9, 4, Qt::white}});
         press(b, {10, 10});
         expect(b, {{10, 6, Qt::black}, {8, 4, Qt::white}});
-    }
-
-    void tabImagesAreCompiledIn()
-    {
-        HoverCommand b;  // registers the resources
-        for (int i = 0; i < 7; ++i) {
-            const QImage face(assets::tabFace(i)), hov(assets::tabFaceHover(i));
-            QVERIFY2(face.size() == QSize(95, 51) && countColour(face, QColor(0, 0, 102)) > 150 &&
-                         countColour(hov, QColor(50, 185, 70)) > 150,
-                     qPrintable(assets::tabFace(i)));
-        }
     }
 };
 
