@@ -153,7 +153,7 @@ private slots:
         QCOMPARE(hover::captionOrigin(-1, 100, 40, 30, 16, 20, 5, 10, 2), QPoint(2, 14));
     }
 
-    void mouseStateMachine()
+    void mouseAndKeyStateMachine()
     {
         HoverCommand b;
         b.resize(40, 20);
@@ -189,16 +189,13 @@ private slots:
         then();
         QCOMPARE(states, QStringLiteral("HUHUHUUHPUUUU"));
         QCOMPARE(log.count(QStringLiteral("leave")), 3);
-    }
 
-    void keyboardPressAndRelease()
-    {
-        HoverCommand b;
+        // Keys: held down, the platform repeats press and release.
         QSignalSpy click(&b, &QAbstractButton::clicked);
         for (int k : {int(Qt::Key_Space), int(Qt::Key_Return), int(Qt::Key_Enter)}) {
             const int before = click.count();
             key(&b, QEvent::KeyPress, k);
-            for (int i = 0; i < 2; ++i) {  // held down: the platform repeats press and release
+            for (int i = 0; i < 2; ++i) {
                 key(&b, QEvent::KeyRelease, k, true);
                 key(&b, QEvent::KeyPress, k, true);
             }
