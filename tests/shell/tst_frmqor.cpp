@@ -172,9 +172,15 @@ private slots:
         discard(w);
     }
 
-    void resizeRules()
+    void placeholderAndResizeRules()
     {
+        // A record of a customer who is gone: a placeholder and a change; the
+        // message about it, marked in the store not to show again, is not shown.
+        writeDatabase(sb.db, {}, {}, {{7, {}}});
+        ScriptedDialogs dialogs;
         auto w = openWindow(0);
+        QVERIFY(dialogs.seen.isEmpty() && w->databaseChanged());
+        QCOMPARE(w->customerPanel()->list()->topLevelItem(0)->text(0), u"Customer, Deleted"_s);
         const auto panelSize = [](int width, int height) { return QSize(twipsToPx(width), twipsToPx(height)); };
         const auto resize = [&](int width, int height) {
             setFormSizeTwips(w.get(), width, height);
@@ -204,18 +210,6 @@ private slots:
         w->showNormal();
         QCoreApplication::processEvents();
         QCOMPARE(w->panel(1)->size(), panelSize(14000 - 1665, 9000 - 510));
-        discard(w);
-    }
-
-    // A record of a customer who is gone: a placeholder and a change; the
-    // message about it, marked in the store not to show again, is not shown.
-    void placeholderForACustomerGone()
-    {
-        writeDatabase(sb.db, {}, {}, {{7, {}}});
-        ScriptedDialogs dialogs;
-        auto w = openWindow(0);
-        QVERIFY(dialogs.seen.isEmpty() && w->databaseChanged());
-        QCOMPARE(w->customerPanel()->list()->topLevelItem(0)->text(0), u"Customer, Deleted"_s);
         discard(w);
     }
 
