@@ -81,7 +81,7 @@ private slots:
         discard(w);
     }
 
-    void closingWithChanges()
+    void closingWithChangesKeysAndTitle()
     {
         const QByteArray original = sb.fileBytes();
         Answerer a;
@@ -113,18 +113,12 @@ private slots:
         QVERIFY(w->close() && a.seen().size() == 4 && sb.fileBytes().contains("Harbour Ltd"));
         QCOMPARE(settings::LastViewedCustomer.stored(), u"2"_s);
 
-        // A file just read is no change: no question. An empty list keeps the stored customer.
+        // A file just read is no change. The title names the file and its
+        // state; Ctrl+S, F1 and Ctrl+Q act as the save button, the help button
+        // and the close button do. An empty list keeps the stored customer.
         writeDatabase(sb.db, {});
         w = openWindow(0);
-        QVERIFY(w->close() && a.seen().size() == 4 && settings::LastViewedCustomer.stored() == u"2");
-    }
-
-    // The title names the file and its state; Ctrl+S, F1 and Ctrl+Q act as
-    // the save button, the help button and the close button do.
-    void keysAndTitle()
-    {
-        Answerer a;
-        auto w = openWindow(0);
+        a.answer = QMessageBox::Cancel;
         w->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(w.get()));
         QCOMPARE(w->windowHandle()->title(), u"QOR.xml \u2014 Qorvane"_s);
@@ -140,7 +134,7 @@ private slots:
         QDesktopServices::unsetUrlHandler(u"file"_s);
         QVERIFY(m_opened.endsWith(u"qorvane-guide.html"_s));
         QTest::keyClick(w.get(), Qt::Key_Q, Qt::ControlModifier);  // nothing left to ask
-        QVERIFY(a.seen().size() == 1 && !w->isVisible());
+        QVERIFY(a.seen().size() == 5 && !w->isVisible() && settings::LastViewedCustomer.stored() == u"2");
     }
 
     void panelSwitchingAndExpertHints()
