@@ -57,45 +57,7 @@ private slots:
     }
     void cleanup() { closeView(); }
 
-    void logoOpensOnlyForLvwpeek()
-    {
-        auto w = openWindow(0);
-        QCOMPARE(settings::BrowseView.stored(), u"lvwpeek"_s);  // written at every start
-        for (const QString value : {u"LvwPeek"_s, u"lvwpeek "_s, u""_s}) {
-            settings::BrowseView.set(value);
-            QTest::mouseClick(logo(*w), Qt::LeftButton);
-            QVERIFY2(!FrmListLVWs::existing(), qPrintable(value));
-        }
-        settings::BrowseView.store(u"lvwpeek"_s);
-        QTest::mouseClick(logo(*w), Qt::RightButton);
-        QVERIFY(!FrmListLVWs::existing());
-        QTest::mouseClick(logo(*w), Qt::LeftButton);
-        FrmListLVWs *v = FrmListLVWs::existing();
-        QVERIFY(v && v->isVisible() && !v->isModal() && v->parentWidget() == w.get() && w->isEnabled());
-
-        // A second click brings nothing new: the loaded form keeps its choice and rows.
-        v->optLVWChoice(2)->click();
-        const QString before = v->text1();
-        QTest::mouseClick(logo(*w), Qt::LeftButton);
-        QVERIFY(FrmListLVWs::existing() == v && v->optLVWChoice(2)->isChecked() && v->text1() == before);
-        // Show XML hands the desktop the file the Options panel shows.
-        Opener opener;
-        QDesktopServices::setUrlHandler(u"file"_s, &opener, "open");
-        QTest::mouseClick(v->cmdShowXML(), Qt::LeftButton);
-        QDesktopServices::unsetUrlHandler(u"file"_s);
-        const QString shown = w->panel(5)->control<QLineEdit>(u"txtChangePath"_s)->text();
-        QCOMPARE(opener.opened, QList<QUrl>{QUrl::fromLocalFile(shown)});
-
-        // The main window unloads it when it closes, and it keeps its place.
-        v->move(150, 90);
-        QPointer<FrmListLVWs> gone = v;
-        discard(w);
-        QTRY_VERIFY(!gone);
-        QCOMPARE(settings::FormLeft.stored(u"frmListLVWs"_s), QString::number(qRound(pxToTwips(150))));
-        QVERIFY(!settings::FormWidth.stored(u"frmListLVWs"_s).isEmpty());
-    }
-
-    void rowsOfEachTable()
+    void rowsOfEachTableThenTheLogo()
     {
         auto w = openWindow(0);
         QString path = sb.dir.filePath(u"missing.xml"_s);
@@ -150,7 +112,42 @@ private slots:
         QVERIFY(!v->cmdShowXMLClick());
         path = sb.dir.path();
         QVERIFY(!v->cmdShowXMLClick());
+        closeView();
+
+        // The logo opens the view only when the settings say so.
+        QCOMPARE(settings::BrowseView.stored(), u"lvwpeek"_s);  // written at every start
+        for (const QString value : {u"LvwPeek"_s, u"lvwpeek "_s, u""_s}) {
+            settings::BrowseView.set(value);
+            QTest::mouseClick(logo(*w), Qt::LeftButton);
+            QVERIFY2(!FrmListLVWs::existing(), qPrintable(value));
+        }
+        settings::BrowseView.store(u"lvwpeek"_s);
+        QTest::mouseClick(logo(*w), Qt::RightButton);
+        QVERIFY(!FrmListLVWs::existing());
+        QTest::mouseClick(logo(*w), Qt::LeftButton);
+        v = FrmListLVWs::existing();
+        QVERIFY(v && v->isVisible() && !v->isModal() && v->parentWidget() == w.get() && w->isEnabled());
+
+        // A second click brings nothing new: the loaded form keeps its choice and rows.
+        v->optLVWChoice(2)->click();
+        const QString before = v->text1();
+        QTest::mouseClick(logo(*w), Qt::LeftButton);
+        QVERIFY(FrmListLVWs::existing() == v && v->optLVWChoice(2)->isChecked() && v->text1() == before);
+        // Show XML hands the desktop the file the Options panel shows.
+        Opener opener;
+        QDesktopServices::setUrlHandler(u"file"_s, &opener, "open");
+        QTest::mouseClick(v->cmdShowXML(), Qt::LeftButton);
+        QDesktopServices::unsetUrlHandler(u"file"_s);
+        const QString shown = w->panel(5)->control<QLineEdit>(u"txtChangePath"_s)->text();
+        QCOMPARE(opener.opened, QList<QUrl>{QUrl::fromLocalFile(shown)});
+
+        // The main window unloads it when it closes, and it keeps its place.
+        v->move(150, 90);
+        QPointer<FrmListLVWs> gone = v;
         discard(w);
+        QTRY_VERIFY(!gone);
+        QCOMPARE(settings::FormLeft.stored(u"frmListLVWs"_s), QString::number(qRound(pxToTwips(150))));
+        QVERIFY(!settings::FormWidth.stored(u"frmListLVWs"_s).isEmpty());
     }
 };
 
