@@ -211,7 +211,7 @@ private slots:
         QVERIFY(b.state() == State::Up && click.count() == 3);
     }
 
-    void picturesInThePixels()
+    void picturesAndGroundInThePixels()
     {
         // The key colour is whatever the top left pixel holds.
         auto b = plain(16, square(Qt::blue, Qt::white));
@@ -237,6 +237,24 @@ private slots:
             press(p.get(), {20, 10});
             expect(p.get(), {{7 + d, 7 + d, Qt::red}, {11 + d, 11 + d, Qt::blue}, {12 + d, 12 + d, Qt::red}});
         }
+
+        // The ground: what the parent paints, or a BGPicture.
+        QWidget parent;
+        parent.setPalette(QPalette(Qt::gray, QColor(10, 200, 30)));  // button, window
+        parent.setAutoFillBackground(true);
+        auto *child = plain(16).release();
+        child->setParent(&parent);
+        child->move(20, 10);
+        child->setGrabBG(true);
+        expect(child, {{10, 10, QColor(10, 200, 30)}});
+        // A BGPicture wins and is tiled from the corner; pressed, the tiles move too.
+        QImage tile(4, 4, QImage::Format_RGB32);
+        tile.fill(Qt::white);
+        tile.setPixelColor(0, 0, Qt::black);
+        child->setBGPicture(tile);
+        expect(child, {{8, 4, Qt::black}, {9, 4, Qt::white}});
+        press(child, {10, 10});
+        expect(child, {{10, 6, Qt::black}, {8, 4, Qt::white}});
     }
 
     void bordersFocusAndHighlightInThePixels()
@@ -280,26 +298,6 @@ private slots:
         QVERIFY(inked(Qt::black) > 20);
         move(t.get(), {60, 20});
         QVERIFY(inked(Qt::green) > 20 && inked(Qt::black) == 0);
-    }
-
-    void backgroundFromParentOrTiles()
-    {
-        QWidget parent;
-        parent.setPalette(QPalette(Qt::gray, QColor(10, 200, 30)));  // button, window
-        parent.setAutoFillBackground(true);
-        auto *b = plain(16).release();
-        b->setParent(&parent);
-        b->move(20, 10);
-        b->setGrabBG(true);
-        expect(b, {{10, 10, QColor(10, 200, 30)}});
-        // A BGPicture wins and is tiled from the corner; pressed, the tiles move too.
-        QImage tile(4, 4, QImage::Format_RGB32);
-        tile.fill(Qt::white);
-        tile.setPixelColor(0, 0, Qt::black);
-        b->setBGPicture(tile);
-        expect(b, {{8, 4, Qt::black}, {9, 4, Qt::white}});
-        press(b, {10, 10});
-        expect(b, {{10, 6, Qt::black}, {8, 4, Qt::white}});
     }
 };
 
