@@ -57,41 +57,11 @@ private slots:
     }
     void cleanup() { closeView(); }
 
-    void logoOpensOnlyForLvwpeek()
+    void rowsOfEachTableThenTheLogo()
     {
         auto w = openWindow(0);
-        QCOMPARE(settings::BrowseView.stored(), u"lvwpeek"_s);  // written at every start
-        for (const QString value : {u"LvwPeek"_s, u"lvwpeek "_s, u""_s}) {
-            settings::BrowseView.set(value);
-            QTest::mouseClick(logo(*w), Qt::LeftButton);
-            QVERIFY2(!FrmListLVWs::existing(), qPrintable(value));
-        }
-        settings::BrowseView.store(u"lvwpeek"_s);
-        QTest::mouseClick(logo(*w), Qt::RightButton);
-        QVERIFY(!FrmListLVWs::existing());
-        QTest::mouseClick(logo(*w), Qt::LeftButton);
-        FrmListLVWs *v = FrmListLVWs::existing();
-        QVERIFY(v && v->isVisible() && !v->isModal() && v->parentWidget() == w.get() && w->isEnabled());
-
-        // A second click brings nothing new: the loaded form keeps its choice and rows.
-        v->optLVWChoice(2)->click();
-        const QString before = v->text1();
-        QTest::mouseClick(logo(*w), Qt::LeftButton);
-        QVERIFY(FrmListLVWs::existing() == v && v->optLVWChoice(2)->isChecked() && v->text1() == before);
-
-        // The main window unloads it when it closes, and it keeps its place.
-        v->move(150, 90);
-        QPointer<FrmListLVWs> gone = v;
-        discard(w);
-        QTRY_VERIFY(!gone);
-        QCOMPARE(settings::FormLeft.stored(u"frmListLVWs"_s), QString::number(qRound(pxToTwips(150))));
-        QVERIFY(!settings::FormWidth.stored(u"frmListLVWs"_s).isEmpty());
-    }
-
-    void rowsOfEachTable()
-    {
-        auto w = openWindow(0);
-        FrmListLVWs *v = FrmListLVWs::open(w.get(), w->db(), {});
+        QString path = sb.dir.filePath(u"missing.xml"_s);
+        FrmListLVWs *v = FrmListLVWs::open(w.get(), w->db(), [&path] { return path; });
         const QString sep(FieldSep);
         QVERIFY(v->optLVWChoice(0)->isChecked());
         for (int i = 0; i < 4; ++i)  // captions not cut
@@ -138,32 +108,46 @@ private slots:
         QVERIFY(v->textBox1()->height() == twipsToPx(formHeightTwips(v) - 1230) &&
                 v->textBox2()->width() == v->textBox1()->width());
         QCOMPARE(v->textBox1()->geometry().topLeft(), QPoint(twipsToPx(120), twipsToPx(960)));
-        discard(w);
-    }
-
-    void showXml()
-    {
-        auto w = openWindow(0);
-        Opener opener;
-        QDesktopServices::setUrlHandler(u"file"_s, &opener, "open");
-        QString path = sb.db;
-        FrmListLVWs *v = FrmListLVWs::open(w.get(), w->db(), [&path] { return path; });
-        QTest::mouseClick(v->cmdShowXML(), Qt::LeftButton);
-        QCOMPARE(opener.opened, QList<QUrl>{QUrl::fromLocalFile(sb.db)});
-        for (const QString &no : {sb.dir.filePath(u"missing.xml"_s), sb.dir.path()}) {  // a folder is no file
-            path = no;
-            QVERIFY(!v->cmdShowXMLClick());
-        }
-        QCOMPARE(opener.opened.size(), 1);
+        // Show XML hands nothing over for a file that isn't there, nor for a folder.
+        QVERIFY(!v->cmdShowXMLClick());
+        path = sb.dir.path();
+        QVERIFY(!v->cmdShowXMLClick());
         closeView();
 
-        // From the logo, the path is the one the Options panel shows.
-        auto *field = w->panel(5)->control<QLineEdit>(u"txtChangePath"_s);
+        // The logo opens the view only when the settings say so.
+        QCOMPARE(settings::BrowseView.stored(), u"lvwpeek"_s);  // written at every start
+        for (const QString value : {u"LvwPeek"_s, u"lvwpeek "_s, u""_s}) {
+            settings::BrowseView.set(value);
+            QTest::mouseClick(logo(*w), Qt::LeftButton);
+            QVERIFY2(!FrmListLVWs::existing(), qPrintable(value));
+        }
+        settings::BrowseView.store(u"lvwpeek"_s);
+        QTest::mouseClick(logo(*w), Qt::RightButton);
+        QVERIFY(!FrmListLVWs::existing());
         QTest::mouseClick(logo(*w), Qt::LeftButton);
-        QTest::mouseClick(FrmListLVWs::existing()->cmdShowXML(), Qt::LeftButton);
-        QCOMPARE(opener.opened.value(1), QUrl::fromLocalFile(field->text()));
+        v = FrmListLVWs::existing();
+        QVERIFY(v && v->isVisible() && !v->isModal() && v->parentWidget() == w.get() && w->isEnabled());
+
+        // A second click brings nothing new: the loaded form keeps its choice and rows.
+        v->optLVWChoice(2)->click();
+        const QString before = v->text1();
+        QTest::mouseClick(logo(*w), Qt::LeftButton);
+        QVERIFY(FrmListLVWs::existing() == v && v->optLVWChoice(2)->isChecked() && v->text1() == before);
+        // Show XML hands the desktop the file the Options panel shows.
+        Opener opener;
+        QDesktopServices::setUrlHandler(u"file"_s, &opener, "open");
+        QTest::mouseClick(v->cmdShowXML(), Qt::LeftButton);
         QDesktopServices::unsetUrlHandler(u"file"_s);
+        const QString shown = w->panel(5)->control<QLineEdit>(u"txtChangePath"_s)->text();
+        QCOMPARE(opener.opened, QList<QUrl>{QUrl::fromLocalFile(shown)});
+
+        // The main window unloads it when it closes, and it keeps its place.
+        v->move(150, 90);
+        QPointer<FrmListLVWs> gone = v;
         discard(w);
+        QTRY_VERIFY(!gone);
+        QCOMPARE(settings::FormLeft.stored(u"frmListLVWs"_s), QString::number(qRound(pxToTwips(150))));
+        QVERIFY(!settings::FormWidth.stored(u"frmListLVWs"_s).isEmpty());
     }
 };
 

@@ -230,11 +230,15 @@ private slots:
     }
 
     // Saves keep versions; the Options panel lists them and restores one as
-    // changed books.
-    void versionsOnTheOptionsPanel()
+    // changed books. Abandoning then drops the restored books and a new
+    // customer, leaves the settings alone, and the Options panel's own save
+    // button writes the file unchanged.
+    void versionsThenAbandon()
     {
         company(0)->setText(u"Second"_s);
         w->cmdSaveClick();
+        const QByteArray saved = sb.fileBytes();
+        const QStringList shown = rowTexts(w->customerPanel()->list());
         auto *list = w->optionsPanel()->versionList();
         // One: the file as it was before the save.
         QVERIFY(list->count() == 1 && list->item(0)->text().contains(u"version"_s));
@@ -243,15 +247,6 @@ private slots:
         click(w->optionsPanel()->restoreVersionButton());
         QVERIFY(w->databaseChanged() && company(0)->text() == u"Test Co");
         QCOMPARE(readBack(sb.db)->company()[0], u"Second"_s);  // saved only when the user saves
-    }
-
-    // Abandoning a new customer drops it and leaves the settings alone; the
-    // Options panel's own save button then writes the file unchanged.
-    void abandonAfterAddingACustomer()
-    {
-        w->cmdSaveClick();  // the file as this program writes it
-        const QByteArray saved = sb.fileBytes();
-        const QStringList shown = rowTexts(w->customerPanel()->list());
         addCustomer(u"Cara"_s);
         settings::sync();
         const QByteArray settingsBefore = bytes(settings::storePath());
@@ -259,7 +254,8 @@ private slots:
         click(w->cmdCancel());
         QVERIFY(answers->last().message.buttons == (QMessageBox::Ok | QMessageBox::Cancel) && w->databaseChanged());
         click(w->cmdCancel());
-        QVERIFY(rowTexts(w->customerPanel()->list()) == shown && !w->databaseChanged());
+        QVERIFY(rowTexts(w->customerPanel()->list()) == shown && company(0)->text() == u"Second");
+        QVERIFY(!w->databaseChanged());
         settings::sync();
         QCOMPARE(bytes(settings::storePath()), settingsBefore);
         w->cmdChangePathClick(2);

@@ -60,20 +60,6 @@ private slots:
     void initTestCase() { qputenv("XDG_CONFIG_HOME", (dir.path() + u"/config"_s).toLocal8Bit()); }
     void init() { QFile::remove(ClsDIALOGS::iniPath()); }
 
-    void newObjectWithoutIni()
-    {
-        QVERIFY(ClsDIALOGS::iniPath().startsWith(dir.path() + u"/config/QOR/"_s));
-        ClsDIALOGS d;
-        QCOMPARE(&ClsDIALOGS::current(), &d);
-        // No folder yet: the dialog service decides when a dialog opens.
-        QCOMPARE(d.strInitialDir() + d.strLastOpenFolder() + d.strLastSaveFolder(), QString());
-        QCOMPARE(d.lngLastOpenFilter() + d.lngLastSaveFilter(), 2);
-        // The first dialog opens with the first filter; where it opens is the dialog service's rule.
-        ScriptedDialogs answers;
-        d.strGetOpenFileName();
-        QCOMPARE(answers.last().file.filterIndex, 1);
-    }
-
     // Where a file dialog starts: never in the program's folder ("~": Documents).
     void startPath_data()
     {
@@ -93,7 +79,7 @@ private slots:
         QFETCH(QString, suggested);
         QFETCH(QString, database);
         QFETCH(QString, expected);
-        QVERIFY(QDir().mkpath(dir.path() + u"/books"_s));
+        QVERIFY(QDir().mkpath(dir.path() + u"/books"_s) && QDir().mkpath(dir.path() + u"/config"_s));
         QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
         if (!QFileInfo(documents).isDir()) documents = QDir::homePath();
         DialogService::setDatabaseFile(database);
@@ -102,12 +88,18 @@ private slots:
 
     void rememberedBetweenRuns()
     {
+        QVERIFY(ClsDIALOGS::iniPath().startsWith(dir.path() + u"/config/QOR/"_s));
         {
             ClsDIALOGS first;
+            QCOMPARE(&ClsDIALOGS::current(), &first);
+            // No folder yet: the dialog service decides when a dialog opens; the first filter.
+            QCOMPARE(first.strInitialDir() + first.strLastOpenFolder() + first.strLastSaveFolder(), QString());
+            QCOMPARE(first.lngLastOpenFilter() + first.lngLastSaveFilter(), 2);
             ScriptedDialogs answers;
             answers.nextFileNames = {u"/srv/books/Out.txt"_s, u"/home/u/In.bat"_s};
             answers.nextFilterIndexes = {6, 2};
             QCOMPARE(first.strGetSaveFileName(), u"/srv/books/Out.txt"_s);
+            QCOMPARE(answers.last().file.filterIndex, 1);
             QCOMPARE(first.strGetOpenFileName(), u"/home/u/In.bat"_s);
             QVERIFY(!QFile::exists(ClsDIALOGS::iniPath()));  // written only at the end
         }
@@ -136,7 +128,7 @@ private slots:
         QVERIFY(f.open(QIODevice::ReadOnly) && f.readAll() == before);
     }
 
-    void cancelAndFilters()
+    void cancelFiltersAndSeveralFiles()
     {
         ClsDIALOGS d(false);
         ScriptedDialogs answers;
@@ -152,13 +144,7 @@ private slots:
         d.setStrFilter(u"Pictures|*.png;*.jpg"_s + NUL + NUL);
         QCOMPARE(d.filterList(), u"Pictures"_s + NUL + u"*.png;*.jpg"_s + NUL + NUL);
         QCOMPARE(d.dialogFilters(), QStringList{u"Pictures (*.png *.jpg)"_s});
-    }
 
-    void multipleSelection()
-    {
-        ClsDIALOGS d(false);
-        ScriptedDialogs answers;
-        answers.nextFileNames = {u"/d/one.txt"_s};
         // Alone: the full name; allowing several, the name in its folder and a count.
         for (bool several : {false, true}) {
             d.setBlnAllowMultipleFileSelect(several);
@@ -181,7 +167,7 @@ private slots:
                  QStringList({u"/a"_s, u"/c"_s, QString(), QString()}));
     }
 
-    void fontRules()
+    void fontColourPageSetupAndFolder()
     {
         ClsDIALOGS d(false);
         ScriptedDialogs answers;
@@ -209,12 +195,7 @@ private slots:
         }
         QVERIFY(!d.blnChooseFont());
         QCOMPARE(d.lngFontSize(), 9);
-    }
 
-    void colourPageSetupPrintFolder()
-    {
-        ClsDIALOGS d(false);
-        ScriptedDialogs answers;
         answers.nextColors = {QColor(255, 0, 0), std::nullopt};
         QCOMPARE(d.lngChooseColor(0x00FF00), 0x0000FF);
         QVERIFY(d.lngChooseColor(0x00FF00) == -1 && d.lngColor() == 0x0000FF);  // a cancel leaves it

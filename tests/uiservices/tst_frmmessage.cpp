@@ -40,36 +40,29 @@ class TestFrmMessage : public QObject {
     QTemporaryDir m_config;
 private slots:
     void initTestCase() { qputenv("XDG_CONFIG_HOME", m_config.path().toLocal8Bit()); }
-    void layoutForOneOrTwoButtons()
-    {
-        // Only exactly "OK" gives the single button.
-        for (const QString &kind : {QStringLiteral("OK"), QString(), QStringLiteral("ok"), QStringLiteral("YesNo")}) {
-            showAndDo(QStringLiteral("LayoutKey"), kind, QString(), [&](QDialog *d) {
-                const bool one = kind == QLatin1String("OK");
-                QCOMPARE(button(d, "cmdOkay")->isVisible(), one);
-                QVERIFY(button(d, "cmdYes")->isVisible() != one && button(d, "cmdNo")->isVisible() != one);
-                QCOMPARE(d->minimumSize(), d->maximumSize());
-            });
-        }
-    }
-
     void answersAndMarks()
     {
-        // press: a button name, "close" (the close box keeps the preset) or "esc"; a ticked box is stored however it closes.
+        // press: a button name, "close" (the close box keeps the preset) or "esc"; a ticked box is stored however it
+        // closes. Only exactly "OK" gives the single button.
         // clang-format off
         struct Case {
             const char *key, *buttons, *preset, *press;
             bool ticked;
             const char *answer;
         } const cases[] = {
-            {"Plain", "", "No", "cmdYes", false, "Yes"}, {"Plain", "", "Yes", "cmdNo", false, "No"},
+            {"Plain", "", "No", "cmdYes", false, "Yes"}, {"Plain", "ok", "Yes", "cmdNo", false, "No"},
             {"Plain", "OK", "Yes", "cmdOkay", false, "OK"}, {"Plain", "", "Maybe", "close", false, "Maybe"},
-            {"DeletedCustomer", "", "Yes", "close", true, "Yes"}, {"AnsweredNo", "", "Yes", "cmdNo", true, "No"},
+            {"DeletedCustomer", "", "Yes", "close", true, "Yes"}, {"AnsweredNo", "YesNo", "Yes", "cmdNo", true, "No"},
             {"Escaped", "OK", "Yes", "esc", true, "Yes"}};
         // clang-format on
         for (const Case &c : cases) {
             const QString answer = showAndDo(QString::fromLatin1(c.key), QString::fromLatin1(c.buttons),
                                              QString::fromLatin1(c.preset), [&c](QDialog *d) {
+                                                 const bool one = qstrcmp(c.buttons, "OK") == 0;
+                                                 QCOMPARE(button(d, "cmdOkay")->isVisible(), one);
+                                                 QVERIFY(button(d, "cmdYes")->isVisible() != one);
+                                                 QVERIFY(button(d, "cmdNo")->isVisible() != one);
+                                                 QCOMPARE(d->minimumSize(), d->maximumSize());
                                                  QVERIFY(!tick(d)->isChecked());  // each showing starts unticked
                                                  tick(d)->setChecked(c.ticked);
                                                  if (qstrcmp(c.press, "close") == 0) d->close();

@@ -56,7 +56,6 @@ QImage square(QColor ground, QColor ink)
     return img;
 }
 
-QColor px(QWidget *w, int x, int y) { return w->grab().toImage().pixelColor(x, y); }
 int countColour(const QImage &img, QColor c)
 {
     int n = 0;
@@ -87,7 +86,13 @@ class TestHoverCommand : public QObject {
 private slots:
     void propertiesAndPaintDecisions()
     {
-        HoverCommand b;
+        HoverCommand b;  // registers the images: the tab faces are compiled in
+        for (int i = 0; i < 7; ++i) {
+            const QImage face(assets::tabFace(i)), hov(assets::tabFaceHover(i));
+            QVERIFY2(face.size() == QSize(95, 51) && countColour(face, QColor(0, 0, 102)) > 150 &&
+                         countColour(hov, QColor(50, 185, 70)) > 150,
+                     qPrintable(assets::tabFace(i)));
+        }
         QSignalSpy spy(&b, &HoverCommand::propertyChanged);
         const QImage pic = square(Qt::white, Qt::white);
         for (int twice = 0; twice < 2; ++twice) {  // unchanged values give no second notice, pictures do
@@ -148,7 +153,7 @@ private slots:
         QCOMPARE(hover::captionOrigin(-1, 100, 40, 30, 16, 20, 5, 10, 2), QPoint(2, 14));
     }
 
-    void mouseStateMachine()
+    void mouseAndKeyStateMachine()
     {
         HoverCommand b;
         b.resize(40, 20);
@@ -184,16 +189,13 @@ private slots:
         then();
         QCOMPARE(states, QStringLiteral("HUHUHUUHPUUUU"));
         QCOMPARE(log.count(QStringLiteral("leave")), 3);
-    }
 
-    void keyboardPressAndRelease()
-    {
-        HoverCommand b;
+        // Keys: held down, the platform repeats press and release.
         QSignalSpy click(&b, &QAbstractButton::clicked);
         for (int k : {int(Qt::Key_Space), int(Qt::Key_Return), int(Qt::Key_Enter)}) {
             const int before = click.count();
             key(&b, QEvent::KeyPress, k);
-            for (int i = 0; i < 2; ++i) {  // held down: the platform repeats press and release
+            for (int i = 0; i < 2; ++i) {
                 key(&b, QEvent::KeyRelease, k, true);
                 key(&b, QEvent::KeyPress, k, true);
             }
@@ -209,7 +211,7 @@ private slots:
         QVERIFY(b.state() == State::Up && click.count() == 3);
     }
 
-    void picturesInThePixels()
+    void picturesAndGroundInThePixels()
     {
         // The key colour is whatever the top left pixel holds.
         auto b = plain(16, square(Qt::blue, Qt::white));
@@ -217,7 +219,7 @@ private slots:
         // Disabled: grey ink, transparent ground, light emboss one pixel down and right.
         b->setPicture(square(Qt::white, Qt::blue));
         b->setEnabled(false);
-        const QColor ink = px(b.get(), 9, 9);
+        const QColor ink = b->grab().toImage().pixelColor(9, 9);
         QVERIFY(ink != QColor(Qt::blue) && ink.red() == ink.green() && ink.green() == ink.blue());
         expect(b.get(), {{14, 14, Qt::red}, {12, 12, b->palette().color(QPalette::Active, QPalette::Light)}});
         // HovPicture only under the mouse; Picture otherwise.
@@ -235,6 +237,24 @@ private slots:
             press(p.get(), {20, 10});
             expect(p.get(), {{7 + d, 7 + d, Qt::red}, {11 + d, 11 + d, Qt::blue}, {12 + d, 12 + d, Qt::red}});
         }
+
+        // The ground: what the parent paints, or a BGPicture.
+        QWidget parent;
+        parent.setPalette(QPalette(Qt::gray, QColor(10, 200, 30)));  // button, window
+        parent.setAutoFillBackground(true);
+        auto *child = plain(16).release();
+        child->setParent(&parent);
+        child->move(20, 10);
+        child->setGrabBG(true);
+        expect(child, {{10, 10, QColor(10, 200, 30)}});
+        // A BGPicture wins and is tiled from the corner; pressed, the tiles move too.
+        QImage tile(4, 4, QImage::Format_RGB32);
+        tile.fill(Qt::white);
+        tile.setPixelColor(0, 0, Qt::black);
+        child->setBGPicture(tile);
+        expect(child, {{8, 4, Qt::black}, {9, 4, Qt::white}});
+        press(child, {10, 10});
+        expect(child, {{10, 6, Qt::black}, {8, 4, Qt::white}});
     }
 
     void bordersFocusAndHighlightInThePixels()
@@ -248,7 +268,7 @@ private slots:
         expect(b.get(), {{0, 0, Qt::red}});
         release(b.get(), {20, 10});
         focus(b.get(), true);
-        expect(b.get(), {{3, 3, Qt::black}, {3, 4, Qt::red}, {2, 2, Qt::red}});
+        expect(b.get(), {{3, 3, Qt::black}, {5, 3, Qt::black}, {3, 4, Qt::red}, {2, 2, Qt::red}});
         focus(b.get(), false);
         expect(b.get(), {{3, 3, Qt::red}});
         // Style 33 with a HovPicture: focus raises the border, no rectangle.
@@ -260,9 +280,7 @@ private slots:
         QVERIFY(img.pixelColor(1, 1).lightness() > img.pixelColor(38, 18).lightness());
         for (int x = 2; x < 38; ++x) QCOMPARE(img.pixelColor(x, 3), QColor(Qt::red));
         // Style 32 alone: the rectangle runs along the edge. Style 0 pressed: sunken.
-        auto edge = plain(32);
-        focus(edge.get(), true);
-        expect(edge.get(), {{2, 0, Qt::black}, {3, 3, Qt::red}});
+        QCOMPARE(hover::focusRectFor(32, true, false, 40, 20), QRect(0, 0, 40, 20));
         auto raised = plain(0);
         press(raised.get(), {20, 10});
         img = raised->grab().toImage();
@@ -280,37 +298,6 @@ private slots:
         QVERIFY(inked(Qt::black) > 20);
         move(t.get(), {60, 20});
         QVERIFY(inked(Qt::green) > 20 && inked(Qt::black) == 0);
-    }
-
-    void backgroundFromParentOrTiles()
-    {
-        QWidget parent;
-        parent.setPalette(QPalette(Qt::gray, QColor(10, 200, 30)));  // button, window
-        parent.setAutoFillBackground(true);
-        auto *b = plain(16).release();
-        b->setParent(&parent);
-        b->move(20, 10);
-        b->setGrabBG(true);
-        expect(b, {{10, 10, QColor(10, 200, 30)}});
-        // A BGPicture wins and is tiled from the corner; pressed, the tiles move too.
-        QImage tile(4, 4, QImage::Format_RGB32);
-        tile.fill(Qt::white);
-        tile.setPixelColor(0, 0, Qt::black);
-        b->setBGPicture(tile);
-        expect(b, {{8, 4, Qt::black}, {9, 4, Qt::white}});
-        press(b, {10, 10});
-        expect(b, {{10, 6, Qt::black}, {8, 4, Qt::white}});
-    }
-
-    void tabImagesAreCompiledIn()
-    {
-        HoverCommand b;  // registers the resources
-        for (int i = 0; i < 7; ++i) {
-            const QImage face(assets::tabFace(i)), hov(assets::tabFaceHover(i));
-            QVERIFY2(face.size() == QSize(95, 51) && countColour(face, QColor(0, 0, 102)) > 150 &&
-                         countColour(hov, QColor(50, 185, 70)) > 150,
-                     qPrintable(assets::tabFace(i)));
-        }
     }
 };
 
