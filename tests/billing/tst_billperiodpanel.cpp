@@ -145,17 +145,6 @@ private slots:
         QCOMPARE(describe(e.look()), look);
     }
 
-    void nothingToBillYet()
-    {
-        writeDatabase(sb.db, Customers);
-        Window w(2);
-        Answerer a;
-        click(w.button("cmdAddNewBP"));
-        QCOMPARE(a.last().text, u"Please add your Customers and your Products first."_s);
-        QCOMPARE(a.last().title, u"QOR"_s);
-        QCOMPARE(state(w), ViewState);
-    }
-
     // A month billed through the buttons: a period entered with marks and
     // double-clicks, finalised into the tables, paid, and refused while wrong.
     void billingAMonth()
