@@ -120,6 +120,9 @@ private slots:
         QTest::newRow("first billing or click") << u"begin;touch"_s << billing;
         QTest::newRow("no payment in an entry") << u"begin;touch;record;paid"_s << billing;
         QTest::newRow("due date of five characters") << u"begin;name=May;due=1/1/4"_s << u"-&Add New cancel -&Reset Customer Accounts -adjust | Bill Period Name: | entry accounts | open due?"_s;
+        QTest::newRow("not a date")
+            << u"begin;name=May;due=31/31/2004"_s
+            << u"-&Add New cancel -&Reset Customer Accounts -adjust | Bill Period Name: | entry accounts | open due?"_s;
         QTest::newRow("a date without two separators") << u"begin;name=May;due=March 31, 2004"_s << u"&Add New cancel -&Reset Customer Accounts -adjust | Bill Period Name: | entry accounts | open due?"_s;
         QTest::newRow("billed and ready") << u"begin;touch;due=6/15/2024;name=May"_s << u"&Add New cancel &Reset Customer Accounts -adjust | Bill Period Name: | entry accounts | open"_s;
         QTest::newRow("name emptied") << u"begin;touch;due=6/15/2024;name=May;name="_s << u"-&Add New cancel &Reset Customer Accounts -adjust | Bill Period Name: | entry example | open name?"_s;
