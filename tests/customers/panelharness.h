@@ -2,10 +2,8 @@
 #pragma once
 // Shared by the panel tests: a throw-away settings store and database file,
 // the main window opened as at start, and an answerer for message boxes.
-#include "../common/tablesedit.h"
+#include "../billing/billingfixture.h"
 #include "billing/invoicetrees.h"
-#include "database/regional.h"
-#include "database/rowtypes.h"
 #include "settings/settingsstore.h"
 #include "shell/frmqor.h"
 #include "uiservices/dialogservice.h"
@@ -61,15 +59,10 @@ inline void writeDatabase(const QString &path, const QList<DbCustomer> &customer
     Database db;
     test::TablesEdit tables(db);
     tables.company[0] = QStringLiteral("Test Co");
-    for (const DbCustomer &c : customers) {
-        const QString name = (c.current ? QString() : ArchiveMark) + customer::displayNameFor(c.first, c.last);
-        tables.customers.add(numberKey(c.cid), CustomerRow{name, c.first, c.last}.text());
-    }
-    for (const DbItem &i : items) {
-        ItemRow r = item::make(regional::sortPrice(i.price), i.price, i.name);
-        r.archived = !i.current;
-        tables.items.add(numberKey(i.psid), r.text());
-    }
+    for (const DbCustomer &c : customers)
+        tables.customers.add(numberKey(c.cid), billtest::customerRow(c.last, c.first, !c.current));
+    for (const DbItem &i : items)
+        tables.items.add(numberKey(i.psid), billtest::itemRow(i.price, i.name, !i.current));
     tables.done();
     std::vector<InvoiceRecordRow> rows;
     for (const DbRecord &r : records)
