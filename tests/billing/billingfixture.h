@@ -2,12 +2,12 @@
 #pragma once
 // A small business for the billing tests: customers, items and helpers that
 // show a tree as lines.
+#include "../common/tablesedit.h"
 #include "billing/billing.h"
 #include "billing/invoicetree.h"
 #include "database/database.h"
 #include "database/regional.h"
 #include "database/rowtypes.h"
-#include "tablesedit.h"
 
 #include <QLocale>
 #include <QStringList>

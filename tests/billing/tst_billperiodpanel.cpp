@@ -120,6 +120,9 @@ private slots:
         QTest::newRow("first billing or click") << u"begin;touch"_s << billing;
         QTest::newRow("no payment in an entry") << u"begin;touch;record;paid"_s << billing;
         QTest::newRow("due date of five characters") << u"begin;name=May;due=1/1/4"_s << u"-&Add New cancel -&Reset Customer Accounts -adjust | Bill Period Name: | entry accounts | open due?"_s;
+        QTest::newRow("not a date")
+            << u"begin;name=May;due=31/31/2004"_s
+            << u"-&Add New cancel -&Reset Customer Accounts -adjust | Bill Period Name: | entry accounts | open due?"_s;
         QTest::newRow("a date without two separators") << u"begin;name=May;due=March 31, 2004"_s << u"&Add New cancel -&Reset Customer Accounts -adjust | Bill Period Name: | entry accounts | open due?"_s;
         QTest::newRow("billed and ready") << u"begin;touch;due=6/15/2024;name=May"_s << u"&Add New cancel &Reset Customer Accounts -adjust | Bill Period Name: | entry accounts | open"_s;
         QTest::newRow("name emptied") << u"begin;touch;due=6/15/2024;name=May;name="_s << u"-&Add New cancel &Reset Customer Accounts -adjust | Bill Period Name: | entry example | open name?"_s;
@@ -143,17 +146,6 @@ private slots:
             else e.customerChosen(event == u"record");
         }
         QCOMPARE(describe(e.look()), look);
-    }
-
-    void nothingToBillYet()
-    {
-        writeDatabase(sb.db, Customers);
-        Window w(2);
-        Answerer a;
-        click(w.button("cmdAddNewBP"));
-        QCOMPARE(a.last().text, u"Please add your Customers and your Products first."_s);
-        QCOMPARE(a.last().title, u"QOR"_s);
-        QCOMPARE(state(w), ViewState);
     }
 
     // A month billed through the buttons: a period entered with marks and

@@ -2,6 +2,7 @@
 #pragma once
 // Shared by the panel tests: a throw-away settings store and database file,
 // the main window opened as at start, and an answerer for message boxes.
+#include "../billing/billingfixture.h"
 #include "billing/invoicetrees.h"
 #include "settings/settingsstore.h"
 #include "shell/frmqor.h"
@@ -51,40 +52,24 @@ struct DbRecord {
     QStringList items;
 };  // all in one period, "Jan"
 
+// The database's own tables, saved as the program saves them.
 inline void writeDatabase(const QString &path, const QList<DbCustomer> &customers,
                           const QList<DbItem> &items = {}, const QList<DbRecord> &records = {})
 {
-    auto tag = [](const char *name, const QString &value) { return QStringLiteral("\t\t\t<%1>%2</%1>").arg(name, value); };
-    auto current = [&](bool c) { return tag("Current", c ? "Yes" : "No"); };
-    QStringList l{"<QOR-DB>", "\t<CompanyInfo>", "\t\t<CompanyName>Test Co</CompanyName>", "\t</CompanyInfo>", "\t<Customers>"};
-    for (const DbCustomer &c : customers) {
-        l << QStringLiteral("\t\t<Customer CID=\"%1\">").arg(c.cid) << tag("FName", c.first);
-        if (!c.last.isEmpty()) l << tag("LName", c.last);
-        l << current(c.current) << "\t\t</Customer>";
-    }
-    l << "\t</Customers>"
-      << "\t<BillPeriods>";
-    if (!records.isEmpty())
-        l << "\t\t<BillPeriod>" << tag("BPName", "Jan") << tag("BPStart", "2024/01/01") << tag("BPEnd", "2024/01/31")
-          << tag("BillDue", "2024/02/15") << "\t\t</BillPeriod>";
-    l << "\t</BillPeriods>"
-      << "\t<ProductsAndServices>";
+    Database db;
+    test::TablesEdit tables(db);
+    tables.company[0] = QStringLiteral("Test Co");
+    for (const DbCustomer &c : customers)
+        tables.customers.add(numberKey(c.cid), billtest::customerRow(c.last, c.first, !c.current));
     for (const DbItem &i : items)
-        l << QStringLiteral("\t\t<PS PSID=\"%1\">").arg(i.psid) << tag("Item", i.name) << tag("ItemPrice", i.price)
-          << current(i.current) << "\t\t</PS>";
-    l << "\t</ProductsAndServices>"
-      << "\t<InvoiceRecords>";
-    for (const DbRecord &r : records) {
-        l << "\t\t<InvoiceRecord>" << tag("BP", "Jan") << tag("CID", QString::number(r.cid)) << tag("AccountBalance", "10");
-        for (int n = 0; n < r.items.size(); ++n)
-            l << QStringLiteral("\t\t\t<PSID Number=\"%1\">%2</PSID>").arg(n + 1).arg(r.items.at(n));
-        l << "\t\t</InvoiceRecord>";
-    }
-    l << "\t</InvoiceRecords>"
-      << "</QOR-DB>";
+        tables.items.add(numberKey(i.psid), billtest::itemRow(i.price, i.name, !i.current));
+    tables.done();
+    std::vector<InvoiceRecordRow> rows;
+    for (const DbRecord &r : records)
+        rows.push_back({"Jan", {}, QString::number(r.cid), "10", r.items.join(ItemSep), {}});
+    if (!records.isEmpty()) db.addPeriod({"2024/01/01", "Jan", "2024/01/31", "2024/02/15"}, rows);
     QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    f.write((l.join("\r\n") + "\r\n").toLatin1());
+    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(db.serialize()) > 0);
 }
 
 // Settings and database file in a temporary folder, set before any window.

@@ -329,9 +329,7 @@ private slots:
             }
         } dialogs;
         settings::DeletedCustomer.set(false);
-        discard(m_w);
-        writeDatabase(m_box.db, {{1, "Ann", "Lee"}}, {}, {{7, {}}});
-        m_w = openWindow(0);
+        open({{1, "Ann", "Lee"}}, {{7, {}}});
         QCOMPARE(dialogs.owners, (QList<QPair<QWidget *, bool>>{{m_w.get(), true}}));
 
         FrmMessage form(m_w.get(), "text", "Key", "OK", "OK");

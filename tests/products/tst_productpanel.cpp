@@ -3,6 +3,7 @@
 // main window, also by a keyboard user: Enter and held keys.
 #include "panelharness.h"
 
+#include "billperiods/billperiodpanel.h"
 #include "database/database.h"
 #include "products/productpanel.h"
 
@@ -90,7 +91,7 @@ private slots:
 
     // Delete removes only a highlighted item: an unbilled one goes, a billed
     // one is archived (also as 2x2); the question comes unless the setting is
-    // exactly "False"; the last one gone, there is nothing to delete.
+    // exactly "False"; the last one gone, there is nothing to delete or bill.
     void deleteAndArchive()
     {
         open({{1, "Soap", "$5.00"}, {2, "Brush", "$8.00"}, {3, "Mop", "$20.00"}}, {{1, {"3", "2x2"}}});
@@ -117,6 +118,10 @@ private slots:
         click(btn("cmdCancelNewItem"));
         QCOMPARE(m_answers->seen().size(), 3);
         QCOMPARE(buttons(), "&New Product or Service / -&Delete Existing");
+        // With nothing left to bill, a new bill period is refused.
+        m_w->cmdTabClick(2);
+        click(m_w->billPeriodPanel()->findChild<QAbstractButton *>("cmdAddNewBP"));
+        QCOMPARE(m_answers->last().text, "Please add your Customers and your Products first.");
     }
 
     // Enter presses a focused button as Space does: held down, it clicks
