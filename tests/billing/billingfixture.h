@@ -9,7 +9,6 @@
 #include "database/regional.h"
 #include "database/rowtypes.h"
 
-#include <QLocale>
 #include <QStringList>
 
 namespace billtest {

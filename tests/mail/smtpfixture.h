@@ -3,7 +3,6 @@
 // A local SMTP server (aiosmtpd, tests/mail/smtpserver.py) with TLS from a
 // certificate made here with openssl, trusted through a CA file. Used by the
 // mail tests and the mail benchmark.
-#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>

@@ -6,7 +6,6 @@
 #include "mail/passwords.h"
 #include "settings/settingsstore.h"
 
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 

@@ -8,7 +8,6 @@
 #include "shell/panel.h"
 #include "uiservices/twips.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QTcpServer>
 

@@ -4,11 +4,9 @@
 #include "pdfwords.h"
 
 #include "database/keyedlist.h"
-#include "database/rows.h"
 #include "database/rowtypes.h"
 #include "pages/customerlist.h"
 #include "pages/pdfoutput.h"
-#include "pages/templates.h"
 
 #include <QBuffer>
 #include <QPdfWriter>

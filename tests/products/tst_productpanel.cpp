@@ -4,7 +4,6 @@
 #include "panelharness.h"
 
 #include "billperiods/billperiodpanel.h"
-#include "database/database.h"
 #include "products/productpanel.h"
 
 using namespace qor;

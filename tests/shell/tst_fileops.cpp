@@ -261,34 +261,6 @@ private slots:
         w->cmdChangePathClick(2);
         QCOMPARE(sb.fileBytes(), saved);
     }
-
-    // The window's tests answer in advance; the last service installed
-    // answers, and one a box has no button for is the box closed.
-    void answersGivenInAdvance()
-    {
-        ScriptedDialogs outer;
-        outer.answer = QMessageBox::Yes;
-        {
-            ScriptedDialogs inner;  // the last installed answers
-            inner.nextAnswers = {QMessageBox::No, QMessageBox::Ok};
-            inner.nextTexts = {u"typed"_s, std::nullopt};
-            inner.nextFileNames = {u"/tmp/a.xml"_s};
-            DialogService &d = DialogService::current();
-            const auto yesNoCancel = QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
-            QCOMPARE(d.warning(nullptr, u"t"_s, u"x"_s, yesNoCancel), QMessageBox::No);
-            // An answer the box has no button for is the box closed: its Cancel.
-            QCOMPARE(d.warning(nullptr, u"t"_s, u"x"_s, yesNoCancel), QMessageBox::Cancel);
-            QCOMPARE(d.text(nullptr, u"t"_s, u"l"_s, {}), std::optional<QString>(u"typed"_s));
-            QCOMPARE(d.text(nullptr, u"t"_s, u"l"_s, {}), std::nullopt);
-            // Nothing queued: cancelled; a form not answered is its close box.
-            QCOMPARE(d.openFileName(nullptr, {}), u"/tmp/a.xml"_s);
-            QCOMPARE(d.saveFileName(nullptr, {}), QString());
-            QCOMPARE(d.messageForm(nullptr, {u"m"_s, u"Key"_s, u"OK"_s, u"Yes"_s}), u"Yes"_s);
-            QVERIFY(inner.seen.size() == 7 && outer.seen.isEmpty());
-        }
-        QCOMPARE(&DialogService::current(), static_cast<DialogService *>(&outer));
-        QCOMPARE(DialogService::current().critical(nullptr, u"t"_s, u"x"_s), QMessageBox::Ok);
-    }
 };
 
 QTEST_MAIN(TstFileOps)

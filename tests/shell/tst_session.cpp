@@ -7,7 +7,6 @@
 #include "shell/session.h"
 
 #include <QDir>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <deque>

@@ -5,7 +5,6 @@
 #include "uiservices/formposition.h"
 
 #include <QDir>
-#include <QScreen>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>

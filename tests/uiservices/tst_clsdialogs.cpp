@@ -3,7 +3,6 @@
 // between runs, the file dialogs' bookkeeping (folders, files, filters,
 // multiple selection), the font rules, colours, page setup, and the real Qt
 // dialogs behind it, driven as a user would.
-#include "settings/settingsstore.h"
 #include "uiservices/clsdialogs.h"
 
 #include <QApplication>

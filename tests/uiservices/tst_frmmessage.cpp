@@ -5,7 +5,6 @@
 #include "uiservices/frmmessage.h"
 #include "uiservices/twips.h"
 
-#include <QApplication>
 #include <QCheckBox>
 #include <QDialog>
 #include <QLabel>
