@@ -97,7 +97,7 @@ QString randomText(QRandomGenerator &rng)
     static const QStringList pieces = {
         "a", "A", "e", "E", "\u00e9", "\u00c9", "e\u0301", "\u00e8", "o", "\u00f6", "O\u0308", "n", "\u00f1",
         "s", "S", "z", "Z", " ", ",", "-", "0", "5", "9", "$", ".", QString(FieldSep), QString(ItemSep),
-        "\u00bb", "\u00df", "\u0130", "i", "\u212b", "\u00c5"};
+        "\u00bb", "\u00df", "\u0130", "i", "\u212b", "\u00c5", "'", "/", ":", "{"};
     QString s = rng.bounded(6) == 0 ? ArchiveMark : QString();
     for (int n = int(rng.bounded(7)); n > 0; --n) s += pieces.at(int(rng.bounded(pieces.size())));
     return s;
@@ -213,26 +213,14 @@ private slots:
 
     void knownOrders()
     {
-        const QString fs(FieldSep), a = ArchiveMark;
-        // Case and accents only break ties; the letters decide first; a
-        // separator ends a name before any continuation of it.
-        expectAscending({"de Souza", "De Souza", "de Souzb", "Dean", "emile", "Emile", "\u00e9mile", "\u00c9mile",
-                         "Emilf", "O'Brien", "Oster", "\u00d6ster", "Osterberg", "\u00d6sterberg", "Smith",
-                         "Smith" + fs + "Z", "Smith, Ann", "Smithson"});
-        // Empty first field before everything; separators before printable
-        // text; then by code; dates in chrono form by time.
-        expectAscending({"", fs, fs + "Zed", QString(ItemSep), " ", "$", "-", ".", "0", "2019/12/31", "2020/01/01",
-                         "2020/01/09", "2020/01/10", "9", ":", "a", "B", "z", "{"});
-        // Prices by the zero-padded sort price; an archived item among its price.
+        // What the independent order below can't state: prices by the
+        // zero-padded sort price with an archived item among its price, code
+        // points beyond the BMP, a ligature apart from its letters.
+        const QString a = ArchiveMark;
         expectAscending({"000000005.00$5.00 - Gadget", "000000005.00$5.00 - Midget", "000000005.00" + a + "$5.00 - Old",
                          "000000006.00$6.00 - Gizmo", "000000040.00$40.00 - Big"});
-        // Precomposed and decomposed accents are neighbours, never equal;
-        // beyond the BMP, code-point order.
-        expectAscending({"ea", "e\u0301a", "\u00e9b"});
-        expectAscending({"\u00e9a", "e\u0301b"});
         expectAscending({"a\ufffd", "a\U0001F600", "a\U0001F601"});
         expectAscending({"a\ue000", "a\U00010000"});
-        QVERIFY(compareRowText(u"\u00e9a", u"e\u0301a") != 0);
         QVERIFY(compareRowText(u"\ufb01", u"fi") != 0);
         // Archived texts after every other text, the mark exact; among themselves by name.
         for (const QString &plain :
