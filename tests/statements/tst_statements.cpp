@@ -169,6 +169,7 @@ private slots:
         b.record(u"A late"_s, 2, u"30"_s);
         b.record(u"A late"_s, 9, u"2"_s);
         b.record(u"B early"_s, 3, u"0.5"_s);
+        qor::test::TablesEdit(b.db).periods.add(u"damaged"_s, QString());  // first in the table, passed over
         const Report r = report(b.db, AsOf, Detail::Records);
         QStringList order;
         for (const Account &a : r.accounts) order << a.cid + (a.archived ? u"*"_s : QString());
