@@ -103,7 +103,8 @@ private slots:
         for (int attempt = 0; attempt < 2; ++attempt) {
             QVERIFY(InstanceChannel::handOver(u"Other.xml"_s, name));
             QTRY_COMPARE(answers->messages().size(), attempt + 1);
-            QVERIFY(answers->messages().last().message.text.contains(u"not saved"_s));
+            const DialogService::Message asked = answers->messages().last().message;
+            QVERIFY(asked.text.contains(u"not saved"_s) && asked.buttons.testFlag(QMessageBox::Cancel));
         }
         QTRY_COMPARE(w->session().path(), at(u"Other.xml"_s));
         QVERIFY(w->windowTitle() == u"[*]Other.xml \u2014 Qorvane" && w->customerPanel()->rowCount() == 1);
