@@ -204,11 +204,6 @@ invoicerun::RunValues PrintingPanel::runValues() const
     return run;
 }
 
-QList<pages::Page> PrintingPanel::invoicePages() const
-{
-    return invoicerun::composeInvoiceRun(ctx.db(), treeModel(), runValues());
-}
-
 void PrintingPanel::cmdPrintSelectedInvoicesClick()
 {
     if (needCompanyInfoFirst()) {

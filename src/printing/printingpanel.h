@@ -69,8 +69,6 @@ public:
     // True when the run must stop so that the user can enter the company's
     // name or address first.
     bool needCompanyInfoFirst();
-    // The pages the run would print now.
-    QList<pages::Page> invoicePages() const;
     // A print preview of one customer's invoice as it would print now, from
     // which it can be printed or saved as PDF. Nothing for a node that isn't
     // a customer or has no ticked line.
